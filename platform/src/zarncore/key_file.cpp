@@ -1,0 +1,210 @@
+// Settings files of KEY=value lines. Reading goes through the file once; an edit makes one pass over it and
+// replaces it at once, keeping order, unknown lines, mode and owner.
+#include <zarncore/zarncore.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "hash.h"
+#include "whole_file.h"
+
+namespace {
+
+using zarncore::FileEdit;
+
+constexpr char kBareLine[] = "%s=%s\n";
+constexpr char kQuotedLine[] = "%s=\"%s\"\n";
+constexpr char kInfoPath[] = "/etc/zarninfo.conf";
+
+// Takes the next line off the text, without its newline.
+std::string_view TakeLine(std::string_view* text) {
+  const std::size_t end = text->find('\n');
+  const std::string_view line = text->substr(0, end);
+  text->remove_prefix(end == std::string_view::npos ? text->size() : end + 1);
+  return line;
+}
+
+// What stands before the "="; empty for a line that is no setting.
+std::string_view KeyOf(std::string_view line) {
+  const std::size_t equals = line.find('=');
+  return equals == std::string_view::npos ? std::string_view() : line.substr(0, equals);
+}
+
+// A value without its line's carriage return and without one pair of quotes around the whole of it.
+std::string_view PlainValue(std::string_view value) {
+  if (value.ends_with('\r')) value.remove_suffix(1);
+  if (value.size() >= 2 && value.front() == '"' && value.back() == '"') {
+    value = value.substr(1, value.size() - 2);
+  }
+  return value;
+}
+
+// The value as it stands, found by looking for the key at the beginnings of lines only.
+bool FindValue(std::string_view text, std::string_view key, std::string_view* value) {
+  for (std::size_t at = text.find(key); at != std::string_view::npos; at = text.find(key, at + 1)) {
+    const std::size_t equals = at + key.size();
+    if (equals >= text.size() || text[equals] != '=' || (at != 0 && text[at - 1] != '\n')) continue;
+    std::string_view rest = text.substr(equals + 1);
+    *value = PlainValue(TakeLine(&rest));
+    return true;
+  }
+  return false;
+}
+
+bool IsOneLine(std::string_view text) { return text.find_first_of("\r\n") == std::string_view::npos; }
+bool IsKey(const char* key) { return key != nullptr && *key != '\0' && IsOneLine(key); }
+
+// The caller's format holds "%s" for the key and "%s" for the value; it is filled in by hand, so that nothing
+// else in it is taken for a conversion.
+bool AppendLine(std::string_view format, std::string_view key, std::string_view value, std::string* out) {
+  const std::size_t first = format.find("%s");
+  const std::size_t second = first == std::string_view::npos ? first : format.find("%s", first + 2);
+  if (second == std::string_view::npos || !format.ends_with('\n')) return false;
+  out->append(format.substr(0, first)).append(key);
+  out->append(format.substr(first + 2, second - first - 2)).append(value);
+  out->append(format.substr(second + 2));
+  return true;
+}
+
+void EndLastLine(std::string* text) {
+  if (!text->empty() && text->back() != '\n') text->push_back('\n');
+}
+
+// The keys of one edit: a value sets the key, none drops it.
+struct Change {
+  const char* value;
+  bool written = false;
+};
+using Changes = std::unordered_map<std::string_view, Change>;
+
+// One pass: a set key's first line is replaced, further lines of it and dropped keys go, the rest stays as it is.
+bool Rewrite(std::string_view text, const std::vector<std::string_view>& order, Changes* changes,
+             std::string_view format, std::string* out) {
+  out->reserve(text.size() + 256);
+  while (!text.empty()) {
+    const char* const begin = text.data();
+    const std::string_view line = TakeLine(&text);
+    const auto change = changes->find(KeyOf(line));
+    if (change == changes->end()) {
+      out->append(begin, static_cast<std::size_t>(text.data() - begin));
+    } else if (change->second.value != nullptr && !change->second.written) {
+      change->second.written = true;
+      if (!AppendLine(format, change->first, change->second.value, out)) return false;
+    }
+  }
+  for (const std::string_view key : order) {
+    const Change& change = changes->at(key);
+    if (change.value == nullptr || change.written) continue;
+    EndLastLine(out);
+    if (!AppendLine(format, key, change.value, out)) return false;
+  }
+  return true;
+}
+
+// Sets are applied over drops: a key in both is set.
+bool Collect(const KOPACSZHASH* set, const KOPACSZHASH* drop, std::vector<std::string_view>* order,
+             Changes* changes) {
+  for (const auto& [key, value] : zarncore::Entries(drop)) {
+    if (!IsKey(key.c_str())) return false;
+    changes->insert_or_assign(key, Change{nullptr});
+  }
+  for (const auto& [key, value] : zarncore::Entries(set)) {
+    if (!IsKey(key.c_str()) || key.find('=') != std::string::npos || !IsOneLine(value)) return false;
+    changes->insert_or_assign(key, Change{value.c_str()});
+    order->push_back(key);
+  }
+  return true;
+}
+
+// A key text that holds "=" names whole lines: those that begin with it and go on with "," or end there.
+bool IsLineOf(std::string_view line, std::string_view key) {
+  if (line.ends_with('\r')) line.remove_suffix(1);
+  return line.starts_with(key) && (line.size() == key.size() || line[key.size()] == ',');
+}
+
+int RemoveLines(const char* path, std::string_view key) {
+  FileEdit edit(path);
+  if (!edit.Ready() || edit.IsNew()) return -1;
+  std::string out;
+  std::string_view text = edit.Content();
+  while (!text.empty()) {
+    const char* const begin = text.data();
+    if (!IsLineOf(TakeLine(&text), key)) out.append(begin, static_cast<std::size_t>(text.data() - begin));
+  }
+  return edit.Replace(out) ? 0 : -1;
+}
+
+}  // namespace
+
+int KOPACFileGetKeyValue(const char* szPath, const char* szKey, char* szBuf, size_t cbBuf,
+                         int /*flags*/) try {
+  if (szBuf == nullptr || cbBuf == 0) return -1;
+  *szBuf = '\0';
+  if (szPath == nullptr || !IsKey(szKey)) return -1;
+  const auto text = zarncore::ReadWhole(szPath);
+  if (!text) return -1;
+  std::string_view value;
+  if (!FindValue(*text, szKey, &value)) return 0;
+  const std::size_t length = std::min(value.size(), cbBuf - 1);
+  std::memcpy(szBuf, value.data(), length);
+  szBuf[length] = '\0';
+  return static_cast<int>(length);
+} catch (...) {
+  return -1;
+}
+
+int KOPACFileCheckKeyValue(const char* szPath, const char* szKey, const char* szValue, int /*flags*/) try {
+  if (szPath == nullptr || !IsKey(szKey) || szValue == nullptr) return -1;
+  const auto text = zarncore::ReadWhole(szPath);
+  if (!text) return -1;
+  std::string_view value;
+  return FindValue(*text, szKey, &value) && value == szValue ? 1 : 0;
+} catch (...) {
+  return -1;
+}
+
+int KOPACFileSetKeys(const char* szPath, PKOPACSZHASH pSet, PKOPACSZHASH pRemove, const char* szFormat) try {
+  std::vector<std::string_view> order;
+  Changes changes;
+  if (szPath == nullptr || !Collect(pSet, pRemove, &order, &changes)) return -1;
+  FileEdit edit(szPath);
+  std::string out;
+  if (!edit.Ready() || !Rewrite(edit.Content(), order, &changes, szFormat != nullptr ? szFormat : kBareLine, &out)) {
+    return -1;
+  }
+  return edit.Replace(out) ? 0 : -1;
+} catch (...) {
+  return -1;
+}
+
+int KOPACFileSetKeyValue(const char* szPath, const char* szKey, const char* szValue,
+                         const char* szFormat) try {
+  KOPACSZHASH set;
+  if (szKey == nullptr || szValue == nullptr) return -1;
+  zarncore::Put(&set, szKey, szValue);
+  return KOPACFileSetKeys(szPath, &set, nullptr, szFormat);
+} catch (...) {
+  return -1;
+}
+
+int KOPACFileRemoveKey(const char* szPath, const char* szKey) try {
+  if (szPath == nullptr || !IsKey(szKey)) return -1;
+  if (std::strchr(szKey, '=') != nullptr) return RemoveLines(szPath, szKey);
+  FileEdit edit(szPath);
+  if (!edit.Ready() || edit.IsNew()) return -1;
+  Changes changes{{szKey, Change{nullptr}}};
+  std::string out;
+  return Rewrite(edit.Content(), {}, &changes, kBareLine, &out) && edit.Replace(out) ? 0 : -1;
+} catch (...) {
+  return -1;
+}
+
+int KOPACINFOSetKeyValue(const char* szKey, const char* szValue) {
+  return KOPACFileSetKeyValue(kInfoPath, szKey, szValue, kQuotedLine);
+}
+
+int KOPACINFORemoveKey(const char* szKey) { return KOPACFileRemoveKey(kInfoPath, szKey); }

@@ -1,0 +1,227 @@
+// Plugin events: every executable in the folder of an event is run, in name order, with the stage as its argument
+// and the event's own arguments in its environment.
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <syslog.h>
+#include <unistd.h>
+#include <zarnsdk/zarnsdk.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <csignal>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+extern char** environ;
+
+struct KOPAPLUGIN {
+  std::string folder;
+  std::vector<std::pair<std::string, std::string>> arguments;  // in the order they were first set
+};
+
+namespace {
+
+constexpr char kPlugins[] = "/usr/zarn/plugins/";
+constexpr int kStageBefore = 4;
+constexpr int kStageAfter = 5;
+constexpr int kTimeLimitMilliseconds = 30000;
+
+bool IsSafePath(std::string_view text) {
+  return !text.empty() && text.find("..") == std::string_view::npos && text.front() != '/';
+}
+
+// A name that the environment can carry and that cannot stand for another variable.
+bool IsArgumentName(const char* name) {
+  if (name == nullptr || *name == '\0') return false;
+  return std::all_of(name, name + std::char_traits<char>::length(name), [](char c) {
+    return c == '_' || std::isupper(static_cast<unsigned char>(c)) != 0 ||
+           std::isdigit(static_cast<unsigned char>(c)) != 0;
+  });
+}
+
+void Put(KOPAPLUGIN* plugin, const std::string& name, const std::string& value) {
+  for (auto& [present, text] : plugin->arguments) {
+    if (present != name) continue;
+    text = value;
+    return;
+  }
+  plugin->arguments.emplace_back(name, value);
+}
+
+// The arguments, and PLUGIN_ARGS with their names, over the caller's own environment.
+std::vector<std::string> EnvironmentOf(const KOPAPLUGIN& plugin) {
+  std::vector<std::string> variables;
+  std::string names;
+  for (const auto& [name, value] : plugin.arguments) {
+    variables.push_back(name + "=" + value);
+    names += (names.empty() ? "" : " ") + name;
+  }
+  variables.push_back("PLUGIN_ARGS=" + names);
+  for (char** variable = environ; *variable != nullptr; ++variable) {
+    const std::string_view text(*variable);
+    const std::string_view name = text.substr(0, text.find('='));
+    const bool isOurs = name == "PLUGIN_ARGS" ||
+                        std::any_of(plugin.arguments.begin(), plugin.arguments.end(),
+                                    [&](const auto& argument) { return argument.first == name; });
+    if (!isOurs) variables.emplace_back(text);
+  }
+  return variables;
+}
+
+bool IsProgram(const std::string& path) {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && ::access(path.c_str(), X_OK) == 0;
+}
+
+std::vector<std::string> ProgramsIn(const std::string& folder) {
+  std::vector<std::string> programs;
+  PKOPACSZLIST names = KOPACSzListAlloc(16);
+  if (KOPACFileEnumDir(folder.c_str(), nullptr, &names, 0) > 0) {
+    for (int i = 0; i < names->nItem; ++i) {
+      std::string path = folder + "/" + KOPACSzListGet(names, i);
+      if (IsProgram(path)) programs.push_back(std::move(path));
+    }
+  }
+  KOPACSzListFree(names);
+  return programs;
+}
+
+// In a process group of its own, so that a plugin's own children end with it; nothing of the caller's is open.
+pid_t Start(const std::string& program, const char* stage, const std::vector<std::string>& environment) {
+  posix_spawn_file_actions_t actions;
+  ::posix_spawn_file_actions_init(&actions);
+  ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+  ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+  ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+  ::posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
+  posix_spawnattr_t attributes;
+  ::posix_spawnattr_init(&attributes);
+  sigset_t signals;
+  ::sigemptyset(&signals);
+  ::posix_spawnattr_setsigmask(&attributes, &signals);
+  ::sigfillset(&signals);
+  ::posix_spawnattr_setsigdefault(&attributes, &signals);
+  ::posix_spawnattr_setflags(&attributes,
+                             POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);
+  std::vector<char*> variables;
+  for (const std::string& variable : environment) variables.push_back(const_cast<char*>(variable.c_str()));
+  variables.push_back(nullptr);
+  char* const argv[] = {const_cast<char*>(program.c_str()), const_cast<char*>(stage), nullptr};
+  pid_t child = -1;
+  const int error = ::posix_spawn(&child, program.c_str(), &actions, &attributes, argv, variables.data());
+  ::posix_spawnattr_destroy(&attributes);
+  ::posix_spawn_file_actions_destroy(&actions);
+  errno = error;
+  return error == 0 ? child : -1;
+}
+
+// Waits on a descriptor of the process: no signal handler, no timer. False when the time is up.
+bool WaitForEnd(pid_t child) {
+  const auto fd = static_cast<int>(::syscall(SYS_pidfd_open, child, 0));
+  if (fd < 0) return true;  // an old kernel: wait without a limit
+  pollfd ended{fd, POLLIN, 0};
+  int ready = 0;
+  do {
+    ready = ::poll(&ended, 1, kTimeLimitMilliseconds);
+  } while (ready < 0 && errno == EINTR);
+  ::close(fd);
+  return ready != 0;
+}
+
+// True when the plugin ended in time and with exit status 0.
+bool RunPlugin(const std::string& program, const char* stage, const std::vector<std::string>& environment) {
+  const pid_t child = Start(program, stage, environment);
+  if (child < 0) {
+    ::syslog(LOG_ERR, "plugin %s %s could not be started: %m", program.c_str(), stage);
+    return false;
+  }
+  const bool inTime = WaitForEnd(child);
+  if (!inTime) ::kill(-child, SIGKILL);
+  int status = 0;
+  while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  if (!inTime) {
+    ::syslog(LOG_ERR, "plugin %s %s was ended after %d seconds", program.c_str(), stage,
+             kTimeLimitMilliseconds / 1000);
+  } else if (WIFSIGNALED(status)) {
+    ::syslog(LOG_ERR, "plugin %s %s ended by signal %d", program.c_str(), stage, WTERMSIG(status));
+  } else if (WEXITSTATUS(status) != 0) {
+    ::syslog(LOG_ERR, "plugin %s %s failed with exit status %d", program.c_str(), stage, WEXITSTATUS(status));
+  }
+  return inTime && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+}  // namespace
+
+int KOPAPluginSDKInit(const char* szCategory, const char* szEvent, PKOPAPLUGIN* ppPlugin) try {
+  if (szCategory == nullptr || szEvent == nullptr || ppPlugin == nullptr) return -1;
+  const std::string category(szCategory);
+  const std::string_view event(szEvent);
+  if (!IsSafePath(category) || !IsSafePath(event)) return -1;
+  // The events of a category are named with it, or without.
+  const std::string name = event.starts_with(category + "/") ? std::string(event) : category + "/" + szEvent;
+  *ppPlugin = new KOPAPLUGIN{kPlugins + name, {}};
+  return 0;
+} catch (...) {
+  return -1;
+}
+
+int KOPAPluginSetArg(PKOPAPLUGIN pPlugin, const char* szName, const char* szValue) try {
+  if (pPlugin == nullptr || !IsArgumentName(szName) || szValue == nullptr) return -1;
+  Put(pPlugin, szName, szValue);
+  return 0;
+} catch (...) {
+  return -1;
+}
+
+int KOPAPluginSetArgByInt(PKOPAPLUGIN pPlugin, const char* szName, int value) try {
+  return KOPAPluginSetArg(pPlugin, szName, std::to_string(value).c_str());
+} catch (...) {
+  return -1;
+}
+
+int KOPAPluginSetArgByArray(PKOPAPLUGIN pPlugin, const char* szName, const KOPACSZLIST* pValues) try {
+  if (pPlugin == nullptr || !IsArgumentName(szName) || pValues == nullptr) return -1;
+  const std::string name(szName);
+  // A shorter list set again leaves nothing of a longer one.
+  std::erase_if(pPlugin->arguments, [&](const auto& argument) {
+    const std::string_view rest(argument.first);
+    if (!rest.starts_with(name + "_")) return false;
+    const std::string_view number = rest.substr(name.size() + 1);
+    return !number.empty() && std::all_of(number.begin(), number.end(), [](char c) {
+      return std::isdigit(static_cast<unsigned char>(c)) != 0;
+    });
+  });
+  for (int i = 0; i < pValues->nItem; ++i) {
+    Put(pPlugin, name + "_" + std::to_string(i + 1), KOPACSzListGet(pValues, i));
+  }
+  Put(pPlugin, name + "_COUNT", std::to_string(pValues->nItem));
+  return 0;
+} catch (...) {
+  return -1;
+}
+
+// Every plugin is run, also after one that failed.
+int KOPAPluginAction(int stage, PKOPAPLUGIN pPlugin) try {
+  if (pPlugin == nullptr || (stage != kStageBefore && stage != kStageAfter)) return -1;
+  const char* const text = stage == kStageBefore ? "pre" : "post";
+  const std::vector<std::string> environment = EnvironmentOf(*pPlugin);
+  bool ok = true;
+  for (const std::string& program : ProgramsIn(pPlugin->folder)) {
+    ok = RunPlugin(program, text, environment) && ok;
+  }
+  return ok ? 0 : -1;
+} catch (...) {
+  return -1;
+}
+
+int KOPAPluginHasInit(PKOPAPLUGIN pPlugin) { return pPlugin != nullptr ? 1 : 0; }
+
+void KOPAPluginExit(PKOPAPLUGIN pPlugin) { delete pPlugin; }
