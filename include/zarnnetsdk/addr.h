@@ -1,0 +1,108 @@
+/* Addresses as text: validation and arithmetic. Nothing here reads or changes the system, but for the two
+ * functions that ask /bin/ipcalc. */
+#pragma once
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/**
+ * Splits a dotted address into its numbers. Each part is read as C writes numbers: 0x1F is hexadecimal,
+ * a leading 0 octal; the range is the caller's to test.
+ * @param szIP    text; beyond 31 characters it is cut
+ * @param rgPart  receives the parts, first part first
+ * @return how many parts were read: 4 for a whole address; 0x1000 is set for fewer
+ */
+int cKOPAISepIP(const char *szIP, unsigned int rgPart[4]);
+
+/**
+ * Is the text the IPv4 address of a host (first part not 127 and not above 223)?
+ * @return 1, or 0 with 0x1000
+ */
+int BlKOPAIsIpAddr(const char *szIP);
+
+/**
+ * The prefix length of a netmask given as four numbers.
+ * @return 1 to 32; 0 with 0x1000 when a part exceeds 255 or the one-bits are not contiguous; 0 for 0.0.0.0
+ */
+int cKOPAICalMask(const unsigned int rgPart[4]);
+
+/**
+ * Is the text a netmask? A valid one is rewritten in place as plain decimal ("255.255.255.0x0" becomes
+ * "255.255.255.0"), which is never longer than what was given.
+ * @return 1, or 0 with 0x1000
+ */
+int BlKOPAIsIpMask(char *szMask);
+
+/** Is the text a non-zero contiguous netmask? The text is left alone. @return 1 or 0; null logs and sets 0x0D00 */
+int BlKOPAIsValidIpMask(const char *szMask);
+
+/**
+ * "a.b.c.d/N" to "network/netmask", N from 1 to 32.
+ * @param szIn   text of at most 63 characters
+ * @param szOut  receives the result, at least 64 bytes; null: szIn, 64 bytes, is overwritten
+ * @return 0, or -1 with 0x0D00 (null, no "/") or 0x1000 (malformed)
+ */
+int ErrKOPASubnetToIpMask(char *szIn, char *szOut);
+
+/** "a.b.c.d/m.m.m.m" to "network/N"; arguments and results as ErrKOPASubnetToIpMask(). */
+int ErrKOPAIpMaskToSubnet(char *szIn, char *szOut);
+
+/** The number of one-bits of a dotted netmask, contiguous or not. @return 0 to 32, or -1 */
+int ZARNNetNetmaskToPrefix(const char *szMask);
+
+/** Is the text an IPv6 address, with or without "/" and a prefix length of 0 to 128? @return 1 or 0 */
+int BlKOPAIsv6IpAddrValid(const char *szIP);
+
+/** Is the text a host name: a letter or "_", then letters, digits, "_" or "-", at most 15 in all? @return 1 or 0 */
+int BlKOPAIsHostname(const char *szName);
+
+/** Is the text one label of a mail domain: not empty, no blank or control character, none of "(),.:;<>[]\@? @return 1 or 0 */
+int BlKOPAIsAtom(const char *szAtom);
+
+/** Is the text a domain: atoms joined by single dots, at most 511 characters? @return 1 or 0 */
+int BlKOPAIsDomain(const char *szDomain);
+
+/**
+ * Do two addresses lie in one subnet? All three texts are IPv4, or all three IPv6.
+ * @return 1; 0 also for text that does not parse or mixed families; a null argument sets 0x0D00
+ */
+int ZARNNetIsSameSubnet(const char *szAddr1, const char *szAddr2, const char *szMask);
+
+/**
+ * Does an address lie between two others, bounds included? The bounds may come in either order.
+ * @param family  AF_INET or AF_INET6
+ * @return 1, 0, or -1 when a text does not parse or the family is unknown
+ */
+int KOPAIsIpInRange(const char *szAddr, const char *szStart, const char *szEnd, int family);
+
+/** Is the IPv4 address private, loopback or link-local? @return 1 or 0 */
+int ZARNNetIsPrivateIP(const char *szIP);
+
+/** The family of an address text. @return AF_INET (2), AF_INET6 (10) or 0 */
+int ZARNNetGetAddrType(const char *szIP);
+
+/**
+ * A number as dotted text.
+ * @param value  the address, first part in the top byte
+ * @return text in one static buffer that the next call overwrites, in whatever thread
+ */
+const char *ZARNNetNtoa(uint32_t value);
+
+/**
+ * The broadcast address of a subnet, asked of /bin/ipcalc -b.
+ * @param szAddr  address with prefix or mask, as ipcalc takes it
+ * @param szOut   receives the address
+ * @param cbOut   size of szOut in bytes; also bounds the line that is read from ipcalc
+ * @return 0; -1 with 0x0D00 for a missing argument, or when ipcalc is missing or prints no usable line
+ */
+int ZARNNetCalBroadcast(const char *szAddr, char *szOut, int cbOut);
+
+/** The network address of a subnet, asked of /bin/ipcalc -n; as ZARNNetCalBroadcast(). */
+int ZARNNetCalNetwork(const char *szAddr, char *szOut, int cbOut);
+
+#ifdef __cplusplus
+}
+#endif

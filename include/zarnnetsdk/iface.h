@@ -1,0 +1,169 @@
+/* Interfaces: which there are, their state, their configuration files' block flags, and the network topology. */
+#pragma once
+
+#include <stdint.h>
+#include <zarnhacore/zarnhacore.h>
+#include <zarnnetsdk/virtual.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- block flags: who keeps an interface for itself --------------------------------------------- */
+
+enum {
+  ZARNNET_BLOCK_HA = 1,      /* high availability */
+  ZARNNET_BLOCK_AHA = 2,     /* active/active high availability */
+  ZARNNET_BLOCK_VIRTUAL = 4, /* virtualisation */
+  ZARNNET_BLOCK_QUENDAR = 8  /* the mail-server package */
+};
+
+/**
+ * Sets or clears block flags in the interface's file, under a lock on that file (waits up to 30 seconds).
+ * Each flag is a key (BLOCK_HA ...); BLOCK_CNT counts them.
+ * @param mask   the ZARNNET_BLOCK_... flags to change, handled in the order of their bits until one fails
+ * @param value  0 clears; 1 sets; any other value writes "no" and still counts, for callers that rely on it
+ * @return 0 or -1 (0x0D00: null or empty name)
+ */
+int ZARNNetIFBlockSet(const char *szIfname, unsigned int mask, int value);
+
+/** The flags that are set. @return the mask, 0 while BLOCK_CNT is 0 or absent; -1 with 0x0D00 for no name */
+int ZARNNetIFBlockGet(const char *szIfname);
+
+/* ---- inventory ----------------------------------------------------------------------------------- */
+
+/** One interface as the kernel has it. */
+typedef struct KOPANetIfInfo {
+  char name[16];
+  unsigned char mac[6];
+  char ip[64];          /* dotted IPv4 address, empty without one */
+  uint32_t reserved1;   /* not filled */
+  int32_t link;         /* 2 with carrier, 0 without */
+  int32_t flags;        /* the kernel's IFF_... flags, as a signed 16-bit value */
+  uint32_t reserved2[3]; /* not filled */
+  char mask[20];        /* dotted netmask */
+} KOPANetIfInfo;
+
+/**
+ * Lists interfaces that are up, in natural name order (eth2 before eth10), ports of bridges and of Open
+ * vSwitch left out. At most 32 interfaces are looked at.
+ * @param pList     receives the records, which the caller has zeroed: fields without a value are left
+ *                  alone; null only counts
+ * @param max       room in pList
+ * @param selector  a kind, plus 0x4 to include the high-availability heartbeat interface, plus 0x10 to
+ *                  report the pair's shared addresses while high availability runs. Kinds: 1 no loopback,
+ *                  point-to-point, bond or VLAN; 2 no loopback, point-to-point, passive bond member or
+ *                  VLAN (the last record takes a removed one's place); 8 no loopback or passive bond
+ *                  member; others no loopback or point-to-point
+ * @return the number found; -1 with 0x0D00 (max below 0, kind 0), 0x0200, or 0x0900 (/proc/net/dev)
+ *
+ * Kind 2 fills pList with VLAN interfaces too before it removes them: with a pList that is too small for
+ * both, the rest is missing. A null list counts them.
+ * Reads /proc/net/dev, /sys/class/net and the interface ioctls. Not for two threads at once.
+ */
+int KOPANetGetInterfaceInfo(KOPANetIfInfo *pList, int max, unsigned int selector);
+
+/**
+ * Lists the Ethernet ports (names that begin with "eth", up, no VLAN); records are zeroed first.
+ * @return the number found, -1 with 0x0D00 (max below 0) or 0x0200 (no statistics)
+ */
+int KOPANetEthEnum(KOPANetIfInfo *pList, int max);
+
+/** Is the interface among those that KOPANetGetInterfaceInfo() lists? @return 1, or 0 with 0xBC00 */
+int ZARNNetIsDevTypeMatch(const char *szIfname, unsigned int selector);
+
+/** How many interfaces KOPANetGetInterfaceInfo() counts. @return the number or -1 */
+int ZARNNetEnumCard(unsigned int selector);
+
+/** The kernel's IPv4 address and netmask, in network byte order. @return 1, or 0 on any failure */
+int KOPANetGetIfCfg(const char *szIfname, uint32_t *pAddr, uint32_t *pMask);
+
+/** Sets the kernel's IPv4 address, then the netmask, in network byte order; no file. @return 1 or 0 */
+int KOPANetSetIfCfg(const char *szIfname, const uint32_t *pAddr, const uint32_t *pMask);
+
+/* ---- configuration ------------------------------------------------------------------------------- */
+
+/** Does the interface's file say BOOTPROTO=static? Reads under the shared network lock. @return 1 or 0 */
+int ZARNNetIfIsStaticIP(const char *szIfname);
+
+/** Does the interface's file say LOCAL_LAN=yes? @return 1 or 0 */
+int KOPANetIFIsLocalLan(const char *szIfname);
+
+/**
+ * The configured address: that of the lease (/etc/dhclient/ipv4/dhcpcd-IFNAME.info) for an interface on
+ * DHCP, that of its file otherwise. Fills bootProto, szIP and szMask; the rest is left alone. On DHCP
+ * without a lease it answers 0 with bootProto alone filled. Reads under the shared network lock.
+ * @return 0; -1 with 0x0D00, 0x0400 (lock), or when an address or a mask is missing
+ */
+int ZARNNetIFGetIPConfig(const char *szIfname, ZARNNETIFADDR *pNetInfo);
+
+/** How many LAN ports are built in (kernel count, else the factory settings' maxlanport, else 1). @return count or -1 */
+int ZARNNetInternalLanNumGet(void);
+
+/* ---- state ---------------------------------------------------------------------------------------- */
+
+/** Is the interface administratively up? @return 1 or 0, 0 also when there is none of that name */
+int ZARNNetIsIFUp(const char *szIfname);
+
+/** Changes the kernel's flags: change >= 0 sets those bits, change < 0 keeps only the bits of change - 1
+ * (-1 clears bit 0). @return 1 or 0 */
+int KOPANetISetIfFlags(const char *szIfname, int change);
+
+/** Brings the interface up. @return 1 or 0 */
+int KOPANetIfUp(const char *szIfname);
+
+/** Takes the interface down. @return 1 or 0 */
+int KOPANetIfDown(const char *szIfname);
+
+/** Takes the interface down, if it is up, and brings it up. @return 1 or 0 */
+int KOPANetReInitIf(const char *szIfname);
+
+/** Has the interface carrier? An Open vSwitch bond has when one of its slaves has. @return 1, 0 or -1 */
+int ZARNNetIfIsLink(const char *szIfname);
+
+/** Is the interface a passive member of a bond? @return 1 or 0 */
+int ZARNNetIfIsBondingPassive(const char *szIfname);
+
+/**
+ * The MAC address of port eth<index> as "02:00:00:00:00:10".
+ * @param blLocal  0: the address the appliance shows (the pair's shared one while high availability
+ *                 runs); otherwise the port's own
+ * @return 0; 1 bad arguments (0x0D00) or the port's own address unreadable with blLocal set; 2 the same
+ *         with blLocal 0; 3 no shared address; 4 an appliance with two controller heads
+ */
+int KOPANetGetMacAddr(int index, char *szBuf, int cbBuf, int blLocal);
+
+/** The MAC address of the port behind an interface: a VLAN's parent, a bond's first slave, the interface
+ * under an Open vSwitch device. @return as KOPANetGetMacAddr(); 1 also when there is no such port */
+int KOPANetGetMacAddrByInterface(const char *szIfname, char *szBuf, int cbBuf, int blLocal);
+
+/* ---- topology -------------------------------------------------------------------------------------- */
+
+/** One network topology of an appliance with a wireless interface. */
+typedef struct KOPANETTOPOLOGY {
+  uint32_t id;       /* 0 unknown, 1 client, 2 bridge, 3 router */
+  char szName[64];   /* as the settings hold it */
+  char szUplink[16]; /* the interface to the outside */
+  uint32_t flag;     /* 1 for the client topology */
+  uint32_t mode;
+} KOPANETTOPOLOGY;
+
+/** The topologies, indexed by id. */
+extern const KOPANETTOPOLOGY gTopologyInfo[4];
+/** Which interfaces form what in each topology: type is the role, szRef the bridge or the first port. */
+extern const ZARNBRIDGEINFO grgTopologyIFInfo[4][4];
+
+/**
+ * The topology in force, read from net_topology in /etc/zarninfo.conf.
+ * @param pInfo  null: only the id is answered. Otherwise its id field chooses the entry to copy, 0 the
+ *               one in force; a VLAN over the uplink takes the uplink's place in the copy
+ * @return the id, 0 (and pInfo left alone) where support_net_topology is not "yes"
+ */
+uint32_t KOPANetTopologyGet(KOPANETTOPOLOGY *pInfo);
+
+/** Stores the name of the record as net_topology. @return 0 or -1 */
+int KOPANETSetTopologyConfigs(const KOPANETTOPOLOGY *pInfo);
+
+#ifdef __cplusplus
+}
+#endif

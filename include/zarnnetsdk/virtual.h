@@ -1,0 +1,148 @@
+/* Virtual interfaces: bonds (link aggregation), bridges, Open vSwitch devices, VLANs. */
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+#include <zarncore/zarncore.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- bonds ------------------------------------------------------------------------------------------ */
+
+#define ZARNLINKAGGR_MAX_SLAVE 32
+
+/** One bond. */
+typedef struct ZARNLINKAGGROPT {
+  char szName[16];
+  uint32_t mode;        /* index into grgBondDesc; 0 unknown or no slaves */
+  uint32_t blNoPartner; /* 1: an 802.3ad bond without an LACP partner */
+  int32_t cSlave;
+  char rgszSlave[ZARNLINKAGGR_MAX_SLAVE][16]; /* sorted as strcmp does: eth10 before eth2 */
+} ZARNLINKAGGROPT;
+
+/** One bonding mode. An Open vSwitch mode has no kernel options: its pointers are null. */
+typedef struct ZARNBONDDESC {
+  const char *szKernelMode;  /* the kernel's number of the mode, as text */
+  const char *szName;
+  const char *szBondingOpts; /* value of BONDING_OPTS, double quotes included */
+} ZARNBONDDESC;
+
+/** The modes, indexed by mode id 0 to 8; row 0 is empty. */
+extern const ZARNBONDDESC grgBondDesc[9];
+
+/** The mode id of a name; only the beginning is compared ("802.3ad 4" is 2). @return 1 to 8, or 0; null is 0 */
+uint32_t ZARNNetLinkAggrStringToMode(const char *szMode);
+
+/** The name of a mode id. @return static text, "unknown" for any id but 1 to 8 */
+const char *ZARNNetLinkAggrModeToString(uint32_t mode);
+
+/** Is the bonding driver there (one line in /sys/class/net/bonding_masters)? @return 1, 0, or -1 for a failed read */
+int ZARNNetLinkAggrExist(void);
+
+/** Appends the kernel's bonds that have slaves to *ppList.
+ * @return the number of bonds, with or without slaves; 0 without the driver; -1 (0x0D00, 0x0200, 0x0A00) */
+int ZARNNetLinkAggrEnum(PKOPACSZLIST *ppList);
+
+/** Appends the slaves of a kernel bond to *ppSlaves. @return their number; -1 (0x0D00, 0x0900, 0x0A00) */
+int ZARNNetLinkAggrPhyGet(const char *szBond, PKOPACSZLIST *ppSlaves);
+
+/**
+ * Reads a bond: of the kernel from sysfs, of Open vSwitch ("ovs_bond...") from its interface file.
+ * @return 0, also for an interface that is no bond (mode 0, no slaves); otherwise -1 (kernel) or 1 (Open
+ *         vSwitch); 0x0D00, 0x0200, 0x0900, 0x0A00
+ */
+int ZARNNetLinkAggrGet(const char *szBond, ZARNLINKAGGROPT *pOpt);
+
+/** Adds a slave to the record, sorted. @return 0 (the error state is 0xBC00 all the same); -1 with 0x0D00,
+ * 0xBB00 (already there) or 0xBD00 (32 slaves) */
+int ZARNNetLinkAggrOptSlsaveAdd(ZARNLINKAGGROPT *pOpt, const char *szSlave);
+
+/* ---- bridges ---------------------------------------------------------------------------------------- */
+
+/** One interface's part in a bridge: 1 none, 2 bridge, 3 bridge of the local LAN, 4 port of a bridge. */
+typedef struct ZARNBRIDGEINFO {
+  uint32_t type;
+  char szName[16];
+  char szRef[16]; /* a bridge's primary port, a port's bridge */
+} ZARNBRIDGEINFO;
+
+/** The settings of one interface's file. */
+typedef struct ZARNNETIFSETTINGS {
+  uint32_t blStatic; /* 0: DHCP, and the two texts are ignored */
+  uint32_t blOnBoot;
+  char szName[16];
+  char szIP[20];
+  char szMask[20];
+} ZARNNETIFSETTINGS;
+
+/** Is the interface a bridge? @return 1 or 0 */
+int KOPANetBridgeIfIsMaster(const char *szIfname);
+
+/** Is the interface a port of a bridge? @return 1 or 0 */
+int KOPANetBridgeIfIsSlave(const char *szIfname);
+
+/** Appends the ports of a bridge to *ppList. @return their number, or -1 */
+int KOPANetBridgeSlaveEnum(const char *szBridge, PKOPACSZLIST *ppList);
+
+/** Appends the bridges of role 2 or 3 to *ppList; null only counts. @return their number; -1 with 0x0200 */
+int KOPANetEnumBridge(PKOPACSZLIST *ppList, uint32_t role);
+
+/** The part of an interface as the kernel has it. @return 1 to 4, 0 while it is down; pInfo may be null */
+int KOPANETGetBridgeInfo(const char *szIfname, ZARNBRIDGEINFO *pInfo);
+
+/** The part of an interface in topology 1 to 3. @return its role, or 0; pInfo may be null */
+int KOPANETGetBridgeInfoByTopology(const char *szIfname, ZARNBRIDGEINFO *pInfo, uint32_t kind);
+
+/**
+ * Reads the interface's file. Either output may be null, not both. The type is 3 or 2 for TYPE=bridge;
+ * else 1 with a BRIDGE key and 4 without: the reverse of the other functions, kept for callers that
+ * compare against it.
+ * @return 0, or -1 (both outputs null, no file)
+ */
+int ZARNNetGetBridgeConfig(const char *szIfname, ZARNNETIFSETTINGS *pSettings, ZARNBRIDGEINFO *pInfo);
+
+/** Does ZARNNetGetBridgeConfig() read this type? @return 1 or 0 */
+int ZARNNetIsIfBridgeType(const char *szIfname, uint32_t role);
+
+/* ---- Open vSwitch ----------------------------------------------------------------------------------- */
+
+/** @return 2 for an Open vSwitch bond ("ovs_bond..."), 1 for another Open vSwitch device, else 0 */
+int KOPANetOVSIfIsMaster(const char *szIfname);
+
+/** Is the interface a member of an Open vSwitch bond? @return 1 or 0 */
+int KOPANetOVSIfIsSlave(const char *szIfname);
+
+/** The interface under an Open vSwitch device: "ovs_eth0" gives "eth0". cbOut must exceed the result's
+ * length. @return 0, or -1 with 0x0D00 */
+int KOPANetOVSGetOriginalIf(const char *szIfname, char *szOut, size_t cbOut);
+
+/* ---- VLANs ------------------------------------------------------------------------------------------ */
+
+/** One VLAN interface. */
+typedef struct KOPANETVLAN {
+  char szName[16];   /* "eth0.10" */
+  char szRowDev[16]; /* its parent */
+  int32_t id;        /* 1 to 4094 */
+} KOPANETVLAN;
+
+/** Is the id one of 1 to 4094? @return 0 or -1 */
+int KOPANetVlanValidId(unsigned int id);
+
+/** Is the VLAN driver there? @return 1 or 0 */
+int KOPANetVlanExist(void);
+
+/** Asks the kernel whether an interface is a VLAN. @return 1 (record filled), 0, or -1 (0x0D00, 0x3400) */
+int KOPANetVlanGet(const char *szIfname, KOPANETVLAN *pVlan);
+
+/** KOPANetVlanGet() for the VLAN of a parent and an id. */
+int KOPANetVlanGetByRowDev(const char *szRowDev, unsigned int id, KOPANETVLAN *pVlan);
+
+/** All VLANs (/proc/net/vlan/config). *ppVlan is freed with free(), null when there are none.
+ * @return 0, or -1 (0x0D00, 0x0200, 0x4000) */
+int KOPANetVlanEnum(KOPANETVLAN **ppVlan, int *pcVlan);
+
+#ifdef __cplusplus
+}
+#endif

@@ -1,0 +1,11 @@
+// A number as dotted text.
+#include <cstdio>
+
+#include <zarnnetsdk/addr.h>
+
+const char* ZARNNetNtoa(uint32_t value) {
+  static char text[18];
+  std::snprintf(text, sizeof text, "%u.%u.%u.%u", value >> 24, value >> 16 & 0xFF,
+                value >> 8 & 0xFF, value & 0xFF);
+  return text;
+}

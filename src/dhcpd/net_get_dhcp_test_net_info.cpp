@@ -1,0 +1,59 @@
+// A trial run of the DHCP client: which address would the network hand out?
+#include <zarnnetsdk/dhcpd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string>
+
+#include "frame/command.h"
+#include "frame/file.h"
+#include "frame/key_file.h"
+#include "frame/log.h"
+#include "frame/paths.h"
+#include "frame/text.h"
+
+using namespace frame;
+
+namespace {
+
+// The client wants its hook where only root writes.
+bool EnsureClientScript() {
+  if (Exists(paths::kDhclientScriptCopy)) return true;
+  if (Run(paths::kCp, "-f", paths::kDhclientScript, paths::kDhclientScriptCopy)) return true;
+  LOG_ERROR("%s:%d copy /etc/dhclient/dhclient-script to /var/run/dhclient-script failed");
+  return false;
+}
+
+bool RunTrial(const std::string& ifname) {
+  const std::string lease = paths::DhcpTestLease(ifname);
+  const std::string pid = paths::DhcpPid(ifname);
+  if (Run(paths::kDhclient, "-q", "--zarn_test", "-lf", lease, "-pf", pid, "-sf",
+          paths::kDhclientScriptCopy, ifname)) {
+    return true;
+  }
+  LOG_ERROR("%s:%d /usr/sbin/dhclient -q --zarn_test -lf %s -pf %s -sf %s %s failed(%s).",
+            lease.c_str(), pid.c_str(), paths::kDhclientScriptCopy, ifname.c_str(),
+            std::strerror(errno));
+  FRAME_SET_ERROR(kCommand);
+  return false;
+}
+
+}  // namespace
+
+int ZARNIGetDHCPTestNetInfo(ZARNNETIFADDR* info) try {
+  if (info == nullptr) return FRAME_FAIL(kBadParameter, -1);
+  const std::string ifname(FieldText(info->szName));
+  if (IsUnfitName(ifname.c_str())) return FRAME_FAIL(kBadParameter, -1);
+  if (!EnsureClientScript() || !RunTrial(ifname)) return -1;
+  const std::string result = paths::DhcpInfo(ifname);
+  if (!ReadKeyInto(result, "IPADDR", info->szIP)) {
+    LOG_ERROR_FUNC("%s(%d) KOPACFileGetKeyValue(IPADDR) failed(%X).", KOPACErrGet());
+    return -1;
+  }
+  if (!ReadKeyInto(result, "NETMASK", info->szMask)) {
+    LOG_ERROR_FUNC("%s(%d) KOPACFileGetKeyValue(NETMASK) failed(%X).", KOPACErrGet());
+    return -1;
+  }
+  return 0;
+}
+FRAME_NO_EXCEPTIONS(-1)

@@ -1,0 +1,47 @@
+// Running the system's programs: an absolute path and a list of arguments, waited for. There is no shell
+// anywhere, and arguments are never joined.
+#pragma once
+
+#include <zarncore/zarncore.h>
+
+#include <cstdio>
+#include <memory>
+#include <string>
+
+namespace frame {
+
+namespace internal {
+// The core library's option value for "wait, and answer a refusal as a negative result".
+inline constexpr int kExecOptions = 187;
+inline const char* Argument(const char* text) { return text; }
+inline const char* Argument(const std::string& text) { return text.c_str(); }
+}  // namespace internal
+
+// Runs a program. True when it ended with exit status 0.
+template <class... Args>
+[[nodiscard]] bool Run(const char* path, const Args&... args) {
+  return KOPACExecl(path, internal::kExecOptions, internal::Argument(args)...,
+                    static_cast<const char*>(nullptr)) >= 0;
+}
+
+// Runs a program with up to four arguments. Its exit status, or -1 when it could not be started or was
+// ended by a signal.
+[[nodiscard]] inline int RunStatus(const char* path, const char* arg1 = nullptr,
+                                   const char* arg2 = nullptr, const char* arg3 = nullptr,
+                                   const char* arg4 = nullptr) {
+  return KOPACExec(path, arg1, arg2, arg3, arg4);
+}
+
+// The standard output of a program; null when it could not be started. Closing waits for it.
+struct CloseCommand {
+  void operator()(std::FILE* file) const { KOPACPclose(file); }
+};
+using CommandOutput = std::unique_ptr<std::FILE, CloseCommand>;
+
+template <class... Args>
+[[nodiscard]] CommandOutput OutputOf(const char* path, const Args&... args) {
+  return CommandOutput(
+      KOPACPopen(path, "r", internal::Argument(args)..., static_cast<const char*>(nullptr)));
+}
+
+}  // namespace frame

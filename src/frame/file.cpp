@@ -1,0 +1,20 @@
+// Owners of open files, and readers of the small files of /proc and /sys.
+#include "frame/file.h"
+
+#include <cstdlib>
+
+namespace frame {
+
+bool Exists(const std::string& path) { return ::access(path.c_str(), F_OK) == 0; }
+
+LineReader::~LineReader() { std::free(buffer_); }
+
+std::optional<std::string_view> LineReader::Next() {
+  const ssize_t length = ::getline(&buffer_, &capacity_, file_.get());
+  if (length < 0) return std::nullopt;
+  return std::string_view(buffer_, static_cast<std::size_t>(length));
+}
+
+bool LineReader::Failed() const { return std::feof(file_.get()) == 0; }
+
+}  // namespace frame

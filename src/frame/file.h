@@ -1,0 +1,67 @@
+// Owners of open files, and readers of the small files of /proc and /sys.
+#pragma once
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace frame {
+
+class Descriptor {
+ public:
+  explicit Descriptor(int fd = -1) : fd_(fd) {}
+  ~Descriptor() {
+    if (fd_ >= 0) ::close(fd_);
+  }
+  Descriptor(Descriptor&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(fd_, other.fd_);
+    return *this;
+  }
+
+  [[nodiscard]] int Get() const { return fd_; }
+  explicit operator bool() const { return fd_ >= 0; }
+
+ private:
+  int fd_;
+};
+
+struct CloseFile {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
+// Opens close-on-exec; null when it cannot be opened, errno says why.
+inline File OpenFile(const std::string& path, const char* mode) {
+  return File(std::fopen(path.c_str(), std::string(mode).append("e").c_str()));
+}
+
+bool Exists(const std::string& path);
+
+// Reads a text file line by line, whatever their length.
+class LineReader {
+ public:
+  explicit LineReader(const std::string& path) : file_(OpenFile(path, "r")) {}
+  explicit LineReader(File file) : file_(std::move(file)) {}
+  ~LineReader();
+  LineReader(const LineReader&) = delete;
+  LineReader& operator=(const LineReader&) = delete;
+
+  [[nodiscard]] bool IsOpen() const { return file_ != nullptr; }
+  // The next line with its newline, valid until the next call; nothing at the end or when reading failed.
+  std::optional<std::string_view> Next();
+  // After Next() answered nothing: did reading fail before the end?
+  [[nodiscard]] bool Failed() const;
+
+ private:
+  File file_;
+  char* buffer_ = nullptr;
+  std::size_t capacity_ = 0;
+};
+
+}  // namespace frame

@@ -1,0 +1,120 @@
+// The interface ioctls, over one datagram socket that lives as long as the call that needs it.
+#include "frame/kernel.h"
+
+#include <arpa/inet.h>
+#include <linux/if_vlan.h>
+#include <linux/sockios.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+
+#include <cstring>
+
+#include "frame/text.h"
+
+namespace frame {
+namespace {
+
+// The address field of an interface request is a sockaddr that holds an IPv4 one.
+in_addr AddressOf(const sockaddr& field) {
+  sockaddr_in address{};
+  std::memcpy(&address, &field, sizeof address);
+  return address.sin_addr;
+}
+
+sockaddr FieldOf(in_addr value) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr = value;
+  sockaddr field{};
+  std::memcpy(&field, &address, sizeof field);
+  return field;
+}
+
+vlan_ioctl_args VlanRequest(int command, std::string_view ifname) {
+  vlan_ioctl_args request{};
+  request.cmd = command;
+  CopyText(KernelName(ifname), request.device1);
+  return request;
+}
+
+}  // namespace
+
+InetSocket::InetSocket() : socket_(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {}
+
+bool InetSocket::Request(unsigned long command, std::string_view ifname, ifreq* request) const {
+  CopyText(KernelName(ifname), request->ifr_name);
+  return ::ioctl(socket_.Get(), command, request) == 0;
+}
+
+std::optional<short> InetSocket::Flags(std::string_view ifname) const {
+  ifreq request{};
+  if (!Request(SIOCGIFFLAGS, ifname, &request)) return std::nullopt;
+  return request.ifr_flags;
+}
+
+bool InetSocket::SetFlags(std::string_view ifname, short flags) const {
+  ifreq request{};
+  request.ifr_flags = flags;
+  return Request(SIOCSIFFLAGS, ifname, &request);
+}
+
+std::optional<in_addr> InetSocket::AskAddress(unsigned long command,
+                                              std::string_view ifname) const {
+  ifreq request{};
+  request.ifr_addr.sa_family = AF_INET;
+  if (!Request(command, ifname, &request)) return std::nullopt;
+  return AddressOf(request.ifr_addr);
+}
+
+bool InetSocket::TellAddress(unsigned long command, std::string_view ifname,
+                             in_addr address) const {
+  ifreq request{};
+  request.ifr_addr = FieldOf(address);
+  return Request(command, ifname, &request);
+}
+
+std::optional<in_addr> InetSocket::Address(std::string_view ifname) const {
+  return AskAddress(SIOCGIFADDR, ifname);
+}
+
+bool InetSocket::SetAddress(std::string_view ifname, in_addr address) const {
+  return TellAddress(SIOCSIFADDR, ifname, address);
+}
+
+std::optional<in_addr> InetSocket::Netmask(std::string_view ifname) const {
+  return AskAddress(SIOCGIFNETMASK, ifname);
+}
+
+// The mask carries the address family too: the kernel refuses one without it.
+bool InetSocket::SetNetmask(std::string_view ifname, in_addr mask) const {
+  return TellAddress(SIOCSIFNETMASK, ifname, mask);
+}
+
+std::optional<std::array<unsigned char, 6>> InetSocket::HardwareAddress(
+    std::string_view ifname) const {
+  ifreq request{};
+  if (!Request(SIOCGIFHWADDR, ifname, &request)) return std::nullopt;
+  std::array<unsigned char, 6> mac{};
+  std::memcpy(mac.data(), request.ifr_hwaddr.sa_data, mac.size());
+  return mac;
+}
+
+std::optional<std::string> InetSocket::VlanParent(std::string_view ifname) const {
+  vlan_ioctl_args request = VlanRequest(GET_VLAN_REALDEV_NAME_CMD, ifname);
+  if (::ioctl(socket_.Get(), SIOCGIFVLAN, &request) != 0) return std::nullopt;
+  return std::string(FieldText(request.u.device2));
+}
+
+std::optional<int> InetSocket::VlanId(std::string_view ifname) const {
+  vlan_ioctl_args request = VlanRequest(GET_VLAN_VID_CMD, ifname);
+  if (::ioctl(socket_.Get(), SIOCGIFVLAN, &request) != 0) return std::nullopt;
+  return request.u.VID;
+}
+
+std::string DottedText(in_addr address) {
+  char text[INET_ADDRSTRLEN] = "";
+  ::inet_ntop(AF_INET, &address, text, sizeof text);
+  return text;
+}
+
+}  // namespace frame

@@ -1,0 +1,49 @@
+// The interface ioctls, over one datagram socket that lives as long as the call that needs it.
+#pragma once
+
+#include <net/if.h>
+#include <netinet/in.h>
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "frame/file.h"
+
+namespace frame {
+
+// Every query answers nothing when the kernel refuses; errno says why. Names are cut to 15 characters.
+class InetSocket {
+ public:
+  InetSocket();
+
+  [[nodiscard]] bool IsOpen() const { return static_cast<bool>(socket_); }
+
+  [[nodiscard]] std::optional<short> Flags(std::string_view ifname) const;
+  [[nodiscard]] bool SetFlags(std::string_view ifname, short flags) const;
+  [[nodiscard]] std::optional<in_addr> Address(std::string_view ifname) const;
+  [[nodiscard]] bool SetAddress(std::string_view ifname, in_addr address) const;
+  [[nodiscard]] std::optional<in_addr> Netmask(std::string_view ifname) const;
+  [[nodiscard]] bool SetNetmask(std::string_view ifname, in_addr mask) const;
+  [[nodiscard]] std::optional<std::array<unsigned char, 6>> HardwareAddress(
+      std::string_view ifname) const;
+
+  // The VLAN driver's answers: the parent of a VLAN (nothing for any other interface), and its id.
+  [[nodiscard]] std::optional<std::string> VlanParent(std::string_view ifname) const;
+  [[nodiscard]] std::optional<int> VlanId(std::string_view ifname) const;
+
+ private:
+  [[nodiscard]] bool Request(unsigned long command, std::string_view ifname, ifreq* request) const;
+  [[nodiscard]] std::optional<in_addr> AskAddress(unsigned long command,
+                                                  std::string_view ifname) const;
+  [[nodiscard]] bool TellAddress(unsigned long command, std::string_view ifname,
+                                 in_addr address) const;
+
+  Descriptor socket_;
+};
+
+std::string DottedText(in_addr address);
+
+}  // namespace frame

@@ -1,0 +1,59 @@
+// Settings files of KEY=value lines: reading one key, and changing several in one rewrite.
+#pragma once
+
+#include <zarncore/zarncore.h>
+
+#include <cstddef>
+#include <string>
+
+#include "frame/containers.h"
+
+namespace frame {
+
+inline constexpr char kBareLine[] = "%s=%s\n";  // interface files and their like
+
+// What a key of a file reads as. `length` is that of the core library: above 0 found, 0 absent or empty,
+// below 0 the file cannot be read.
+struct KeyValue {
+  int length;
+  std::string text;
+
+  [[nodiscard]] bool Found() const { return length > 0; }
+  [[nodiscard]] bool Unreadable() const { return length < 0; }
+};
+
+// Reads a key into at most size bytes, terminator included: longer values are cut.
+KeyValue ReadKey(const std::string& path, const char* key, std::size_t size);
+
+// Reads a key into a field of a record. True when it was found; the field is empty otherwise.
+template <std::size_t N>
+bool ReadKeyInto(const std::string& path, const char* key, char (&field)[N]) {
+  return KOPACFileGetKeyValue(path.c_str(), key, field, N, 0) > 0;
+}
+
+// Is the key there, with exactly this value?
+inline bool KeyIs(const std::string& path, const char* key, const char* value) {
+  return KOPACFileCheckKeyValue(path.c_str(), key, value, 0) == 1;
+}
+
+// Collects keys to set and keys to drop and writes them in one rewrite, each as KEY=value.
+class KeyEdit {
+ public:
+  KeyEdit& Set(const char* key, const char* value) {
+    set_.Set(key, value);
+    return *this;
+  }
+  KeyEdit& Drop(const char* key) {
+    drop_.Set(key, "");
+    return *this;
+  }
+  [[nodiscard]] bool WriteTo(const std::string& path) const {
+    return KOPACFileSetKeys(path.c_str(), set_.Get(), drop_.Get(), kBareLine) >= 0;
+  }
+
+ private:
+  StringHash set_;
+  StringHash drop_;
+};
+
+}  // namespace frame

@@ -1,0 +1,23 @@
+// The table of Open vSwitch bonds: one line a bond, its name first and its members after it.
+#include "frame/ovs_bonds.h"
+
+#include <algorithm>
+
+#include "frame/file.h"
+#include "frame/paths.h"
+#include "frame/text.h"
+
+namespace frame {
+
+std::optional<bool> IsOvsBondMember(std::string_view ifname) {
+  if (!Exists(paths::kOvsBonds)) return false;
+  LineReader lines(paths::kOvsBonds);
+  if (!lines.IsOpen()) return std::nullopt;
+  while (const auto line = lines.Next()) {
+    const auto words = SplitWords(Trimmed(*line), " ");
+    if (!words.empty() && std::find(words.begin() + 1, words.end(), ifname) != words.end()) return true;
+  }
+  return false;
+}
+
+}  // namespace frame

@@ -1,0 +1,59 @@
+// Every file, folder and program of the system that the library names, in one place.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace frame::paths {
+
+// ---- configuration
+inline constexpr char kIfcfgPrefix[] = "/etc/sysconfig/network-scripts/ifcfg-";
+inline constexpr char kInfo[] = "/etc/zarninfo.conf";
+inline constexpr char kFactoryInfo[] = "/etc.defaults/zarninfo.conf";
+
+inline std::string Ifcfg(std::string_view ifname) { return std::string(kIfcfgPrefix).append(ifname); }
+
+// ---- leases and results of other programs
+inline std::string DhcpInfo(std::string_view ifname) {
+  return std::string("/etc/dhclient/ipv4/dhcpcd-").append(ifname).append(".info");
+}
+inline std::string DhcpPid(std::string_view ifname) {
+  return std::string("/etc/dhclient/ipv4/dhcpcd-").append(ifname).append(".pid");
+}
+inline std::string DhcpTestLease(std::string_view ifname) {
+  return std::string("/tmp/dhcpv4.leases.").append(ifname);
+}
+inline constexpr char kDhclientScript[] = "/etc/dhclient/dhclient-script";
+inline constexpr char kDhclientScriptCopy[] = "/var/run/dhclient-script";
+inline constexpr char kExternalIpResult[] = "/run/ddns/externalIP.result";
+inline constexpr char kTopologyBridgeMark[] = "/tmp/net_topology_bridge";
+
+// ---- the kernel's files
+inline constexpr char kProcNetDev[] = "/proc/net/dev";
+inline constexpr char kProcIfInet6[] = "/proc/net/if_inet6";
+inline constexpr char kProcVlanConfig[] = "/proc/net/vlan/config";
+inline constexpr char kInternalNetifNum[] = "/proc/sys/kernel/zarn_internal_netif_num";
+inline constexpr char kBondingMasters[] = "/sys/class/net/bonding_masters";
+inline constexpr char kOvsBonds[] = "/sys/class/net/zarn_ovs_bonds";
+
+inline std::string SysNet(std::string_view ifname, std::string_view rest) {
+  return std::string("/sys/class/net/").append(ifname).append(rest);
+}
+inline std::string SysVirtualNet(std::string_view device) {
+  return std::string("/sys/devices/virtual/net/").append(device);
+}
+inline std::string Ipv6Switch(std::string_view ifname) {
+  return std::string("/proc/sys/net/ipv6/conf/").append(ifname).append("/disable_ipv6");
+}
+
+// ---- programs
+inline constexpr char kIp[] = "/sbin/ip";
+inline constexpr char kIfconfig[] = "/sbin/ifconfig";
+inline constexpr char kStop[] = "/sbin/stop";
+inline constexpr char kCp[] = "/bin/cp";
+inline constexpr char kIpcalc[] = "/bin/ipcalc";
+inline constexpr char kDhclient[] = "/usr/sbin/dhclient";
+inline constexpr char kNetdTool[] = "/usr/zarn/sbin/zarnnetdtool";
+inline constexpr char kDdnsd[] = "/usr/zarn/sbin/ddnsd";
+
+}  // namespace frame::paths

@@ -1,0 +1,37 @@
+// One event of the plugin facility, released when its scope ends.
+#pragma once
+
+#include <zarnsdk/zarnsdk.h>
+
+namespace frame {
+
+inline constexpr int kStageBefore = 4;
+inline constexpr int kStageAfter = 5;
+
+// Each operation answers false when the plugin SDK refuses.
+class PluginEvent {
+ public:
+  PluginEvent() = default;
+  ~PluginEvent() {
+    if (handle_ != nullptr) KOPAPluginExit(handle_);
+  }
+  PluginEvent(const PluginEvent&) = delete;
+  PluginEvent& operator=(const PluginEvent&) = delete;
+
+  [[nodiscard]] bool Init(const char* category, const char* event) {
+    return KOPAPluginSDKInit(category, event, &handle_) >= 0;
+  }
+  [[nodiscard]] bool IsUsable() const { return KOPAPluginHasInit(handle_) != 0; }
+  [[nodiscard]] bool Set(const char* name, const char* value) {
+    return KOPAPluginSetArg(handle_, name, value) >= 0;
+  }
+  [[nodiscard]] bool Set(const char* name, int value) {
+    return KOPAPluginSetArgByInt(handle_, name, value) >= 0;
+  }
+  [[nodiscard]] bool Fire(int stage) { return KOPAPluginAction(stage, handle_) >= 0; }
+
+ private:
+  PKOPAPLUGIN handle_ = nullptr;
+};
+
+}  // namespace frame

@@ -1,0 +1,85 @@
+// The network topologies of an appliance with a wireless interface, and which one is in force.
+#include <zarnnetsdk/iface.h>
+#include <zarnnetsdk/virtual.h>
+
+#include <strings.h>
+
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#include "frame/key_file.h"
+#include "frame/log.h"
+#include "frame/paths.h"
+#include "frame/text.h"
+
+using namespace frame;
+
+extern "C" {
+const KOPANETTOPOLOGY gTopologyInfo[4] = {
+    {0, "unknown", "eth0", 0, 3},
+    {1, "client", "eth0", 1, 1},
+    {2, "bridge", "br0", 0, 2},
+    {3, "router", "eth0", 0, 3},
+};
+
+const ZARNBRIDGEINFO grgTopologyIFInfo[4][4] = {
+    {},
+    {{1, "eth0", ""}, {1, "wlan0", ""}},
+    {{4, "eth0", "br0"}, {4, "wlan0", "br0"}, {2, "br0", "eth0"}},
+    {{1, "eth0", ""}, {4, "wlan0", "lbr0"}, {3, "lbr0", "wlan0"}},
+};
+}
+
+namespace {
+
+constexpr char kTopologyKey[] = "net_topology";
+
+uint32_t CurrentTopology() {
+  const KeyValue name = ReadKey(paths::kInfo, kTopologyKey, sizeof KOPANETTOPOLOGY::szName);
+  if (!name.Found()) {
+    LOG_ERROR("%s:%d Failed to get key[%s] in [%s]", kTopologyKey, paths::kInfo);
+    return 0;
+  }
+  for (const KOPANETTOPOLOGY& topology : gTopologyInfo) {
+    if (strcasecmp(topology.szName, name.text.c_str()) == 0) return topology.id;
+  }
+  return 0;
+}
+
+// Where a VLAN runs over the uplink, the VLAN is what leads outside.
+void PreferVlan(KOPANETTOPOLOGY* info) {
+  KOPANETVLAN* vlans = nullptr;
+  int count = 0;
+  if (KOPANetVlanEnum(&vlans, &count) < 0) return;
+  const std::unique_ptr<KOPANETVLAN, decltype(&std::free)> owner(vlans, &std::free);
+  for (int i = 0; i < count; ++i) {
+    if (FieldText(vlans[i].szRowDev) != FieldText(info->szUplink)) continue;
+    CopyText(FieldText(vlans[i].szName), info->szUplink);
+    return;
+  }
+}
+
+}  // namespace
+
+uint32_t KOPANetTopologyGet(KOPANETTOPOLOGY* pInfo) try {
+  if (!KeyIs(paths::kInfo, "support_net_topology", "yes")) return 0;
+  const uint32_t current = CurrentTopology();
+  if (pInfo == nullptr) return current;
+  const uint32_t wanted = pInfo->id != 0 ? pInfo->id : current;
+  if (wanted >= std::size(gTopologyInfo)) {
+    FRAME_SET_ERROR(kBadParameter);
+    return 0;
+  }
+  *pInfo = gTopologyInfo[wanted];
+  PreferVlan(pInfo);
+  return wanted;
+}
+FRAME_NO_EXCEPTIONS(0U)
+
+int KOPANETSetTopologyConfigs(const KOPANETTOPOLOGY* pInfo) try {
+  if (pInfo == nullptr) return FRAME_FAIL(kBadParameter, -1);
+  const std::string name(FieldText(pInfo->szName));
+  return KOPACINFOSetKeyValue(kTopologyKey, name.c_str()) < 0 ? -1 : 0;
+}
+FRAME_NO_EXCEPTIONS(-1)

@@ -1,0 +1,84 @@
+// What the files say of an interface: fixed or leased address, local LAN, number of built-in ports.
+#include <zarnnetsdk/dhcpd.h>
+#include <zarnnetsdk/iface.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "frame/file.h"
+#include "frame/key_file.h"
+#include "frame/lock.h"
+#include "frame/log.h"
+#include "frame/paths.h"
+#include "frame/text.h"
+
+using namespace frame;
+
+namespace {
+
+constexpr std::int32_t kDhcp = 0;
+constexpr std::int32_t kStatic = 1;
+
+bool ReadAddressAndMask(const std::string& path, ZARNNETIFADDR* info) {
+  return ReadKeyInto(path, "IPADDR", info->szIP) && ReadKeyInto(path, "NETMASK", info->szMask);
+}
+
+}  // namespace
+
+int ZARNNetIfIsStaticIP(const char* szIfname) try {
+  if (IsUnfitName(szIfname)) return FRAME_FAIL(kBadParameter, 0);
+  const Lock lock(kNetworkRead);
+  if (!lock.Held()) {
+    LOG_ERROR("%s:%d KOPACFileLock() failed.(%X)", KOPACErrGet());
+    return 0;
+  }
+  const KeyValue proto = ReadKey(paths::Ifcfg(szIfname), "BOOTPROTO", 16);
+  if (!proto.Found()) {
+    LOG_ERROR("%s:%d Get BOOTPROTO key failed.(%X)", KOPACErrGet());
+    return 0;
+  }
+  return proto.text == "static" ? 1 : 0;
+}
+FRAME_NO_EXCEPTIONS(0)
+
+int KOPANetIFIsLocalLan(const char* szIfname) try {
+  if (IsUnfitName(szIfname)) return FRAME_FAIL(kBadParameter, 0);
+  return KeyIs(paths::Ifcfg(szIfname), "LOCAL_LAN", "yes") ? 1 : 0;
+}
+FRAME_NO_EXCEPTIONS(0)
+
+int ZARNNetIFGetIPConfig(const char* szIfname, ZARNNETIFADDR* pNetInfo) try {
+  if (IsUnfitName(szIfname)) return FRAME_INVALID_ARGUMENT("((void *)0) != szIfname", -1);
+  if (pNetInfo == nullptr) return FRAME_INVALID_ARGUMENT("NULL != pNetInfo", -1);
+  const Lock lock(kNetworkRead);
+  if (!lock.Held()) {
+    LOG_ERROR("%s:%d KOPACFileLock() failed.(%X)", KOPACErrGet());
+    return FRAME_FAIL(kLock, -1);
+  }
+  if (BlZARNLnxIsDHCP(szIfname) != 1) {
+    pNetInfo->bootProto = kStatic;
+    return ReadAddressAndMask(paths::Ifcfg(szIfname), pNetInfo) ? 0 : -1;
+  }
+  pNetInfo->bootProto = kDhcp;
+  const std::string lease = paths::DhcpInfo(szIfname);
+  if (!Exists(lease)) {
+    LOG_NOTE("%s:%d /etc/dhclient/ipv4/dhcpcd-%s.info is not exist", szIfname);
+    return 0;
+  }
+  return ReadAddressAndMask(lease, pNetInfo) ? 0 : -1;
+}
+FRAME_NO_EXCEPTIONS(-1)
+
+int ZARNNetInternalLanNumGet(void) try {
+  LineReader lines(paths::kInternalNetifNum);
+  if (!lines.IsOpen()) {
+    LOG_ERROR("%s:%d open file /proc/sys/kernel/zarn_internal_netif_num failed");
+    return -1;
+  }
+  const auto line = lines.Next();
+  const auto number = line ? ToNumber(Trimmed(*line)) : std::nullopt;
+  if (number && *number > 0) return static_cast<int>(*number);
+  const KeyValue ports = ReadKey(paths::kFactoryInfo, "maxlanport", 16);
+  return ports.Found() ? std::atoi(ports.text.c_str()) : 1;
+}
+FRAME_NO_EXCEPTIONS(-1)

@@ -1,0 +1,50 @@
+// The IPv4 address of an interface: the one the kernel has, and the one that is configured.
+#include <zarnnetsdk/dhcpd.h>
+#include <zarnnetsdk/ipv4.h>
+
+#include <string>
+
+#include "frame/file.h"
+#include "frame/kernel.h"
+#include "frame/log.h"
+#include "frame/paths.h"
+#include "frame/text.h"
+
+using namespace frame;
+
+namespace {
+
+constexpr char kAddressKey[] = "IPADDR";
+
+}  // namespace
+
+int ZARNILnxGetIP(const char* szIfname, char* szBuf, int cbBuf) try {
+  if (IsEmpty(szIfname) || szBuf == nullptr || cbBuf <= 0) return FRAME_FAIL(kBadParameter, -1);
+  const auto address = InetSocket().Address(szIfname);
+  if (!address) LOG_NOTE("%s:%d get ip failed");
+  CopyText(DottedText(address.value_or(in_addr{})), szBuf, static_cast<std::size_t>(cbBuf));
+  return address ? 1 : 0;
+}
+FRAME_NO_EXCEPTIONS(-1)
+
+int ZARNILnxGetIPFromCfg(const char* szIfname, char* szBuf, int cbBuf) try {
+  if (IsUnfitName(szIfname) || szBuf == nullptr || cbBuf <= 0) return FRAME_FAIL(kBadParameter, -1);
+  const std::string path =
+      BlZARNLnxIsDHCP(szIfname) == 1 ? paths::DhcpInfo(szIfname) : paths::Ifcfg(szIfname);
+  if (!Exists(path)) {
+    LOG_ERROR("%s:%d config %s is not exsit, maybe create a new interface", path.c_str());
+    return 0;
+  }
+  const int length =
+      KOPACFileGetKeyValue(path.c_str(), kAddressKey, szBuf, static_cast<std::size_t>(cbBuf), 0);
+  if (length > 0) return 1;
+  *szBuf = '\0';
+  if (length < 0) {
+    LOG_ERROR("%s:%d Failed to get [%s] from [%s], zarnerr=[0x%04X]", kAddressKey, path.c_str(),
+              KOPACErrGet());
+    return -1;
+  }
+  LOG_NOTE("%s:%d IP is not found");
+  return 0;
+}
+FRAME_NO_EXCEPTIONS(-1)

@@ -1,0 +1,72 @@
+// Gives an interface a fixed IPv4 address, in its file and in the kernel; on failure the file is as it was.
+#include <zarnnetsdk/addr.h>
+#include <zarnnetsdk/ipv4.h>
+
+#include <cerrno>
+#include <cstring>
+#include <ctime>
+#include <string>
+
+#include "frame/backup.h"
+#include "frame/command.h"
+#include "frame/key_file.h"
+#include "frame/log.h"
+#include "frame/paths.h"
+#include "frame/text.h"
+
+using namespace frame;
+
+namespace {
+
+bool WriteStaticAddress(const std::string& path, const char* ifname, const char* ip,
+                        const char* netmask) {
+  return KeyEdit()
+      .Set("DEVICE", ifname)
+      .Set("ONBOOT", "yes")
+      .Set("IPADDR", ip)
+      .Set("NETMASK", netmask)
+      .Set("BOOTPROTO", "static")
+      .Drop("MASTER")
+      .Drop("SLAVE")
+      .WriteTo(path);
+}
+
+int WriteAndApply(const std::string& path, const char* ifname, const char* ip, const char* netmask) {
+  if (!WriteStaticAddress(path, ifname, ip, netmask)) {
+    LOG_ERROR("%s:%d Set %s error.", path.c_str());
+    return -1;
+  }
+  if (!Run(paths::kStop, "dhcp-client", Format("IFACE=%s", ifname))) {
+    LOG_ERROR("%s:%d unable to stop dhcp-client instance on %s", ifname);
+  }
+  const int prefix = ZARNNetNetmaskToPrefix(netmask);
+  if (prefix < 0) {
+    LOG_ERROR("%s:%d calculate prefix length failed");
+    return -1;
+  }
+  if (ZARNNetSetIP("-4", ifname, ip, static_cast<unsigned>(prefix), "add") < 0) {
+    LOG_ERROR("%s:%d excute command /usr/zarn/sbin/zarnnet--set_ip failed");
+    return -1;
+  }
+  return 0;
+}
+
+}  // namespace
+
+int ZARNILnxSetIPNetmask(const char* szIfname, const char* szIP, const char* szMask) try {
+  if (IsUnfitName(szIfname) || AnyEmpty({szIP, szMask})) return FRAME_FAIL(kBadParameter, -1);
+  const std::string path = paths::Ifcfg(szIfname);
+  Backup backup(path, Format(".tmp%ld", static_cast<long>(std::time(nullptr))));
+  if (!backup.Made()) {
+    LOG_ERROR("%s:%d copy (%s, %s) failed.(strerror=%s)", path.c_str(), backup.CopyName().c_str(),
+              std::strerror(errno));
+  }
+  const int result = WriteAndApply(path, szIfname, szIP, szMask);
+  if (result < 0) {
+    if (!backup.Restore()) LOG_ERROR_FUNC("%s(%d): rename fail.");
+  } else if (!backup.Remove()) {
+    LOG_ERROR_FUNC("%s(%d): unlink fail.");
+  }
+  return result;
+}
+FRAME_NO_EXCEPTIONS(-1)

@@ -1,0 +1,47 @@
+// Tells the services in one event which kinds of network change took place.
+#include <zarnnetsdk/ipv4.h>
+
+#include "frame/lock.h"
+#include "frame/log.h"
+#include "frame/plugin_event.h"
+
+using namespace frame;
+
+namespace {
+
+bool FireStage(PluginEvent* plugin, int stage, int daemonAction, unsigned flags) {
+  const auto bit = [flags](unsigned number) { return static_cast<int>((flags >> number) & 1U); };
+  return plugin->IsUsable() && plugin->Set("SERVICE_IP_CHANGE", bit(0)) &&
+         plugin->Set("SERVICE_HOSTNAME_CHANGE", bit(1)) &&
+         plugin->Set("SERVICE_MTU_CHANGE", bit(2)) &&
+         plugin->Set("SERVICE_DAEMON_ACTION", daemonAction) && plugin->Set("RESULT", 0) &&
+         plugin->Fire(stage);
+}
+
+}  // namespace
+
+int KOPAServicePlugin(int daemonAction, unsigned int flags) try {
+  const Lock lock(kServicePlugin);
+  if (!lock.Held()) {
+    LOG_ERROR("%s:%d Lock failed");
+    return -1;
+  }
+  PluginEvent plugin;
+  if (!plugin.Init("service", "service")) {
+    LOG_ERROR("%s:%d Fail to do plugin init[0x%04X %s:%d]", FRAME_INNER_ERROR);
+    return -1;
+  }
+  if (!FireStage(&plugin, kStageBefore, daemonAction, flags)) {
+    LOG_ERROR("%s:%d Fail to execute service plugin (PRE)");
+  }
+  if (!FireStage(&plugin, kStageAfter, daemonAction, flags)) {
+    LOG_ERROR("%s:%d Fail to execute service plugin (POST)");
+  }
+  return 0;
+}
+FRAME_NO_EXCEPTIONS(-1)
+
+int KOPAServiceStopBeforeIPChange(void) try {
+  return KOPAServicectlJobStop("pppoerelay") < 0 ? -1 : 0;
+}
+FRAME_NO_EXCEPTIONS(-1)

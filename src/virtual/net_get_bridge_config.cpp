@@ -1,0 +1,68 @@
+// The part in a bridge and the address settings that an interface's file gives it.
+#include <zarnnetsdk/iface.h>
+#include <zarnnetsdk/virtual.h>
+
+#include "frame/file.h"
+#include "frame/key_file.h"
+#include "frame/log.h"
+#include "frame/paths.h"
+#include "frame/text.h"
+#include "virtual/roles.h"
+
+using namespace frame;
+
+namespace {
+
+void ReadRole(const char* ifname, const std::string& path, ZARNBRIDGEINFO* info) {
+  *info = ZARNBRIDGEINFO{};
+  CopyText(ifname, info->szName);
+  if (!KeyIs(path, bridge::kTypeKey, "bridge")) {
+    // The reverse of what the kernel-based query and the writer mean by these two: callers compare
+    // so.
+    const bool port = ReadKeyInto(path, bridge::kBridgeKey, info->szRef);
+    info->type = port ? bridge::kStandalone : bridge::kPort;
+    return;
+  }
+  info->type = KOPANetIFIsLocalLan(ifname) == 1 ? bridge::kLocalLan : bridge::kBridge;
+  if (!ReadKeyInto(path, bridge::kPrimaryKey, info->szRef)) {
+    LOG_ERROR("%s:%d Failed to get key[%s] in file[%s].", bridge::kPrimaryKey, path.c_str());
+  }
+}
+
+// A missing address or mask is reported under the primary port's key: the lines are known by that
+// name.
+template <std::size_t N>
+void ReadAddress(const std::string& path, const char* key, char (&field)[N]) {
+  if (!ReadKeyInto(path, key, field)) {
+    LOG_ERROR("%s:%d Failed to get key[%s] in file[%s].", bridge::kPrimaryKey, path.c_str());
+  }
+}
+
+void ReadSettings(const char* ifname, const std::string& path, ZARNNETIFSETTINGS* settings) {
+  *settings = ZARNNETIFSETTINGS{};
+  CopyText(ifname, settings->szName);
+  settings->blOnBoot = KeyIs(path, "ONBOOT", "yes") ? 1 : 0;
+  settings->blStatic = KeyIs(path, "BOOTPROTO", "static") ? 1 : 0;
+  if (settings->blStatic == 0) return;
+  ReadAddress(path, "IPADDR", settings->szIP);
+  ReadAddress(path, "NETMASK", settings->szMask);
+}
+
+}  // namespace
+
+int ZARNNetGetBridgeConfig(const char* szIfname, ZARNNETIFSETTINGS* pSettings,
+                           ZARNBRIDGEINFO* pInfo) try {
+  if (IsUnfitName(szIfname) || (pSettings == nullptr && pInfo == nullptr)) {
+    LOG_ERROR("%s:%d Wrong Parameter.");
+    return FRAME_FAIL(kBadParameter, -1);
+  }
+  const std::string path = paths::Ifcfg(szIfname);
+  if (!Exists(path)) {
+    LOG_ERROR("%s:%d Failed to access [%s].", path.c_str());
+    return -1;
+  }
+  if (pInfo != nullptr) ReadRole(szIfname, path, pInfo);
+  if (pSettings != nullptr) ReadSettings(szIfname, path, pSettings);
+  return 0;
+}
+FRAME_NO_EXCEPTIONS(-1)

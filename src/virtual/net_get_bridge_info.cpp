@@ -1,0 +1,97 @@
+// Bridges as the kernel has them: what is one, what is a port of one, and the part an interface
+// plays.
+#include <algorithm>
+#include <iterator>
+
+#include <zarnnetsdk/iface.h>
+#include <zarnnetsdk/virtual.h>
+
+#include "frame/file.h"
+#include "frame/key_file.h"
+#include "frame/log.h"
+#include "frame/net_dev.h"
+#include "frame/paths.h"
+#include "frame/text.h"
+#include "virtual/roles.h"
+
+using namespace frame;
+
+namespace {
+
+uint32_t RoleOf(const char* ifname) {
+  if (KOPANetBridgeIfIsMaster(ifname) > 0) {
+    return KOPANetIFIsLocalLan(ifname) == 1 ? bridge::kLocalLan : bridge::kBridge;
+  }
+  return KOPANetBridgeIfIsSlave(ifname) > 0 ? bridge::kPort : bridge::kStandalone;
+}
+
+// Whom the interface belongs with: a bridge's primary port, a port's bridge.
+void ReadReference(const char* ifname, ZARNBRIDGEINFO* info) {
+  if (info->type == bridge::kStandalone) return;
+  const char* const key = info->type == bridge::kPort ? bridge::kBridgeKey : bridge::kPrimaryKey;
+  const std::string path = paths::Ifcfg(ifname);
+  if (!ReadKeyInto(path, key, info->szRef)) {
+    LOG_ERROR("%s:%d Failed to get key[%s] in file[%s].", key, path.c_str());
+  }
+}
+
+bool IsWanted(const std::string& ifname, uint32_t role) {
+  return ifname.find("gbr") == std::string::npos && RoleOf(ifname.c_str()) == role;
+}
+
+}  // namespace
+
+int KOPANetBridgeIfIsMaster(const char* szIfname) try {
+  if (IsUnfitName(szIfname)) return FRAME_FAIL(kBadParameter, 0);
+  return Exists(paths::SysNet(szIfname, "/bridge/")) ? 1 : 0;
+}
+FRAME_NO_EXCEPTIONS(0)
+
+int KOPANetBridgeIfIsSlave(const char* szIfname) try {
+  if (IsUnfitName(szIfname)) return FRAME_FAIL(kBadParameter, 0);
+  return Exists(paths::SysNet(szIfname, "/brport")) ? 1 : 0;
+}
+FRAME_NO_EXCEPTIONS(0)
+
+int KOPANetEnumBridge(PKOPACSZLIST* ppList, uint32_t role) try {
+  const auto names = ListNetDev();
+  if (!names) return FRAME_FAIL(kNoMemory, -1);
+  if (role != bridge::kBridge && role != bridge::kLocalLan) return 0;
+  int count = 0;
+  for (const std::string& ifname : *names) {
+    if (!IsWanted(ifname, role)) continue;
+    if (ppList != nullptr && KOPACSzListPush(ppList, ifname.c_str()) < 0) {
+      return FRAME_FAIL(kNoMemory, -1);
+    }
+    ++count;
+  }
+  return count;
+}
+FRAME_NO_EXCEPTIONS(-1)
+
+int KOPANETGetBridgeInfo(const char* szIfname, ZARNBRIDGEINFO* pInfo) try {
+  if (IsUnfitName(szIfname)) return FRAME_FAIL(kBadParameter, 0);
+  if (ZARNNetIsIFUp(szIfname) != 1) return 0;
+  const uint32_t role = RoleOf(szIfname);
+  if (pInfo != nullptr) {
+    *pInfo = ZARNBRIDGEINFO{};
+    pInfo->type = role;
+    CopyText(szIfname, pInfo->szName);
+    ReadReference(szIfname, pInfo);
+  }
+  return static_cast<int>(role);
+}
+FRAME_NO_EXCEPTIONS(0)
+
+int KOPANETGetBridgeInfoByTopology(const char* szIfname, ZARNBRIDGEINFO* pInfo, uint32_t kind) {
+  if (szIfname == nullptr) return FRAME_FAIL(kBadParameter, 0);
+  if (kind < 1 || kind >= std::size(grgTopologyIFInfo)) return 0;
+  for (const ZARNBRIDGEINFO& entry : grgTopologyIFInfo[kind]) {
+    const std::string_view name = FieldText(entry.szName);
+    if (name.empty()) return 0;
+    if (name != szIfname) continue;
+    if (pInfo != nullptr) *pInfo = entry;
+    return static_cast<int>(entry.type);
+  }
+  return 0;
+}
