@@ -1,0 +1,90 @@
+// Takes the place of the C library's syslog and usleep in a test program: lines are kept, sleeps are noted.
+#include <syslog.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdarg>
+#include <cstdio>
+#include <mutex>
+
+#include "support/appliance.h"
+
+namespace {
+
+std::mutex mutex;
+long slept = 0;
+
+void Keep(int priority, const char* format, va_list args) {
+  char text[4096];
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+  std::vsnprintf(text, sizeof text, format, args);
+#pragma GCC diagnostic pop
+  const std::lock_guard guard(mutex);
+  test::Log().push_back({LOG_PRI(priority), text});
+}
+
+// "net_set_ip:83 text" or "name(83) text": the source or function, and the text.
+bool Matches(const std::string& line, std::string_view source, std::string_view message) {
+  if (source.empty()) return line == message;
+  if (!line.starts_with(source)) return false;
+  std::size_t at = source.size();
+  if (at >= line.size() || (line[at] != ':' && line[at] != '(')) return false;
+  const bool function = line[at] == '(';
+  const std::size_t digits = ++at;
+  while (at < line.size() && std::isdigit(static_cast<unsigned char>(line[at])) != 0) ++at;
+  if (at == digits) return false;
+  if (function && line[at++] != ')') return false;
+  const std::string_view rest = std::string_view(line).substr(at);
+  return rest == message || (rest.starts_with(' ') && rest.substr(1) == message);
+}
+
+}  // namespace
+
+extern "C" {
+
+void syslog(int priority, const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  Keep(priority, format, args);
+  va_end(args);
+}
+
+void __syslog_chk(int priority, int, const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  Keep(priority, format, args);
+  va_end(args);
+}
+
+int usleep(useconds_t microseconds) {
+  slept += static_cast<long>(microseconds) / 1000;
+  return 0;
+}
+
+}  // extern "C"
+
+namespace test {
+
+std::vector<LogLine>& Log() {
+  static std::vector<LogLine> lines;
+  return lines;
+}
+
+int LogCount(int priority, std::string_view source, std::string_view message) {
+  const auto& lines = Log();
+  return static_cast<int>(std::count_if(lines.begin(), lines.end(), [&](const LogLine& line) {
+    return line.priority == priority && Matches(line.text, source, message);
+  }));
+}
+
+std::string LogText() {
+  std::string text;
+  for (const LogLine& line : Log()) text += std::to_string(line.priority) + " " + line.text + "\n";
+  return text;
+}
+
+long SleptMilliseconds() { return slept; }
+
+}  // namespace test
