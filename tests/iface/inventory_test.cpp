@@ -30,7 +30,8 @@ std::string ProcNetDev(const Lines& names) {
 }  // namespace
 
 TEST(Inventory, RecordsSayWhatTheKernelHas) {
-  Shell("ip link set eth1 address 02:00:00:00:0a:0b; ip address add 10.9.8.7/20 dev eth1; ip link set eth1 up");
+  Shell("ip link set eth1 address 02:00:00:00:0a:0b; ip address add 10.9.8.7/20 dev eth1");
+  BringUp("eth1");
   Shell("ip link add dummyA type veth peer name dummyB; ip link set dummyA up");
   std::vector<KOPANetIfInfo> list(8);
   ASSERT_EQ(2, KOPANetGetInterfaceInfo(list.data(), 8, 2)) << "eth1 and dummyA are up";

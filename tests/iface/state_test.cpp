@@ -12,7 +12,7 @@ TEST(State, UpAndDownAreTheKernels) {
   EXPECT_EQ(1, KOPANetIfDown("eth0")) << "down already";
   EXPECT_EQ(1, KOPANetIfUp("eth0"));
   EXPECT_EQ(1, ZARNNetIsIFUp("eth0"));
-  EXPECT_NE(std::string::npos, Shell("ip link show eth0").find("state UP"));
+  EXPECT_NE(std::string::npos, Shell("ip link show eth0").find(",UP"));
   EXPECT_EQ(1, KOPANetISetIfFlags("eth0", 0x100)) << "promiscuous";
   EXPECT_NE(std::string::npos, Shell("ip link show eth0").find("PROMISC"));
   EXPECT_EQ(1, KOPANetISetIfFlags("eth0", -1));
@@ -33,7 +33,7 @@ TEST(State, ReInitReallyTakesTheInterfaceDown) {
 }
 
 TEST(State, CarrierIsThatOfThePortUnderAnOvsDevice) {
-  Shell("ip link set eth0 up");
+  BringUp("eth0");
   EXPECT_EQ(1, ZARNNetIfIsLink("eth0"));
   EXPECT_EQ(0, ZARNNetIfIsLink("eth1"));
   EXPECT_EQ(-1, ZARNNetIfIsLink("nosuch0"));

@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -105,6 +106,15 @@ std::string Shell(const std::string& command) {
   }
   ::pclose(pipe);
   return output;
+}
+
+void BringUp(const std::string& ifname) {
+  Shell("ip link set " + ifname + " up");
+  for (int i = 0; i < 300; ++i) {
+    if (ReadFile("/sys/class/net/" + ifname + "/operstate") == "up\n") return;
+    ::poll(nullptr, 0, 10);
+  }
+  ADD_FAILURE() << ifname << " has no carrier";
 }
 
 Lines Events() { return FileLines(kEvents); }

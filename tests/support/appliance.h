@@ -34,6 +34,9 @@ Lines RecordedCalls();
 // Runs a real command line in the appliance; its output, standard error included.
 std::string Shell(const std::string& command);
 
+// Brings an interface up and waits until it has carrier, which the kernel tells a moment later.
+void BringUp(const std::string& ifname);
+
 // ---- events that the recorder plugin received, one line a stage
 Lines Events();
 

@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <linux/futex.h>
+#include <poll.h>
 #include <pthread.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -93,10 +94,11 @@ LockFile::LockFile(const std::string& name)
     : fd_(OpenLockFile(name)), generation_(OpenLocks::Instance().Generation()) {
   if (!fd_) return;
   OpenLocks::Instance().Add(fd_.Get());
-  struct stat status {};
   constexpr off_t kSize = sizeof(Page);
+  struct stat status {};
   if (::fstat(fd_.Get(), &status) != 0) return;
-  if (status.st_size < kSize && ::ftruncate(fd_.Get(), kSize) != 0) return;
+  // Room is taken now: a mapped hole on a full disk would end the process when it is written to.
+  if (status.st_size < kSize && ::posix_fallocate(fd_.Get(), 0, kSize) != 0) return;
   void* const page = ::mmap(nullptr, kSize, PROT_READ | PROT_WRITE, MAP_SHARED, fd_.Get(), 0);
   if (page != MAP_FAILED) page_ = static_cast<Page*>(page);
 }
@@ -117,7 +119,7 @@ LockFile::~LockFile() {
 }
 
 bool LockFile::IsOpen() const {
-  return page_ != nullptr && generation_ == OpenLocks::Instance().Generation();
+  return fd_ && generation_ == OpenLocks::Instance().Generation();
 }
 
 bool LockFile::TryTake(LockMode mode) const {
@@ -135,21 +137,28 @@ bool LockFile::Take(LockMode mode, int waitSeconds) {
   if (TryTake(mode)) return true;
   const std::int64_t deadline = Now() + waitSeconds * kNanosecondsPerSecond;
   std::int64_t nap = kFirstNap;
-  page_->waiters.fetch_add(1);
+  if (page_ != nullptr) page_->waiters.fetch_add(1);
   bool taken = false;
   for (;;) {
-    const std::uint32_t seen = page_->releases.load();
+    const std::uint32_t seen = page_ != nullptr ? page_->releases.load() : 0;
     taken = TryTake(mode);
     const std::int64_t left = deadline - Now();
     if (taken || left <= 0) break;
-    const std::int64_t sleep = std::min(nap, left);
-    const timespec limit{sleep / kNanosecondsPerSecond, sleep % kNanosecondsPerSecond};
-    // Woken, timed out or interrupted: the loop looks again in any case.
-    static_cast<void>(::syscall(SYS_futex, &page_->releases, FUTEX_WAIT, seen, &limit, nullptr, 0));
+    Nap(seen, std::min(nap, left));
     nap = std::min(nap * 2, kLongestNap);
   }
-  page_->waiters.fetch_sub(1);
+  if (page_ != nullptr) page_->waiters.fetch_sub(1);
   return taken;
+}
+
+// Ends early when somebody lets go. Woken, timed out or interrupted: the caller looks again in any case.
+void LockFile::Nap(std::uint32_t seen, std::int64_t nanoseconds) {
+  const timespec limit{nanoseconds / kNanosecondsPerSecond, nanoseconds % kNanosecondsPerSecond};
+  if (page_ != nullptr) {
+    static_cast<void>(::syscall(SYS_futex, &page_->releases, FUTEX_WAIT, seen, &limit, nullptr, 0));
+  } else {
+    static_cast<void>(::ppoll(nullptr, 0, &limit, nullptr));
+  }
 }
 
 void LockFile::Release() {
@@ -158,6 +167,7 @@ void LockFile::Release() {
   range.l_whence = SEEK_SET;
   // Unlocking what is open cannot fail.
   static_cast<void>(::fcntl(fd_.Get(), F_OFD_SETLK, &range));
+  if (page_ == nullptr) return;
   page_->releases.fetch_add(1);
   // A waiter that was killed leaves the count too high: at worst a wake-up that nobody hears.
   if (page_->waiters.load() == 0) return;

@@ -1,6 +1,7 @@
 // Lock files under /run/lock/zarncore/: open-file-description locks with waiters that cost next to nothing.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "descriptor.h"
@@ -33,9 +34,10 @@ class LockFile {
  private:
   struct Page;
   [[nodiscard]] bool TryTake(LockMode mode) const;
+  void Nap(std::uint32_t seen, std::int64_t nanoseconds);
 
   Descriptor fd_;
-  Page* page_ = nullptr;
+  Page* page_ = nullptr;  // null on a full disk: waiters then look again by the clock alone
   unsigned generation_;  // of the process that opened it
 };
 
