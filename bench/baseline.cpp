@@ -1,7 +1,12 @@
-// What the library is measured against: the same work written out by hand, without library or frame.
+// What the library is measured against: the same work written out by hand, without library or
+// frame.
 #include "baseline.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <linux/if_vlan.h>
 #include <linux/sockios.h>
@@ -11,11 +16,6 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <algorithm>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
 
 extern char** environ;
 
@@ -48,10 +48,12 @@ struct Record {
   short flags;
 };
 
-void Ask(int fd, const char* name, short flags, Record* record) {
+using Name = char[IFNAMSIZ];
+
+void Ask(int fd, const Name& name, short flags, Record* record) {
   ifreq request{};
-  std::strncpy(request.ifr_name, name, IFNAMSIZ - 1);
-  std::strncpy(record->name, name, sizeof record->name - 1);
+  std::memcpy(request.ifr_name, name, sizeof request.ifr_name);
+  std::memcpy(record->name, name, sizeof record->name);
   record->flags = flags;
   if (::ioctl(fd, SIOCGIFHWADDR, &request) == 0) {
     std::memcpy(record->mac, request.ifr_hwaddr.sa_data, sizeof record->mac);
@@ -67,11 +69,11 @@ void Ask(int fd, const char* name, short flags, Record* record) {
   }
 }
 
-bool IsPort(const char* name) {
+bool IsPort(const Name& name) {
   char path[128];
-  std::snprintf(path, sizeof path, "/sys/class/net/%s/brport", name);
+  std::snprintf(path, sizeof path, "/sys/class/net/%.15s/brport", name);
   if (::access(path, F_OK) == 0) return true;
-  std::snprintf(path, sizeof path, "/sys/devices/virtual/net/ovs_%s", name);
+  std::snprintf(path, sizeof path, "/sys/devices/virtual/net/ovs_%.15s", name);
   return ::access(path, F_OK) == 0;
 }
 
@@ -184,7 +186,8 @@ bool EditFourKeys(const std::string& path, const char* value) {
 
 int Spawn(const char* const argv[]) {
   pid_t child = 0;
-  if (::posix_spawn(&child, argv[0], nullptr, nullptr, const_cast<char* const*>(argv), environ) != 0) {
+  if (::posix_spawn(&child, argv[0], nullptr, nullptr, const_cast<char* const*>(argv), environ) !=
+      0) {
     return -1;
   }
   int status = 0;

@@ -1,4 +1,5 @@
-// What the library is measured against: the same work written out by hand, without library or frame.
+// What the library is measured against: the same work written out by hand, without library or
+// frame.
 #pragma once
 
 #include <cstddef>
@@ -6,7 +7,8 @@
 
 namespace baseline {
 
-// Lists the interfaces with flags, MAC, address and mask, one socket and one reading of /proc/net/dev.
+// Lists the interfaces with flags, MAC, address and mask, one socket and one reading of
+// /proc/net/dev.
 int Enumerate();
 
 // Reads a key's value from a file of KEY=value lines. Its length, or -1.

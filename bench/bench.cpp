@@ -1,14 +1,9 @@
 // Measures the library and the same work written by hand in one run, and prints how they compare.
 //   zarnnet_bench FOLDER [Google Benchmark options]
-// FOLDER is where key files are written: on a disk, so that syncs cost what they cost. Exit status 1 when a
-// ratio is over its limit.
-#include <benchmark/benchmark.h>
-#include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
-#include <zarnnetsdk/zarnnetsdk.h>
-
+// FOLDER is where key files are written: on a disk, so that syncs cost what they cost. Exit status
+// 1 when a ratio is over its limit.
 #include <algorithm>
+#include <benchmark/benchmark.h>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -16,7 +11,12 @@
 #include <fstream>
 #include <map>
 #include <string>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
+
+#include <zarnnetsdk/zarnnetsdk.h>
 
 #include "baseline.h"
 
@@ -30,18 +30,21 @@ std::string folder;
 
 void EnumerateLibrary(benchmark::State& state) {
   std::vector<KOPANetIfInfo> list(32);
-  for (auto _ : state) benchmark::DoNotOptimize(KOPANetGetInterfaceInfo(list.data(), 32, 8));
+  for (auto _ : state)
+    benchmark::DoNotOptimize(KOPANetGetInterfaceInfo(list.data(), 32, 8));
 }
 BENCHMARK(EnumerateLibrary);
 
 void EnumerateByHand(benchmark::State& state) {
-  for (auto _ : state) benchmark::DoNotOptimize(baseline::Enumerate());
+  for (auto _ : state)
+    benchmark::DoNotOptimize(baseline::Enumerate());
 }
 BENCHMARK(EnumerateByHand);
 
 void EnumerateIpTool(benchmark::State& state) {
   for (auto _ : state) {
-    std::FILE* const output = KOPACPopen("/sbin/ip", "r", "-j", "addr", static_cast<char*>(nullptr));
+    std::FILE* const output =
+        KOPACPopen("/sbin/ip", "r", "-j", "addr", static_cast<char*>(nullptr));
     char block[65536];
     while (std::fread(block, 1, sizeof block, output) > 0) {
     }
@@ -55,7 +58,8 @@ BENCHMARK(EnumerateIpTool);
 std::string KeyFile(std::int64_t lines) {
   const std::string path = folder + "/keys-" + std::to_string(lines);
   std::ofstream file(path);
-  for (std::int64_t i = 0; i < lines; ++i) file << "KEY" << i << "=value of key " << i << "\n";
+  for (std::int64_t i = 0; i < lines; ++i)
+    file << "KEY" << i << "=value of key " << i << "\n";
   return path;
 }
 
@@ -86,7 +90,8 @@ void EditLibrary(benchmark::State& state) {
   for (auto _ : state) {
     const std::string value = std::to_string(++round);
     PKOPACSZHASH set = KOPACSzHashAlloc(16);
-    for (const char* key : {"KEY2", "KEY4", "KEY6", "KEY8"}) KOPACSzHashSetValue(&set, key, value.c_str());
+    for (const char* key : {"KEY2", "KEY4", "KEY6", "KEY8"})
+      KOPACSzHashSetValue(&set, key, value.c_str());
     if (KOPACFileSetKeys(path.c_str(), set, nullptr, "%s=%s\n") < 0) std::abort();
     KOPACSzHashFree(set);
   }
@@ -166,7 +171,8 @@ struct Shared {
 // The child waits for the lock, notes when it had it, lets go, and starts over.
 [[noreturn]] void WaitAgainAndAgain(Shared* shared) {
   for (;;) {
-    while (shared->waiting == 0) ::usleep(100);
+    while (shared->waiting == 0)
+      ::usleep(100);
     if (KOPACFileLock(0x106, 30) != 0) ::_exit(1);
     shared->gotAt = Clock::now().time_since_epoch().count();
     KOPACFileUnlock(0x100);
@@ -176,8 +182,8 @@ struct Shared {
 }
 
 void LockWakeUp(benchmark::State& state) {
-  auto* const shared = static_cast<Shared*>(::mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE,
-                                                   MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+  auto* const shared = static_cast<Shared*>(
+      ::mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
   const pid_t child = ::fork();
   if (child == 0) WaitAgainAndAgain(shared);
   std::vector<double> seconds;
@@ -188,7 +194,8 @@ void LockWakeUp(benchmark::State& state) {
     ::usleep(20000);  // long enough for the waiter to be asleep
     const Clock::rep released = Clock::now().time_since_epoch().count();
     KOPACFileUnlock(0x100);
-    while (shared->got == 0) ::usleep(50);
+    while (shared->got == 0)
+      ::usleep(50);
     seconds.push_back(static_cast<double>(shared->gotAt - released) * 1e-9);
     state.SetIterationTime(seconds.back());
   }
@@ -209,8 +216,8 @@ class Collector : public benchmark::ConsoleReporter {
     ConsoleReporter::ReportRuns(runs);
     for (const Run& run : runs) {
       if (run.run_type != Run::RT_Iteration) continue;
-      const std::string name = run.run_name.function_name +
-                               (run.run_name.args.empty() ? "" : "/" + run.run_name.args);
+      const std::string name =
+          run.run_name.function_name + (run.run_name.args.empty() ? "" : "/" + run.run_name.args);
       const double time = run.GetAdjustedRealTime();
       const auto [entry, isNew] = best_.emplace(name, time);
       if (!isNew) entry->second = std::min(entry->second, time);
@@ -229,7 +236,7 @@ class Collector : public benchmark::ConsoleReporter {
 };
 
 struct Comparison {
-  const char* what;
+  std::string what;
   std::string numerator;
   std::string denominator;  // empty: the number itself, in nanoseconds
   double limit;
@@ -243,8 +250,8 @@ bool Judge(const Collector& results, const Comparison& c) {
   if (value == 0 || other == 0) return true;  // filtered out of this run
   const double ratio = value / other;
   const bool ok = c.atLeast ? ratio >= c.limit : ratio <= c.limit;
-  std::printf("%-58s %10.2f  (%s %.2f) %s\n", c.what, ratio, c.atLeast ? "at least" : "at most", c.limit,
-              ok ? "ok" : "OVER");
+  std::printf("%-58s %10.2f  (%s %.2f) %s\n", c.what.c_str(), ratio,
+              c.atLeast ? "at least" : "at most", c.limit, ok ? "ok" : "OVER");
   return ok;
 }
 
@@ -255,20 +262,29 @@ bool JudgeAll(const Collector& results) {
       {"run a program: library / posix_spawn", "RunLibrary/0", "RunSpawn/0", 1.05, false},
       {"run a program, 1 GiB heap / no heap", "RunLibrary/1024", "RunLibrary/0", 1.10, false},
       {"run a program, 1 GiB heap: fork / library", "RunFork/1024", "RunLibrary/1024", 1, true},
-      {"run a program, 1 GiB heap: system() / library", "RunSystem/1024", "RunLibrary/1024", 1, true},
+      {"run a program, 1 GiB heap: system() / library", "RunSystem/1024", "RunLibrary/1024", 1,
+       true},
       {"lock and unlock, ns", "LockUncontended", "", 5000, false},
       {"wake-up after a release, median, ns", "LockWakeUp", "", 1e6, false},
   };
   for (const char* lines : {"10", "1000", "10000"}) {
     const std::string size = std::string("/") + lines;
-    comparisons.push_back({"read a key: library / by hand", "ReadKeyLibrary" + size, "ReadKeyByHand" + size, 1.5, false});
-    comparisons.push_back({"edit four keys: library / by hand", "EditLibrary" + size, "EditByHand" + size, 1.15, false});
+    const std::string of = std::string(lines) + " lines: ";
+    comparisons.push_back({of + "read a key, library / by hand", "ReadKeyLibrary" + size,
+                           "ReadKeyByHand" + size, 1.5, false});
+    comparisons.push_back({of + "edit four keys, library / by hand", "EditLibrary" + size,
+                           "EditByHand" + size, 1.15, false});
   }
   std::puts("");
   bool ok = true;
-  for (const Comparison& c : comparisons) ok = Judge(results, c) && ok;
+  for (const Comparison& c : comparisons)
+    ok = Judge(results, c) && ok;
   return ok;
 }
+
+char kRepetitions[] = "--benchmark_repetitions=7";
+char kInterleaving[] = "--benchmark_enable_random_interleaving=true";
+char kMinTime[] = "--benchmark_min_time=0.05";
 
 }  // namespace
 
@@ -278,10 +294,13 @@ int main(int argc, char** argv) {
     return 2;
   }
   folder = argv[1];
-  argv[1] = argv[0];
-  int count = argc - 1;
-  benchmark::Initialize(&count, argv + 1);
-  if (benchmark::ReportUnrecognizedArguments(count, argv + 1)) return 2;
+  // Both sides of a comparison take turns, so that a busy machine slows both; options given come
+  // behind and win.
+  std::vector<char*> args{argv[0], kRepetitions, kInterleaving, kMinTime};
+  args.insert(args.end(), argv + 2, argv + argc);
+  int count = static_cast<int>(args.size());
+  benchmark::Initialize(&count, args.data());
+  if (benchmark::ReportUnrecognizedArguments(count, args.data())) return 2;
   Collector results;
   benchmark::RunSpecifiedBenchmarks(&results);
   return JudgeAll(results) ? 0 : 1;

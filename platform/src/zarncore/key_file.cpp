@@ -3,6 +3,7 @@
 #include <zarncore/zarncore.h>
 
 #include <algorithm>
+#include <bitset>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -26,12 +27,6 @@ std::string_view TakeLine(std::string_view* text) {
   const std::string_view line = text->substr(0, end);
   text->remove_prefix(end == std::string_view::npos ? text->size() : end + 1);
   return line;
-}
-
-// What stands before the "="; empty for a line that is no setting.
-std::string_view KeyOf(std::string_view line) {
-  const std::size_t equals = line.find('=');
-  return equals == std::string_view::npos ? std::string_view() : line.substr(0, equals);
 }
 
 // A value without its line's carriage return and without one pair of quotes around the whole of it.
@@ -79,28 +74,49 @@ struct Change {
   const char* value;
   bool written = false;
 };
-using Changes = std::unordered_map<std::string_view, Change>;
 
-// One pass: a set key's first line is replaced, further lines of it and dropped keys go, the rest stays as it is.
+class Changes {
+ public:
+  void Put(std::string_view key, const char* value) {
+    changes_.insert_or_assign(key, Change{value});
+    lengths_.set(key.size() % lengths_.size());
+  }
+  // The change that a line is the object of, if any. Most lines are none, and their key's length tells.
+  Change* Of(std::string_view line) {
+    const std::size_t equals = line.find('=');
+    if (equals == std::string_view::npos || !lengths_.test(equals % lengths_.size())) return nullptr;
+    const auto change = changes_.find(line.substr(0, equals));
+    return change == changes_.end() ? nullptr : &change->second;
+  }
+
+ private:
+  std::unordered_map<std::string_view, Change> changes_;
+  std::bitset<64> lengths_;
+};
+
+// One pass: a set key's first line is replaced, further lines of it and dropped keys go. What stands between is
+// copied in one piece.
 bool Rewrite(std::string_view text, const std::vector<std::string_view>& order, Changes* changes,
              std::string_view format, std::string* out) {
   out->reserve(text.size() + 256);
+  const char* kept = text.data();
   while (!text.empty()) {
     const char* const begin = text.data();
     const std::string_view line = TakeLine(&text);
-    const auto change = changes->find(KeyOf(line));
-    if (change == changes->end()) {
-      out->append(begin, static_cast<std::size_t>(text.data() - begin));
-    } else if (change->second.value != nullptr && !change->second.written) {
-      change->second.written = true;
-      if (!AppendLine(format, change->first, change->second.value, out)) return false;
-    }
+    Change* const change = changes->Of(line);
+    if (change == nullptr) continue;
+    out->append(kept, static_cast<std::size_t>(begin - kept));
+    kept = text.data();
+    if (change->value == nullptr || change->written) continue;
+    change->written = true;
+    if (!AppendLine(format, line.substr(0, line.find('=')), change->value, out)) return false;
   }
+  out->append(kept, static_cast<std::size_t>(text.data() - kept));
   for (const std::string_view key : order) {
-    const Change& change = changes->at(key);
-    if (change.value == nullptr || change.written) continue;
+    const Change* const change = changes->Of(std::string(key) + "=");
+    if (change->written) continue;
     EndLastLine(out);
-    if (!AppendLine(format, key, change.value, out)) return false;
+    if (!AppendLine(format, key, change->value, out)) return false;
   }
   return true;
 }
@@ -110,11 +126,11 @@ bool Collect(const KOPACSZHASH* set, const KOPACSZHASH* drop, std::vector<std::s
              Changes* changes) {
   for (const auto& [key, value] : zarncore::Entries(drop)) {
     if (!IsKey(key.c_str())) return false;
-    changes->insert_or_assign(key, Change{nullptr});
+    changes->Put(key, nullptr);
   }
   for (const auto& [key, value] : zarncore::Entries(set)) {
     if (!IsKey(key.c_str()) || key.find('=') != std::string::npos || !IsOneLine(value)) return false;
-    changes->insert_or_assign(key, Change{value.c_str()});
+    changes->Put(key, value.c_str());
     order->push_back(key);
   }
   return true;
@@ -196,7 +212,8 @@ int KOPACFileRemoveKey(const char* szPath, const char* szKey) try {
   if (std::strchr(szKey, '=') != nullptr) return RemoveLines(szPath, szKey);
   FileEdit edit(szPath);
   if (!edit.Ready() || edit.IsNew()) return -1;
-  Changes changes{{szKey, Change{nullptr}}};
+  Changes changes;
+  changes.Put(szKey, nullptr);
   std::string out;
   return Rewrite(edit.Content(), {}, &changes, kBareLine, &out) && edit.Replace(out) ? 0 : -1;
 } catch (...) {
