@@ -42,6 +42,8 @@ bool Matches(const std::string& line, std::string_view source, std::string_view 
 
 }  // namespace
 
+// Visible to the platform libraries too, which log for themselves.
+#pragma GCC visibility push(default)
 extern "C" {
 
 void syslog(int priority, const char* format, ...) {
@@ -64,6 +66,7 @@ int usleep(useconds_t microseconds) {
 }
 
 }  // extern "C"
+#pragma GCC visibility pop
 
 namespace test {
 

@@ -1,0 +1,100 @@
+// Files as lines and folders; text, lists, the error state, the cipher.
+#include <gtest/gtest.h>
+#include <zarncore/zarncore.h>
+
+#include <cstring>
+#include <thread>
+
+#include "frame/containers.h"
+#include "support/appliance.h"
+
+using namespace test;
+
+TEST(LineFile, LinesAreFoundAddedAndRemovedWhole) {
+  const char path[] = "/etc/lines";
+  char line[16];
+  EXPECT_EQ(0, KOPACFileAddLine(path, nullptr, "dhcp-option=vendor:A,1,x", 0));
+  EXPECT_EQ(0, KOPACFileAddLine(path, nullptr, "dhcp-option=vendor:A,12,y", 0));
+  EXPECT_EQ(0, KOPACFileRemoveKey(path, "dhcp-option=vendor:A,1"));
+  EXPECT_EQ("dhcp-option=vendor:A,12,y\n", ReadFile(path)) << "1 is not 12";
+  WriteFile(path, "one\ntwo\nthree two");
+  EXPECT_EQ(0, KOPACFileAddLine(path, "tw", "between", 0));
+  EXPECT_EQ("one\ntwo\nbetween\nthree two\n", ReadFile(path));
+  EXPECT_EQ(5, KOPACFileGetLine(path, "thr", line, 6, 2));
+  EXPECT_STREQ("three", line);
+  EXPECT_EQ(3, KOPACFileGetLine(path, "wo", line, sizeof line, 0x402));
+  EXPECT_STREQ("two", line);
+  EXPECT_EQ(0, KOPACFileGetLine(path, "wo", line, sizeof line, 2)) << "only at the beginning";
+  EXPECT_GT(1, KOPACFileGetLine("/etc/nowhere", "x", line, sizeof line, 2));
+  EXPECT_EQ(0, KOPACFileReplaceSubStr(path, "two", "twotwo"));
+  EXPECT_EQ("one\ntwotwo\nbetween\nthree twotwo\n", ReadFile(path));
+  frame::StringList list(1);
+  EXPECT_EQ(0, KOPACFileReadLines(path, list.Out()));
+  EXPECT_EQ((Lines{"one", "twotwo", "between", "three twotwo"}), Items(list.Get()));
+}
+
+TEST(LineFile, TemporariesAreNewAndPrivate) {
+  char name[] = "/etc/conf.XXXXXX";
+  FILE* const file = KOPACFileTempFileOpen(name);
+  ASSERT_NE(nullptr, file);
+  std::fclose(file);
+  EXPECT_EQ(0600, FileMode(name));
+  char other[32];
+  EXPECT_EQ(0, KOPACFileITmpName("/etc/hosts", other, sizeof other));
+  EXPECT_EQ(0, std::strncmp(other, "/etc/hosts.", 11));
+  EXPECT_GT(0, KOPACFileITmpName("/etc/hosts", other, 12));
+  EXPECT_EQ(nullptr, KOPACFileTempFileOpen(nullptr));
+}
+
+TEST(LineFile, FoldersAreListedSorted) {
+  for (const char* name : {"b", "a2", "a1"}) WriteFile(std::string("/etc/folder/") + name, "");
+  frame::StringList list(1);
+  EXPECT_EQ(2, KOPACFileEnumDir("/etc/folder", "a", list.Out(), 0));
+  EXPECT_EQ(3, KOPACFileEnumDir("/etc/folder", nullptr, list.Out(), 1));
+  EXPECT_EQ((Lines{"a1", "a2", "a1", "a2", "b"}), Items(list.Get()));
+  EXPECT_GT(0, KOPACFileEnumDir("/etc/nowhere", nullptr, list.Out(), 0));
+}
+
+TEST(Text, TokensKeepTheirPlaces) {
+  char empty[] = "a,,b";
+  char* save = nullptr;
+  EXPECT_STREQ("a", KOPACStrSep(empty, ",", &save));
+  EXPECT_STREQ("", KOPACStrSep(nullptr, ",", &save)) << "empty fields are kept";
+  EXPECT_STREQ("b", KOPACStrSep(nullptr, ",", &save));
+  EXPECT_EQ(nullptr, KOPACStrSep(nullptr, ",", &save));
+  char words[] = "zero  one two";
+  EXPECT_STREQ("one", KOPACStrTokIndex(words, " ", 1));
+  EXPECT_EQ(nullptr, KOPACStrTokIndex(words, " ", -1));
+}
+
+TEST(ErrorState, IsTheThreads) {
+  KOPACErrSetEx(0x0D00, "here", 7);
+  std::thread([] {
+    EXPECT_EQ(0, KOPACErrGet());
+    KOPACErrSetEx(0x0900, "there", 8);
+  }).join();
+  EXPECT_EQ(0x0D00, KOPACErrGet());
+  EXPECT_STREQ("here", KOPACErrorGetFile());
+  EXPECT_EQ(7, KOPACErrorGetLine());
+}
+
+TEST(Cipher, UndoesItselfAndKeepsTextText) {
+  std::string all;
+  for (int c = 1; c < 256; ++c) all += static_cast<char>(c);
+  char hidden[300];
+  char shown[300];
+  ASSERT_EQ(0, KOPACCryptBufCrypt(all.data(), all.size(), hidden, sizeof hidden));
+  EXPECT_EQ(all.size(), std::strlen(hidden)) << "no NUL within";
+  EXPECT_NE(all, hidden);
+  ASSERT_EQ(0, KOPACCryptBufCrypt(hidden, sizeof hidden, shown, sizeof shown));
+  EXPECT_EQ(all, shown);
+  EXPECT_EQ(Lines(1, "cipher.key"), FolderEntries("/etc/zarncore"));
+  EXPECT_EQ(0600, FileMode("/etc/zarncore/cipher.key"));
+  std::memset(hidden, 'x', sizeof hidden);
+  ASSERT_EQ(0, KOPACCryptBufCrypt("secret", 6, hidden, 64));
+  EXPECT_EQ(std::string(58, '\0'), std::string(hidden + 6, 58)) << "the whole buffer is filled";
+  EXPECT_GT(0, KOPACCryptBufCrypt("secret", 6, hidden, 5));
+  WriteFile("/etc/zarncore/cipher.key", "short", 0600);
+  EXPECT_GT(0, KOPACCryptBufCrypt("secret", 6, hidden, 64)) << "a damaged key is not replaced";
+  EXPECT_EQ("short", ReadFile("/etc/zarncore/cipher.key"));
+}

@@ -1,0 +1,172 @@
+// Lock classes and named-file locks between threads and processes, also ones that die.
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <zarncore/zarncore.h>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+#include "support/appliance.h"
+#include "support/children.h"
+
+using namespace test;
+
+namespace {
+
+constexpr int kRead = 0x105;
+constexpr int kWrite = 0x106;
+constexpr int kClass = 0x100;
+
+long NowMicroseconds() {
+  return static_cast<long>(std::chrono::duration_cast<std::chrono::microseconds>(
+                               std::chrono::steady_clock::now().time_since_epoch())
+                               .count());
+}
+
+// Can another process have the lock at once?
+bool OtherCanTake(int classAndMode) {
+  return ExitStatusOf(Start([=] { return KOPACFileLock(classAndMode, 0) == 0 ? 0 : 1; })) == 0;
+}
+
+}  // namespace
+
+TEST(Locks, ReadersShareAndWritersExclude) {
+  ASSERT_EQ(0, KOPACFileLock(kRead, 0));
+  EXPECT_TRUE(OtherCanTake(kRead));
+  EXPECT_FALSE(OtherCanTake(kWrite));
+  EXPECT_TRUE(OtherCanTake(0x806)) << "another class is another lock";
+  EXPECT_EQ(0, KOPACFileUnlock(kClass));
+  EXPECT_TRUE(OtherCanTake(kWrite));
+  EXPECT_GT(0, KOPACFileUnlock(kClass)) << "not held";
+  EXPECT_GT(0, KOPACFileLock(0x107, 0)) << "no such mode";
+}
+
+TEST(Locks, NestWithinAThreadAndNotBetweenThreads) {
+  ASSERT_EQ(0, KOPACFileLock(kWrite, 0));
+  ASSERT_EQ(0, KOPACFileLock(kRead, 0));
+  EXPECT_EQ(0, KOPACFileUnlock(kClass));
+  EXPECT_FALSE(OtherCanTake(kRead)) << "the outer hold survives the inner release";
+  std::thread([] { EXPECT_GT(0, KOPACFileLock(kRead, 0)) << "a thread is another holder"; }).join();
+  EXPECT_EQ(0, KOPACFileUnlock(kClass));
+  EXPECT_TRUE(OtherCanTake(kWrite));
+  ASSERT_EQ(0, KOPACFileLock(kRead, 0));
+  ASSERT_EQ(0, KOPACFileLock(kWrite, 0)) << "the only reader becomes the writer";
+  EXPECT_FALSE(OtherCanTake(kRead));
+  KOPACFileUnlock(kClass);
+  KOPACFileUnlock(kClass);
+  EXPECT_TRUE(OtherCanTake(kWrite));
+}
+
+TEST(Locks, AForkedChildHoldsNothing) {
+  ASSERT_EQ(0, KOPACFileLock(kWrite, 0));
+  Gate parentGone;
+  Gate done;
+  // A child that lives on must not keep the lock of the process that it was forked from.
+  const pid_t middle = Start([&] {
+    KOPACFileLock(0x806, 0);
+    const pid_t survivor = Start([&] {
+      if (KOPACFileUnlock(0x800) >= 0) return 1;
+      parentGone.Wait();
+      done.Open();
+      ::poll(nullptr, 0, 5000);
+      return 0;
+    });
+    return survivor > 0 ? 0 : 1;
+  });
+  EXPECT_EQ(0, ExitStatusOf(middle));
+  parentGone.Open();
+  ASSERT_TRUE(done.Wait());
+  EXPECT_EQ(0, KOPACFileLock(0x806, 0));
+  EXPECT_FALSE(OtherCanTake(kRead)) << "the parent's own lock is unhurt";
+}
+
+TEST(Locks, ADeadHolderLetsGo) {
+  Gate held;
+  const pid_t holder = Start([&] {
+    if (KOPACFileLock(kWrite, 0) == 0) held.Open();
+    return ::pause();
+  });
+  ASSERT_TRUE(held.Wait());
+  EXPECT_GT(0, KOPACFileLock(kWrite, 0));
+  std::thread killer([&] {
+    ::poll(nullptr, 0, 100);
+    KillAndReap(holder);
+  });
+  EXPECT_EQ(0, KOPACFileLock(kWrite, 5)) << "a waiter is not woken by a death, and notices it";
+  killer.join();
+}
+
+TEST(Locks, AProgramThatIsRunInheritsNoLock) {
+  ASSERT_EQ(0, KOPACFileLock(kWrite, 0));
+  WriteFile("/run/look", "#!/bin/sh\nls -l /proc/$$/fd > /run/fds\nsleep 30 &\n", 0755);
+  ASSERT_EQ(0, KOPACExec("/run/look", nullptr, nullptr, nullptr, nullptr));
+  EXPECT_EQ(std::string::npos, ReadFile("/run/fds").find("zarncore")) << ReadFile("/run/fds");
+  EXPECT_EQ(0, KOPACFileUnlock(kClass));
+  EXPECT_TRUE(OtherCanTake(kWrite)) << "although something that was started lives on";
+}
+
+TEST(Locks, AWaiterIsWokenAtOnceAndCostsNothing) {
+  auto* const got = static_cast<volatile long*>(
+      ::mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+  std::vector<long> latencies;
+  long cpu = 0;
+  for (int round = 0; round < 15; ++round) {
+    ASSERT_EQ(0, KOPACFileLock(kWrite, 0));
+    Gate about;
+    const pid_t waiter = Start([&] {
+      about.Open();
+      if (KOPACFileLock(kWrite, 10) != 0) return 1;
+      *got = NowMicroseconds();
+      struct rusage usage {};
+      ::getrusage(RUSAGE_SELF, &usage);
+      got[1] = usage.ru_utime.tv_usec + usage.ru_stime.tv_usec;
+      return 0;
+    });
+    ASSERT_TRUE(about.Wait());
+    ::poll(nullptr, 0, 100);
+    const long released = NowMicroseconds();
+    ASSERT_EQ(0, KOPACFileUnlock(kClass));
+    ASSERT_EQ(0, ExitStatusOf(waiter));
+    latencies.push_back(got[0] - released);
+    cpu = std::max(cpu, static_cast<long>(got[1]));
+  }
+  std::sort(latencies.begin(), latencies.end());
+  EXPECT_LT(latencies[latencies.size() / 2], 5000) << "microseconds; a polling waiter takes tens of thousands";
+  EXPECT_LT(cpu, 50000) << "microseconds of processor time for 100 ms of waiting";
+}
+
+TEST(Locks, ARefusedWaitLastsItsTime) {
+  Gate held;
+  const pid_t holder = Start([&] {
+    if (KOPACFileLock(kWrite, 0) == 0) held.Open();
+    return ::pause();
+  });
+  ASSERT_TRUE(held.Wait());
+  const long before = NowMicroseconds();
+  EXPECT_GT(0, KOPACFileLock(kRead, 1));
+  const long waited = NowMicroseconds() - before;
+  EXPECT_LE(1000000, waited);
+  EXPECT_GT(1500000, waited);
+  KillAndReap(holder);
+}
+
+TEST(FileLock, OutlivesTheFileThatItNames) {
+  const char path[] = "/etc/settings";
+  WriteFile(path, "A=1\n");
+  PKOPACFILELOCK lock = nullptr;
+  ASSERT_LE(0, KOPACFileLockTimeByFile(path, 1, 0, &lock));
+  EXPECT_EQ(0, KOPACFileSetKeyValue(path, "A", "2", nullptr)) << "the holder edits the file";
+  const auto otherTakes = [&] {
+    return ExitStatusOf(Start([&] {
+      PKOPACFILELOCK other = nullptr;
+      return KOPACFileLockTimeByFile(path, 1, 0, &other) >= 0 ? 0 : 1;
+    }));
+  };
+  EXPECT_EQ(1, otherTakes()) << "the replaced file is still locked";
+  EXPECT_EQ(1, KOPACFileUnlockByFile(lock));
+  EXPECT_EQ(0, otherTakes());
+  EXPECT_NE(1, KOPACFileUnlockByFile(nullptr));
+}
