@@ -1,3 +1,15 @@
+/*
+ * The core library of the appliance: settings files, locks, string lists and hashes, processes, the error state.
+ *
+ * An appliance with a core library of its own installs it in place of this one (soname libzarncore.so.1); what
+ * stands here is what the networking library asks of it.
+ *
+ * Unless a function says otherwise: texts end with a NUL and must not be null, a failure is negative, sizes are in
+ * bytes, and every function may be called from several threads at once. Files are rewritten whole and at once (a
+ * temporary file beside them, synced and renamed over them), with their mode and owner; lines that an edit does not
+ * name stay as they are; an edit that changes nothing writes nothing. Two editors of one file, in whatever process,
+ * wait for each other. Text with a newline is refused where it would become part of a line.
+ */
 #pragma once
 
 #include <stddef.h>
@@ -8,71 +20,215 @@
 extern "C" {
 #endif
 
-typedef struct KOPACSZLIST { int nItem; int nCapacity; char **rgszItem; } KOPACSZLIST, *PKOPACSZLIST;
+/** A growable list of strings. Callers read nItem; the rest is the library's. */
+typedef struct KOPACSZLIST {
+  int nItem;
+  int nCapacity;
+  char **rgszItem;
+} KOPACSZLIST, *PKOPACSZLIST;
+
+/** A map from strings to strings that lists its keys in the order they were first set. */
 typedef struct KOPACSZHASH KOPACSZHASH, *PKOPACSZHASH;
+
+/** A lock on one named file. */
 typedef struct KOPACFILELOCK KOPACFILELOCK, *PKOPACFILELOCK;
 
-/* key/value and line files */
+/* ---- settings files: one KEY=value a line ----------------------------------------------------------
+ * A key stands at the beginning of its line and is compared whole, with case. One pair of double quotes around
+ * the whole value is taken off on reading. Of a key that stands twice the first line counts. */
+
+/**
+ * Reads a key into a buffer, cut to fit.
+ * @param flags  0
+ * @return the length of what is in the buffer; 0 for an absent key or an empty value (the buffer is emptied);
+ *         negative when the file cannot be read
+ */
 int KOPACFileGetKeyValue(const char *szPath, const char *szKey, char *szBuf, size_t cbBuf, int flags);
+
+/**
+ * Sets a key: its line is replaced, or one is appended. A missing file is made with mode 0644.
+ * @param szFormat  the line with "%s" for the key and "%s" for the value; null means "%s=%s\n"
+ */
 int KOPACFileSetKeyValue(const char *szPath, const char *szKey, const char *szValue, const char *szFormat);
+
+/** Has the key exactly this value? @return 1 or 0, negative when the file cannot be read */
 int KOPACFileCheckKeyValue(const char *szPath, const char *szKey, const char *szValue, int flags);
+
+/** Removes a key's line. A text with "=" in it removes the lines that begin with it and end there or go on with
+ * ",". @return 0, also when there is none; -1 for a missing file */
 int KOPACFileRemoveKey(const char *szPath, const char *szKey);
+
+/** Sets and removes several keys in one rewrite; a key in both is set. Either hash may be null. */
 int KOPACFileSetKeys(const char *szPath, PKOPACSZHASH pSet, PKOPACSZHASH pRemove, const char *szFormat);
+
+/** Sets a key of /etc/zarninfo.conf, in quotes. */
 int KOPACINFOSetKeyValue(const char *szKey, const char *szValue);
+
+/** Removes a key of /etc/zarninfo.conf. */
 int KOPACINFORemoveKey(const char *szKey);
+
+/* ---- files of lines ---------------------------------------------------------------------------------- */
+
+/**
+ * Reads the first line that begins with a text (flags 2) or contains it (flags 0x402), without its newline.
+ * @return its length, cut to the buffer; 0 when there is none
+ */
 int KOPACFileGetLine(const char *szPath, const char *szText, char *szBuf, size_t cbBuf, int flags);
+
+/** Adds a line, and its newline, behind the first line that begins with szAfter; at the end when szAfter is null or
+ * begins no line. Makes the file. */
 int KOPACFileAddLine(const char *szPath, const char *szAfter, const char *szLine, int flags);
+
+/** Appends every line of a file, without newlines, to *ppList. */
 int KOPACFileReadLines(const char *szPath, PKOPACSZLIST *ppList);
+
+/** Replaces every occurrence of a text in a file. */
 int KOPACFileReplaceSubStr(const char *szPath, const char *szOld, const char *szNew);
+
+/** Makes and opens a new file of mode 0600 whose name ends in six characters that replace the template's "XXXXXX".
+ * @return a stream, or null with errno */
 FILE *KOPACFileTempFileOpen(char *szTemplate);
+
+/** Makes an empty new file beside a path and gives its name. */
 int KOPACFileITmpName(const char *szPath, char *szBuf, size_t cbBuf);
+
+/** Makes a file, or gives it the present time. */
 int KOPACFileTouch(const char *szPath);
+
+/** Is there anything of this path? @return 1 or 0 */
 int KOPACFileExist(const char *szPath);
+
+/** Is the path a folder? @return 1 or 0 */
 int KOPACFileCheckDir(const char *szPath);
+
+/** Appends the names in a folder, sorted, to *ppList. @param szFilter only names that begin with it; null: all
+ * @return their number */
 int KOPACFileEnumDir(const char *szDir, const char *szFilter, PKOPACSZLIST *ppList, int flags);
 
-/* locks */
+/* ---- locks --------------------------------------------------------------------------------------------
+ * Kept on files under /run/lock/zarncore/. A process that dies loses its locks; a program that is run and a child
+ * that is forked hold none. */
+
+/**
+ * Takes a lock class for this thread.
+ * @param classAndMode  the class (a multiple of 0x100) plus 5 to share it or 6 to have it alone
+ * @param cWaitSeconds  how long to wait for other holders
+ * @return 0, or negative when the time is up
+ * A class that this thread holds is held once more and let go as often. Held shared and asked for alone, it is
+ * held alone from then on until the outermost release.
+ */
 int KOPACFileLock(int classAndMode, int cWaitSeconds);
+
+/** Lets go of a class once. @return 0, negative when this thread does not hold it */
 int KOPACFileUnlock(int lockClass);
+
+/**
+ * Takes the lock that belongs to a path; the file itself may be replaced meanwhile, or be missing.
+ * @param mode     1 to have it alone, anything else to share it
+ * @param ppLock   receives the lock, for KOPACFileUnlockByFile()
+ * @return 0 or more, or negative when the time is up
+ */
 int KOPACFileLockTimeByFile(const char *szPath, int mode, int cSeconds, PKOPACFILELOCK *ppLock);
+
+/** Lets go of a path's lock and frees it. @return 1 */
 int KOPACFileUnlockByFile(PKOPACFILELOCK pLock);
 
-/* string lists and hashes */
+/* ---- lists and hashes: what is pushed and set is copied ------------------------------------------------ */
+
+/** @return an empty list, or null */
 PKOPACSZLIST KOPACSzListAlloc(int nCapacity);
 int KOPACSzListPush(PKOPACSZLIST *ppList, const char *sz);
+/** @return the text at an index, or null */
 const char *KOPACSzListGet(const KOPACSZLIST *pList, int index);
+/** @return the index of a text, or negative */
 int KOPACSzListFind(const KOPACSZLIST *pList, const char *sz);
 void KOPACSzListRemoveAll(PKOPACSZLIST pList);
+/** Frees the list and its texts; null is fine. */
 void KOPACSzListFree(PKOPACSZLIST pList);
+
+/** @return an empty hash, or null */
 PKOPACSZHASH KOPACSzHashAlloc(int nCapacity);
 int KOPACSzHashSetValue(PKOPACSZHASH *ppHash, const char *szKey, const char *szValue);
+/** @return a key's value, or null */
 const char *KOPACSzHashGetValue(const KOPACSZHASH *pHash, const char *szKey);
+/** Appends the keys to *ppList. @return their number */
 int KOPACSzHashEnumKey(const KOPACSZHASH *pHash, PKOPACSZLIST *ppList);
+/** Frees the hash; null is fine. */
 void KOPACSzHashFree(PKOPACSZHASH pHash);
 
-/* strings */
-char *KOPACStrTok(char *sz, const char *szDelim, char **pszSave);
-char *KOPACStrSep(char *sz, const char *szDelim, char **pszSave);
-char *KOPACStrTokIndex(char *sz, const char *szDelim, int index);
-char *KOPACStrTrimSpace(char *sz, int flags);
+/* ---- text, in place -------------------------------------------------------------------------------------- */
 
-/* processes */
-int KOPACExec(const char *szPath, const char *szArg1, const char *szArg2, const char *szArg3, const char *szArg4);
-int KOPACExecl(const char *szPath, int options, ...);
-int KOPACExecv(const char *szPath, const char *const argv[], int blWait);
-FILE *KOPACPopen(const char *szPath, const char *szMode, ...);
-int KOPACPclose(FILE *fp);
-int KOPACPs(const char *szName, char *szBuf, size_t cbBuf);
-int KOPACReadPidFile(const char *szPath);
-int KOPACIsProcAlive(const char *szCmdline);
-int KOPACKill(const char *szCmdline, int blWait);
-int KOPACProcGetByPid(int pid, char *szName, size_t cbName);
-int KOPACModuleIsLoad(const char *szModule);
+/** As strtok_r. */
+char *KOPACStrTok(char *sz, const char *szDelim, char **pszSave);
+/** As strsep, with its place in *pszSave: a text starts anew, null goes on. Empty fields are kept. */
+char *KOPACStrSep(char *sz, const char *szDelim, char **pszSave);
+/** The token of this index, from 0; or null. */
+char *KOPACStrTokIndex(char *sz, const char *szDelim, int index);
+/** Takes white space off both ends. @return sz */
+char *KOPACStrTrimSpace(char *sz, int flags);
+/** Is the line this key's ("KEY=...")? @return 1 or 0 */
 int KOPACILineKeyMatch(const char *szLine, const char *szKey);
+
+/* ---- processes ---------------------------------------------------------------------------------------------
+ * A program is named by its absolute path and gets its arguments as they are: no shell, no search path. It starts
+ * with the caller's environment and working folder, default signals, and no other descriptor than its input and
+ * output from and to /dev/null (KOPACPopen: its output to the stream). In a caller that ignores SIGCHLD the system
+ * keeps no exit status, and every program counts as failed. */
+
+/** Runs a program with up to four arguments, ended by null, and waits.
+ * @return its exit status; -1 when it could not be started (errno) or was ended by a signal */
+int KOPACExec(const char *szPath, const char *szArg1, const char *szArg2, const char *szArg3, const char *szArg4);
+
+/** The same with any number of arguments, ended by null.
+ * @param options  187: an exit status above 0 is answered negative */
+int KOPACExecl(const char *szPath, int options, ...);
+
+/** The same with an argument vector, the program's name first. @param blWait 0: does not wait, and answers 0 */
+int KOPACExecv(const char *szPath, const char *const argv[], int blWait);
+
+/** Runs a program and reads its output. @param szMode "r"; the arguments end with null
+ * @return a stream for KOPACPclose(), or null */
+FILE *KOPACPopen(const char *szPath, const char *szMode, ...);
+
+/** Closes the stream and waits. @return the exit status, or -1 */
+int KOPACPclose(FILE *fp);
+
+/** How many programs of this name run? The buffer is not used and may be null. */
+int KOPACPs(const char *szName, char *szBuf, size_t cbBuf);
+
+/** @return the process id in a file, or -1 */
+int KOPACReadPidFile(const char *szPath);
+
+/** Runs a process whose arguments, joined by blanks, are this text, or begin with it up to the end of an argument?
+ * @return 1 or 0 */
+int KOPACIsProcAlive(const char *szCmdline);
+
+/** Ends all such processes with SIGTERM. @param blWait waits for them, and after 3 seconds sends SIGKILL
+ * @return 0, also when there was none */
+int KOPACKill(const char *szCmdline, int blWait);
+
+/** The name of a process. */
+int KOPACProcGetByPid(int pid, char *szName, size_t cbName);
+
+/* ---- the machine ------------------------------------------------------------------------------------------ */
+
+/** Is a kernel module loaded (/sys/module)? @return 1 or 0, -1 for a name that can be none */
+int KOPACModuleIsLoad(const char *szModule);
+
+/** Has the appliance two controller heads (support_dual_head="yes" in /etc.defaults/zarninfo.conf)? @return 1 or 0 */
 int KOPACSupportDualhead(void);
+
+/**
+ * Hides a text, or shows a hidden one: the operation is its own inverse, and keeps the length and leaves no NUL.
+ * The key, /etc/zarncore/cipher.key (mode 0600), is made on first use.
+ * @param pIn    text, up to a NUL or cbIn bytes
+ * @param pOut   filled whole: the text, then zeros; must hold the text
+ */
 int KOPACCryptBufCrypt(const char *pIn, size_t cbIn, char *pOut, size_t cbOut);
 
-/* error state */
+/* ---- the error state: the last code set in this thread, and the place that set it ---------------------------- */
+
+/** @param szFile name of the source, copied (63 characters); null is empty */
 void KOPACErrSetEx(unsigned short code, const char *szFile, int line);
 unsigned short KOPACErrGet(void);
 const char *KOPACErrorGetFile(void);

@@ -1,3 +1,8 @@
+/*
+ * High availability: whether the appliance is one of a pair, and what the pair shares. Answered from the settings
+ * file /etc/zarnha.conf (keys active, running, has_if: "yes"; heartbeat_if; <ifname>_mac, <ifname>_ip,
+ * <ifname>_mask); an appliance without it is alone. Predicates answer 1 or 0, getters 0 or -1.
+ */
 #pragma once
 
 #include <stdint.h>
@@ -6,19 +11,29 @@
 extern "C" {
 #endif
 
+/** The address settings of one interface. */
 typedef struct ZARNNETIFADDR {
-    int32_t bootProto;          /* 0 DHCP, 1 static */
-    int32_t reserved;
-    char szName[16];
-    unsigned char rgMac[6];
-    char szIP[20];
-    char szMask[20];
+  int32_t bootProto; /* 0 DHCP, 1 static */
+  int32_t reserved;
+  char szName[16];
+  unsigned char rgMac[6];
+  char szIP[20];
+  char szMask[20];
 } ZARNNETIFADDR;
+
 int ZARNHAIsActive(void);
 int ZARNHAIsRunning(void);
+
+/** Has the pair an interface with a shared address? */
 int ZARNHAHasHAIF(void);
+
+/** The shared MAC address of an interface, as text. */
 int ZARNHAGetMac(const char *szIfname, char *szBuf, int cbBuf);
+
+/** The interface over which the pair watches each other. */
 int ZARNHAGetHeartbeatIF(char *szBuf, int cbBuf);
+
+/** Fills name, address and mask with what the pair shares on an interface; the rest is left alone. */
 int ZARNHAGetRelatedIFInfo(const char *szIfname, ZARNNETIFADDR *pInfo);
 
 #ifdef __cplusplus
