@@ -1,0 +1,27 @@
+// The verbs, one file a group. A group adds itself to the command line and runs when it is chosen.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <string>
+
+#include "output.h"
+
+namespace tool {
+
+void AddIfCommands(CLI::App& app, Context& context);
+void AddIpCommands(CLI::App& app, Context& context);
+void AddLinkCommands(CLI::App& app, Context& context);
+void AddBlockCommands(CLI::App& app, Context& context);
+
+// A group of verbs, of which one must follow.
+CLI::App* AddGroup(CLI::App& app, const std::string& name, const std::string& description);
+
+// A verb with the options that all have; the examples stand at the end of its help.
+CLI::App* AddVerb(CLI::App& group, Context& context, const std::string& name,
+                  const std::string& description, const std::string& examples);
+
+// Adds the operand IFNAME; its value is there when the verb runs.
+std::shared_ptr<std::string> AddIfname(CLI::App* verb);
+
+}  // namespace tool

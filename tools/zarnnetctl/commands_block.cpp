@@ -1,0 +1,69 @@
+// zarnnetctl block: which parts of the appliance keep an interface for themselves.
+#include "commands.h"
+#include "query.h"
+
+namespace tool {
+namespace {
+
+// The flags stand in the file, which may wait for an interface that is not plugged in.
+void RequireInterfaceOrFile(const std::string& what, const std::string& ifname) {
+  if (!HasFile(ifname)) RequireInterface(what, ifname);
+}
+
+void PrintBlocks(const Context& context, const std::string& ifname) {
+  const std::vector<std::string> blocks = ReadBlocks(ifname);
+  if (context.json) return PrintJson("block", {{"name", ifname}, {"flags", blocks}});
+  PrintTable({{{Join(blocks, " ")}}});
+}
+
+void Get(const Context& context, const std::string& ifname) {
+  RequireInterfaceOrFile("cannot read the block flags of " + ifname, ifname);
+  PrintBlocks(context, ifname);
+}
+
+void Set(const Context& context, const std::string& ifname, const std::vector<std::string>& flags,
+         bool clear) {
+  const std::string what =
+      std::string("cannot ") + (clear ? "clear" : "set") + " the block flags of " + ifname;
+  RequireRoot(what);
+  RequireInterfaceOrFile(what, ifname);
+  if (!HasFile(ifname)) throw Failure(what, kCannotOpen, ifname + " has no configuration file");
+  unsigned mask = 0;
+  for (const std::string& flag : flags)
+    mask |= BlockBit(flag);
+  ForgetErrors();
+  if (ZARNNetIFBlockSet(ifname.c_str(), mask, clear ? 0 : 1) < 0) Fail(what);
+  if (context.json) PrintBlocks(context, ifname);
+}
+
+void AddGet(CLI::App& group, Context& context) {
+  CLI::App* const verb = AddVerb(group, context, "get", "Shows the block flags that are set",
+                                 "  zarnnetctl block get eth0\n  zarnnetctl block get eth0 --json");
+  const auto ifname = AddIfname(verb);
+  verb->callback([&context, ifname] { Get(context, *ifname); });
+}
+
+void AddSet(CLI::App& group, Context& context) {
+  CLI::App* const verb =
+      AddVerb(group, context, "set", "Sets block flags, or clears them",
+              "  zarnnetctl block set eth0 ha virtual\n  zarnnetctl block set eth0 ha --clear");
+  const auto ifname = AddIfname(verb);
+  auto flags = std::make_shared<std::vector<std::string>>();
+  auto clear = std::make_shared<bool>(false);
+  verb->add_option("FLAG", *flags, "ha, aha, virtual or quendar")
+      ->required()
+      ->check(CLI::IsMember(BlockNames()));
+  verb->add_flag("--clear", *clear, "Clear the flags instead");
+  verb->callback([&context, ifname, flags, clear] { Set(context, *ifname, *flags, *clear); });
+}
+
+}  // namespace
+
+void AddBlockCommands(CLI::App& app, Context& context) {
+  CLI::App* const group =
+      AddGroup(app, "block", "Reads and changes who keeps an interface for itself");
+  AddGet(*group, context);
+  AddSet(*group, context);
+}
+
+}  // namespace tool

@@ -1,0 +1,337 @@
+// zarnnetctl if: which interfaces there are, and all about one of them.
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <new>
+
+#include "commands.h"
+#include "query.h"
+
+namespace tool {
+namespace {
+
+constexpr int kCarrier = 2;                      // the record's link field
+constexpr unsigned kWithHeartbeat = 0x4;         // an option bit of the library's selector
+constexpr unsigned kAll = 0x3 | kWithHeartbeat;  // all but loopback and point-to-point
+constexpr unsigned kWithPointToPoint = 0x8 | kWithHeartbeat;
+
+std::optional<unsigned> ParseSelector(const std::string& text) {
+  if (text == "all") return kAll;
+  unsigned number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || rest != end) return std::nullopt;
+  return number;
+}
+
+std::string CheckKind(const std::string& text) {
+  if (text == "eth" || ParseSelector(text)) return {};
+  return "KIND must be eth, all or a number, not " + text;
+}
+
+// ---- if list
+
+Json RecordJson(const KOPANetIfInfo& info) {
+  return {{"name", info.name},
+          {"mac", TextOrNull(MacText(info.mac))},
+          {"ip", TextOrNull(info.ip)},
+          {"mask", TextOrNull(info.mask)},
+          {"link", info.link},
+          {"flags", info.flags},
+          {"flag_names", FlagNames(info.flags)}};
+}
+
+Cell LinkCell(int link) {
+  return link == kCarrier ? Cell{"yes", Tone::kGood} : Cell{"no", Tone::kBad};
+}
+
+Row Headings(const std::vector<std::string>& names) {
+  Row row;
+  for (const std::string& name : names)
+    row.push_back({name, Tone::kHeading});
+  return row;
+}
+
+void PrintList(const std::vector<KOPANetIfInfo>& list) {
+  std::vector<Row> rows{Headings({"NAME", "LINK", "FLAGS", "MAC", "ADDRESS"})};
+  for (const KOPANetIfInfo& info : list) {
+    rows.push_back({{info.name},
+                    LinkCell(info.link),
+                    {Join(FlagNames(info.flags), ",")},
+                    {MacText(info.mac)},
+                    {AddressText({info.ip, info.mask})}});
+  }
+  PrintTable(rows);
+}
+
+void List(const Context& context, const std::string& kind) {
+  const auto list = kind == "eth" ? ListEthernetPorts() : ListInterfaces(*ParseSelector(kind));
+  if (!context.json) return PrintList(list);
+  Json records = Json::array();
+  for (const KOPANetIfInfo& info : list)
+    records.push_back(RecordJson(info));
+  PrintJson("interfaces", records);
+}
+
+// ---- if show
+
+struct Bond {
+  std::string mode;
+  bool noPartner = false;
+  std::vector<std::string> slaves;
+};
+
+struct Bridge {
+  std::string type;  // "bridge", "local_bridge" or "port"
+  std::string ref;   // a bridge's primary port, a port's bridge
+  std::vector<std::string> ports;
+};
+
+struct Details {
+  std::string name;
+  bool up = false;
+  std::optional<KOPANetIfInfo> record;  // only of an interface that is up
+  std::string mac;
+  Address address;
+  std::vector<ZARNNETV6ADDR> ipv6;
+  std::optional<Configuration> configuration;
+  bool localLan = false;
+  std::optional<Bond> bond;
+  bool bondMember = false;
+  std::optional<Bridge> bridge;
+  std::string ovs;  // "bond", "device", "member" or empty
+  std::optional<KOPANETVLAN> vlan;
+  std::vector<std::string> blocks;
+};
+
+std::optional<KOPANetIfInfo> FindIn(const std::vector<KOPANetIfInfo>& list,
+                                    const std::string& ifname) {
+  const auto found = std::find_if(list.begin(), list.end(),
+                                  [&](const KOPANetIfInfo& info) { return ifname == info.name; });
+  return found == list.end() ? std::nullopt : std::optional(*found);
+}
+
+// No single list of the library has all: bridge ports are among the Ethernet ports alone.
+std::optional<KOPANetIfInfo> FindRecord(const std::string& ifname) {
+  for (const unsigned selector : {kAll, kWithPointToPoint}) {
+    if (const auto found = FindIn(ListInterfaces(selector), ifname)) return found;
+  }
+  return FindIn(ListEthernetPorts(), ifname);
+}
+
+// The address of an Ethernet port that is down. The library takes other names, a VLAN's for one,
+// for the port behind them, whose address need not be theirs.
+std::string PortMac(const std::string& ifname) {
+  const bool isPort = ifname.starts_with("eth") && ifname.size() > 3 &&
+                      ifname.find_first_not_of("0123456789", 3) == std::string::npos;
+  std::array<char, 18> mac{};
+  if (!isPort || KOPANetGetMacAddrByInterface(ifname.c_str(), mac.data(), int{mac.size()}, 1) != 0)
+    return {};
+  return mac.data();
+}
+
+std::optional<Bond> ReadBond(const std::string& ifname) {
+  ZARNLINKAGGROPT record{};
+  ForgetErrors();
+  if (ZARNNetLinkAggrGet(ifname.c_str(), &record) != 0) Fail("cannot read the bond " + ifname);
+  if (record.cSlave == 0) return std::nullopt;
+  Bond bond{ZARNNetLinkAggrModeToString(record.mode), record.blNoPartner != 0, {}};
+  for (int i = 0; i < record.cSlave; ++i)
+    bond.slaves.emplace_back(record.rgszSlave[i]);
+  return bond;
+}
+
+// A list that the library fills.
+class NameList {
+ public:
+  NameList() : list_(KOPACSzListAlloc(kFirstCapacity)) {
+    if (list_ == nullptr) throw std::bad_alloc();
+  }
+  ~NameList() { KOPACSzListFree(list_); }
+  NameList(const NameList&) = delete;
+  NameList& operator=(const NameList&) = delete;
+
+  PKOPACSZLIST* Out() { return &list_; }  // a list that grows may move
+  [[nodiscard]] std::vector<std::string> Items() const {
+    std::vector<std::string> items;
+    for (int i = 0; i < list_->nItem; ++i)
+      items.emplace_back(KOPACSzListGet(list_, i));
+    return items;
+  }
+
+ private:
+  static constexpr int kFirstCapacity = 16;
+
+  PKOPACSZLIST list_;
+};
+
+std::vector<std::string> BridgePorts(const std::string& bridge) {
+  NameList ports;
+  ForgetErrors();
+  if (KOPANetBridgeSlaveEnum(bridge.c_str(), ports.Out()) < 0)
+    Fail("cannot read the ports of " + bridge);
+  return ports.Items();
+}
+
+std::optional<Bridge> ReadBridge(const std::string& ifname) {
+  ZARNBRIDGEINFO info{};
+  switch (KOPANETGetBridgeInfo(ifname.c_str(), &info)) {
+    case 2:
+      return Bridge{"bridge", info.szRef, BridgePorts(ifname)};
+    case 3:
+      return Bridge{"local_bridge", info.szRef, BridgePorts(ifname)};
+    case 4:
+      return Bridge{"port", info.szRef, {}};
+    default:
+      return std::nullopt;
+  }
+}
+
+std::string ReadOvs(const std::string& ifname) {
+  const int master = KOPANetOVSIfIsMaster(ifname.c_str());
+  if (master == 2) return "bond";
+  if (master == 1) return "device";
+  return KOPANetOVSIfIsSlave(ifname.c_str()) == 1 ? "member" : "";
+}
+
+std::optional<KOPANETVLAN> ReadVlan(const std::string& ifname) {
+  KOPANETVLAN vlan{};
+  return KOPANetVlanGet(ifname.c_str(), &vlan) == 1 ? std::optional(vlan) : std::nullopt;
+}
+
+Details ReadDetails(const std::string& ifname) {
+  Details details;
+  details.name = ifname;
+  details.up = ZARNNetIsIFUp(ifname.c_str()) == 1;
+  if (details.up) details.record = FindRecord(ifname);
+  details.mac = details.record ? MacText(details.record->mac) : PortMac(ifname);
+  details.address = LiveAddress(ifname);
+  details.ipv6 = ReadIpv6(ifname);
+  details.configuration = ReadConfiguration(ifname);
+  details.localLan = KOPANetIFIsLocalLan(ifname.c_str()) == 1;
+  details.bond = ReadBond(ifname);
+  details.bondMember = ZARNNetIfIsBondingPassive(ifname.c_str()) == 1;
+  details.bridge = ReadBridge(ifname);
+  details.ovs = ReadOvs(ifname);
+  details.vlan = ReadVlan(ifname);
+  details.blocks = ReadBlocks(ifname);
+  return details;
+}
+
+bool HasCarrier(const Details& details) {
+  return ZARNNetIfIsLink(details.name.c_str()) == 1;
+}
+
+Json BondJson(const std::optional<Bond>& bond) {
+  if (!bond) return nullptr;
+  return {{"mode", bond->mode}, {"no_partner", bond->noPartner}, {"slaves", bond->slaves}};
+}
+
+Json BridgeJson(const std::optional<Bridge>& bridge) {
+  if (!bridge) return nullptr;
+  return {{"type", bridge->type}, {"ref", TextOrNull(bridge->ref)}, {"ports", bridge->ports}};
+}
+
+Json VlanJson(const std::optional<KOPANETVLAN>& vlan) {
+  if (!vlan) return nullptr;
+  return {{"row_dev", vlan->szRowDev}, {"id", vlan->id}};
+}
+
+// Fields that stand in the record alone are null for an interface without one.
+Json LiveJson(const Details& details) {
+  if (details.record) return RecordJson(*details.record);
+  return {{"name", details.name},
+          {"mac", TextOrNull(details.mac)},
+          {"ip", TextOrNull(details.address.ip)},
+          {"mask", TextOrNull(details.address.mask)},
+          {"link", HasCarrier(details) ? kCarrier : 0},
+          {"flags", nullptr},
+          {"flag_names", nullptr}};
+}
+
+Json DetailsJson(const Details& details) {
+  Json json = LiveJson(details);
+  json["up"] = details.up;
+  json["ipv6"] = ToJson(details.ipv6);
+  json["config"] = ToJson(details.configuration);
+  json["local_lan"] = details.localLan;
+  json["bond"] = BondJson(details.bond);
+  json["bond_member"] = details.bondMember;
+  json["bridge"] = BridgeJson(details.bridge);
+  json["ovs"] = TextOrNull(details.ovs);
+  json["vlan"] = VlanJson(details.vlan);
+  json["block"] = details.blocks;
+  return json;
+}
+
+// Every part that the interface plays, in words.
+std::string RoleText(const Details& details) {
+  std::vector<std::string> roles;
+  if (details.bond)
+    roles.push_back("bond " + details.bond->mode + " of " + Join(details.bond->slaves, " "));
+  if (details.bondMember) roles.emplace_back("bond member");
+  if (details.bridge && details.bridge->type == "port") {
+    const std::string& bridge = details.bridge->ref;
+    roles.push_back(bridge.empty() ? "port of a bridge" : "port of bridge " + bridge);
+  } else if (details.bridge) {
+    roles.push_back("bridge of " + Join(details.bridge->ports, " "));
+  }
+  if (!details.ovs.empty()) roles.push_back("Open vSwitch " + details.ovs);
+  if (details.vlan) {
+    roles.push_back("VLAN " + std::to_string(details.vlan->id) + " on " + details.vlan->szRowDev);
+  }
+  return Join(roles, ", ");
+}
+
+std::vector<std::string> Ipv6Texts(const std::vector<ZARNNETV6ADDR>& addresses) {
+  std::vector<std::string> texts;
+  for (const ZARNNETV6ADDR& address : addresses)
+    texts.push_back(Ipv6Text(address));
+  return texts;
+}
+
+void PrintDetails(const Details& details) {
+  const auto& record = details.record;
+  PrintTable({{{"name"}, {details.name}},
+              {{"state"}, details.up ? Cell{"up", Tone::kGood} : Cell{"down", Tone::kBad}},
+              {{"link"}, LinkCell(HasCarrier(details) ? kCarrier : 0)},
+              {{"flags"}, {record ? Join(FlagNames(record->flags), ",") : ""}},
+              {{"mac"}, {details.mac}},
+              {{"address"}, {AddressText(details.address)}},
+              {{"ipv6"}, {Join(Ipv6Texts(details.ipv6), " ")}},
+              {{"configured"}, {ConfigurationText(details.configuration)}},
+              {{"local lan"}, {details.localLan ? "yes" : "no"}},
+              {{"role"}, {RoleText(details)}},
+              {{"blocked by"}, {Join(details.blocks, " ")}}});
+}
+
+void Show(const Context& context, const std::string& ifname) {
+  RequireInterface("cannot show " + ifname, ifname);
+  const Details details = ReadDetails(ifname);
+  if (context.json) return PrintJson("interface", DetailsJson(details));
+  PrintDetails(details);
+}
+
+}  // namespace
+
+void AddIfCommands(CLI::App& app, Context& context) {
+  CLI::App* const group = AddGroup(app, "if", "Lists and shows interfaces");
+
+  CLI::App* const list = AddVerb(*group, context, "list", "Lists the interfaces that are up",
+                                 "  zarnnetctl if list\n  zarnnetctl if list --kind eth --json\n  "
+                                 "zarnnetctl if list --kind 1");
+  auto kind = std::make_shared<std::string>("all");
+  list->add_option("--kind", *kind,
+                   "eth: Ethernet ports; all (default): all but loopback and point-to-point; "
+                   "N: the library's selector")
+      ->check(CheckKind)
+      ->type_name("eth|all|N");
+  list->callback([&context, kind] { List(context, *kind); });
+
+  CLI::App* const show = AddVerb(*group, context, "show", "Shows all about one interface",
+                                 "  zarnnetctl if show eth0\n  zarnnetctl if show bond0 --json");
+  const auto ifname = AddIfname(show);
+  show->callback([&context, ifname] { Show(context, *ifname); });
+}
+
+}  // namespace tool

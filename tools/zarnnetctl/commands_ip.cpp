@@ -1,0 +1,207 @@
+// zarnnetctl ip: the addresses of an interface, read, set and flushed.
+#include <algorithm>
+#include <arpa/inet.h>
+#include <array>
+#include <cctype>
+
+#include "commands.h"
+#include "network_lock.h"
+#include "query.h"
+
+namespace tool {
+namespace {
+
+// ---- ip get
+
+Json StateJson(const std::string& ifname) {
+  return {{"name", ifname},
+          {"live", ToJson(LiveAddress(ifname))},
+          {"config", ToJson(ReadConfiguration(ifname))},
+          {"ipv6", ToJson(ReadIpv6(ifname))}};
+}
+
+void PrintState(const std::string& ifname) {
+  std::vector<Row> rows{{{"live"}, {AddressText(LiveAddress(ifname))}},
+                        {{"configured"}, {ConfigurationText(ReadConfiguration(ifname))}}};
+  for (const ZARNNETV6ADDR& address : ReadIpv6(ifname))
+    rows.push_back({{"ipv6"}, {Ipv6Text(address)}});
+  PrintTable(rows);
+}
+
+void Get(const Context& context, const std::string& ifname) {
+  RequireInterface("cannot read the addresses of " + ifname, ifname);
+  if (context.json) return PrintJson("ip", StateJson(ifname));
+  PrintState(ifname);
+}
+
+// ---- ip set
+
+// Octal and hexadecimal parts pass the library, and the programs behind it read them otherwise.
+bool IsPlainDotted(const std::string& text) {
+  in_addr address{};
+  return ::inet_pton(AF_INET, text.c_str(), &address) == 1;
+}
+
+bool IsNumber(const std::string& text) {
+  return !text.empty() && std::all_of(text.begin(), text.end(),
+                                      [](unsigned char digit) { return std::isdigit(digit) != 0; });
+}
+
+[[noreturn]] void RefuseAddress(const std::string& what, const std::string& problem) {
+  throw Failure(what, kMalformedAddress, problem);
+}
+
+std::string PrefixToMask(const std::string& what, const std::string& cidr) {
+  std::array<char, 64> text{};
+  if (cidr.size() < text.size()) {
+    std::copy(cidr.begin(), cidr.end(), text.begin());
+    if (ErrKOPASubnetToIpMask(text.data(), nullptr) == 0) {
+      const std::string converted(text.data());
+      return converted.substr(converted.find('/') + 1);
+    }
+  }
+  RefuseAddress(what, "the prefix of " + cidr + " must be 1 to 32");
+}
+
+// What was typed, taken apart: how it is put is a matter of usage, what it says the library judges.
+struct Typed {
+  std::string ip;
+  std::string prefix;
+  std::string mask;
+};
+
+Typed TakeApart(const std::string& address, const std::string& mask) {
+  const std::size_t slash = address.find('/');
+  if (slash == std::string::npos) {
+    if (mask.empty())
+      throw CLI::ValidationError("ADDRESS", "give ADDRESS/PREFIX or ADDRESS NETMASK");
+    return {address, "", mask};
+  }
+  if (!mask.empty()) throw CLI::ValidationError("NETMASK", "give a prefix or a netmask, not both");
+  Typed typed{address.substr(0, slash), address.substr(slash + 1), ""};
+  if (!IsNumber(typed.prefix)) throw CLI::ValidationError("ADDRESS", "the prefix must be a number");
+  return typed;
+}
+
+Address Validate(const std::string& what, const Typed& typed) {
+  if (BlKOPAIsIpAddr(typed.ip.c_str()) != 1 || !IsPlainDotted(typed.ip)) {
+    RefuseAddress(what, "'" + typed.ip + "' is not the IPv4 address of a host");
+  }
+  if (typed.mask.empty()) return {typed.ip, PrefixToMask(what, typed.ip + "/" + typed.prefix)};
+  if (BlKOPAIsValidIpMask(typed.mask.c_str()) != 1 || !IsPlainDotted(typed.mask)) {
+    RefuseAddress(what, "'" + typed.mask + "' is not a netmask");
+  }
+  return {typed.ip, typed.mask};
+}
+
+void Set(const Context& context, const std::string& ifname, const Typed& typed) {
+  const std::string what = "cannot set the address of " + ifname;
+  const Address address = Validate(what, typed);
+  RequireRoot(what);
+  RequireInterface(what, ifname);
+  {
+    const NetworkLock lock(what);
+    ForgetErrors();
+    if (ZARNILnxSetIPNetmask(ifname.c_str(), address.ip.c_str(), address.mask.c_str()) < 0)
+      Fail(what);
+  }
+  if (context.json) PrintJson("ip", StateJson(ifname));
+}
+
+// ---- ip flush
+
+void FlushIpv4(const std::string& what, const std::string& ifname) {
+  ForgetErrors();
+  if (ZARNNetFlushIP("-4", ifname.c_str()) < 0) Fail(what);
+}
+
+bool Holds(const std::vector<ZARNNETV6ADDR>& addresses, const ZARNNETV6ADDR& wanted) {
+  const std::string text = wanted.szAddr;
+  return std::any_of(addresses.begin(), addresses.end(),
+                     [&](const ZARNNETV6ADDR& address) { return text == address.szAddr; });
+}
+
+// The library passes some kinds of interface over in silence; the link-local address comes back by
+// itself.
+void CheckIpv6Flushed(const std::string& what, const std::string& ifname,
+                      const std::vector<ZARNNETV6ADDR>& before) {
+  constexpr std::uint32_t kLinkLocal = 0x20;
+  const auto after = ReadIpv6(ifname);
+  for (const ZARNNETV6ADDR& address : before) {
+    if (address.scope == kLinkLocal || !Holds(after, address)) continue;
+    throw Failure(what, std::nullopt, std::string(address.szAddr) + " is still there");
+  }
+}
+
+// With nothing to drop the switch stays alone: of an interface that is down the library refuses it.
+void FlushIpv6(const std::string& what, const std::string& ifname) {
+  const auto before = ReadIpv6(ifname);
+  if (before.empty()) return;
+  ForgetErrors();
+  if (ZARNNetFlushIP("-6", ifname.c_str()) < 0) Fail(what);
+  CheckIpv6Flushed(what, ifname, before);
+}
+
+struct Families {
+  bool ipv4 = false;
+  bool ipv6 = false;
+};
+
+void Flush(const Context& context, const std::string& ifname, const Families& families) {
+  const std::string what = "cannot flush the addresses of " + ifname;
+  RequireRoot(what);
+  RequireInterface(what, ifname);
+  const bool both = families.ipv4 == families.ipv6;
+  {
+    const NetworkLock lock(what);
+    if (both || families.ipv4) FlushIpv4(what, ifname);
+    if (both || families.ipv6) FlushIpv6(what, ifname);
+  }
+  if (context.json) PrintJson("ip", StateJson(ifname));
+}
+
+// ---- the command line
+
+void AddGet(CLI::App& group, Context& context) {
+  CLI::App* const verb =
+      AddVerb(group, context, "get", "Shows the live and the configured addresses",
+              "  zarnnetctl ip get eth0\n  zarnnetctl ip get eth0 --json");
+  const auto ifname = AddIfname(verb);
+  verb->callback([&context, ifname] { Get(context, *ifname); });
+}
+
+void AddSet(CLI::App& group, Context& context) {
+  CLI::App* const verb = AddVerb(
+      group, context, "set", "Gives an interface a fixed IPv4 address, now and for the next boot",
+      "  zarnnetctl ip set eth0 192.168.50.10/24\n"
+      "  zarnnetctl ip set eth0 192.168.50.10 255.255.255.0");
+  const auto ifname = AddIfname(verb);
+  auto address = std::make_shared<std::string>();
+  auto mask = std::make_shared<std::string>();
+  verb->add_option("ADDRESS", *address, "ADDRESS/PREFIX, or the address alone")->required();
+  verb->add_option("NETMASK", *mask, "Dotted netmask, for an address without a prefix");
+  verb->callback(
+      [&context, ifname, address, mask] { Set(context, *ifname, TakeApart(*address, *mask)); });
+}
+
+void AddFlush(CLI::App& group, Context& context) {
+  CLI::App* const verb =
+      AddVerb(group, context, "flush", "Removes the addresses from the running system; files stay",
+              "  zarnnetctl ip flush eth0\n  zarnnetctl ip flush eth0 -6");
+  const auto ifname = AddIfname(verb);
+  auto families = std::make_shared<Families>();
+  verb->add_flag("-4", families->ipv4, "IPv4 alone (default: both)");
+  verb->add_flag("-6", families->ipv6, "IPv6 alone (default: both)");
+  verb->callback([&context, ifname, families] { Flush(context, *ifname, *families); });
+}
+
+}  // namespace
+
+void AddIpCommands(CLI::App& app, Context& context) {
+  CLI::App* const group = AddGroup(app, "ip", "Reads, sets and flushes addresses");
+  AddGet(*group, context);
+  AddSet(*group, context);
+  AddFlush(*group, context);
+}
+
+}  // namespace tool

@@ -1,0 +1,94 @@
+// zarnnetctl link and mac: interfaces brought up and taken down; the address of the port behind
+// one.
+#include <array>
+
+#include "commands.h"
+#include "query.h"
+
+namespace tool {
+namespace {
+
+// ---- link up, link down
+
+Json LinksJson(const std::vector<std::string>& ifnames) {
+  Json links = Json::array();
+  for (const std::string& ifname : ifnames) {
+    links.push_back({{"name", ifname}, {"up", ZARNNetIsIFUp(ifname.c_str()) == 1}});
+  }
+  return links;
+}
+
+// A name that does not exist stops the command before anything is changed.
+void Switch(const Context& context, const std::vector<std::string>& ifnames, bool up) {
+  const auto whatOf = [up](const std::string& ifname) {
+    return up ? "cannot bring up " + ifname : "cannot take down " + ifname;
+  };
+  for (const std::string& ifname : ifnames) {
+    RequireRoot(whatOf(ifname));
+    RequireInterface(whatOf(ifname), ifname);
+  }
+  for (const std::string& ifname : ifnames) {
+    ForgetErrors();
+    const int done = up ? KOPANetIfUp(ifname.c_str()) : KOPANetIfDown(ifname.c_str());
+    if (done != 1) Fail(whatOf(ifname));
+  }
+  if (context.json) PrintJson("links", LinksJson(ifnames));
+}
+
+void AddSwitch(CLI::App& group, Context& context, bool up) {
+  const std::string name = up ? "up" : "down";
+  CLI::App* const verb =
+      AddVerb(group, context, name, up ? "Brings interfaces up" : "Takes interfaces down",
+              "  zarnnetctl link " + name + " eth0\n  zarnnetctl link " + name + " eth2 eth3");
+  auto ifnames = std::make_shared<std::vector<std::string>>();
+  verb->add_option("IFNAME", *ifnames, "Names of the interfaces")->required();
+  verb->callback([&context, ifnames, up] { Switch(context, *ifnames, up); });
+}
+
+// ---- mac
+
+std::string MacProblem(int result) {
+  switch (result) {
+    case 2:
+      return "the address of the port cannot be read";
+    case 3:
+      return "the shared address of the high-availability pair cannot be had";
+    case 4:
+      return "an appliance with two controller heads has no address to show; use --local";
+    default:
+      return "there is no Ethernet port behind the interface, or its address cannot be read";
+  }
+}
+
+void ShowMac(const Context& context, const std::string& ifname, bool local) {
+  const std::string what = "cannot tell the MAC address of " + ifname;
+  RequireInterface(what, ifname);
+  std::array<char, 18> mac{};
+  const int result =
+      KOPANetGetMacAddrByInterface(ifname.c_str(), mac.data(), int{mac.size()}, local ? 1 : 0);
+  if (result != 0) throw Failure(what, std::nullopt, MacProblem(result));
+  if (!context.json) return PrintTable({{{mac.data()}}});
+  PrintJson("mac", {{"name", ifname}, {"mac", mac.data()}, {"local", local}});
+}
+
+void AddMac(CLI::App& app, Context& context) {
+  CLI::App* const verb =
+      AddVerb(app, context, "mac", "Shows the MAC address of the port behind an interface",
+              "  zarnnetctl mac eth0\n  zarnnetctl mac bond0 --local");
+  const auto ifname = AddIfname(verb);
+  auto local = std::make_shared<bool>(false);
+  verb->add_flag("--local", *local,
+                 "The port's own address, not the one a high-availability pair shares");
+  verb->callback([&context, ifname, local] { ShowMac(context, *ifname, *local); });
+}
+
+}  // namespace
+
+void AddLinkCommands(CLI::App& app, Context& context) {
+  CLI::App* const group = AddGroup(app, "link", "Brings interfaces up and takes them down");
+  AddSwitch(*group, context, true);
+  AddSwitch(*group, context, false);
+  AddMac(app, context);
+}
+
+}  // namespace tool

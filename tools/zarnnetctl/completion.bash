@@ -1,0 +1,49 @@
+# Completion of zarnnetctl for bash: verbs, options, names of interfaces and of block flags.
+# It stands alone, without the helpers of the bash-completion package.
+
+_zarnnetctl_interfaces() {
+  local path
+  for path in /sys/class/net/*; do
+    # bonding_masters and the like are files.
+    [ -d "$path" ] && printf '%s\n' "${path##*/}"
+  done
+}
+
+# What may follow the words so far, given as arguments without the program's name.
+_zarnnetctl_candidates() {
+  local group=${1-} verb=${2-}
+  case $# in
+    0) echo "if ip link mac block --help --version" ;;
+    1)
+      case $group in
+        if) echo "list show --help" ;;
+        ip) echo "get set flush --help" ;;
+        link) echo "up down --help" ;;
+        mac) echo "--json --local --help"; _zarnnetctl_interfaces ;;
+        block) echo "get set --help" ;;
+      esac
+      ;;
+    *)
+      case "$group $verb" in
+        "if list")
+          if [ "${!#}" = --kind ]; then echo "eth all"; else echo "--kind --json --help"; fi
+          ;;
+        "ip flush") echo "-4 -6 --json --help"; [ $# -gt 2 ] || _zarnnetctl_interfaces ;;
+        "link up" | "link down") echo "--json --help"; _zarnnetctl_interfaces ;;
+        "block set")
+          echo "--clear --json --help"
+          if [ $# -gt 2 ]; then echo "ha aha virtual quendar"; else _zarnnetctl_interfaces; fi
+          ;;
+        mac\ *) echo "--json --local --help" ;;
+        *) echo "--json --help"; [ $# -gt 2 ] || _zarnnetctl_interfaces ;;
+      esac
+      ;;
+  esac
+}
+
+_zarnnetctl() {
+  local before=("${COMP_WORDS[@]:1:COMP_CWORD-1}")
+  mapfile -t COMPREPLY < <(compgen -W "$(_zarnnetctl_candidates "${before[@]}")" -- "${COMP_WORDS[COMP_CWORD]}")
+}
+
+complete -F _zarnnetctl zarnnetctl

@@ -1,0 +1,118 @@
+// What the program says: tables for people, JSON for programs, failures on standard error.
+#include "output.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+#include <string_view>
+#include <unistd.h>
+
+namespace tool {
+namespace {
+
+constexpr int kSchema = 1;
+constexpr int kIndent = 2;
+constexpr std::string_view kGap = "  ";
+
+bool IsSet(const char* variable) {
+  const char* const value = std::getenv(variable);
+  return value != nullptr && *value != '\0';
+}
+
+bool UsesColour() {
+  const char* const terminal = std::getenv("TERM");
+  return ::isatty(STDOUT_FILENO) == 1 && !IsSet("NO_COLOR") &&
+         (terminal == nullptr || std::string_view(terminal) != "dumb");
+}
+
+std::string_view Escape(Tone tone) {
+  switch (tone) {
+    case Tone::kHeading:
+      return "\x1b[1m";
+    case Tone::kGood:
+      return "\x1b[32m";
+    case Tone::kBad:
+      return "\x1b[31m";
+    case Tone::kPlain:
+      break;
+  }
+  return "";
+}
+
+std::string Painted(const Cell& cell, bool colour) {
+  const std::string text = cell.text.empty() ? "-" : cell.text;
+  if (!colour || cell.tone == Tone::kPlain) return text;
+  return std::string(Escape(cell.tone)).append(text).append("\x1b[0m");
+}
+
+std::size_t Width(const Cell& cell) {
+  return std::max<std::size_t>(cell.text.size(), 1);
+}
+
+std::vector<std::size_t> ColumnWidths(const std::vector<Row>& rows) {
+  std::vector<std::size_t> widths;
+  for (const Row& row : rows) {
+    widths.resize(std::max(widths.size(), row.size()));
+    for (std::size_t i = 0; i < row.size(); ++i)
+      widths[i] = std::max(widths[i], Width(row[i]));
+  }
+  return widths;
+}
+
+// Names come from the command line and from the kernel and need not be UTF-8: what is not is
+// replaced.
+std::string Dump(const Json& json, int indent) {
+  return json.dump(indent, ' ', false, Json::error_handler_t::replace);
+}
+
+void PrintError(const Json& error) {
+  std::cerr << Dump({{"schema", kSchema}, {"error", error}}, -1) << '\n';
+}
+
+}  // namespace
+
+void PrintTable(const std::vector<Row>& rows) {
+  const bool colour = UsesColour();
+  const std::vector<std::size_t> widths = ColumnWidths(rows);
+  for (const Row& row : rows) {
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      std::cout << Painted(row[i], colour);
+      const bool last = i + 1 == row.size();
+      if (!last) std::cout << std::string(widths[i] - Width(row[i]), ' ') << kGap;
+    }
+    std::cout << '\n';
+  }
+}
+
+void PrintJson(const std::string& name, const Json& payload) {
+  std::cout << Dump({{"schema", kSchema}, {name, payload}}, kIndent) << '\n';
+}
+
+ExitStatus ReportFailure(const Context& context, const Failure& failure) {
+  const std::string code = failure.CodeText();
+  if (context.json) {
+    PrintError(
+        {{"what", failure.what()}, {"code", TextOrNull(code)}, {"reason", failure.Reason()}});
+  } else {
+    std::cerr << "zarnnetctl: " << failure.what() << ": " << failure.Reason();
+    if (!code.empty()) std::cerr << " (" << code << ")";
+    std::cerr << '\n';
+  }
+  return kFailed;
+}
+
+ExitStatus ReportUsage(const Context& context, const std::string& problem,
+                       const std::string& verb) {
+  if (context.json) {
+    PrintError({{"what", "usage"}, {"code", nullptr}, {"reason", problem}});
+  } else {
+    std::cerr << "zarnnetctl: " << problem << "\nTry '" << verb << " --help'.\n";
+  }
+  return kUsage;
+}
+
+Json TextOrNull(const std::string& text) {
+  return text.empty() ? Json() : Json(text);
+}
+
+}  // namespace tool

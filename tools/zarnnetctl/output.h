@@ -1,0 +1,44 @@
+// What the program says: tables for people, JSON for programs, failures on standard error.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "failure.h"
+
+namespace tool {
+
+using Json = nlohmann::ordered_json;
+
+enum ExitStatus { kDone = 0, kFailed = 1, kUsage = 2 };
+
+// What the command line asks of every verb alike.
+struct Context {
+  bool json = false;
+};
+
+enum class Tone { kPlain, kHeading, kGood, kBad };
+
+struct Cell {
+  std::string text;
+  Tone tone = Tone::kPlain;
+};
+
+using Row = std::vector<Cell>;
+
+// Prints rows as aligned columns, an empty cell as "-"; coloured on a terminal, unless NO_COLOR is
+// set.
+void PrintTable(const std::vector<Row>& rows);
+
+// Prints {"schema": 1, name: payload}.
+void PrintJson(const std::string& name, const Json& payload);
+
+// Reports on standard error, as text or as JSON, and answers the exit status.
+ExitStatus ReportFailure(const Context& context, const Failure& failure);
+ExitStatus ReportUsage(const Context& context, const std::string& problem, const std::string& verb);
+
+// Text as JSON has it: null where there is none.
+Json TextOrNull(const std::string& text);
+
+}  // namespace tool

@@ -1,0 +1,64 @@
+// Questions to the library about one interface, answered in plain types and as JSON.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <zarnnetsdk/zarnnetsdk.h>
+
+#include "output.h"
+
+namespace tool {
+
+// An IPv4 address with its dotted netmask, each empty where there is none.
+struct Address {
+  std::string ip;
+  std::string mask;
+};
+
+// What the interface's file says. The boot protocol is "dhcp", "static" or "none"; the address on
+// DHCP is the lease's.
+struct Configuration {
+  std::string bootProto;
+  bool onBoot = false;
+  Address address;
+};
+
+// ---- which interfaces there are
+
+void RequireRoot(const std::string& what);
+bool KernelHas(const std::string& ifname);
+bool HasFile(const std::string& ifname);
+// Throws unless the kernel has the interface.
+void RequireInterface(const std::string& what, const std::string& ifname);
+
+std::vector<KOPANetIfInfo> ListInterfaces(unsigned selector);
+std::vector<KOPANetIfInfo> ListEthernetPorts();
+
+// ---- one interface
+
+Address LiveAddress(const std::string& ifname);
+std::optional<Configuration> ReadConfiguration(const std::string& ifname);
+std::vector<ZARNNETV6ADDR> ReadIpv6(const std::string& ifname);
+std::vector<std::string> ReadBlocks(const std::string& ifname);
+
+// The names of the block flags, and the bit of one; 0 for any other text.
+const std::vector<std::string>& BlockNames();
+unsigned BlockBit(const std::string& name);
+
+// ---- as text and as JSON
+
+std::string MacText(const unsigned char (&mac)[6]);  // empty for an address of zeros
+std::string AddressText(const Address& address);     // "192.168.50.10/24", empty without an address
+std::string Ipv6Text(const ZARNNETV6ADDR& address);
+std::string ConfigurationText(
+    const std::optional<Configuration>& configuration);  // "static 10.0.0.1/8, on boot"
+std::vector<std::string> FlagNames(int flags);
+std::string Join(const std::vector<std::string>& words, const std::string& between);
+
+Json ToJson(const Address& address);
+Json ToJson(const std::optional<Configuration>& configuration);
+Json ToJson(const std::vector<ZARNNETV6ADDR>& addresses);
+
+}  // namespace tool
