@@ -1,0 +1,92 @@
+// What a failure leaves: code, place and line; and that no exception crosses the C interface.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <syslog.h>
+#include <zarnnetsdk/zarnnetsdk.h>
+
+#include <new>
+#include <stdexcept>
+
+#include "frame/backup.h"
+#include "frame/log.h"
+#include "support/appliance.h"
+
+using namespace test;
+
+namespace {
+
+int Throws(bool memory) try {
+  if (memory) throw std::bad_alloc();
+  throw std::runtime_error("anything");
+}
+FRAME_NO_EXCEPTIONS(-7)
+
+}  // namespace
+
+TEST(ErrorState, NamesSourceAndLine) {
+  EXPECT_EQ(3, FRAME_FAIL(kNotFound, 3));
+  const int line = __LINE__ - 1;
+  EXPECT_EQ(0xBC00, KOPACErrGet());
+  EXPECT_STREQ("error_log_test", KOPACErrorGetFile());
+  EXPECT_EQ(line, KOPACErrorGetLine());
+}
+
+TEST(ErrorState, AnExceptionBecomesMemoryExhausted) {
+  for (const bool memory : {true, false}) {
+    KOPACErrSetEx(0, "", 0);
+    EXPECT_EQ(-7, Throws(memory));
+    EXPECT_EQ(0x0200, KOPACErrGet());
+  }
+}
+
+TEST(Log, LinesBeginWithTheirPlace) {
+  const int first = __LINE__ + 1;
+  LOG_ERROR("%s:%d one %d", 1);
+  LOG_WARN("%s:%d two");
+  LOG_ERROR_FUNC("%s(%d) three");
+  LOG_ERROR_PLAIN("four %s", "4");
+  EXPECT_EQ(-1, FRAME_INVALID_ARGUMENT("NULL != x", -1));
+  const std::string at = "error_log_test:";
+  EXPECT_EQ("3 " + at + std::to_string(first) + " one 1\n4 " + at + std::to_string(first + 1) + " two\n3 TestBody(" +
+                std::to_string(first + 2) + ") three\n3 four 4\n3 " + at + std::to_string(first + 4) +
+                " Invaild Argument (NULL != x)=[0]\n\n",
+            LogText());
+  EXPECT_EQ(0x0D00, KOPACErrGet());
+}
+
+TEST(Backup, IsRestoredUnlessItIsRemoved) {
+  WriteFile("/etc/conf", "old\n", 0640);
+  {
+    const frame::Backup backup("/etc/conf", ".saved");
+    ASSERT_TRUE(backup.Made());
+    EXPECT_EQ(0640, FileMode("/etc/conf.saved"));
+    WriteFile("/etc/conf", "new\n");
+  }
+  EXPECT_EQ("old\n", ReadFile("/etc/conf")) << "left on an exception's way out";
+  frame::Backup kept("/etc/conf", ".saved");
+  WriteFile("/etc/conf", "new\n");
+  EXPECT_TRUE(kept.Remove());
+  EXPECT_TRUE(kept.Restore()) << "nothing left to do";
+  EXPECT_EQ("new\n", ReadFile("/etc/conf"));
+  EXPECT_FALSE(FileExists("/etc/conf.saved"));
+  EXPECT_FALSE(frame::Backup("/etc/nowhere", ".saved").Made());
+}
+
+TEST(Descriptors, ThousandsOfFailingCallsLeaveNoneOpen) {
+  const rlimit limit{64, 64};
+  ASSERT_EQ(0, ::setrlimit(RLIMIT_NOFILE, &limit));
+  char buffer[32];
+  std::vector<KOPANetIfInfo> list(32);
+  ZARNNETIFADDR info{};
+  for (int i = 0; i < 300; ++i) {
+    ZARNILnxGetIP("nosuch0", buffer, sizeof buffer);
+    ZARNNetIfIsLink("nosuch0");
+    KOPANetGetInterfaceInfo(list.data(), 32, 8);
+    ZARNNetIFGetIPConfig("nosuch0", &info);
+    ZARNNetIFBlockSet("nosuch0", 1, 1);
+    ZARNNetIPChangePreHook(0, "nosuch0", "", "10.0.0.1", 24);
+  }
+  EXPECT_EQ(0, ZARNILnxGetIP("eth0", buffer, sizeof buffer));
+  WriteIfcfg("eth0", "DEVICE=eth0\n");
+  EXPECT_EQ(0, ZARNNetIFBlockSet("eth0", 1, 1));
+}
