@@ -3,6 +3,8 @@
 #include <sys/stat.h>
 #include <zarncore/zarncore.h>
 
+#include <cerrno>
+
 #include "frame/containers.h"
 #include "support/appliance.h"
 #include "support/children.h"
@@ -56,15 +58,17 @@ TEST(KeyFile, ReadingFindsTheKeyAndNothingElse) {
 
 TEST(KeyFile, AnEditKeepsWhatItDoesNotKnow) {
   WriteFile(kFile, "# top\nA=1\n\nB=2\nA=3\n=x\nnoise\r\nC=4", 0640);
-  ASSERT_EQ(0, ::chown(kFile, 12, 34));
+  // Where another user runs the tests only one owner exists.
+  ASSERT_TRUE(::chown(kFile, 12, 34) == 0 || errno == EINVAL);
+  const struct stat before = StatusOf(kFile);
   EXPECT_EQ(0, Set("A", "one"));
   EXPECT_EQ("# top\nA=one\n\nB=2\n=x\nnoise\r\nC=4", ReadFile(kFile)) << "in place, and once";
   EXPECT_EQ(0, Set("D", "100%s", "%s=\"%s\"\n"));
   EXPECT_EQ(0, KOPACFileRemoveKey(kFile, "B"));
   EXPECT_EQ("# top\nA=one\n\n=x\nnoise\r\nC=4\nD=\"100%s\"\n", ReadFile(kFile));
   EXPECT_EQ(0640U, StatusOf(kFile).st_mode & 07777U);
-  EXPECT_EQ(12U, StatusOf(kFile).st_uid);
-  EXPECT_EQ(34U, StatusOf(kFile).st_gid);
+  EXPECT_EQ(before.st_uid, StatusOf(kFile).st_uid);
+  EXPECT_EQ(before.st_gid, StatusOf(kFile).st_gid);
   EXPECT_EQ(0, KOPACFileRemoveKey(kFile, "B")) << "an absent key is gone already";
   EXPECT_EQ(-1, KOPACFileRemoveKey("/etc/nowhere", "B"));
   RemoveFile(kFile);

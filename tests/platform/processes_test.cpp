@@ -59,7 +59,7 @@ TEST(Running, ArgumentsArriveApartAndUnread) {
 }
 
 TEST(Running, AChildStartsClean) {
-  WriteFile("/run/look", "#!/bin/sh\nls -l /proc/$$/fd > /run/fds\ngrep Sig /proc/$$/status > /run/signals\ncat\n", 0755);
+  WriteFile("/run/look", "#!/bin/sh\nls -l /proc/$$/fd > /run/fds\ngrep Sig /proc/self/status > /run/signals\ncat\n", 0755);
   const int leaked = ::open("/etc/passwd", 0);
   ASSERT_LE(0, ::dup2(leaked, 77));
   std::signal(SIGPIPE, SIG_IGN);
