@@ -1,9 +1,10 @@
-// Settings files: what an edit keeps, what it refuses, and what a crash or a second writer can do to it.
+// Settings files: what an edit keeps, what it refuses, and what a crash or a second writer can do
+// to it.
+#include <cerrno>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <zarncore/zarncore.h>
 
-#include <cerrno>
+#include <zarncore/zarncore.h>
 
 #include "frame/containers.h"
 #include "support/appliance.h"
@@ -36,7 +37,9 @@ struct stat StatusOf(const char* path) {
 }  // namespace
 
 TEST(KeyFile, ReadingFindsTheKeyAndNothingElse) {
-  WriteFile(kFile, "#A=0\nXA=1\nA =2\nAB=3\n A=4\nNOTE=A=5\nA=first\r\nA=second\nQ=\"two words\"\nH=\"half\nE=\nL=last");
+  WriteFile(kFile,
+            "#A=0\nXA=1\nA =2\nAB=3\n A=4\nNOTE=A=5\nA=first\r\nA=second\nQ=\"two "
+            "words\"\nH=\"half\nE=\nL=last");
   int length = 0;
   EXPECT_EQ("first", Get("A", &length));
   EXPECT_EQ(5, length);
@@ -81,7 +84,8 @@ TEST(KeyFile, ManyKeysAreOneRewriteInTheCallersOrder) {
   WriteFile(kFile, "KEEP=1\nOLD=2\nX=3\n");
   frame::StringHash set;
   frame::StringHash drop;
-  for (const char* key : {"Z", "X", "M", "A"}) set.Set(key, key);
+  for (const char* key : {"Z", "X", "M", "A"})
+    set.Set(key, key);
   drop.Set("OLD", "");
   drop.Set("X", "");
   EXPECT_EQ(0, KOPACFileSetKeys(kFile, set.Get(), drop.Get(), kBare));
@@ -114,6 +118,9 @@ TEST(KeyFile, ALinkStaysALink) {
   struct stat status {};
   ASSERT_EQ(0, ::lstat(kFile, &status));
   EXPECT_TRUE(S_ISLNK(status.st_mode));
+  ASSERT_EQ(0, ::symlink("/etc", "/run/link"));
+  EXPECT_EQ(0, KOPACFileSetKeyValue("/run/link/made", "A", "1", kBare)) << "a folder behind a link";
+  EXPECT_EQ("A=1\n", ReadFile("/etc/made"));
 }
 
 TEST(KeyFile, AFullDiskKeepsTheOldFileAndNothingElse) {
@@ -145,7 +152,8 @@ TEST(KeyFile, TwoWritersLoseNoEdit) {
   const auto writer = [](const char* prefix) {
     return Start([=] {
       int failures = 0;
-      for (int i = 0; i < kKeys; ++i) failures += Set((prefix + std::to_string(i)).c_str(), "v") != 0;
+      for (int i = 0; i < kKeys; ++i)
+        failures += Set((prefix + std::to_string(i)).c_str(), "v") != 0;
       return failures;
     });
   };
@@ -169,7 +177,8 @@ TEST(KeyFile, AKilledWriterLeavesOldOrNewAndNoLock) {
     Gate started;
     const pid_t writer = Start([&] {
       started.Open();
-      for (int i = 1;; ++i) Set("A", std::to_string(i).c_str());
+      for (int i = 1;; ++i)
+        Set("A", std::to_string(i).c_str());
       return 0;
     });
     ASSERT_TRUE(started.Wait());
@@ -178,16 +187,31 @@ TEST(KeyFile, AKilledWriterLeavesOldOrNewAndNoLock) {
     ASSERT_EQ(text(Get("A")), ReadFile(kFile)) << "round " << round;
   }
   EXPECT_EQ(0, Set("A", "end")) << "the lock died with its holder";
+  frame::StringList names(1);
+  KOPACFileEnumDir("/etc", "settings", names.Out(), 0);
+  EXPECT_EQ(Lines(1, "settings"), Items(names.Get()))
+      << "what was not finished is not taken for a file of its kind";
+}
+
+TEST(KeyFile, NamesThatNeverComeBackLeaveFewLockFiles) {
+  for (int i = 0; i < 300; ++i) {
+    const std::string path = "/etc/once-" + std::to_string(i);
+    ASSERT_EQ(0, KOPACFileSetKeyValue(path.c_str(), "A", "1", kBare));
+    RemoveFile(path);
+  }
+  EXPECT_GE(64U, FolderEntries("/run/lock/zarncore").size());
 }
 
 TEST(KeyFile, AReaderNeverSeesHalfAFile) {
   const std::string tail(100000, '#');
   WriteFile(kFile, "A=0\n" + tail + "\n");
   const pid_t writer = Start([] {
-    for (int i = 0; i < 300; ++i) Set("A", std::to_string(i % 10).c_str());
+    for (int i = 0; i < 300; ++i)
+      Set("A", std::to_string(i % 10).c_str());
     return 0;
   });
   int torn = 0;
-  while (::waitpid(writer, nullptr, WNOHANG) == 0) torn += ReadFile(kFile).size() != tail.size() + 5;
+  while (::waitpid(writer, nullptr, WNOHANG) == 0)
+    torn += ReadFile(kFile).size() != tail.size() + 5;
   EXPECT_EQ(0, torn);
 }

@@ -1,9 +1,10 @@
 // Files as lines and folders; text, lists, the error state, the cipher.
-#include <gtest/gtest.h>
-#include <zarncore/zarncore.h>
-
+#include <algorithm>
 #include <cstring>
+#include <gtest/gtest.h>
 #include <thread>
+
+#include <zarncore/zarncore.h>
 
 #include "frame/containers.h"
 #include "support/appliance.h"
@@ -27,6 +28,7 @@ TEST(LineFile, LinesAreFoundAddedAndRemovedWhole) {
   EXPECT_EQ(0, KOPACFileGetLine(path, "wo", line, sizeof line, 2)) << "only at the beginning";
   EXPECT_GT(1, KOPACFileGetLine("/etc/nowhere", "x", line, sizeof line, 2));
   EXPECT_EQ(0, KOPACFileReplaceSubStr(path, "two", "twotwo"));
+  EXPECT_EQ(-1, KOPACFileReplaceSubStr(path, "one", "one\nROOT=yes"));
   EXPECT_EQ("one\ntwotwo\nbetween\nthree twotwo\n", ReadFile(path));
   frame::StringList list(1);
   EXPECT_EQ(0, KOPACFileReadLines(path, list.Out()));
@@ -47,7 +49,8 @@ TEST(LineFile, TemporariesAreNewAndPrivate) {
 }
 
 TEST(LineFile, FoldersAreListedSorted) {
-  for (const char* name : {"b", "a2", "a1"}) WriteFile(std::string("/etc/folder/") + name, "");
+  for (const char* name : {"b", "a2", "a1", ".a1.unfinished"})
+    WriteFile(std::string("/etc/folder/") + name, "");
   frame::StringList list(1);
   EXPECT_EQ(2, KOPACFileEnumDir("/etc/folder", "a", list.Out(), 0));
   EXPECT_EQ(3, KOPACFileEnumDir("/etc/folder", nullptr, list.Out(), 1));
@@ -80,7 +83,8 @@ TEST(ErrorState, IsTheThreads) {
 
 TEST(Cipher, UndoesItselfAndKeepsTextText) {
   std::string all;
-  for (int c = 1; c < 256; ++c) all += static_cast<char>(c);
+  for (int c = 1; c < 256; ++c)
+    all += static_cast<char>(c);
   char hidden[300];
   char shown[300];
   ASSERT_EQ(0, KOPACCryptBufCrypt(all.data(), all.size(), hidden, sizeof hidden));
@@ -90,6 +94,15 @@ TEST(Cipher, UndoesItselfAndKeepsTextText) {
   EXPECT_EQ(all, shown);
   EXPECT_EQ(Lines(1, "cipher.key"), FolderEntries("/etc/zarncore"));
   EXPECT_EQ(0600, FileMode("/etc/zarncore/cipher.key"));
+  const std::string password = "pass word~ 7{}";
+  std::memcpy(hidden, password.c_str(), password.size() + 1);
+  ASSERT_EQ(0, KOPACCryptBufCrypt(hidden, 31, hidden, 32)) << "in place";
+  EXPECT_TRUE(std::all_of(hidden, hidden + password.size(), [](char c) {
+    return c >= ' ' && c <= '~';
+  })) << hidden;
+  EXPECT_NE(password, hidden);
+  ASSERT_EQ(0, KOPACCryptBufCrypt(hidden, 32, shown, 32));
+  EXPECT_EQ(password, shown);
   std::memset(hidden, 'x', sizeof hidden);
   ASSERT_EQ(0, KOPACCryptBufCrypt("secret", 6, hidden, 64));
   EXPECT_EQ(std::string(58, '\0'), std::string(hidden + 6, 58)) << "the whole buffer is filled";

@@ -1,13 +1,13 @@
 // Lock classes and named-file locks between threads and processes, also ones that die.
+#include <algorithm>
+#include <chrono>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
-#include <zarncore/zarncore.h>
-
-#include <algorithm>
-#include <chrono>
 #include <thread>
 #include <vector>
+
+#include <zarncore/zarncore.h>
 
 #include "support/appliance.h"
 #include "support/children.h"
@@ -60,15 +60,30 @@ TEST(Locks, NestWithinAThreadAndNotBetweenThreads) {
   EXPECT_TRUE(OtherCanTake(kWrite));
 }
 
+TEST(Locks, AThreadThatEndsLetsGo) {
+  std::thread([] { EXPECT_EQ(0, KOPACFileLock(kWrite, 0)); }).join();
+  EXPECT_TRUE(OtherCanTake(kWrite));
+}
+
+// Its owner could cut it short under the page that waiters share, which would end them.
+TEST(Locks, ALockFileOfSomebodyElseIsLockedButNotMapped) {
+  const char file[] = "/run/lock/zarncore/class-100";
+  WriteFile(file, "", 0666);
+  ASSERT_EQ(0, ::chown(file, 12, 34));
+  ASSERT_EQ(0, KOPACFileLock(kWrite, 0));
+  EXPECT_FALSE(OtherCanTake(kRead));
+  EXPECT_EQ(std::string::npos, ReadFile("/proc/self/maps").find(file));
+}
+
 TEST(Locks, AForkedChildHoldsNothing) {
   ASSERT_EQ(0, KOPACFileLock(kWrite, 0));
+  EXPECT_EQ(0, ExitStatusOf(Start([] { return KOPACFileUnlock(kClass) < 0 ? 0 : 1; })));
   Gate parentGone;
   Gate done;
   // A child that lives on must not keep the lock of the process that it was forked from.
   const pid_t middle = Start([&] {
     KOPACFileLock(0x806, 0);
     const pid_t survivor = Start([&] {
-      if (KOPACFileUnlock(0x800) >= 0) return 1;
       parentGone.Wait();
       done.Open();
       ::poll(nullptr, 0, 5000);
@@ -108,6 +123,22 @@ TEST(Locks, AProgramThatIsRunInheritsNoLock) {
   EXPECT_TRUE(OtherCanTake(kWrite)) << "although something that was started lives on";
 }
 
+TEST(Locks, ACallerKilledWhileItsProgramRunsLetsGo) {
+  WriteFile("/run/long", "#!/bin/sh\ntouch /run/begun\nsleep 30\n", 0755);
+  for (const auto handling : {SIG_DFL, SIG_IGN}) {
+    RemoveFile("/run/begun");
+    const pid_t caller = Start([=] {
+      std::signal(SIGCHLD, handling);
+      return KOPACFileLock(kWrite, 0) + KOPACExec("/run/long", nullptr, nullptr, nullptr, nullptr);
+    });
+    for (int i = 0; i < 400 && !FileExists("/run/begun"); ++i)
+      ::poll(nullptr, 0, 5);
+    EXPECT_FALSE(OtherCanTake(kWrite));
+    KillAndReap(caller);
+    EXPECT_TRUE(OtherCanTake(kWrite));
+  }
+}
+
 TEST(Locks, AWaiterIsWokenAtOnceAndCostsNothing) {
   auto* const got = static_cast<volatile long*>(
       ::mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
@@ -134,7 +165,8 @@ TEST(Locks, AWaiterIsWokenAtOnceAndCostsNothing) {
     cpu = std::max(cpu, static_cast<long>(got[1]));
   }
   std::sort(latencies.begin(), latencies.end());
-  EXPECT_LT(latencies[latencies.size() / 2], 5000) << "microseconds; a polling waiter takes tens of thousands";
+  EXPECT_LT(latencies[latencies.size() / 2], 5000)
+      << "microseconds; a polling waiter takes tens of thousands";
   EXPECT_LT(cpu, 50000) << "microseconds of processor time for 100 ms of waiting";
 }
 

@@ -1,12 +1,12 @@
 // Running programs and finding the ones that run.
-#include <gtest/gtest.h>
-#include <fcntl.h>
-#include <zarncore/zarncore.h>
-
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <fcntl.h>
+#include <gtest/gtest.h>
 #include <vector>
+
+#include <zarncore/zarncore.h>
 
 #include "support/appliance.h"
 #include "support/children.h"
@@ -24,8 +24,11 @@ pid_t StartProgram(const std::string& path, const std::vector<const char*>& argu
   std::vector<const char*> argv{path.c_str()};
   argv.insert(argv.end(), arguments.begin(), arguments.end());
   argv.push_back(nullptr);
-  const pid_t child = Start([&] { return ::execv(path.c_str(), const_cast<char* const*>(argv.data())); });
-  for (int i = 0; i < 200 && ReadFile("/proc/" + std::to_string(child) + "/cmdline").find(path) == std::string::npos; ++i) {
+  const pid_t child =
+      Start([&] { return ::execv(path.c_str(), const_cast<char* const*>(argv.data())); });
+  for (int i = 0; i < 200 && ReadFile("/proc/" + std::to_string(child) + "/cmdline").find(path) ==
+                                 std::string::npos;
+       ++i) {
     ::poll(nullptr, 0, 5);
   }
   return child;
@@ -59,7 +62,10 @@ TEST(Running, ArgumentsArriveApartAndUnread) {
 }
 
 TEST(Running, AChildStartsClean) {
-  WriteFile("/run/look", "#!/bin/sh\nls -l /proc/$$/fd > /run/fds\ngrep Sig /proc/self/status > /run/signals\ncat\n", 0755);
+  WriteFile(
+      "/run/look",
+      "#!/bin/sh\nls -l /proc/$$/fd > /run/fds\ngrep Sig /proc/self/status > /run/signals\ncat\n",
+      0755);
   const int leaked = ::open("/etc/passwd", 0);
   ASSERT_LE(0, ::dup2(leaked, 77));
   std::signal(SIGPIPE, SIG_IGN);
@@ -67,7 +73,8 @@ TEST(Running, AChildStartsClean) {
   ::sigemptyset(&blocked);
   ::sigaddset(&blocked, SIGTERM);
   ::sigprocmask(SIG_BLOCK, &blocked, nullptr);
-  EXPECT_EQ(0, KOPACExec("/run/look", nullptr, nullptr, nullptr, nullptr)) << "cat reads an empty input";
+  EXPECT_EQ(0, KOPACExec("/run/look", nullptr, nullptr, nullptr, nullptr))
+      << "cat reads an empty input";
   const std::string fds = ReadFile("/run/fds");
   EXPECT_EQ(std::string::npos, fds.find("passwd")) << fds;
   EXPECT_NE(std::string::npos, fds.find("0 -> /dev/null")) << fds;
@@ -75,6 +82,42 @@ TEST(Running, AChildStartsClean) {
   const std::string signals = ReadFile("/run/signals");
   const auto ignored = std::stoull(signals.substr(signals.find("SigIgn:") + 7), nullptr, 16);
   EXPECT_EQ(0U, ignored & 0x7fffffffU) << "but for the C library's own two: " << signals;
+}
+
+// Either caller would reap the program before its status is asked for.
+TEST(Running, TheStatusIsKeptFromACallerThatReapsEverybody) {
+  WriteFile("/run/three", "#!/bin/sh\nexit 3\n", 0755);
+  const auto reapAll = [](int) {
+    const int error = errno;
+    while (::waitpid(-1, nullptr, WNOHANG) > 0) {
+    }
+    errno = error;
+  };
+  for (const auto handler : {static_cast<sighandler_t>(reapAll), SIG_IGN}) {
+    std::signal(SIGCHLD, handler);
+    for (int i = 0; i < 20; ++i) {
+      ASSERT_EQ(3, KOPACExec("/run/three", nullptr, nullptr, nullptr, nullptr));
+    }
+    EXPECT_EQ(0, KOPACExecl("/bin/true", 187, kEnd));
+    EXPECT_EQ(-1, KOPACExec("/run/nowhere", nullptr, nullptr, nullptr, nullptr));
+    EXPECT_EQ(ENOENT, errno);
+    EXPECT_EQ(handler, std::signal(SIGCHLD, SIG_DFL)) << "its handling is as it was";
+    sigset_t blocked;
+    ::sigprocmask(SIG_BLOCK, nullptr, &blocked);
+    EXPECT_EQ(0, ::sigismember(&blocked, SIGTERM)) << "its mask is as it was";
+  }
+}
+
+TEST(Running, ACallerWithoutAPathLendsOne) {
+  ::unsetenv("PATH");
+  ::setenv("MINE", "kept", 1);
+  FILE* const output = KOPACPopen("/usr/bin/env", "r", kEnd);
+  ASSERT_NE(nullptr, output);
+  std::string text(4096, '\0');
+  text.resize(std::fread(text.data(), 1, text.size(), output));
+  KOPACPclose(output);
+  EXPECT_NE(std::string::npos, text.find("PATH=/usr/sbin:/usr/bin:/sbin:/bin\n")) << text;
+  EXPECT_NE(std::string::npos, text.find("MINE=kept\n")) << text;
 }
 
 TEST(Running, OutputIsRead) {
@@ -111,10 +154,14 @@ TEST(Finding, NamesAndArgumentsAreWhole) {
 }
 
 TEST(Finding, AProcessThatIgnoresTheSignalIsEndedAllTheSame) {
-  WriteFile("/run/stubborn", "#!/bin/sh\ntrap '' TERM\ntouch /run/ready\nwhile :; do read -r x < /run/never; done\n", 0755);
+  WriteFile("/run/stubborn",
+            "#!/bin/sh\ntrap '' TERM\ntouch /run/ready\nwhile :; do read -r x < /run/never; done\n",
+            0755);
   Shell("mkfifo /run/never");
   const pid_t child = Start([] { return ::execl("/run/stubborn", "/run/stubborn", kEnd); });
-  for (int i = 0; i < 400 && !FileExists("/run/ready"); ++i) ::poll(nullptr, 0, 5);
+  for (int i = 0; i < 400 && !FileExists("/run/ready"); ++i)
+    ::poll(nullptr, 0, 5);
   EXPECT_EQ(0, KOPACKill("/run/stubborn", 1));
+  EXPECT_EQ(0, KOPACIsProcAlive("/run/stubborn")) << "gone when the call returns";
   EXPECT_EQ(-1, ExitStatusOf(child));
 }

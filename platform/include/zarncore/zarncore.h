@@ -5,10 +5,14 @@
  * stands here is what the networking library asks of it.
  *
  * Unless a function says otherwise: texts end with a NUL and must not be null, a failure is negative, sizes are in
- * bytes, and every function may be called from several threads at once. Files are rewritten whole and at once (a
- * temporary file beside them, synced and renamed over them), with their mode and owner; lines that an edit does not
- * name stay as they are; an edit that changes nothing writes nothing. Two editors of one file, in whatever process,
- * wait for each other. Text with a newline is refused where it would become part of a line.
+ * bytes, and every function may be called from several threads at once, though not on the same list, hash, stream
+ * or lock. No function throws, installs a signal handler or sets a timer.
+ *
+ * Files are rewritten whole and at once: a hidden temporary file beside them (".NAME.XXXXXX"), with their mode and
+ * owner, is synced and renamed over them. A link stays, and the file behind it is rewritten. Lines that an edit does
+ * not name stay as they are; an edit that changes nothing writes nothing; one that fails leaves the file as it was.
+ * Two editors of one file, in whatever process, wait up to 30 seconds for each other, on a lock of the system's own
+ * that no lock below is kept by. Text with a newline is refused where it would become part of a line.
  */
 #pragma once
 
@@ -46,53 +50,65 @@ typedef struct KOPACFILELOCK KOPACFILELOCK, *PKOPACFILELOCK;
 int KOPACFileGetKeyValue(const char *szPath, const char *szKey, char *szBuf, size_t cbBuf, int flags);
 
 /**
- * Sets a key: its line is replaced, or one is appended. A missing file is made with mode 0644.
- * @param szFormat  the line with "%s" for the key and "%s" for the value; null means "%s=%s\n"
+ * Sets a key: its first line is replaced and further ones are removed, or one is appended. A missing file is made
+ * with mode 0644.
+ * @param szValue   may be empty
+ * @param szFormat  the line: "%s" for the key, "%s" for the value, a newline at its end; nothing else in it is
+ *                  taken for a conversion. Null means "%s=%s\n"
+ * @return 0, or -1: nothing was written
  */
 int KOPACFileSetKeyValue(const char *szPath, const char *szKey, const char *szValue, const char *szFormat);
 
-/** Has the key exactly this value? @return 1 or 0, negative when the file cannot be read */
+/** Has the key exactly this value? @param flags 0 @return 1 or 0, negative when the file cannot be read */
 int KOPACFileCheckKeyValue(const char *szPath, const char *szKey, const char *szValue, int flags);
 
 /** Removes a key's line. A text with "=" in it removes the lines that begin with it and end there or go on with
  * ",". @return 0, also when there is none; -1 for a missing file */
 int KOPACFileRemoveKey(const char *szPath, const char *szKey);
 
-/** Sets and removes several keys in one rewrite; a key in both is set. Either hash may be null. */
+/**
+ * Sets and removes several keys in one rewrite. New keys are appended in the order in which the hash has them.
+ * @param pSet     keys and their values; null sets none
+ * @param pRemove  keys to remove, their values do not matter; null removes none. A key in both is set
+ * @param szFormat as above, for every line
+ * @return 0, or -1: nothing was written
+ */
 int KOPACFileSetKeys(const char *szPath, PKOPACSZHASH pSet, PKOPACSZHASH pRemove, const char *szFormat);
 
-/** Sets a key of /etc/zarninfo.conf, in quotes. */
+/** Sets a key of /etc/zarninfo.conf, its value in quotes. @return 0 or -1 */
 int KOPACINFOSetKeyValue(const char *szKey, const char *szValue);
 
-/** Removes a key of /etc/zarninfo.conf. */
+/** Removes a key of /etc/zarninfo.conf. @return 0, also when there is none; -1 for a missing file */
 int KOPACINFORemoveKey(const char *szKey);
 
 /* ---- files of lines ---------------------------------------------------------------------------------- */
 
 /**
  * Reads the first line that begins with a text (flags 2) or contains it (flags 0x402), without its newline.
- * @return its length, cut to the buffer; 0 when there is none
+ * @return its length, cut to the buffer; 0 when there is none (the buffer is emptied); negative when the file
+ *         cannot be read
  */
 int KOPACFileGetLine(const char *szPath, const char *szText, char *szBuf, size_t cbBuf, int flags);
 
 /** Adds a line, and its newline, behind the first line that begins with szAfter; at the end when szAfter is null or
- * begins no line. Makes the file. */
+ * begins no line. Makes a missing file, with mode 0644. @param flags not used @return 0 or -1 */
 int KOPACFileAddLine(const char *szPath, const char *szAfter, const char *szLine, int flags);
 
-/** Appends every line of a file, without newlines, to *ppList. */
+/** Appends every line of a file, without newlines, to *ppList. @return 0, or -1 */
 int KOPACFileReadLines(const char *szPath, PKOPACSZLIST *ppList);
 
-/** Replaces every occurrence of a text in a file. */
+/** Replaces every occurrence of a text in a file. @param szOld not empty @param szNew may be empty @return 0 or -1 */
 int KOPACFileReplaceSubStr(const char *szPath, const char *szOld, const char *szNew);
 
-/** Makes and opens a new file of mode 0600 whose name ends in six characters that replace the template's "XXXXXX".
- * @return a stream, or null with errno */
+/** Makes and opens for writing a new file of mode 0600 whose name is the template with other characters for the
+ * "XXXXXX" at its end. @return a stream, closed when a program is run; or null with errno */
 FILE *KOPACFileTempFileOpen(char *szTemplate);
 
-/** Makes an empty new file beside a path and gives its name. */
+/** Makes an empty new file, mode 0600, beside a path and gives its name. @return 0, or -1: the name does not fit
+ * or the file cannot be made */
 int KOPACFileITmpName(const char *szPath, char *szBuf, size_t cbBuf);
 
-/** Makes a file, or gives it the present time. */
+/** Makes an empty file, mode 0644, or gives the present one the present time. @return 0 or -1 */
 int KOPACFileTouch(const char *szPath);
 
 /** Is there anything of this path? @return 1 or 0 */
@@ -101,8 +117,9 @@ int KOPACFileExist(const char *szPath);
 /** Is the path a folder? @return 1 or 0 */
 int KOPACFileCheckDir(const char *szPath);
 
-/** Appends the names in a folder, sorted, to *ppList. @param szFilter only names that begin with it; null: all
- * @return their number */
+/** Appends the names in a folder, sorted, to *ppList; hidden ones (".NAME") are no entries.
+ * @param szFilter only names that begin with it; null: all @param flags not used
+ * @return their number, or -1 */
 int KOPACFileEnumDir(const char *szDir, const char *szFilter, PKOPACSZLIST *ppList, int flags);
 
 /* ---- locks --------------------------------------------------------------------------------------------
@@ -115,43 +132,50 @@ int KOPACFileEnumDir(const char *szDir, const char *szFilter, PKOPACSZLIST *ppLi
  * @param cWaitSeconds  how long to wait for other holders
  * @return 0, or negative when the time is up
  * A class that this thread holds is held once more and let go as often. Held shared and asked for alone, it is
- * held alone from then on until the outermost release.
+ * held alone from then on until the outermost release; two threads that both do so wait for each other until their
+ * time is up, and then still share it. A waiter sleeps until the holder lets go; the end of a holder that dies is
+ * noticed within about 20 ms.
  */
 int KOPACFileLock(int classAndMode, int cWaitSeconds);
 
-/** Lets go of a class once. @return 0, negative when this thread does not hold it */
+/** Lets go of a class once. @param lockClass the class alone, without a mode
+ * @return 0, negative when this thread does not hold it */
 int KOPACFileUnlock(int lockClass);
 
 /**
  * Takes the lock that belongs to a path; the file itself may be replaced meanwhile, or be missing.
  * @param mode     1 to have it alone, anything else to share it
- * @param ppLock   receives the lock, for KOPACFileUnlockByFile()
+ * @param cSeconds how long to wait for other holders; whoever holds it already is one, in this thread too
+ * @param ppLock   receives the lock, for KOPACFileUnlockByFile(); left alone on failure
  * @return 0 or more, or negative when the time is up
  */
 int KOPACFileLockTimeByFile(const char *szPath, int mode, int cSeconds, PKOPACFILELOCK *ppLock);
 
-/** Lets go of a path's lock and frees it. @return 1 */
+/** Lets go of a path's lock and frees it. @return 1; negative for null and in a forked child, which holds none */
 int KOPACFileUnlockByFile(PKOPACFILELOCK pLock);
 
 /* ---- lists and hashes: what is pushed and set is copied ------------------------------------------------ */
 
-/** @return an empty list, or null */
+/** @param nCapacity room for this many texts, to begin with @return an empty list, or null */
 PKOPACSZLIST KOPACSzListAlloc(int nCapacity);
+/** Appends a copy of a text. The list may move: *ppList is its place from then on. @return 0 or -1 */
 int KOPACSzListPush(PKOPACSZLIST *ppList, const char *sz);
-/** @return the text at an index, or null */
+/** @return the text at an index, the list's own until it changes; or null */
 const char *KOPACSzListGet(const KOPACSZLIST *pList, int index);
 /** @return the index of a text, or negative */
 int KOPACSzListFind(const KOPACSZLIST *pList, const char *sz);
+/** Empties a list; null is fine. */
 void KOPACSzListRemoveAll(PKOPACSZLIST pList);
 /** Frees the list and its texts; null is fine. */
 void KOPACSzListFree(PKOPACSZLIST pList);
 
-/** @return an empty hash, or null */
+/** @param nCapacity not used, the hash grows @return an empty hash, or null */
 PKOPACSZHASH KOPACSzHashAlloc(int nCapacity);
+/** Sets a key, or changes it in its place. @return 0 or -1 */
 int KOPACSzHashSetValue(PKOPACSZHASH *ppHash, const char *szKey, const char *szValue);
-/** @return a key's value, or null */
+/** @return a key's value, the hash's own until it changes; or null */
 const char *KOPACSzHashGetValue(const KOPACSZHASH *pHash, const char *szKey);
-/** Appends the keys to *ppList. @return their number */
+/** Appends the keys to *ppList. @return their number, or -1 */
 int KOPACSzHashEnumKey(const KOPACSZHASH *pHash, PKOPACSZLIST *ppList);
 /** Frees the hash; null is fine. */
 void KOPACSzHashFree(PKOPACSZHASH pHash);
@@ -164,19 +188,18 @@ char *KOPACStrTok(char *sz, const char *szDelim, char **pszSave);
 char *KOPACStrSep(char *sz, const char *szDelim, char **pszSave);
 /** The token of this index, from 0; or null. */
 char *KOPACStrTokIndex(char *sz, const char *szDelim, int index);
-/** Takes white space off both ends. @return sz */
+/** Takes white space off both ends. @param flags 0 @return sz */
 char *KOPACStrTrimSpace(char *sz, int flags);
 /** Is the line this key's ("KEY=...")? @return 1 or 0 */
 int KOPACILineKeyMatch(const char *szLine, const char *szKey);
 
 /* ---- processes ---------------------------------------------------------------------------------------------
  * A program is named by its absolute path and gets its arguments as they are: no shell, no search path. It starts
- * with the caller's environment and working folder, default signals, and no other descriptor than its input and
- * output from and to /dev/null (KOPACPopen: its output to the stream). In a caller that ignores SIGCHLD the system
- * keeps no exit status, and every program counts as failed. */
+ * with the caller's environment (and a PATH, where the caller has none) and working folder, default signals, and no
+ * other descriptor than its input and output from and to /dev/null (KOPACPopen: its output to the stream). */
 
-/** Runs a program with up to four arguments, ended by null, and waits.
- * @return its exit status; -1 when it could not be started (errno) or was ended by a signal */
+/** Runs a program with up to four arguments, ended by null, and waits; also right in a caller that ignores SIGCHLD
+ * or reaps whatever ends. @return its exit status; -1 when it could not be started (errno) or was ended by a signal */
 int KOPACExec(const char *szPath, const char *szArg1, const char *szArg2, const char *szArg3, const char *szArg4);
 
 /** The same with any number of arguments, ended by null.
@@ -190,10 +213,11 @@ int KOPACExecv(const char *szPath, const char *const argv[], int blWait);
  * @return a stream for KOPACPclose(), or null */
 FILE *KOPACPopen(const char *szPath, const char *szMode, ...);
 
-/** Closes the stream and waits. @return the exit status, or -1 */
+/** Closes the stream and waits. @return the exit status; -1 for an end by a signal, for a stream of another kind, and
+ * in a caller that ignores SIGCHLD or reaped the program: nobody has its status then */
 int KOPACPclose(FILE *fp);
 
-/** How many programs of this name run? The buffer is not used and may be null. */
+/** How many programs of this name run? The buffer is not used and may be null. @return their number, or -1 */
 int KOPACPs(const char *szName, char *szBuf, size_t cbBuf);
 
 /** @return the process id in a file, or -1 */
@@ -203,11 +227,11 @@ int KOPACReadPidFile(const char *szPath);
  * @return 1 or 0 */
 int KOPACIsProcAlive(const char *szCmdline);
 
-/** Ends all such processes with SIGTERM. @param blWait waits for them, and after 3 seconds sends SIGKILL
- * @return 0, also when there was none */
+/** Ends all such processes but the caller with SIGTERM. @param blWait 1 waits for their end, and after 3 seconds sends
+ * SIGKILL @return 0, also when there was none; -1 for an empty text */
 int KOPACKill(const char *szCmdline, int blWait);
 
-/** The name of a process. */
+/** The name of a process as the kernel has it, at most 15 characters. @return 0, or -1 when there is no such */
 int KOPACProcGetByPid(int pid, char *szName, size_t cbName);
 
 /* ---- the machine ------------------------------------------------------------------------------------------ */
@@ -219,19 +243,24 @@ int KOPACModuleIsLoad(const char *szModule);
 int KOPACSupportDualhead(void);
 
 /**
- * Hides a text, or shows a hidden one: the operation is its own inverse, and keeps the length and leaves no NUL.
- * The key, /etc/zarncore/cipher.key (mode 0600), is made on first use.
+ * Hides a text, or shows a hidden one: the operation is its own inverse, keeps the length, leaves no NUL, and makes
+ * printable text of printable text. The key, /etc/zarncore/cipher.key (mode 0600), is made on first use; one that is
+ * damaged is an error, and is not replaced.
  * @param pIn    text, up to a NUL or cbIn bytes
- * @param pOut   filled whole: the text, then zeros; must hold the text
+ * @param pOut   filled whole: the text, then zeros; must hold the text; may be pIn
+ * @return 0, or -1: pOut is as it was
  */
 int KOPACCryptBufCrypt(const char *pIn, size_t cbIn, char *pOut, size_t cbOut);
 
 /* ---- the error state: the last code set in this thread, and the place that set it ---------------------------- */
 
-/** @param szFile name of the source, copied (63 characters); null is empty */
+/** Sets the state. @param szFile name of the source, copied (63 characters); null is empty */
 void KOPACErrSetEx(unsigned short code, const char *szFile, int line);
+/** @return the code, 0 before the first */
 unsigned short KOPACErrGet(void);
+/** @return the source's name, of this thread and until the next KOPACErrSetEx() */
 const char *KOPACErrorGetFile(void);
+/** @return the line, 0 before the first */
 int KOPACErrorGetLine(void);
 
 #ifdef __cplusplus

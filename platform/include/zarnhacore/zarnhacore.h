@@ -21,19 +21,23 @@ typedef struct ZARNNETIFADDR {
   char szMask[20];
 } ZARNNETIFADDR;
 
+/** Is the appliance one of a pair? @return 1 or 0 */
 int ZARNHAIsActive(void);
+
+/** Do both of the pair work together now? @return 1 or 0 */
 int ZARNHAIsRunning(void);
 
-/** Has the pair an interface with a shared address? */
+/** Has the pair an interface with a shared address? @return 1 or 0 */
 int ZARNHAHasHAIF(void);
 
-/** The shared MAC address of an interface, as text. */
+/** The shared MAC address of an interface, as text, cut to the buffer. @return 0, or -1 when none is known */
 int ZARNHAGetMac(const char *szIfname, char *szBuf, int cbBuf);
 
-/** The interface over which the pair watches each other. */
+/** The interface over which the pair watches each other, cut to the buffer. @return 0, or -1 when none is known */
 int ZARNHAGetHeartbeatIF(char *szBuf, int cbBuf);
 
-/** Fills name, address and mask with what the pair shares on an interface; the rest is left alone. */
+/** Fills name, address and mask with what the pair shares on an interface; the rest is left alone.
+ * @return 0; -1 when address or mask are not known: the record is as it was */
 int ZARNHAGetRelatedIFInfo(const char *szIfname, ZARNNETIFADDR *pInfo);
 
 #ifdef __cplusplus

@@ -3,7 +3,8 @@
  *
  * An event is a folder of programs: /usr/zarn/plugins/<category>/<event>/. Each of them is run in name order with
  * the stage, "pre" or "post", as its argument and the event's arguments in its environment (NAME=value; a list as
- * NAME_1 ... NAME_n and NAME_COUNT; PLUGIN_ARGS names them all). A plugin has 30 seconds.
+ * NAME_1 ... NAME_n and NAME_COUNT; PLUGIN_ARGS names them all), on top of the caller's. A plugin has 30 seconds, then
+ * it is ended with all its children. One that fails is logged (syslog, err) and stops none of the others.
  */
 #pragma once
 
@@ -17,12 +18,16 @@ extern "C" {
 typedef struct KOPAPLUGIN KOPAPLUGIN, *PKOPAPLUGIN;
 
 /** Prepares an event. @param szEvent its name, with or without "<category>/" before it
- * @param ppPlugin receives the handle, to be given to KOPAPluginExit(); left alone on failure */
+ * @param ppPlugin receives the handle, to be given to KOPAPluginExit(); left alone on failure
+ * @return 0, or -1 for a name that leads out of the plugins' folder; an event without a folder is fine */
 int KOPAPluginSDKInit(const char *szCategory, const char *szEvent, PKOPAPLUGIN *ppPlugin);
 
-/** Sets an argument; names are of A-Z, 0-9 and "_". Set again, the later value counts. */
+/** Sets an argument. @param szName of A-Z, 0-9 and "_", but neither PATH nor LD_...; set again, the later value counts
+ * @return 0 or -1 */
 int KOPAPluginSetArg(PKOPAPLUGIN pPlugin, const char *szName, const char *szValue);
+/** The same with a number, as decimal text. */
 int KOPAPluginSetArgByInt(PKOPAPLUGIN pPlugin, const char *szName, int value);
+/** The same with a list, which is copied. */
 int KOPAPluginSetArgByArray(PKOPAPLUGIN pPlugin, const char *szName, const KOPACSZLIST *pValues);
 
 /**
@@ -32,22 +37,27 @@ int KOPAPluginSetArgByArray(PKOPAPLUGIN pPlugin, const char *szName, const KOPAC
  */
 int KOPAPluginAction(int stage, PKOPAPLUGIN pPlugin);
 
-/** Was the event prepared? @return 1 or 0 */
+/** Was the event prepared? @return 1, or 0 for null */
 int KOPAPluginHasInit(PKOPAPLUGIN pPlugin);
 
 /** Frees an event; null is fine. */
 void KOPAPluginExit(PKOPAPLUGIN pPlugin);
 
-/** Asks /sbin/initctl status. @return 1 or 0 */
+/** Does /sbin/initctl status call the service "start/running"? @return 1 or 0; -1 for a name that can be none and
+ * when the tool cannot be started */
 int KOPAServiceIsRunning(const char *szService);
 
-/** Runs /sbin/initctl reload. */
+/** Runs /sbin/initctl reload. @return 0, or -1 when it fails */
 int KOPAServiceReload(const char *szService);
 
-/** Runs /sbin/stop. */
+/** Runs /sbin/stop. @return 0, or -1 when it fails, as for a job that does not run */
 int KOPAServicectlJobStop(const char *szJob);
 
-/** Is the service meant to run (run=yes in /etc/zarnservice/<service>.conf)? @param pRunState receives 1 or 0 */
+/**
+ * Is the service meant to run (key "run", "yes" or "no", in /etc/zarnservice/<service>.conf)?
+ * @param pRunState  receives 1 for yes and 2 for no; left alone on failure
+ * @return 0; negative for a service without this setting and for any other text in it
+ */
 int KOPAServicecfgRunKeyGet(const char *szService, int *pRunState);
 
 #ifdef __cplusplus

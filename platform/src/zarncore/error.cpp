@@ -1,7 +1,7 @@
 // The error state: the last code and the place that set it, one for each thread.
-#include <zarncore/zarncore.h>
-
 #include <cstdio>
+
+#include <zarncore/zarncore.h>
 
 namespace {
 
@@ -21,8 +21,14 @@ void KOPACErrSetEx(unsigned short code, const char* szFile, int line) {
   std::snprintf(state.file, sizeof state.file, "%s", szFile != nullptr ? szFile : "");
 }
 
-unsigned short KOPACErrGet(void) { return state.code; }
+unsigned short KOPACErrGet(void) {
+  return state.code;
+}
 
-const char* KOPACErrorGetFile(void) { return state.file; }
+const char* KOPACErrorGetFile(void) {
+  return state.file;
+}
 
-int KOPACErrorGetLine(void) { return state.line; }
+int KOPACErrorGetLine(void) {
+  return state.line;
+}

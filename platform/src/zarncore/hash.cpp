@@ -15,9 +15,7 @@ const std::vector<std::pair<std::string, std::string>>& zarncore::Entries(const 
   return hash != nullptr ? hash->entries : none;
 }
 
-PKOPACSZHASH KOPACSzHashAlloc(int /*nCapacity*/) try {
-  return new KOPACSZHASH;
-} catch (...) {
+PKOPACSZHASH KOPACSzHashAlloc(int /*nCapacity*/) try { return new KOPACSZHASH; } catch (...) {
   return nullptr;
 }
 
@@ -45,4 +43,6 @@ int KOPACSzHashEnumKey(const KOPACSZHASH* pHash, PKOPACSZLIST* ppList) {
   return static_cast<int>(pHash->entries.size());
 }
 
-void KOPACSzHashFree(PKOPACSZHASH pHash) { delete pHash; }
+void KOPACSzHashFree(PKOPACSZHASH pHash) {
+  delete pHash;
+}

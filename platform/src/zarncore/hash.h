@@ -1,13 +1,13 @@
-// The string-to-string map behind KOPACSZHASH. Keys are listed in the order in which they were first set, so
-// that an edit appends new keys in the order its caller named them.
+// The string-to-string map behind KOPACSZHASH. Keys are listed in the order in which they were
+// first set, so that an edit appends new keys in the order its caller named them.
 #pragma once
-
-#include <zarncore/zarncore.h>
 
 #include <string>
 #include <unordered_map>
 #include <utility>
 #include <vector>
+
+#include <zarncore/zarncore.h>
 
 struct KOPACSZHASH {
   std::vector<std::pair<std::string, std::string>> entries;

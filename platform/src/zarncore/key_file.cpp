@@ -1,7 +1,5 @@
-// Settings files of KEY=value lines. Reading goes through the file once; an edit makes one pass over it and
-// replaces it at once, keeping order, unknown lines, mode and owner.
-#include <zarncore/zarncore.h>
-
+// Settings files of KEY=value lines. Reading goes through the file once; an edit makes one pass
+// over it and replaces it at once, keeping order, unknown lines, mode and owner.
 #include <algorithm>
 #include <bitset>
 #include <cstring>
@@ -9,6 +7,8 @@
 #include <string_view>
 #include <unordered_map>
 #include <vector>
+
+#include <zarncore/zarncore.h>
 
 #include "hash.h"
 #include "whole_file.h"
@@ -50,12 +50,17 @@ bool FindValue(std::string_view text, std::string_view key, std::string_view* va
   return false;
 }
 
-bool IsOneLine(std::string_view text) { return text.find_first_of("\r\n") == std::string_view::npos; }
-bool IsKey(const char* key) { return key != nullptr && *key != '\0' && IsOneLine(key); }
+bool IsOneLine(std::string_view text) {
+  return text.find_first_of("\r\n") == std::string_view::npos;
+}
+bool IsKey(const char* key) {
+  return key != nullptr && *key != '\0' && IsOneLine(key);
+}
 
-// The caller's format holds "%s" for the key and "%s" for the value; it is filled in by hand, so that nothing
-// else in it is taken for a conversion.
-bool AppendLine(std::string_view format, std::string_view key, std::string_view value, std::string* out) {
+// The caller's format holds "%s" for the key and "%s" for the value; it is filled in by hand, so
+// that nothing else in it is taken for a conversion.
+bool AppendLine(std::string_view format, std::string_view key, std::string_view value,
+                std::string* out) {
   const std::size_t first = format.find("%s");
   const std::size_t second = first == std::string_view::npos ? first : format.find("%s", first + 2);
   if (second == std::string_view::npos || !format.ends_with('\n')) return false;
@@ -81,10 +86,12 @@ class Changes {
     changes_.insert_or_assign(key, Change{value});
     lengths_.set(key.size() % lengths_.size());
   }
-  // The change that a line is the object of, if any. Most lines are none, and their key's length tells.
+  // The change that a line is the object of, if any. Most lines are none, and their key's length
+  // tells.
   Change* Of(std::string_view line) {
     const std::size_t equals = line.find('=');
-    if (equals == std::string_view::npos || !lengths_.test(equals % lengths_.size())) return nullptr;
+    if (equals == std::string_view::npos || !lengths_.test(equals % lengths_.size()))
+      return nullptr;
     const auto change = changes_.find(line.substr(0, equals));
     return change == changes_.end() ? nullptr : &change->second;
   }
@@ -94,8 +101,8 @@ class Changes {
   std::bitset<64> lengths_;
 };
 
-// One pass: a set key's first line is replaced, further lines of it and dropped keys go. What stands between is
-// copied in one piece.
+// One pass: a set key's first line is replaced, further lines of it and dropped keys go. What
+// stands between is copied in one piece.
 bool Rewrite(std::string_view text, const std::vector<std::string_view>& order, Changes* changes,
              std::string_view format, std::string* out) {
   out->reserve(text.size() + 256);
@@ -129,14 +136,16 @@ bool Collect(const KOPACSZHASH* set, const KOPACSZHASH* drop, std::vector<std::s
     changes->Put(key, nullptr);
   }
   for (const auto& [key, value] : zarncore::Entries(set)) {
-    if (!IsKey(key.c_str()) || key.find('=') != std::string::npos || !IsOneLine(value)) return false;
+    if (!IsKey(key.c_str()) || key.find('=') != std::string::npos || !IsOneLine(value))
+      return false;
     changes->Put(key, value.c_str());
     order->push_back(key);
   }
   return true;
 }
 
-// A key text that holds "=" names whole lines: those that begin with it and go on with "," or end there.
+// A key text that holds "=" names whole lines: those that begin with it and go on with "," or end
+// there.
 bool IsLineOf(std::string_view line, std::string_view key) {
   if (line.ends_with('\r')) line.remove_suffix(1);
   return line.starts_with(key) && (line.size() == key.size() || line[key.size()] == ',');
@@ -149,7 +158,8 @@ int RemoveLines(const char* path, std::string_view key) {
   std::string_view text = edit.Content();
   while (!text.empty()) {
     const char* const begin = text.data();
-    if (!IsLineOf(TakeLine(&text), key)) out.append(begin, static_cast<std::size_t>(text.data() - begin));
+    if (!IsLineOf(TakeLine(&text), key))
+      out.append(begin, static_cast<std::size_t>(text.data() - begin));
   }
   return edit.Replace(out) ? 0 : -1;
 }
@@ -173,7 +183,8 @@ int KOPACFileGetKeyValue(const char* szPath, const char* szKey, char* szBuf, siz
   return -1;
 }
 
-int KOPACFileCheckKeyValue(const char* szPath, const char* szKey, const char* szValue, int /*flags*/) try {
+int KOPACFileCheckKeyValue(const char* szPath, const char* szKey, const char* szValue,
+                           int /*flags*/) try {
   if (szPath == nullptr || !IsKey(szKey) || szValue == nullptr) return -1;
   const auto text = zarncore::ReadWhole(szPath);
   if (!text) return -1;
@@ -183,13 +194,15 @@ int KOPACFileCheckKeyValue(const char* szPath, const char* szKey, const char* sz
   return -1;
 }
 
-int KOPACFileSetKeys(const char* szPath, PKOPACSZHASH pSet, PKOPACSZHASH pRemove, const char* szFormat) try {
+int KOPACFileSetKeys(const char* szPath, PKOPACSZHASH pSet, PKOPACSZHASH pRemove,
+                     const char* szFormat) try {
   std::vector<std::string_view> order;
   Changes changes;
   if (szPath == nullptr || !Collect(pSet, pRemove, &order, &changes)) return -1;
   FileEdit edit(szPath);
   std::string out;
-  if (!edit.Ready() || !Rewrite(edit.Content(), order, &changes, szFormat != nullptr ? szFormat : kBareLine, &out)) {
+  if (!edit.Ready() ||
+      !Rewrite(edit.Content(), order, &changes, szFormat != nullptr ? szFormat : kBareLine, &out)) {
     return -1;
   }
   return edit.Replace(out) ? 0 : -1;
@@ -224,4 +237,6 @@ int KOPACINFOSetKeyValue(const char* szKey, const char* szValue) {
   return KOPACFileSetKeyValue(kInfoPath, szKey, szValue, kQuotedLine);
 }
 
-int KOPACINFORemoveKey(const char* szKey) { return KOPACFileRemoveKey(kInfoPath, szKey); }
+int KOPACINFORemoveKey(const char* szKey) {
+  return KOPACFileRemoveKey(kInfoPath, szKey);
+}

@@ -1,17 +1,17 @@
 // Files as lines and as folder entries.
-#include <dirent.h>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-#include <zarncore/zarncore.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
+
+#include <zarncore/zarncore.h>
 
 #include "descriptor.h"
 #include "whole_file.h"
@@ -27,6 +27,10 @@ bool IsWanted(std::string_view line, std::string_view text, int flags) {
   return flags == kContains ? line.find(text) != std::string_view::npos : line.starts_with(text);
 }
 
+bool IsOneLine(const char* text) {
+  return text != nullptr && std::strpbrk(text, "\r\n") == nullptr;
+}
+
 // The lines of a text without their newlines.
 std::vector<std::string_view> Lines(std::string_view text) {
   std::vector<std::string_view> lines;
@@ -40,7 +44,8 @@ std::vector<std::string_view> Lines(std::string_view text) {
 
 }  // namespace
 
-int KOPACFileGetLine(const char* szPath, const char* szText, char* szBuf, size_t cbBuf, int flags) try {
+int KOPACFileGetLine(const char* szPath, const char* szText, char* szBuf, size_t cbBuf,
+                     int flags) try {
   if (szPath == nullptr || szText == nullptr || szBuf == nullptr || cbBuf == 0) return -1;
   *szBuf = '\0';
   if (flags != kBeginsWith && flags != kContains) return -1;
@@ -59,8 +64,9 @@ int KOPACFileGetLine(const char* szPath, const char* szText, char* szBuf, size_t
 }
 
 // Behind the first line that begins with szAfter, or at the end when there is none.
-int KOPACFileAddLine(const char* szPath, const char* szAfter, const char* szLine, int /*flags*/) try {
-  if (szPath == nullptr || szLine == nullptr || std::strpbrk(szLine, "\r\n") != nullptr) return -1;
+int KOPACFileAddLine(const char* szPath, const char* szAfter, const char* szLine,
+                     int /*flags*/) try {
+  if (szPath == nullptr || !IsOneLine(szLine)) return -1;
   FileEdit edit(szPath);
   if (!edit.Ready()) return -1;
   std::string content(edit.Content());
@@ -94,16 +100,17 @@ int KOPACFileReadLines(const char* szPath, PKOPACSZLIST* ppList) try {
 }
 
 int KOPACFileReplaceSubStr(const char* szPath, const char* szOld, const char* szNew) try {
-  if (szPath == nullptr || szOld == nullptr || *szOld == '\0' || szNew == nullptr) return -1;
+  if (szPath == nullptr || szOld == nullptr || *szOld == '\0' || !IsOneLine(szNew)) return -1;
   FileEdit edit(szPath);
   if (!edit.Ready() || edit.IsNew()) return -1;
-  std::string content(edit.Content());
   const std::string_view old(szOld);
-  const std::string_view replacement(szNew);
-  for (std::size_t at = content.find(old); at != std::string::npos;
-       at = content.find(old, at + replacement.size())) {
-    content.replace(at, old.size(), replacement);
+  std::string content;
+  std::string_view rest = edit.Content();
+  for (std::size_t at = rest.find(old); at != std::string_view::npos; at = rest.find(old)) {
+    content.append(rest.substr(0, at)).append(szNew);
+    rest.remove_prefix(at + old.size());
   }
+  content.append(rest);
   return edit.Replace(content) ? 0 : -1;
 } catch (...) {
   return -1;
@@ -114,7 +121,11 @@ FILE* KOPACFileTempFileOpen(char* szTemplate) {
   zarncore::Descriptor fd(::mkostemp(szTemplate, O_CLOEXEC));
   if (!fd) return nullptr;
   FILE* const file = ::fdopen(fd.Get(), "w");
-  if (file != nullptr) static_cast<void>(fd.Release());
+  if (file == nullptr) {
+    ::unlink(szTemplate);
+  } else {
+    static_cast<void>(fd.Release());
+  }
   return file;
 }
 
@@ -122,7 +133,8 @@ int KOPACFileITmpName(const char* szPath, char* szBuf, size_t cbBuf) try {
   if (szPath == nullptr || szBuf == nullptr) return -1;
   std::string name = std::string(szPath) + ".XXXXXX";
   if (name.size() >= cbBuf) return -1;
-  const zarncore::Descriptor fd(::mkostemp(name.data(), O_CLOEXEC));  // made, so that the name is the caller's
+  const zarncore::Descriptor fd(
+      ::mkostemp(name.data(), O_CLOEXEC));  // made, so that the name is the caller's
   if (!fd) return -1;
   std::memcpy(szBuf, name.c_str(), name.size() + 1);
   return 0;
@@ -145,14 +157,16 @@ int KOPACFileCheckDir(const char* szPath) {
   return szPath != nullptr && ::stat(szPath, &status) == 0 && S_ISDIR(status.st_mode) ? 1 : 0;
 }
 
-int KOPACFileEnumDir(const char* szDir, const char* szFilter, PKOPACSZLIST* ppList, int /*flags*/) try {
+// Hidden names are no entries: a rewrite that is under way, or was cut short, has one.
+int KOPACFileEnumDir(const char* szDir, const char* szFilter, PKOPACSZLIST* ppList,
+                     int /*flags*/) try {
   if (szDir == nullptr || ppList == nullptr || *ppList == nullptr) return -1;
   const std::unique_ptr<DIR, int (*)(DIR*)> folder(::opendir(szDir), ::closedir);
   if (!folder) return -1;
   std::vector<std::string> names;
   while (const dirent* const entry = ::readdir(folder.get())) {
     const std::string_view name = entry->d_name;
-    if (name == "." || name == ".." || (szFilter != nullptr && !name.starts_with(szFilter))) continue;
+    if (name.starts_with('.') || (szFilter != nullptr && !name.starts_with(szFilter))) continue;
     names.emplace_back(name);
   }
   std::sort(names.begin(), names.end());

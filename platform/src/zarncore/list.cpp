@@ -1,15 +1,16 @@
 // The growable list of strings. Its layout is public: callers read nItem to loop.
-#include <zarncore/zarncore.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+
+#include <zarncore/zarncore.h>
 
 namespace {
 
 bool Grow(PKOPACSZLIST list) {
   const int capacity = list->nCapacity * 2;
-  void* const items = std::realloc(list->rgszItem, static_cast<std::size_t>(capacity) * sizeof(char*));
+  void* const items =
+      std::realloc(list->rgszItem, static_cast<std::size_t>(capacity) * sizeof(char*));
   if (items == nullptr) return false;
   list->rgszItem = static_cast<char**>(items);
   list->nCapacity = capacity;
@@ -22,7 +23,8 @@ PKOPACSZLIST KOPACSzListAlloc(int nCapacity) {
   auto* const list = static_cast<PKOPACSZLIST>(std::calloc(1, sizeof(KOPACSZLIST)));
   if (list == nullptr) return nullptr;
   list->nCapacity = std::max(nCapacity, 1);
-  list->rgszItem = static_cast<char**>(std::calloc(static_cast<std::size_t>(list->nCapacity), sizeof(char*)));
+  list->rgszItem =
+      static_cast<char**>(std::calloc(static_cast<std::size_t>(list->nCapacity), sizeof(char*)));
   if (list->rgszItem != nullptr) return list;
   std::free(list);
   return nullptr;
@@ -53,7 +55,8 @@ int KOPACSzListFind(const KOPACSZLIST* pList, const char* sz) {
 
 void KOPACSzListRemoveAll(PKOPACSZLIST pList) {
   if (pList == nullptr) return;
-  for (int i = 0; i < pList->nItem; ++i) std::free(pList->rgszItem[i]);
+  for (int i = 0; i < pList->nItem; ++i)
+    std::free(pList->rgszItem[i]);
   pList->nItem = 0;
 }
 

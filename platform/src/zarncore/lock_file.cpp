@@ -1,13 +1,6 @@
-// Lock files under /run/lock/zarncore/: open-file-description locks with waiters that cost next to nothing.
+// Lock files under /run/lock/zarncore/: open-file-description locks with waiters that cost next to
+// nothing.
 #include "lock_file.h"
-
-#include <fcntl.h>
-#include <linux/futex.h>
-#include <poll.h>
-#include <pthread.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <sys/syscall.h>
 
 #include <algorithm>
 #include <atomic>
@@ -15,8 +8,15 @@
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
+#include <fcntl.h>
+#include <linux/futex.h>
 #include <mutex>
+#include <poll.h>
+#include <pthread.h>
 #include <set>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
 
 namespace zarncore {
 namespace {
@@ -24,8 +24,8 @@ namespace {
 constexpr char kFolder[] = "/run/lock/zarncore";
 constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
 // How long a waiter sleeps before it looks whether the holder has died.
-constexpr std::int64_t kFirstNap = 10'000'000;
-constexpr std::int64_t kLongestNap = 100'000'000;
+constexpr std::int64_t kFirstNap = 5'000'000;
+constexpr std::int64_t kLongestNap = 20'000'000;
 
 std::int64_t Now() {
   timespec now{};
@@ -48,21 +48,25 @@ int OpenLockFile(const std::string& name) {
   return ::open(path.c_str(), kFlags, 0600);
 }
 
-// The descriptors of all open lock files, so that a forked child can close its copies: as long as it kept one,
-// the parent's lock would outlive the parent.
+// The descriptors of all open lock files, so that a forked child can close its copies: as long as
+// it kept one, the parent's lock would outlive the parent. Opening and closing are one step with
+// their entry here: a fork in between would leave a copy that nobody knows of.
 class OpenLocks {
  public:
   static OpenLocks& Instance() {
     static auto* const locks = new OpenLocks;  // outlives every thread's lock files
     return *locks;
   }
-  void Add(int fd) {
+  [[nodiscard]] Descriptor Open(const std::string& name) {
     const std::lock_guard guard(mutex_);
-    fds_.insert(fd);
+    Descriptor fd(OpenLockFile(name));
+    if (fd) fds_.insert(fd.Get());
+    return fd;
   }
-  void Remove(int fd) {
+  void Close(Descriptor fd) {
     const std::lock_guard guard(mutex_);
-    fds_.erase(fd);
+    fds_.erase(fd.Get());
+    fd.Close();
   }
   [[nodiscard]] unsigned Generation() const { return generation_; }
 
@@ -72,7 +76,8 @@ class OpenLocks {
                      [] { Instance().CloseInChild(); });
   }
   void CloseInChild() {
-    for (const int fd : fds_) ::close(fd);
+    for (const int fd : fds_)
+      ::close(fd);
     fds_.clear();
     ++generation_;
     mutex_.unlock();
@@ -83,6 +88,28 @@ class OpenLocks {
   unsigned generation_ = 0;
 };
 
+// The page of a lock file, or null. It is mapped through a descriptor of its own: a mapping keeps
+// what it was made from open, in a forked child too, and the lock with it.
+void* MapPage(const std::string& name, std::size_t size) {
+  const Descriptor fd(OpenLockFile(name));
+  const auto length = static_cast<off_t>(size);
+  struct stat status {};
+  if (!fd || ::fstat(fd.Get(), &status) != 0) return nullptr;
+  // Somebody else's file could be cut short under the mapping, which would end this process.
+  if (status.st_uid != 0 && status.st_uid != ::geteuid()) return nullptr;
+  // Room is taken now: a mapped hole on a full disk would end the process when it is written to.
+  if (status.st_size < length && ::posix_fallocate(fd.Get(), 0, length) != 0) return nullptr;
+  void* const page = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, fd.Get(), 0);
+  return page != MAP_FAILED ? page : nullptr;
+}
+
+std::uint64_t HashOf(const std::string& path) {
+  std::uint64_t hash = 0xcbf29ce484222325;
+  for (const char c : path)
+    hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3;
+  return hash;
+}
+
 }  // namespace
 
 struct LockFile::Page {
@@ -91,44 +118,39 @@ struct LockFile::Page {
 };
 
 LockFile::LockFile(const std::string& name)
-    : fd_(OpenLockFile(name)), generation_(OpenLocks::Instance().Generation()) {
-  if (!fd_) return;
-  OpenLocks::Instance().Add(fd_.Get());
-  constexpr off_t kSize = sizeof(Page);
-  struct stat status {};
-  if (::fstat(fd_.Get(), &status) != 0) return;
-  // Room is taken now: a mapped hole on a full disk would end the process when it is written to.
-  if (status.st_size < kSize && ::posix_fallocate(fd_.Get(), 0, kSize) != 0) return;
-  void* const page = ::mmap(nullptr, kSize, PROT_READ | PROT_WRITE, MAP_SHARED, fd_.Get(), 0);
-  if (page != MAP_FAILED) page_ = static_cast<Page*>(page);
+    : fd_(OpenLocks::Instance().Open(name)), generation_(OpenLocks::Instance().Generation()) {
+  if (fd_) page_ = static_cast<Page*>(MapPage(name, sizeof(Page)));
 }
 
 LockFile::LockFile(LockFile&& other) noexcept
     : fd_(std::move(other.fd_)),
       page_(std::exchange(other.page_, nullptr)),
-      generation_(other.generation_) {}
+      generation_(other.generation_),
+      taken_(std::exchange(other.taken_, false)) {}
 
+// In a forked child the descriptor is closed already, and its number may be another file's.
 LockFile::~LockFile() {
-  if (page_ != nullptr) ::munmap(page_, sizeof(Page));
-  if (!fd_) return;
-  if (generation_ == OpenLocks::Instance().Generation()) {
-    OpenLocks::Instance().Remove(fd_.Get());
+  if (IsOpen()) {
+    if (taken_) Release();
+    OpenLocks::Instance().Close(std::move(fd_));
   } else {
-    static_cast<void>(fd_.Release());  // closed when the child was forked; the number may be another's now
+    static_cast<void>(fd_.Release());
   }
+  if (page_ != nullptr) ::munmap(page_, sizeof(Page));
 }
 
 bool LockFile::IsOpen() const {
   return fd_ && generation_ == OpenLocks::Instance().Generation();
 }
 
-bool LockFile::TryTake(LockMode mode) const {
+bool LockFile::TryTake(LockMode mode) {
   struct flock range {};
   range.l_type = mode == LockMode::kExclusive ? F_WRLCK : F_RDLCK;
   range.l_whence = SEEK_SET;
   while (::fcntl(fd_.Get(), F_OFD_SETLK, &range) != 0) {
     if (errno != EINTR) return false;
   }
+  taken_ = true;
   return true;
 }
 
@@ -151,7 +173,8 @@ bool LockFile::Take(LockMode mode, int waitSeconds) {
   return taken;
 }
 
-// Ends early when somebody lets go. Woken, timed out or interrupted: the caller looks again in any case.
+// Ends early when somebody lets go. Woken, timed out or interrupted: the caller looks again in any
+// case.
 void LockFile::Nap(std::uint32_t seen, std::int64_t nanoseconds) {
   const timespec limit{nanoseconds / kNanosecondsPerSecond, nanoseconds % kNanosecondsPerSecond};
   if (page_ != nullptr) {
@@ -167,19 +190,25 @@ void LockFile::Release() {
   range.l_whence = SEEK_SET;
   // Unlocking what is open cannot fail.
   static_cast<void>(::fcntl(fd_.Get(), F_OFD_SETLK, &range));
+  taken_ = false;
   if (page_ == nullptr) return;
   page_->releases.fetch_add(1);
   // A waiter that was killed leaves the count too high: at worst a wake-up that nobody hears.
   if (page_->waiters.load() == 0) return;
-  static_cast<void>(::syscall(SYS_futex, &page_->releases, FUTEX_WAKE, INT32_MAX, nullptr, nullptr, 0));
+  static_cast<void>(
+      ::syscall(SYS_futex, &page_->releases, FUTEX_WAKE, INT32_MAX, nullptr, nullptr, 0));
 }
 
-std::string LockNameOf(const char* kind, const std::string& path) {
-  // Two paths that share a hash share a lock, which costs time and nothing else.
-  std::uint64_t hash = 0xcbf29ce484222325;
-  for (const char c : path) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3;
-  char name[64];
-  std::snprintf(name, sizeof name, "%s-%016llx", kind, static_cast<unsigned long long>(hash));
+std::string PathLockName(const std::string& path) {
+  char name[32];
+  std::snprintf(name, sizeof name, "file-%016llx", static_cast<unsigned long long>(HashOf(path)));
+  return name;
+}
+
+std::string EditLockName(const std::string& path) {
+  constexpr std::uint64_t kEditLocks = 64;
+  char name[32];
+  std::snprintf(name, sizeof name, "edit-%02x", static_cast<unsigned>(HashOf(path) % kEditLocks));
   return name;
 }
 

@@ -1,9 +1,9 @@
 // The appliance's locks: by class, nested within a thread; and on one named file.
-#include <zarncore/zarncore.h>
-
 #include <cstdio>
 #include <map>
 #include <string>
+
+#include <zarncore/zarncore.h>
 
 #include "lock_file.h"
 
@@ -51,15 +51,16 @@ struct KOPACFILELOCK {
   LockFile file;
 };
 
-// A thread that holds the class shared and asks for it exclusively waits for the other readers; it keeps its
-// shared hold when it runs out of time. It stays exclusive until the outermost release.
+// A thread that holds the class shared and asks for it exclusively waits for the other readers; it
+// keeps its shared hold when it runs out of time. It stays exclusive until the outermost release.
 int KOPACFileLock(int classAndMode, int cWaitSeconds) try {
   const int mode = classAndMode & kModeMask;
   if (mode != kShared && mode != kExclusive) return -1;
   Held* const held = FindOrOpen(classAndMode & ~kModeMask);
   const bool exclusive = mode == kExclusive;
   if (held->depth == 0 || (exclusive && !held->exclusive)) {
-    if (!held->file.Take(exclusive ? LockMode::kExclusive : LockMode::kShared, cWaitSeconds)) return -1;
+    if (!held->file.Take(exclusive ? LockMode::kExclusive : LockMode::kShared, cWaitSeconds))
+      return -1;
     held->exclusive = exclusive;
   }
   ++held->depth;
@@ -77,9 +78,10 @@ int KOPACFileUnlock(int lockClass) try {
   return -1;
 }
 
-int KOPACFileLockTimeByFile(const char* szPath, int mode, int cSeconds, PKOPACFILELOCK* ppLock) try {
+int KOPACFileLockTimeByFile(const char* szPath, int mode, int cSeconds,
+                            PKOPACFILELOCK* ppLock) try {
   if (szPath == nullptr || *szPath == '\0' || ppLock == nullptr) return -1;
-  LockFile file(zarncore::LockNameOf("file", szPath));
+  LockFile file(zarncore::PathLockName(szPath));
   if (!file.Take(mode == 1 ? LockMode::kExclusive : LockMode::kShared, cSeconds)) return -1;
   *ppLock = new KOPACFILELOCK{std::move(file)};
   return 0;
@@ -89,8 +91,7 @@ int KOPACFileLockTimeByFile(const char* szPath, int mode, int cSeconds, PKOPACFI
 
 int KOPACFileUnlockByFile(PKOPACFILELOCK pLock) {
   if (pLock == nullptr) return -1;
-  const bool held = pLock->file.IsOpen();
-  if (held) pLock->file.Release();
+  const bool held = pLock->file.IsOpen();  // not in a forked child
   delete pLock;
   return held ? 1 : -1;
 }

@@ -1,74 +1,37 @@
-// Running programs: by absolute path and argument vector, with nothing of the caller's but its environment.
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-#include <zarncore/zarncore.h>
-
+// Running programs: by absolute path and argument vector, with nothing of the caller's but its
+// environment.
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
+#include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <map>
+#include <memory>
 #include <mutex>
+#include <new>
+#include <pthread.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
+#include <zarncore/zarncore.h>
+
+#include "child.h"
 #include "descriptor.h"
 
 extern char** environ;
 
 namespace {
 
+using zarncore::ChildSetup;
 using zarncore::Descriptor;
 
-constexpr char kNull[] = "/dev/null";
 // Callers that pass this option value test for a negative result.
 constexpr int kRefusalIsNegative = 187;
 
-// What a child starts with: default signals, none blocked, no descriptor but the first three.
-class SpawnSetup {
- public:
-  explicit SpawnSetup(int output) {
-    ::posix_spawn_file_actions_init(&actions_);
-    ::posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, kNull, O_RDONLY, 0);
-    if (output >= 0) {
-      ::posix_spawn_file_actions_adddup2(&actions_, output, STDOUT_FILENO);
-    } else {
-      ::posix_spawn_file_actions_addopen(&actions_, STDOUT_FILENO, kNull, O_WRONLY, 0);
-    }
-    ::posix_spawn_file_actions_addopen(&actions_, STDERR_FILENO, kNull, O_WRONLY, 0);
-    ::posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
-    ::posix_spawnattr_init(&attributes_);
-    sigset_t signals;
-    ::sigemptyset(&signals);
-    ::posix_spawnattr_setsigmask(&attributes_, &signals);
-    ::sigfillset(&signals);
-    ::posix_spawnattr_setsigdefault(&attributes_, &signals);
-    ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-  }
-  ~SpawnSetup() {
-    ::posix_spawn_file_actions_destroy(&actions_);
-    ::posix_spawnattr_destroy(&attributes_);
-  }
-  SpawnSetup(const SpawnSetup&) = delete;
-  SpawnSetup& operator=(const SpawnSetup&) = delete;
-
-  // The child's process id, or -1 with errno.
-  pid_t Start(const char* path, const char* const argv[]) {
-    pid_t child = -1;
-    const int error =
-        ::posix_spawn(&child, path, &actions_, &attributes_, const_cast<char* const*>(argv), environ);
-    if (error == 0) return child;
-    errno = error;
-    return -1;
-  }
-
- private:
-  posix_spawn_file_actions_t actions_;
-  posix_spawnattr_t attributes_;
-};
-
-// The exit status; -1 for an end by a signal, and for a caller that has its children reaped by the kernel.
+// The exit status; -1 for an end by a signal, or when somebody else has taken the status.
 int WaitFor(pid_t child) {
   int status = 0;
   while (::waitpid(child, &status, 0) < 0) {
@@ -77,11 +40,86 @@ int WaitFor(pid_t child) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-bool IsAbsolute(const char* path) { return path != nullptr && *path == '/'; }
+bool IsAbsolute(const char* path) {
+  return path != nullptr && *path == '/';
+}
+
+// The caller's environment, with a PATH in any case.
+class Environment {
+ public:
+  Environment() {
+    if (::getenv("PATH") != nullptr) return;
+    for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable) {
+      variables_.push_back(*variable);
+    }
+    variables_.push_back(const_cast<char*>(zarncore::kDefaultPath));
+    variables_.push_back(nullptr);
+  }
+  [[nodiscard]] char* const* Get() const {
+    return variables_.empty() ? environ : variables_.data();
+  }
+
+ private:
+  std::vector<char*> variables_;
+};
+
+int StartAndWait(const char* path, const char* const argv[], char* const environment[]) {
+  const pid_t child = ChildSetup().Start(path, argv, environment);
+  return child < 0 ? -1 : WaitFor(child);
+}
+
+// Does the caller ignore its children, or have a handler that may reap ours before we ask for its
+// status?
+bool StatusMayBeTaken() {
+  struct sigaction action {};
+  return ::sigaction(SIGCHLD, nullptr, &action) == 0 &&
+         (action.sa_handler != SIG_DFL || (action.sa_flags & SA_NOCLDWAIT) != 0);
+}
+
+// What a go-between tells its caller, in memory that both have also where vfork() is a plain
+// fork().
+struct Outcome {
+  int status;
+  int error;
+};
+
+std::shared_ptr<Outcome> SharedOutcome() {
+  void* const memory =
+      ::mmap(nullptr, sizeof(Outcome), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  if (memory == MAP_FAILED) throw std::bad_alloc();
+  return {new (memory) Outcome{-1, 0},
+          [](Outcome* outcome) { ::munmap(outcome, sizeof *outcome); }};
+}
+
+// Starts and waits in a process between the caller and the program, which has none of the caller's
+// children and signal settings: nobody else can take the status. Signals are held back, so that no
+// handler of the caller's runs in there.
+int RunBetween(const char* path, const char* const argv[], char* const environment[]) {
+  const std::shared_ptr<Outcome> outcome = SharedOutcome();
+  sigset_t all;
+  sigset_t before;
+  ::sigfillset(&all);
+  ::pthread_sigmask(SIG_SETMASK, &all, &before);
+  const pid_t between = ::vfork();
+  if (between == 0) {
+    ::signal(SIGCHLD, SIG_DFL);
+    // Its copies of the caller's lock files would outlive a caller that is killed meanwhile.
+    ::close_range(STDERR_FILENO + 1, ~0U, 0);
+    outcome->status = StartAndWait(path, argv, environment);
+    outcome->error = errno;
+    ::_exit(0);
+  }
+  if (between < 0) outcome->error = errno;
+  if (between > 0) static_cast<void>(WaitFor(between));  // reaped by somebody else is as good
+  ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  errno = outcome->error;
+  return outcome->status;
+}
 
 int RunAndWait(const char* path, const char* const argv[]) {
-  const pid_t child = SpawnSetup(-1).Start(path, argv);
-  return child < 0 ? -1 : WaitFor(child);
+  const Environment environment;
+  return StatusMayBeTaken() ? RunBetween(path, argv, environment.Get())
+                            : StartAndWait(path, argv, environment.Get());
 }
 
 // Children that nobody waits for: those that have ended are reaped when the next one is started.
@@ -96,7 +134,8 @@ void ReapLater(pid_t child) {
 // A null-ended argument list behind the program's name.
 std::vector<const char*> ArgumentVector(const char* path, va_list args) {
   std::vector<const char*> argv{path};
-  while (const char* const arg = va_arg(args, const char*)) argv.push_back(arg);
+  while (const char* const arg = va_arg(args, const char*))
+    argv.push_back(arg);
   argv.push_back(nullptr);
   return argv;
 }
@@ -121,10 +160,12 @@ Descriptor AboveStandardStreams(Descriptor fd) {
 }  // namespace
 
 int KOPACExec(const char* szPath, const char* szArg1, const char* szArg2, const char* szArg3,
-              const char* szArg4) {
+              const char* szArg4) try {
   if (!IsAbsolute(szPath)) return -1;
   const char* const argv[] = {szPath, szArg1, szArg2, szArg3, szArg4, nullptr};
   return RunAndWait(szPath, argv);
+} catch (...) {
+  return -1;
 }
 
 int KOPACExecl(const char* szPath, int options, ...) try {
@@ -142,7 +183,7 @@ int KOPACExecl(const char* szPath, int options, ...) try {
 int KOPACExecv(const char* szPath, const char* const argv[], int blWait) try {
   if (!IsAbsolute(szPath) || argv == nullptr || argv[0] == nullptr) return -1;
   if (blWait != 0) return RunAndWait(szPath, argv);
-  const pid_t child = SpawnSetup(-1).Start(szPath, argv);
+  const pid_t child = ChildSetup().Start(szPath, argv, Environment().Get());
   if (child < 0) return -1;
   ReapLater(child);
   return 0;
@@ -161,7 +202,7 @@ FILE* KOPACPopen(const char* szPath, const char* szMode, ...) try {
   Descriptor readEnd(ends[0]);
   const Descriptor writeEnd = AboveStandardStreams(Descriptor(ends[1]));
   if (!writeEnd) return nullptr;
-  const pid_t child = SpawnSetup(writeEnd.Get()).Start(szPath, argv.data());
+  const pid_t child = ChildSetup(writeEnd.Get()).Start(szPath, argv.data(), Environment().Get());
   if (child < 0) return nullptr;
   FILE* const stream = ::fdopen(readEnd.Get(), "r");
   if (stream == nullptr) {

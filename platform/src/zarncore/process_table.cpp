@@ -1,40 +1,39 @@
 // Which programs run, and ending them: by name, by command line, by process id.
-#include <dirent.h>
-#include <poll.h>
-#include <unistd.h>
-#include <zarncore/zarncore.h>
-
 #include <algorithm>
 #include <charconv>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <dirent.h>
 #include <memory>
 #include <optional>
+#include <poll.h>
 #include <string>
 #include <string_view>
+#include <unistd.h>
 #include <vector>
+
+#include <zarncore/zarncore.h>
 
 #include "whole_file.h"
 
 namespace {
 
 constexpr std::size_t kKernelNameLength = 15;
+// How long KOPACKill() waits for an end by SIGTERM, and then by SIGKILL.
+constexpr int kPatienceMilliseconds = 3000;
+constexpr int kEndMilliseconds = 1000;
 
-struct Process {
-  pid_t pid;
-  std::string name;                    // as the kernel has it: at most 15 characters
-  std::vector<std::string> arguments;  // the program first
-};
-
-std::string_view BaseName(std::string_view path) { return path.substr(path.rfind('/') + 1); }
+std::string_view BaseName(std::string_view path) {
+  return path.substr(path.rfind('/') + 1);
+}
 
 std::string ProcFile(pid_t pid, const char* file) {
   return "/proc/" + std::to_string(pid) + "/" + file;
 }
 
-// "PID (name) STATE ...": the name may hold anything, so it ends at the last parenthesis. Nothing for a process
-// that has ended and is only waiting to be reaped.
+// "PID (name) STATE ...": the name may hold anything, so it ends at the last parenthesis. Nothing
+// for a process that has ended and is only waiting to be reaped.
 std::optional<std::string> NameOf(pid_t pid) {
   const auto status = zarncore::ReadWhole(ProcFile(pid, "stat").c_str());
   if (!status) return std::nullopt;
@@ -81,8 +80,10 @@ bool HasName(pid_t pid, std::string_view name) {
                      [&](const std::string& argument) { return BaseName(argument) == name; });
 }
 
-// Is the text the arguments from this one on joined by blanks, or their beginning up to the end of one?
-bool BeginsWith(const std::vector<std::string>& arguments, std::size_t first, std::string_view text) {
+// Is the text the arguments from this one on joined by blanks, or their beginning up to the end of
+// one?
+bool BeginsWith(const std::vector<std::string>& arguments, std::size_t first,
+                std::string_view text) {
   std::string joined;
   for (std::size_t i = first; i < arguments.size(); ++i) {
     if (i != first) joined += ' ';
@@ -99,7 +100,8 @@ bool HasCommandLine(pid_t pid, std::string_view text) {
   if (!kernelName) return false;
   const auto arguments = ArgumentsOf(pid);
   if (BeginsWith(arguments, 0, text)) return true;
-  return arguments.size() > 1 && BaseName(arguments[1]).substr(0, kKernelNameLength) == *kernelName &&
+  return arguments.size() > 1 &&
+         BaseName(arguments[1]).substr(0, kKernelNameLength) == *kernelName &&
          BeginsWith(arguments, 1, text);
 }
 
@@ -110,7 +112,20 @@ std::vector<pid_t> WithCommandLine(std::string_view text) {
 }
 
 void SignalAll(const std::vector<pid_t>& pids, int signal) {
-  for (const pid_t pid : pids) static_cast<void>(::kill(pid, signal));  // it may have ended by itself
+  for (const pid_t pid : pids)
+    static_cast<void>(::kill(pid, signal));  // it may have ended by itself
+}
+
+// Waits until the processes have ended or run something else, and forgets those. True when none is
+// left.
+bool WaitForEnd(std::vector<pid_t>* pids, std::string_view commandLine, int milliseconds) {
+  constexpr int kStep = 20;
+  for (int waited = 0;; waited += kStep) {
+    std::erase_if(*pids, [&](pid_t pid) { return !HasCommandLine(pid, commandLine); });
+    if (pids->empty()) return true;
+    if (waited >= milliseconds) return false;
+    ::poll(nullptr, 0, kStep);
+  }
 }
 
 }  // namespace
@@ -143,15 +158,12 @@ int KOPACIsProcAlive(const char* szCmdline) try {
 
 int KOPACKill(const char* szCmdline, int blWait) try {
   if (szCmdline == nullptr || *szCmdline == '\0') return -1;
-  SignalAll(WithCommandLine(szCmdline), SIGTERM);
-  if (blWait == 0) return 0;
-  constexpr int kStepMilliseconds = 20;
-  constexpr int kSteps = 3000 / kStepMilliseconds;
-  for (int i = 0; i < kSteps; ++i) {
-    if (WithCommandLine(szCmdline).empty()) return 0;
-    ::poll(nullptr, 0, kStepMilliseconds);
-  }
-  SignalAll(WithCommandLine(szCmdline), SIGKILL);
+  std::vector<pid_t> pids = WithCommandLine(szCmdline);
+  SignalAll(pids, SIGTERM);
+  if (blWait == 0 || WaitForEnd(&pids, szCmdline, kPatienceMilliseconds)) return 0;
+  SignalAll(pids, SIGKILL);
+  static_cast<void>(
+      WaitForEnd(&pids, szCmdline, kEndMilliseconds));  // nothing more can be done to it
   return 0;
 } catch (...) {
   return -1;

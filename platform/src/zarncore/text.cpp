@@ -1,11 +1,12 @@
 // Splitting and trimming text in place.
-#include <zarncore/zarncore.h>
-
 #include <cctype>
 #include <cstring>
 
+#include <zarncore/zarncore.h>
+
 char* KOPACStrTok(char* sz, const char* szDelim, char** pszSave) {
-  if (szDelim == nullptr || pszSave == nullptr || (sz == nullptr && *pszSave == nullptr)) return nullptr;
+  if (szDelim == nullptr || pszSave == nullptr || (sz == nullptr && *pszSave == nullptr))
+    return nullptr;
   return ::strtok_r(sz, szDelim, pszSave);
 }
 
@@ -20,7 +21,8 @@ char* KOPACStrTokIndex(char* sz, const char* szDelim, int index) {
   if (sz == nullptr || szDelim == nullptr || index < 0) return nullptr;
   char* save = nullptr;
   char* token = ::strtok_r(sz, szDelim, &save);
-  for (int i = 0; i < index && token != nullptr; ++i) token = ::strtok_r(nullptr, szDelim, &save);
+  for (int i = 0; i < index && token != nullptr; ++i)
+    token = ::strtok_r(nullptr, szDelim, &save);
   return token;
 }
 
@@ -28,10 +30,12 @@ char* KOPACStrTrimSpace(char* sz, int /*flags*/) {
   if (sz == nullptr) return nullptr;
   const auto isSpace = [](char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; };
   std::size_t length = std::strlen(sz);
-  while (length > 0 && isSpace(sz[length - 1])) --length;
+  while (length > 0 && isSpace(sz[length - 1]))
+    --length;
   sz[length] = '\0';
   std::size_t skip = 0;
-  while (isSpace(sz[skip])) ++skip;
+  while (isSpace(sz[skip]))
+    ++skip;
   std::memmove(sz, sz + skip, length - skip + 1);
   return sz;
 }

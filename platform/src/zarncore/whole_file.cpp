@@ -1,13 +1,11 @@
 // Reading a file whole, and replacing one: the only way in which this library rewrites files.
 #include "whole_file.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cerrno>
-#include <climits>
 #include <cstdlib>
+#include <fcntl.h>
 #include <memory>
+#include <unistd.h>
 
 #include "descriptor.h"
 #include "lock_file.h"
@@ -23,10 +21,25 @@ std::string FolderOf(const std::string& path) {
   return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-// The file behind a path: links are followed, so that they survive the rename.
-std::string Resolved(const char* path) {
-  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path, nullptr), &std::free);
-  return real ? real.get() : path;
+std::string NameOf(const std::string& path) {
+  return path.substr(path.rfind('/') + 1);
+}
+
+// The file behind a path: links are followed, so that they survive the rename and all who edit the
+// file wait on one lock. A file that is not there yet has its folder followed.
+std::string Resolved(const std::string& path) {
+  const auto real = [](const std::string& text) {
+    return std::unique_ptr<char, decltype(&std::free)>(::realpath(text.c_str(), nullptr),
+                                                       &std::free);
+  };
+  if (const auto file = real(path)) return file.get();
+  const auto folder = real(FolderOf(path));
+  return folder ? std::string(folder.get()) + "/" + NameOf(path) : path;
+}
+
+// Hidden beside the file: who looks through the folder for files of a kind finds none half written.
+std::string TemporaryOf(const std::string& path) {
+  return FolderOf(path) + "/." + NameOf(path) + ".XXXXXX";
 }
 
 bool WriteAll(int fd, std::string_view text) {
@@ -55,12 +68,27 @@ bool ReadAll(int fd, std::size_t sizeHint, std::string* content) {
   return true;
 }
 
+// The lock file of this thread's last edit stays open for the next: opening costs more than
+// locking.
+struct Spare {
+  std::string name;
+  LockFile lock;
+};
+thread_local std::optional<Spare> spare;
+
+LockFile SpareOrNew(const std::string& name) {
+  if (!spare || spare->name != name || !spare->lock.IsOpen()) return LockFile(name);
+  LockFile lock(std::move(spare->lock));
+  spare.reset();
+  return lock;
+}
+
+}  // namespace
+
 bool SyncFolder(const std::string& folder) {
   const Descriptor fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   return fd && ::fsync(fd.Get()) == 0;
 }
-
-}  // namespace
 
 std::optional<std::string> ReadWhole(const char* path) {
   const Descriptor fd(::open(path, O_RDONLY | O_CLOEXEC));
@@ -72,12 +100,14 @@ std::optional<std::string> ReadWhole(const char* path) {
 }
 
 FileEdit::FileEdit(const char* path)
-    : path_(Resolved(path)), lock_(LockNameOf("edit", path_)) {
+    : path_(Resolved(path)), lockName_(EditLockName(path_)), lock_(SpareOrNew(lockName_)) {
   ready_ = lock_.Take(LockMode::kExclusive, kLockSeconds) && Load();
 }
 
 FileEdit::~FileEdit() {
-  if (lock_.IsOpen()) lock_.Release();
+  if (!lock_.IsOpen()) return;
+  lock_.Release();
+  spare.emplace(Spare{std::move(lockName_), std::move(lock_)});
 }
 
 bool FileEdit::Load() {
@@ -105,7 +135,7 @@ bool FileEdit::WriteTemporary(int fd, std::string_view content) const {
 
 bool FileEdit::Replace(std::string_view content) {
   if (!isNew_ && content == content_) return true;
-  std::string temporary = path_ + ".XXXXXX";
+  std::string temporary = TemporaryOf(path_);
   Descriptor fd(::mkostemp(temporary.data(), O_CLOEXEC));
   if (!fd) return false;
   if (WriteTemporary(fd.Get(), content) && fd.Close() &&

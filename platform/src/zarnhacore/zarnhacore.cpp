@@ -1,18 +1,21 @@
-// High availability, answered from the key file /etc/zarnha.conf. An appliance without the file has none.
+// High availability, answered from the key file /etc/zarnha.conf. An appliance without the file has
+// none.
 //   active, running, has_if   "yes" or "no"
 //   heartbeat_if              name of the heartbeat interface
 //   <ifname>_mac, <ifname>_ip, <ifname>_mask   what the pair shares on an interface
-#include <zarncore/zarncore.h>
-#include <zarnhacore/zarnhacore.h>
-
 #include <cstdio>
 #include <string>
+
+#include <zarncore/zarncore.h>
+#include <zarnhacore/zarnhacore.h>
 
 namespace {
 
 constexpr char kConf[] = "/etc/zarnha.conf";
 
-int IsYes(const char* key) { return KOPACFileCheckKeyValue(kConf, key, "yes", 0) == 1 ? 1 : 0; }
+int IsYes(const char* key) {
+  return KOPACFileCheckKeyValue(kConf, key, "yes", 0) == 1 ? 1 : 0;
+}
 
 bool Read(const std::string& key, char* buffer, int size) {
   return buffer != nullptr && size > 0 &&
@@ -21,11 +24,17 @@ bool Read(const std::string& key, char* buffer, int size) {
 
 }  // namespace
 
-int ZARNHAIsActive(void) { return IsYes("active"); }
+int ZARNHAIsActive(void) {
+  return IsYes("active");
+}
 
-int ZARNHAIsRunning(void) { return IsYes("running"); }
+int ZARNHAIsRunning(void) {
+  return IsYes("running");
+}
 
-int ZARNHAHasHAIF(void) { return IsYes("has_if"); }
+int ZARNHAHasHAIF(void) {
+  return IsYes("has_if");
+}
 
 int ZARNHAGetMac(const char* szIfname, char* szBuf, int cbBuf) try {
   return szIfname != nullptr && Read(std::string(szIfname) + "_mac", szBuf, cbBuf) ? 0 : -1;
@@ -43,7 +52,8 @@ int ZARNHAGetRelatedIFInfo(const char* szIfname, ZARNNETIFADDR* pInfo) try {
   if (szIfname == nullptr || pInfo == nullptr) return -1;
   const std::string name(szIfname);
   ZARNNETIFADDR info = *pInfo;
-  if (!Read(name + "_ip", info.szIP, sizeof info.szIP) || !Read(name + "_mask", info.szMask, sizeof info.szMask)) {
+  if (!Read(name + "_ip", info.szIP, sizeof info.szIP) ||
+      !Read(name + "_mask", info.szMask, sizeof info.szMask)) {
     return -1;
   }
   std::snprintf(info.szName, sizeof info.szName, "%s", szIfname);

@@ -2,4 +2,6 @@
 #include <zarncore/zarncore.h>
 #include <zarnplvcore/zarnplvcore.h>
 
-int ZARNIsDockerPLV(void) { return KOPACFileCheckKeyValue("/etc/zarnplv.conf", "docker", "yes", 0) == 1 ? 1 : 0; }
+int ZARNIsDockerPLV(void) {
+  return KOPACFileCheckKeyValue("/etc/zarnplv.conf", "docker", "yes", 0) == 1 ? 1 : 0;
+}

@@ -1,23 +1,26 @@
-// Plugin events: every executable in the folder of an event is run, in name order, with the stage as its argument
-// and the event's own arguments in its environment.
-#include <fcntl.h>
+// Plugin events: every executable in the folder of an event is run, in name order, with the stage
+// as its argument and the event's own arguments in its environment.
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
 #include <poll.h>
-#include <spawn.h>
+#include <string>
+#include <string_view>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <syslog.h>
 #include <unistd.h>
-#include <zarnsdk/zarnsdk.h>
-
-#include <algorithm>
-#include <cctype>
-#include <cerrno>
-#include <csignal>
-#include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
+
+#include <zarnsdk/zarnsdk.h>
+
+#include "zarncore/child.h"
+#include "zarncore/descriptor.h"
 
 extern char** environ;
 
@@ -37,10 +40,11 @@ bool IsSafePath(std::string_view text) {
   return !text.empty() && text.find("..") == std::string_view::npos && text.front() != '/';
 }
 
-// A name that the environment can carry and that cannot stand for another variable.
+// A name that the environment can carry and that does not decide what a plugin loads or runs.
 bool IsArgumentName(const char* name) {
-  if (name == nullptr || *name == '\0') return false;
-  return std::all_of(name, name + std::char_traits<char>::length(name), [](char c) {
+  const std::string_view text(name != nullptr ? name : "");
+  if (text.empty() || text == "PATH" || text.starts_with("LD_")) return false;
+  return std::all_of(text.begin(), text.end(), [](char c) {
     return c == '_' || std::isupper(static_cast<unsigned char>(c)) != 0 ||
            std::isdigit(static_cast<unsigned char>(c)) != 0;
   });
@@ -64,6 +68,7 @@ std::vector<std::string> EnvironmentOf(const KOPAPLUGIN& plugin) {
     names += (names.empty() ? "" : " ") + name;
   }
   variables.push_back("PLUGIN_ARGS=" + names);
+  if (::getenv("PATH") == nullptr) variables.emplace_back(zarncore::kDefaultPath);
   for (char** variable = environ; *variable != nullptr; ++variable) {
     const std::string_view text(*variable);
     const std::string_view name = text.substr(0, text.find('='));
@@ -77,7 +82,8 @@ std::vector<std::string> EnvironmentOf(const KOPAPLUGIN& plugin) {
 
 bool IsProgram(const std::string& path) {
   struct stat status {};
-  return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && ::access(path.c_str(), X_OK) == 0;
+  return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+         ::access(path.c_str(), X_OK) == 0;
 }
 
 std::vector<std::string> ProgramsIn(const std::string& folder) {
@@ -93,50 +99,42 @@ std::vector<std::string> ProgramsIn(const std::string& folder) {
   return programs;
 }
 
-// In a process group of its own, so that a plugin's own children end with it; nothing of the caller's is open.
-pid_t Start(const std::string& program, const char* stage, const std::vector<std::string>& environment) {
-  posix_spawn_file_actions_t actions;
-  ::posix_spawn_file_actions_init(&actions);
-  ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-  ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-  ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-  ::posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
-  posix_spawnattr_t attributes;
-  ::posix_spawnattr_init(&attributes);
-  sigset_t signals;
-  ::sigemptyset(&signals);
-  ::posix_spawnattr_setsigmask(&attributes, &signals);
-  ::sigfillset(&signals);
-  ::posix_spawnattr_setsigdefault(&attributes, &signals);
-  ::posix_spawnattr_setflags(&attributes,
-                             POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);
+// In a process group of its own, so that a plugin's own children end with it.
+pid_t Start(const std::string& program, const char* stage,
+            const std::vector<std::string>& environment) {
   std::vector<char*> variables;
-  for (const std::string& variable : environment) variables.push_back(const_cast<char*>(variable.c_str()));
+  for (const std::string& variable : environment)
+    variables.push_back(const_cast<char*>(variable.c_str()));
   variables.push_back(nullptr);
-  char* const argv[] = {const_cast<char*>(program.c_str()), const_cast<char*>(stage), nullptr};
-  pid_t child = -1;
-  const int error = ::posix_spawn(&child, program.c_str(), &actions, &attributes, argv, variables.data());
-  ::posix_spawnattr_destroy(&attributes);
-  ::posix_spawn_file_actions_destroy(&actions);
-  errno = error;
-  return error == 0 ? child : -1;
+  const char* const argv[] = {program.c_str(), stage, nullptr};
+  return zarncore::ChildSetup(-1, POSIX_SPAWN_SETPGROUP)
+      .Start(program.c_str(), argv, variables.data());
+}
+
+long NowMilliseconds() {
+  timespec now{};
+  ::clock_gettime(CLOCK_MONOTONIC, &now);
+  return now.tv_sec * 1000 + now.tv_nsec / 1000000;
 }
 
 // Waits on a descriptor of the process: no signal handler, no timer. False when the time is up.
 bool WaitForEnd(pid_t child) {
-  const auto fd = static_cast<int>(::syscall(SYS_pidfd_open, child, 0));
-  if (fd < 0) return true;  // an old kernel: wait without a limit
-  pollfd ended{fd, POLLIN, 0};
-  int ready = 0;
-  do {
-    ready = ::poll(&ended, 1, kTimeLimitMilliseconds);
-  } while (ready < 0 && errno == EINTR);
-  ::close(fd);
-  return ready != 0;
+  const zarncore::Descriptor process(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
+  // Reaped by a handler of the caller's, or an old kernel: wait without a limit.
+  if (!process) return true;
+  const long deadline = NowMilliseconds() + kTimeLimitMilliseconds;
+  for (;;) {
+    pollfd ended{process.Get(), POLLIN, 0};
+    const long left = std::max(deadline - NowMilliseconds(), 0L);
+    const int ready = ::poll(&ended, 1, static_cast<int>(left));
+    if (ready > 0) return true;
+    if (ready == 0 || errno != EINTR || left == 0) return false;
+  }
 }
 
 // True when the plugin ended in time and with exit status 0.
-bool RunPlugin(const std::string& program, const char* stage, const std::vector<std::string>& environment) {
+bool RunPlugin(const std::string& program, const char* stage,
+               const std::vector<std::string>& environment) {
   const pid_t child = Start(program, stage, environment);
   if (child < 0) {
     ::syslog(LOG_ERR, "plugin %s %s could not be started: %m", program.c_str(), stage);
@@ -153,7 +151,8 @@ bool RunPlugin(const std::string& program, const char* stage, const std::vector<
   } else if (WIFSIGNALED(status)) {
     ::syslog(LOG_ERR, "plugin %s %s ended by signal %d", program.c_str(), stage, WTERMSIG(status));
   } else if (WEXITSTATUS(status) != 0) {
-    ::syslog(LOG_ERR, "plugin %s %s failed with exit status %d", program.c_str(), stage, WEXITSTATUS(status));
+    ::syslog(LOG_ERR, "plugin %s %s failed with exit status %d", program.c_str(), stage,
+             WEXITSTATUS(status));
   }
   return inTime && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
@@ -166,7 +165,8 @@ int KOPAPluginSDKInit(const char* szCategory, const char* szEvent, PKOPAPLUGIN* 
   const std::string_view event(szEvent);
   if (!IsSafePath(category) || !IsSafePath(event)) return -1;
   // The events of a category are named with it, or without.
-  const std::string name = event.starts_with(category + "/") ? std::string(event) : category + "/" + szEvent;
+  const std::string name =
+      event.starts_with(category + "/") ? std::string(event) : category + "/" + szEvent;
   *ppPlugin = new KOPAPLUGIN{kPlugins + name, {}};
   return 0;
 } catch (...) {
@@ -187,7 +187,8 @@ int KOPAPluginSetArgByInt(PKOPAPLUGIN pPlugin, const char* szName, int value) tr
   return -1;
 }
 
-int KOPAPluginSetArgByArray(PKOPAPLUGIN pPlugin, const char* szName, const KOPACSZLIST* pValues) try {
+int KOPAPluginSetArgByArray(PKOPAPLUGIN pPlugin, const char* szName,
+                            const KOPACSZLIST* pValues) try {
   if (pPlugin == nullptr || !IsArgumentName(szName) || pValues == nullptr) return -1;
   const std::string name(szName);
   // A shorter list set again leaves nothing of a longer one.
@@ -222,6 +223,10 @@ int KOPAPluginAction(int stage, PKOPAPLUGIN pPlugin) try {
   return -1;
 }
 
-int KOPAPluginHasInit(PKOPAPLUGIN pPlugin) { return pPlugin != nullptr ? 1 : 0; }
+int KOPAPluginHasInit(PKOPAPLUGIN pPlugin) {
+  return pPlugin != nullptr ? 1 : 0;
+}
 
-void KOPAPluginExit(PKOPAPLUGIN pPlugin) { delete pPlugin; }
+void KOPAPluginExit(PKOPAPLUGIN pPlugin) {
+  delete pPlugin;
+}

@@ -1,18 +1,21 @@
 // Services and jobs, through the appliance's own init tools; and whether a service is meant to run.
-#include <zarnsdk/zarnsdk.h>
-
 #include <cstdio>
 #include <cstring>
 #include <string>
 #include <string_view>
 
+#include <zarnsdk/zarnsdk.h>
+
 namespace {
 
 constexpr char kInitctl[] = "/sbin/initctl";
 constexpr char kStop[] = "/sbin/stop";
+constexpr int kRunEnabled = 1;
+constexpr int kRunDisabled = 2;
 
 bool IsServiceName(const char* name) {
-  return name != nullptr && *name != '\0' && *name != '-' && std::strpbrk(name, "/ \t\n") == nullptr;
+  return name != nullptr && *name != '\0' && *name != '-' &&
+         std::strpbrk(name, "/ \t\n") == nullptr;
 }
 
 }  // namespace
@@ -20,12 +23,14 @@ bool IsServiceName(const char* name) {
 // "initctl status NAME" prints "NAME start/running ..." for a job that runs.
 int KOPAServiceIsRunning(const char* szService) try {
   if (!IsServiceName(szService)) return -1;
-  FILE* const output = KOPACPopen(kInitctl, "r", "status", szService, static_cast<const char*>(nullptr));
+  FILE* const output =
+      KOPACPopen(kInitctl, "r", "status", szService, static_cast<const char*>(nullptr));
   if (output == nullptr) return -1;
   char line[256] = "";
   const bool read = std::fgets(line, sizeof line, output) != nullptr;
-  const int status = KOPACPclose(output);
-  if (!read || status != 0) return 0;
+  static_cast<void>(
+      KOPACPclose(output));  // the answer is in the line; a service it does not know has none
+  if (!read) return 0;
   const std::string_view text(line);
   const std::string running = std::string(szService) + " start/running";
   return text.starts_with(running) ? 1 : 0;
@@ -48,7 +53,9 @@ int KOPAServicecfgRunKeyGet(const char* szService, int* pRunState) try {
   const std::string path = std::string("/etc/zarnservice/") + szService + ".conf";
   char value[16] = "";
   if (KOPACFileGetKeyValue(path.c_str(), "run", value, sizeof value, 0) <= 0) return -1;
-  *pRunState = std::strcmp(value, "yes") == 0 ? 1 : 0;
+  const bool enabled = std::strcmp(value, "yes") == 0;
+  if (!enabled && std::strcmp(value, "no") != 0) return -1;
+  *pRunState = enabled ? kRunEnabled : kRunDisabled;
   return 0;
 } catch (...) {
   return -1;
