@@ -75,6 +75,36 @@ int ZARNNetIsDevTypeMatch(const char *szIfname, unsigned int selector);
 /** How many interfaces KOPANetGetInterfaceInfo() counts. @return the number or -1 */
 int ZARNNetEnumCard(unsigned int selector);
 
+/** The traffic of one interface since it came up. */
+typedef struct KOPANETSTAT {
+  char name[16];
+  uint64_t rxBytes, rxPackets, rxErrors, rxDropped;
+  uint64_t txBytes, txPackets, txErrors, txDropped;
+} KOPANETSTAT;
+
+/** The statistics list. */
+typedef struct KOPANETSTATLIST {
+  int nItem;                         /* entries filled */
+  int nMax;                          /* room */
+  __extension__ KOPANETSTAT rgItem[]; /* C++ knows no open-ended field of its own */
+} KOPANETSTATLIST, *PKOPANETSTATLIST;
+
+/** An empty list with room for cMax interfaces; KOPANetStatFree() frees it.
+ * @return the list, or null with 0x0D00 (cMax below 1) or 0x0200 */
+PKOPANETSTATLIST KOPANetStatInit(int cMax);
+
+/**
+ * Fills the list with the interfaces of /proc/net/dev, up or down, in natural name order: at most 32, and at
+ * most what the list has room for; those whose names contain "mon." or begin with "tap", "docker" or "dplv"
+ * are left out.
+ * @return the number of entries; -1 with 0x0D00 (null list), 0x0900 or 0x4000 (/proc/net/dev), the list
+ *         left as it was
+ */
+int KOPANetStatGetAll(PKOPANETSTATLIST pList);
+
+/** Frees the list; null is allowed. */
+void KOPANetStatFree(PKOPANETSTATLIST pList);
+
 /** The kernel's IPv4 address and netmask, in network byte order. @return 1, or 0 on any failure */
 int KOPANetGetIfCfg(const char *szIfname, uint32_t *pAddr, uint32_t *pMask);
 

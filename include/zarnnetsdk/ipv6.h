@@ -1,4 +1,4 @@
-/* IPv6 addresses of an interface and the kernel's per-interface switch. */
+/* IPv6: an interface's configuration, its addresses, and the kernel's per-interface switches. */
 #pragma once
 
 #include <stdint.h>
@@ -6,6 +6,73 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/* ---- configuration ------------------------------------------------------------------------------- */
+
+/* How an interface gets its IPv6 address; IPV6INIT of its file. */
+enum {
+  ZARNNET_IPV6_AUTO = 0,     /* "auto": router advertisements */
+  ZARNNET_IPV6_OFF = 1,      /* "off" */
+  ZARNNET_IPV6_DHCP = 2,     /* "dhcp": DHCPv6 */
+  ZARNNET_IPV6_STATIC = 3,   /* "static" */
+  ZARNNET_IPV6_AUTO_DHCP = 4 /* "auto_dhcp": both */
+};
+
+/**
+ * Reads an interface's configuration from its file; no lock. Everything but the type is the file's text.
+ * @param pType      the type, 0 when the file has none
+ * @param szAddr     the fixed address, empty without one; cbAddr is at least 46
+ * @param pPrefix    its prefix length, -1 without one
+ * @param szGateway  the default gateway, empty without one; cbGateway is at least 46
+ * @return 1 read; 0 no type in the file, or the interface is not listed for selector 2 of
+ *         ZARNNetIsDevTypeMatch() (the outputs are left alone then); above 0 with the type 0 for a type that
+ *         is unknown; -1 with 0x0D00 (null or a buffer too small), or for a file that cannot be read or a
+ *         prefix that is no number (the outputs hold what was read before)
+ */
+int ZARNNetIPv6ConfGet(const char *szIfname, int *pType, char *szAddr, int cbAddr, int *pPrefix, char *szGateway,
+                       int cbGateway);
+
+/**
+ * Configures IPv6 on an interface, in its file and in the running system.
+ *
+ * Writes IPV6INIT and IPV6_ACCEPT_RA and, for the static type, IPV6ADDR, IPV6PREFIXLENG and IPV6_DEFAULTGW
+ * (the other types drop these three); sets the kernel's accept_ra; starts (dhcp, auto_dhcp) or stops the job
+ * "dhcp-client6" of the interface, unless it runs (/tmp/dhclient6-IFNAME-start.pid) or does not run already;
+ * gives the interface the fixed address and default route and takes away those of the static configuration
+ * that the file held before. Then waits up to 5 seconds for duplicate address detection, while the interface
+ * has carrier, and removes the addresses that failed it: such an address stays in the file and the call
+ * succeeds, with a line in the log.
+ *
+ * When a step fails, the steps before it are taken back and the file is as it was (its copy meanwhile:
+ * ifcfg-IFNAME.tmpSECONDS).
+ *
+ * @param szAddr     required for the static type; may be null or empty for the others, but not malformed
+ * @param prefix     1 to 128 for the static type, 0 to 128 for the others
+ * @param szGateway  may be null or empty; not malformed
+ * @return 0; -1, with 0x0D00 for bad arguments
+ * Programs: /bin/cp, /sbin/start, /sbin/stop, /sbin/ip. Fires net/ipv6_change for a new address. No lock.
+ */
+int ZARNNetIPv6ConfSet(const char *szIfname, int type, const char *szAddr, int prefix, const char *szGateway);
+
+/**
+ * Run at start-up: sets accept_ra of every interface that has a file, except loopback, passive bond members
+ * and ports of bridges and of Open vSwitch, to what the file asks for: IPV6_ACCEPT_RA other than "0" accepts;
+ * without that key every type but static accepts.
+ * @return 0; -1 at the first switch that cannot be written, or with 0x0200 when the interfaces cannot be listed
+ */
+int ZARNNetIpv6Init(void);
+
+/**
+ * Adds (cmd 0) or deletes (cmd 1) one address in the running kernel or, when a gateway is given, the default
+ * route over it; then the address is left alone. Nothing is written to a file.
+ * @param prefix  0 to 128
+ * @return 0; -1 with 0x0D00 (prefix, null address, null name) or for another cmd or a failed address; the
+ *         exit status of "/sbin/ip -6 route" with a gateway
+ */
+int ZARNNetIPv6IPAction(int cmd, const char *szIfname, const char *szAddr, unsigned int prefix,
+                        const char *szGateway);
+
+/* ---- addresses and switches ------------------------------------------------------------------------ */
 
 /** One IPv6 address of an interface. */
 typedef struct ZARNNETV6ADDR {

@@ -32,6 +32,14 @@ template <class... Args>
   return KOPACExec(path, arg1, arg2, arg3, arg4);
 }
 
+// The same with as many arguments as it takes.
+template <class... Args>
+[[nodiscard]] int RunVectorStatus(const char* path, const Args&... args) {
+  const char* const argv[] = {path, internal::Argument(args)..., nullptr};
+  constexpr int kWait = 1;
+  return KOPACExecv(path, argv, kWait);
+}
+
 // The standard output of a program; null when it could not be started. Closing waits for it.
 struct CloseCommand {
   void operator()(std::FILE* file) const { KOPACPclose(file); }

@@ -29,7 +29,8 @@ enum class Error : unsigned short {
 };
 
 // Sets the code and passes the caller's result through: `return Failed(...)`.
-inline int Failed(Error code, const char* source, int line, int result) {
+template <class Result>
+Result Failed(Error code, const char* source, int line, Result result) {
   KOPACErrSetEx(static_cast<unsigned short>(code), source, line);
   return result;
 }

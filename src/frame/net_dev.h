@@ -9,8 +9,17 @@ namespace frame {
 
 inline constexpr int kMaxInterfaces = 32;
 
-// Reads /proc/net/dev once: at most 32 names in natural order, without monitors, taps and the containers'
-// interfaces. Nothing, with 0x0900 set, when the file cannot be opened.
+// An interface of the table, and its counters as the line has them.
+struct NetDevEntry {
+  std::string name;
+  std::string counters;
+};
+
+// Reads /proc/net/dev once: at most 32 interfaces in natural order of their names, without monitors, taps and
+// the containers' interfaces. Nothing, with 0x0900 or 0x4000 set, when the file cannot be opened or read.
+std::optional<std::vector<NetDevEntry>> ReadNetDev();
+
+// The names alone.
 std::optional<std::vector<std::string>> ListNetDev();
 
 }  // namespace frame

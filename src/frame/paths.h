@@ -23,6 +23,9 @@ inline std::string DhcpPid(std::string_view ifname) {
 inline std::string DhcpTestLease(std::string_view ifname) {
   return std::string("/tmp/dhcpv4.leases.").append(ifname);
 }
+inline std::string Dhcp6Pid(std::string_view ifname, std::string_view action) {
+  return std::string("/tmp/dhclient6-").append(ifname).append("-").append(action).append(".pid");
+}
 inline constexpr char kDhclientScript[] = "/etc/dhclient/dhclient-script";
 inline constexpr char kDhclientScriptCopy[] = "/var/run/dhclient-script";
 inline constexpr char kExternalIpResult[] = "/run/ddns/externalIP.result";
@@ -31,6 +34,7 @@ inline constexpr char kTopologyBridgeMark[] = "/tmp/net_topology_bridge";
 // ---- the kernel's files
 inline constexpr char kProcNetDev[] = "/proc/net/dev";
 inline constexpr char kProcIfInet6[] = "/proc/net/if_inet6";
+inline constexpr char kProcIpv6Route[] = "/proc/net/ipv6_route";
 inline constexpr char kProcVlanConfig[] = "/proc/net/vlan/config";
 inline constexpr char kInternalNetifNum[] = "/proc/sys/kernel/zarn_internal_netif_num";
 inline constexpr char kBondingMasters[] = "/sys/class/net/bonding_masters";
@@ -45,10 +49,14 @@ inline std::string SysVirtualNet(std::string_view device) {
 inline std::string Ipv6Switch(std::string_view ifname) {
   return std::string("/proc/sys/net/ipv6/conf/").append(ifname).append("/disable_ipv6");
 }
+inline std::string AcceptRa(std::string_view ifname) {
+  return std::string("/proc/sys/net/ipv6/conf/").append(ifname).append("/accept_ra");
+}
 
 // ---- programs
 inline constexpr char kIp[] = "/sbin/ip";
 inline constexpr char kIfconfig[] = "/sbin/ifconfig";
+inline constexpr char kStart[] = "/sbin/start";
 inline constexpr char kStop[] = "/sbin/stop";
 inline constexpr char kCp[] = "/bin/cp";
 inline constexpr char kIpcalc[] = "/bin/ipcalc";

@@ -15,6 +15,7 @@
 #include "frame/log.h"
 #include "frame/paths.h"
 #include "frame/text.h"
+#include "ipv6/config.h"
 
 using namespace frame;
 
@@ -24,7 +25,6 @@ constexpr unsigned kEnable = 0;
 constexpr unsigned kDisable = 1;
 constexpr unsigned kSwitchableKind = 2;  // what can hold an address
 constexpr unsigned kAnyKind = 8;
-constexpr char kModeKey[] = "IPV6INIT";
 
 bool WriteSwitch(const std::string& path, unsigned action) {
   const File file = OpenFile(path, "w");
@@ -79,9 +79,9 @@ FRAME_NO_EXCEPTIONS(-1)
 int ZARNLnxIPv6FlushAddr(const char* szIfname) try {
   if (IsUnfitName(szIfname)) return FRAME_FAIL(kBadParameter, -1);
   const std::string path = paths::Ifcfg(szIfname);
-  const KeyValue mode = ReadKey(path, kModeKey, 16);
+  const KeyValue mode = ReadKey(path, ipv6::kTypeKey, 16);
   if (mode.Unreadable()) {
-    LOG_ERROR("%s:%d Failed to get key [%s] in [%s]", kModeKey, path.c_str());
+    LOG_ERROR("%s:%d Failed to get key [%s] in [%s]", ipv6::kTypeKey, path.c_str());
     return -1;
   }
   if (ZARNLnxIPv6ProcAction(szIfname, kDisable) < 0) {

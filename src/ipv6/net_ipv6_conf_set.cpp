@@ -1,0 +1,262 @@
+// Configures IPv6 on an interface: its file, the kernel's switch, the DHCPv6 client, the fixed address and route.
+// When a step fails everything is as it was.
+#include <arpa/inet.h>
+#include <linux/if_addr.h>
+#include <strings.h>
+#include <unistd.h>
+#include <zarnnetsdk/ipv6.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <ctime>
+#include <optional>
+#include <string>
+
+#include "frame/backup.h"
+#include "frame/command.h"
+#include "frame/file.h"
+#include "frame/kernel.h"
+#include "frame/key_file.h"
+#include "frame/log.h"
+#include "frame/paths.h"
+#include "frame/text.h"
+#include "ipv6/accept_ra.h"
+#include "ipv6/config.h"
+#include "ipv6/fixed_address.h"
+#include "ipv6/steps.h"
+
+using namespace frame;
+
+namespace {
+
+// ---- what is asked for
+
+// What the caller asks for, checked; an absent text is empty.
+struct Request {
+  std::string ifname;
+  int type;
+  std::string address;
+  int prefix;
+  std::string gateway;
+
+  [[nodiscard]] bool IsStatic() const { return type == ZARNNET_IPV6_STATIC; }
+  [[nodiscard]] bool UsesAdvertisements() const {
+    return type == ZARNNET_IPV6_AUTO || type == ZARNNET_IPV6_AUTO_DHCP;
+  }
+  [[nodiscard]] bool UsesDhcp() const {
+    return type == ZARNNET_IPV6_DHCP || type == ZARNNET_IPV6_AUTO_DHCP;
+  }
+};
+
+// The text as the kernel prints it; nothing when it is no IPv6 address.
+std::optional<std::string> KernelText(const std::string& address) {
+  in6_addr parsed{};
+  if (::inet_pton(AF_INET6, address.c_str(), &parsed) != 1) return std::nullopt;
+  char text[INET6_ADDRSTRLEN] = "";
+  ::inet_ntop(AF_INET6, &parsed, text, sizeof text);
+  return text;
+}
+
+bool IsLegal(const std::string& address, bool required) {
+  if (address.empty() && !required) return true;
+  if (KernelText(address)) return true;
+  LOG_ERROR("%s:%d IPv6 address illegal %s", address.c_str());
+  return false;
+}
+
+bool IsSensible(const Request& request) {
+  const int shortest = request.IsStatic() ? 1 : 0;
+  if (IsUnfitName(request.ifname.c_str()) || request.type < 0 || request.type >= ipv6::kTypes ||
+      request.prefix < shortest || request.prefix > ipv6::kMaxPrefix) {
+    LOG_ERROR("%s:%d Bad parameters.");
+    return false;
+  }
+  return IsLegal(request.address, request.IsStatic()) && IsLegal(request.gateway, false);
+}
+
+ipv6::Fixed WantedFixed(const Request& request) {
+  if (!request.IsStatic()) return {};
+  return {*KernelText(request.address), static_cast<unsigned>(request.prefix),
+          KernelText(request.gateway).value_or("")};
+}
+
+// ---- the file
+
+// What the configuration in force has put on the interface.
+ipv6::Fixed FormerFixed(const std::string& path) {
+  constexpr std::size_t kSize = 64;
+  const KeyValue type = ReadKey(path, ipv6::kTypeKey, kSize);
+  if (strcasecmp(type.text.c_str(), ipv6::kTypeTexts[ZARNNET_IPV6_STATIC]) != 0) return {};
+  return {KernelText(ReadKey(path, ipv6::kAddressKey, kSize).text).value_or(""),
+          static_cast<unsigned>(std::atoi(ReadKey(path, ipv6::kPrefixKey, kSize).text.c_str())),
+          KernelText(ReadKey(path, ipv6::kGatewayKey, kSize).text).value_or("")};
+}
+
+// A key that the type does not use is dropped. The switch goes into the file too: start-up sets it from there.
+bool WriteKeys(const std::string& path, const Request& request) {
+  const std::string prefix = Format("%d", request.prefix);
+  KeyEdit edit;
+  const auto put = [&](const char* key, const std::string& value) {
+    if (request.IsStatic() && !value.empty()) {
+      edit.Set(key, value.c_str());
+    } else {
+      edit.Drop(key);
+    }
+  };
+  edit.Set(ipv6::kTypeKey, ipv6::kTypeTexts[request.type]);
+  edit.Set(ipv6::kAcceptRaKey, request.UsesAdvertisements() ? "1" : "0");
+  put(ipv6::kAddressKey, request.address);
+  put(ipv6::kPrefixKey, prefix);
+  put(ipv6::kGatewayKey, request.gateway);
+  if (edit.WriteTo(path)) return true;
+  LOG_ERROR("%s:%d Set %s error.", path.c_str());
+  return false;
+}
+
+// The file as it was, until the change is complete.
+class FormerFile {
+ public:
+  explicit FormerFile(const std::string& path) : path_(path) {
+    if (!Exists(path)) return;
+    copy_.emplace(path, Format(".tmp%ld", static_cast<long>(std::time(nullptr))));
+    if (!copy_->Made()) LOG_ERROR("%s:%d copy (%s, %s) failed.", path.c_str(), copy_->CopyName().c_str());
+  }
+
+  // Without a copy of a file that exists nothing may be changed.
+  [[nodiscard]] bool IsSafe() const { return !copy_ || copy_->Made(); }
+
+  void PutBack() {
+    const bool back = copy_ ? copy_->Restore() : ::unlink(path_.c_str()) == 0 || !Exists(path_);
+    if (!back) LOG_ERROR("%s:%d Failed to restore %s", path_.c_str());
+  }
+  void Forget() {
+    if (copy_ && !copy_->Remove()) LOG_ERROR("%s:%d Failed to remove %s", copy_->CopyName().c_str());
+  }
+
+ private:
+  std::string path_;
+  std::optional<Backup> copy_;
+};
+
+// ---- router advertisements
+
+bool SwitchAdvertisements(const Request& request, ipv6::Steps* steps) {
+  const bool accept = request.UsesAdvertisements();
+  const auto before = ipv6::ReadAcceptRa(request.ifname);
+  if (!ipv6::WriteAcceptRa(request.ifname, accept ? ipv6::kAcceptRa : ipv6::kIgnoreRa)) {
+    if (accept) {
+      LOG_ERROR("%s:%d Failed to enable ipv6 accept_ra");
+    } else {
+      LOG_ERROR("%s:%d Failed to disable ipv6 accept_ra");
+    }
+    return false;
+  }
+  if (before) {
+    steps->Done([=] { static_cast<void>(ipv6::WriteAcceptRa(request.ifname, *before)); });
+  }
+  return true;
+}
+
+// ---- the DHCPv6 client
+
+constexpr char kClientJob[] = "dhcp-client6";
+constexpr char kStartAction[] = "start";
+constexpr char kStopAction[] = "stop";
+
+bool IsClientRunning(const std::string& ifname) {
+  char name[64];
+  const int pid = KOPACReadPidFile(paths::Dhcp6Pid(ifname, kStartAction).c_str());
+  return pid > 0 && KOPACProcGetByPid(pid, name, sizeof name) == 0;
+}
+
+bool TellClient(const char* program, const std::string& ifname, const char* action) {
+  return Run(program, kClientJob, Format("IFACE=%s", ifname.c_str()), Format("ACTION=%s", action));
+}
+
+bool StartClient(const std::string& ifname, ipv6::Steps* steps) {
+  if (IsClientRunning(ifname)) {
+    LOG_ERROR("%s:%d DHCPv6 already running!");
+    return true;
+  }
+  if (!TellClient(paths::kStart, ifname, kStartAction)) {
+    LOG_ERROR("%s:%d Failed to start dhclient on interface [%s]", ifname.c_str());
+    return FRAME_FAIL(kCommand, false);
+  }
+  steps->Done([=] { static_cast<void>(TellClient(paths::kStop, ifname, kStopAction)); });
+  return true;
+}
+
+// The job refuses to stop what does not run: only a client that lives on is a failure.
+bool StopClient(const std::string& ifname, ipv6::Steps* steps) {
+  const bool ran = IsClientRunning(ifname);
+  if (!TellClient(paths::kStop, ifname, kStopAction) && IsClientRunning(ifname)) {
+    LOG_ERROR("%s:%d Failed to stop dhclient on interface [%s]", ifname.c_str());
+    return FRAME_FAIL(kCommand, false);
+  }
+  if (ran) steps->Done([=] { static_cast<void>(TellClient(paths::kStart, ifname, kStartAction)); });
+  return true;
+}
+
+// ---- duplicate addresses
+
+bool IsBeingProbed(const std::string& ifname) {
+  const auto flags = InetSocket().Flags(ifname);
+  if (!flags || (*flags & IFF_RUNNING) == 0) return false;  // without carrier nothing is probed
+  const auto addresses = ipv6::AddressesOf(ifname);
+  return std::any_of(addresses.begin(), addresses.end(), [](const ZARNNETV6ADDR& address) {
+    return (address.flags & (IFA_F_TENTATIVE | IFA_F_DADFAILED)) == IFA_F_TENTATIVE;
+  });
+}
+
+void WaitForProbes(const std::string& ifname) {
+  constexpr int kTries = 10;
+  constexpr useconds_t kPause = 500'000;
+  for (int i = 0; i < kTries && IsBeingProbed(ifname); ++i) ::usleep(kPause);
+}
+
+bool RemoveDuplicates(const std::string& ifname) {
+  WaitForProbes(ifname);
+  for (const ZARNNETV6ADDR& address : ipv6::AddressesOf(ifname)) {
+    if ((address.flags & IFA_F_DADFAILED) == 0) continue;
+    LOG_ERROR("%s:%d ipv6 dad fail, ip:%s, pxleng:%d", address.szAddr, static_cast<int>(address.prefix));
+    if (ZARNNetIPv6IPAction(ipv6::kDelete, ifname.c_str(), address.szAddr, address.prefix, nullptr) < 0) {
+      LOG_ERROR("%s:%d failed to run ipv6 dad failed ip");
+      return false;
+    }
+  }
+  return true;
+}
+
+// ---- all of it
+
+bool Apply(const Request& request, const ipv6::Fixed& former, ipv6::Steps* steps) {
+  if (!SwitchAdvertisements(request, steps)) return false;
+  const bool client =
+      request.UsesDhcp() ? StartClient(request.ifname, steps) : StopClient(request.ifname, steps);
+  return client && ipv6::Move(request.ifname, former, WantedFixed(request), steps) &&
+         RemoveDuplicates(request.ifname);
+}
+
+std::string TextOf(const char* text) { return text != nullptr ? text : ""; }
+
+}  // namespace
+
+int ZARNNetIPv6ConfSet(const char* szIfname, int type, const char* szAddr, int prefix,
+                       const char* szGateway) try {
+  const Request request{TextOf(szIfname), type, TextOf(szAddr), prefix, TextOf(szGateway)};
+  if (!IsSensible(request)) return FRAME_FAIL(kBadParameter, -1);
+
+  const std::string path = paths::Ifcfg(request.ifname);
+  const ipv6::Fixed former = FormerFixed(path);
+  FormerFile file(path);
+  if (!file.IsSafe()) return -1;
+  ipv6::Steps steps;
+  if (!WriteKeys(path, request) || !Apply(request, former, &steps)) {
+    steps.TakeBack();
+    file.PutBack();
+    return -1;
+  }
+  file.Forget();
+  return 0;
+}
+FRAME_NO_EXCEPTIONS(-1)
