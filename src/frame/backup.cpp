@@ -13,7 +13,11 @@ namespace frame {
 
 Backup::Backup(std::string path, const std::string& suffix)
     : path_(std::move(path)), name_(path_ + suffix) {
-  if (RunStatus(paths::kCp, "-f", path_.c_str(), name_.c_str()) == 0) copy_ = name_;
+  if (RunStatus(paths::kCp, "-f", path_.c_str(), name_.c_str()) == 0) {
+    copy_ = name_;
+  } else {
+    ::unlink(name_.c_str());  // on a full disk a part of it is there
+  }
 }
 
 Backup::~Backup() { static_cast<void>(Restore()); }  // an exception's way out: nobody is left to tell

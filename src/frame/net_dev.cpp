@@ -1,4 +1,5 @@
-// The interfaces of /proc/net/dev that the appliance calls its own, in the order of every enumeration.
+// The interfaces of /proc/net/dev that the appliance calls its own, in the order of every
+// enumeration.
 #include "frame/net_dev.h"
 
 #include <algorithm>
@@ -42,9 +43,8 @@ std::optional<std::vector<NetDevEntry>> ReadNetDev() {
     entries.push_back({std::string(name), std::string(counters)});
   });
   if (!read) return std::nullopt;
-  std::sort(entries.begin(), entries.end(), [](const NetDevEntry& a, const NetDevEntry& b) {
-    return NaturalLess(a.name, b.name);
-  });
+  std::sort(entries.begin(), entries.end(),
+            [](const NetDevEntry& a, const NetDevEntry& b) { return NaturalLess(a.name, b.name); });
   return entries;
 }
 

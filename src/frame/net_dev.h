@@ -1,4 +1,5 @@
-// The interfaces of /proc/net/dev that the appliance calls its own, in the order of every enumeration.
+// The interfaces of /proc/net/dev that the appliance calls its own, in the order of every
+// enumeration.
 #pragma once
 
 #include <optional>
@@ -15,8 +16,9 @@ struct NetDevEntry {
   std::string counters;
 };
 
-// Reads /proc/net/dev once: at most 32 interfaces in natural order of their names, without monitors, taps and
-// the containers' interfaces. Nothing, with 0x0900 or 0x4000 set, when the file cannot be opened or read.
+// Reads /proc/net/dev once: at most 32 interfaces in natural order of their names, without
+// monitors, taps and the containers' interfaces. Nothing, with 0x0900 or 0x4000 set, when the file
+// cannot be opened or read.
 std::optional<std::vector<NetDevEntry>> ReadNetDev();
 
 // The names alone.

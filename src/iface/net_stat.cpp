@@ -1,9 +1,9 @@
 // The traffic counters of every interface.
-#include <zarnnetsdk/iface.h>
-
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
+
+#include <zarnnetsdk/iface.h>
 
 #include "frame/log.h"
 #include "frame/net_dev.h"
@@ -13,12 +13,14 @@ using namespace frame;
 
 namespace {
 
-// Bytes, packets, errors and drops; the receiving side has four more columns before the sending side begins.
+// Bytes, packets, errors and drops; the receiving side has four more columns before the sending
+// side begins.
 void Fill(const NetDevEntry& entry, KOPANETSTAT* stat) {
   *stat = KOPANETSTAT{};
   CopyText(entry.name, stat->name);
   std::sscanf(entry.counters.c_str(),
-              "%" SCNu64 "%" SCNu64 "%" SCNu64 "%" SCNu64 "%*u%*u%*u%*u"
+              "%" SCNu64 "%" SCNu64 "%" SCNu64 "%" SCNu64
+              "%*u%*u%*u%*u"
               "%" SCNu64 "%" SCNu64 "%" SCNu64 "%" SCNu64,
               &stat->rxBytes, &stat->rxPackets, &stat->rxErrors, &stat->rxDropped, &stat->txBytes,
               &stat->txPackets, &stat->txErrors, &stat->txDropped);
@@ -28,7 +30,8 @@ void Fill(const NetDevEntry& entry, KOPANETSTAT* stat) {
 
 PKOPANETSTATLIST KOPANetStatInit(int cMax) {
   if (cMax < 1) return FRAME_FAIL(kBadParameter, nullptr);
-  const std::size_t size = sizeof(KOPANETSTATLIST) + static_cast<std::size_t>(cMax) * sizeof(KOPANETSTAT);
+  const std::size_t size =
+      sizeof(KOPANETSTATLIST) + static_cast<std::size_t>(cMax) * sizeof(KOPANETSTAT);
   auto* const list = static_cast<PKOPANETSTATLIST>(std::calloc(1, size));
   if (list == nullptr) return FRAME_FAIL(kNoMemory, nullptr);
   list->nMax = cMax;
@@ -48,4 +51,6 @@ int KOPANetStatGetAll(PKOPANETSTATLIST pList) try {
 }
 FRAME_NO_EXCEPTIONS(-1)
 
-void KOPANetStatFree(PKOPANETSTATLIST pList) { std::free(pList); }
+void KOPANetStatFree(PKOPANETSTATLIST pList) {
+  std::free(pList);
+}

@@ -1,12 +1,11 @@
 // The fixed address and default route of an interface in the running kernel.
 #include "ipv6/fixed_address.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
+#include <charconv>
 #include <linux/if_addr.h>
 #include <linux/ipv6_route.h>
-
-#include <algorithm>
-#include <charconv>
 #include <optional>
 #include <string_view>
 
@@ -20,7 +19,9 @@ using namespace frame;
 
 namespace {
 
-int Opposite(int cmd) { return cmd == ipv6::kAdd ? ipv6::kDelete : ipv6::kAdd; }
+int Opposite(int cmd) {
+  return cmd == ipv6::kAdd ? ipv6::kDelete : ipv6::kAdd;
+}
 
 // ---- addresses
 
@@ -41,8 +42,9 @@ bool ChangeAddress(int cmd, const std::string& ifname, const std::string& addres
   return true;
 }
 
-// An address that a router gave would expire, and one that failed duplicate detection is not in use: both make
-// way. So does one with another prefix length, which the kernel takes for the same address.
+// An address that a router gave would expire, and one that failed duplicate detection is not in
+// use: both make way. So does one with another prefix length, which the kernel takes for the same
+// address.
 bool AddAddress(const std::string& ifname, const ipv6::Fixed& wanted, ipv6::Steps* steps) {
   const auto present = Find(ifname, wanted.address);
   if (present) {
@@ -80,7 +82,8 @@ std::string AddressText(std::string_view hex) {
   return text;
 }
 
-// The columns: destination and its prefix length, source and its, gateway, metric, references, uses, flags, name.
+// The columns: destination and its prefix length, source and its, gateway, metric, references,
+// uses, flags, name.
 std::vector<DefaultRoute> DefaultRoutes(const std::string& ifname) {
   constexpr std::size_t kColumns = 10;
   std::vector<DefaultRoute> routes;
@@ -103,7 +106,8 @@ bool HasRoute(const std::string& ifname, const std::string& gateway) {
   });
 }
 
-bool ChangeRoute(int cmd, const std::string& ifname, const std::string& gateway, ipv6::Steps* steps) {
+bool ChangeRoute(int cmd, const std::string& ifname, const std::string& gateway,
+                 ipv6::Steps* steps) {
   if (ZARNNetIPv6IPAction(cmd, ifname.c_str(), "", 0, gateway.c_str()) != 0) {
     LOG_ERROR("%s:%d Failed to %s ipv6 default route via [%s] on [%s]",
               cmd == ipv6::kAdd ? "add" : "delete", gateway.c_str(), ifname.c_str());
@@ -115,8 +119,8 @@ bool ChangeRoute(int cmd, const std::string& ifname, const std::string& gateway,
   return true;
 }
 
-// The kernel takes no second default route of the same rank, and learned ones have that of configured ones. They
-// are not put back: the next advertisement brings them.
+// The kernel takes no second default route of the same rank, and learned ones have that of
+// configured ones. They are not put back: the next advertisement brings them.
 void DropLearnedRoutes(const std::string& ifname) {
   for (const DefaultRoute& route : DefaultRoutes(ifname)) {
     if (!route.learned) continue;
@@ -152,7 +156,8 @@ bool ipv6::Move(const std::string& ifname, const Fixed& former, const Fixed& wan
   const bool sameRoute = former.gateway == wanted.gateway;
   const bool sameAddress = former.address == wanted.address && former.prefix == wanted.prefix;
   if (!wanted.address.empty() && !AddAddress(ifname, wanted, steps)) return false;
-  if (!former.gateway.empty() && !sameRoute && !RemoveRoute(ifname, former.gateway, steps)) return false;
+  if (!former.gateway.empty() && !sameRoute && !RemoveRoute(ifname, former.gateway, steps))
+    return false;
   if (!wanted.gateway.empty() && !AddRoute(ifname, wanted.gateway, steps)) return false;
   return former.address.empty() || sameAddress || RemoveAddress(ifname, former, steps);
 }

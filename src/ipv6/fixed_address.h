@@ -1,10 +1,10 @@
 // The fixed address and default route of an interface in the running kernel.
 #pragma once
 
-#include <zarnnetsdk/ipv6.h>
-
 #include <string>
 #include <vector>
+
+#include <zarnnetsdk/ipv6.h>
 
 #include "ipv6/steps.h"
 
@@ -20,8 +20,9 @@ struct Fixed {
 // Every address that the kernel has on the interface.
 std::vector<ZARNNETV6ADDR> AddressesOf(const std::string& ifname);
 
-// Takes the interface from one to the other. What the kernel has already is left alone, and the old address goes
-// last, so that the interface is never without one.
-[[nodiscard]] bool Move(const std::string& ifname, const Fixed& former, const Fixed& wanted, Steps* steps);
+// Takes the interface from one to the other. What the kernel has already is left alone, and the old
+// address goes last, so that the interface is never without one.
+[[nodiscard]] bool Move(const std::string& ifname, const Fixed& former, const Fixed& wanted,
+                        Steps* steps);
 
 }  // namespace ipv6

@@ -1,12 +1,12 @@
 // What an interface's file says of IPv6: type, fixed address, prefix length and gateway.
 #include <arpa/inet.h>
-#include <strings.h>
-#include <zarnnetsdk/iface.h>
-#include <zarnnetsdk/ipv6.h>
-
 #include <cstdio>
 #include <optional>
 #include <string>
+#include <strings.h>
+
+#include <zarnnetsdk/iface.h>
+#include <zarnnetsdk/ipv6.h>
 
 #include "frame/key_file.h"
 #include "frame/log.h"

@@ -1,16 +1,17 @@
-// Configures IPv6 on an interface: its file, the kernel's switch, the DHCPv6 client, the fixed address and route.
-// When a step fails everything is as it was.
-#include <arpa/inet.h>
-#include <linux/if_addr.h>
-#include <strings.h>
-#include <unistd.h>
-#include <zarnnetsdk/ipv6.h>
-
+// Configures IPv6 on an interface: its file, the kernel's switch, the DHCPv6 client, the fixed
+// address and route. When a step fails everything is as it was.
 #include <algorithm>
+#include <arpa/inet.h>
 #include <cstdlib>
 #include <ctime>
+#include <linux/if_addr.h>
 #include <optional>
 #include <string>
+#include <strings.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <zarnnetsdk/ipv6.h>
 
 #include "frame/backup.h"
 #include "frame/command.h"
@@ -92,7 +93,8 @@ ipv6::Fixed FormerFixed(const std::string& path) {
           KernelText(ReadKey(path, ipv6::kGatewayKey, kSize).text).value_or("")};
 }
 
-// A key that the type does not use is dropped. The switch goes into the file too: start-up sets it from there.
+// A key that the type does not use is dropped. The switch goes into the file too: start-up sets it
+// from there.
 bool WriteKeys(const std::string& path, const Request& request) {
   const std::string prefix = Format("%d", request.prefix);
   KeyEdit edit;
@@ -119,7 +121,8 @@ class FormerFile {
   explicit FormerFile(const std::string& path) : path_(path) {
     if (!Exists(path)) return;
     copy_.emplace(path, Format(".tmp%ld", static_cast<long>(std::time(nullptr))));
-    if (!copy_->Made()) LOG_ERROR("%s:%d copy (%s, %s) failed.", path.c_str(), copy_->CopyName().c_str());
+    if (!copy_->Made())
+      LOG_ERROR("%s:%d copy (%s, %s) failed.", path.c_str(), copy_->CopyName().c_str());
   }
 
   // Without a copy of a file that exists nothing may be changed.
@@ -130,7 +133,8 @@ class FormerFile {
     if (!back) LOG_ERROR("%s:%d Failed to restore %s", path_.c_str());
   }
   void Forget() {
-    if (copy_ && !copy_->Remove()) LOG_ERROR("%s:%d Failed to remove %s", copy_->CopyName().c_str());
+    if (copy_ && !copy_->Remove())
+      LOG_ERROR("%s:%d Failed to remove %s", copy_->CopyName().c_str());
   }
 
  private:
@@ -163,9 +167,18 @@ constexpr char kClientJob[] = "dhcp-client6";
 constexpr char kStartAction[] = "start";
 constexpr char kStopAction[] = "stop";
 
+// Anybody can leave a file, or a pipe that nobody writes to, under that name.
+bool IsOwnFile(const std::string& path) {
+  struct stat status {};
+  return ::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+         status.st_uid == ::geteuid();
+}
+
 bool IsClientRunning(const std::string& ifname) {
+  const std::string path = paths::Dhcp6Pid(ifname, kStartAction);
+  if (!IsOwnFile(path)) return false;
   char name[64];
-  const int pid = KOPACReadPidFile(paths::Dhcp6Pid(ifname, kStartAction).c_str());
+  const int pid = KOPACReadPidFile(path.c_str());
   return pid > 0 && KOPACProcGetByPid(pid, name, sizeof name) == 0;
 }
 
@@ -211,15 +224,18 @@ bool IsBeingProbed(const std::string& ifname) {
 void WaitForProbes(const std::string& ifname) {
   constexpr int kTries = 10;
   constexpr useconds_t kPause = 500'000;
-  for (int i = 0; i < kTries && IsBeingProbed(ifname); ++i) ::usleep(kPause);
+  for (int i = 0; i < kTries && IsBeingProbed(ifname); ++i)
+    ::usleep(kPause);
 }
 
 bool RemoveDuplicates(const std::string& ifname) {
   WaitForProbes(ifname);
   for (const ZARNNETV6ADDR& address : ipv6::AddressesOf(ifname)) {
     if ((address.flags & IFA_F_DADFAILED) == 0) continue;
-    LOG_ERROR("%s:%d ipv6 dad fail, ip:%s, pxleng:%d", address.szAddr, static_cast<int>(address.prefix));
-    if (ZARNNetIPv6IPAction(ipv6::kDelete, ifname.c_str(), address.szAddr, address.prefix, nullptr) < 0) {
+    LOG_ERROR("%s:%d ipv6 dad fail, ip:%s, pxleng:%d", address.szAddr,
+              static_cast<int>(address.prefix));
+    if (ZARNNetIPv6IPAction(ipv6::kDelete, ifname.c_str(), address.szAddr, address.prefix,
+                            nullptr) < 0) {
       LOG_ERROR("%s:%d failed to run ipv6 dad failed ip");
       return false;
     }
@@ -237,7 +253,9 @@ bool Apply(const Request& request, const ipv6::Fixed& former, ipv6::Steps* steps
          RemoveDuplicates(request.ifname);
 }
 
-std::string TextOf(const char* text) { return text != nullptr ? text : ""; }
+std::string TextOf(const char* text) {
+  return text != nullptr ? text : "";
+}
 
 }  // namespace
 

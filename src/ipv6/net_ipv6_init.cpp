@@ -1,13 +1,14 @@
-// At start-up: the kernel listens to router advertisements where the interface files want it to, and not elsewhere.
-#include <strings.h>
-#include <zarnnetsdk/iface.h>
-#include <zarnnetsdk/ipv6.h>
-#include <zarnnetsdk/virtual.h>
-
+// At start-up: the kernel listens to router advertisements where the interface files want it to,
+// and not elsewhere.
 #include <memory>
 #include <optional>
 #include <string>
+#include <strings.h>
 #include <vector>
+
+#include <zarnnetsdk/iface.h>
+#include <zarnnetsdk/ipv6.h>
+#include <zarnnetsdk/virtual.h>
 
 #include "frame/file.h"
 #include "frame/kernel.h"

@@ -13,7 +13,8 @@ class Steps {
 
   // The last step first.
   void TakeBack() {
-    for (auto step = takeBack_.rbegin(); step != takeBack_.rend(); ++step) (*step)();
+    for (auto step = takeBack_.rbegin(); step != takeBack_.rend(); ++step)
+      (*step)();
     takeBack_.clear();
   }
 

@@ -53,6 +53,8 @@ std::string LogText();
 
 // ---- sleeps are noted and not slept
 long SleptMilliseconds();
+// From now on they are slept: for a kernel that needs its time.
+void SleepForReal();
 
 // ---- the core library's lists
 Lines Items(const KOPACSZLIST* list);

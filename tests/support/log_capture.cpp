@@ -1,4 +1,5 @@
 // Takes the place of the C library's syslog and usleep in a test program: lines are kept, sleeps are noted.
+#include <poll.h>
 #include <syslog.h>
 #include <unistd.h>
 
@@ -14,6 +15,7 @@ namespace {
 
 std::mutex mutex;
 long slept = 0;
+bool forReal = false;
 
 void Keep(int priority, const char* format, va_list args) {
   char text[4096];
@@ -62,6 +64,7 @@ void __syslog_chk(int priority, int, const char* format, ...) {
 
 int usleep(useconds_t microseconds) {
   slept += static_cast<long>(microseconds) / 1000;
+  if (forReal) ::poll(nullptr, 0, static_cast<int>(microseconds / 1000));
   return 0;
 }
 
@@ -89,5 +92,6 @@ std::string LogText() {
 }
 
 long SleptMilliseconds() { return slept; }
+void SleepForReal() { forReal = true; }
 
 }  // namespace test
