@@ -50,7 +50,8 @@ int ZARNNetIPv6ConfGet(const char *szIfname, int *pType, char *szAddr, int cbAdd
  * @param prefix     1 to 128 for the static type, 0 to 128 for the others
  * @param szGateway  may be null or empty; not malformed
  * @return 0; -1, with 0x0D00 for bad arguments
- * Programs: /bin/cp, /sbin/start, /sbin/stop, /sbin/ip. Fires net/ipv6_change for a new address. No lock.
+ * Programs: /bin/cp, /sbin/start, /sbin/stop, /sbin/ip. Fires net/ipv6_change for a new address.
+ * Holds the lock on the interface's file throughout (waits up to 30 seconds for it).
  */
 int ZARNNetIPv6ConfSet(const char *szIfname, int type, const char *szAddr, int prefix, const char *szGateway);
 

@@ -1,14 +1,17 @@
-// A lock class of the appliance, held while this object lives. Waits at most 5 seconds for it.
+// The appliance's locks, held while their objects live: lock classes, and locks on one file.
 #pragma once
+
+#include <string>
 
 #include <zarncore/zarncore.h>
 
 namespace frame {
 
-inline constexpr int kNetworkRead = 0x105;   // interface files, resolver files, routes, host name
+inline constexpr int kNetworkRead = 0x105;  // interface files, resolver files, routes, host name
 inline constexpr int kNetworkWrite = 0x106;
 inline constexpr int kServicePlugin = 0x1000006;
 
+// A lock class. Waits at most 5 seconds for it.
 class Lock {
  public:
   explicit Lock(int classAndMode)
@@ -25,6 +28,31 @@ class Lock {
   static constexpr int kWaitSeconds = 5;
 
   int class_;
+  bool held_;
+};
+
+// The exclusive lock on one file, kept apart from the file, which every edit replaces. Waits at
+// most 30 seconds.
+class FileLock {
+ public:
+  explicit FileLock(const std::string& path)
+      : held_(KOPACFileLockTimeByFile(path.c_str(), kExclusive, kWaitSeconds, &lock_) >= 0) {}
+  ~FileLock() { static_cast<void>(Release()); }  // whoever wants to know releases it himself
+  FileLock(const FileLock&) = delete;
+  FileLock& operator=(const FileLock&) = delete;
+
+  [[nodiscard]] bool Held() const { return held_; }
+  [[nodiscard]] bool Release() {
+    if (!held_) return true;
+    held_ = false;
+    return KOPACFileUnlockByFile(lock_) == 1;
+  }
+
+ private:
+  static constexpr int kExclusive = 1;
+  static constexpr int kWaitSeconds = 30;
+
+  PKOPACFILELOCK lock_ = nullptr;
   bool held_;
 };
 

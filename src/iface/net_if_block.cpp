@@ -5,6 +5,7 @@
 #include <string>
 
 #include "frame/key_file.h"
+#include "frame/lock.h"
 #include "frame/log.h"
 #include "frame/paths.h"
 #include "frame/text.h"
@@ -25,31 +26,6 @@ constexpr BlockFlag kBlockFlags[] = {
     {ZARNNET_BLOCK_AHA, "BLOCK_AHA"},
     {ZARNNET_BLOCK_VIRTUAL, "BLOCK_VIRTUAL"},
     {ZARNNET_BLOCK_QUENDAR, "BLOCK_QUENDAR"},
-};
-
-// The lock on one interface file; it is kept apart from the file, which every edit replaces.
-class FileLock {
- public:
-  FileLock(const std::string& path, std::string ifname) : ifname_(std::move(ifname)) {
-    constexpr int kExclusive = 1;
-    constexpr int kWaitSeconds = 30;
-    held_ = KOPACFileLockTimeByFile(path.c_str(), kExclusive, kWaitSeconds, &lock_) >= 0;
-    if (!held_) LOG_ERROR("%s:%d KOPACFileLockTimeByFile failed!");
-  }
-  ~FileLock() {
-    if (held_ && KOPACFileUnlockByFile(lock_) != 1) {
-      LOG_ERROR("%s:%d Failed to release file lock of [%s]", ifname_.c_str());
-    }
-  }
-  FileLock(const FileLock&) = delete;
-  FileLock& operator=(const FileLock&) = delete;
-
-  [[nodiscard]] bool Held() const { return held_; }
-
- private:
-  std::string ifname_;
-  PKOPACFILELOCK lock_ = nullptr;
-  bool held_ = false;
 };
 
 bool IsYes(const KeyValue& value) { return value.text.starts_with("yes"); }
@@ -80,22 +56,29 @@ bool ChangeFlag(const std::string& path, const char* key, int value) {
   return IsYes(present) || WriteFlag(path, key, value == 1 ? "yes" : "no", +1);
 }
 
+bool ChangeFlags(const std::string& path, const char* ifname, unsigned mask, int value) {
+  for (const BlockFlag& flag : kBlockFlags) {
+    if ((mask & flag.bit) == 0 || ChangeFlag(path, flag.key, value)) continue;
+    LOG_ERROR("%s:%d Failed to set mode [%s] of [%s]", flag.key, ifname);
+    return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 int ZARNNetIFBlockSet(const char* szIfname, unsigned int mask, int value) try {
   if (IsUnfitName(szIfname)) return FRAME_FAIL(kBadParameter, -1);
   const std::string path = paths::Ifcfg(szIfname);
-  const FileLock lock(path, szIfname);
+  FileLock lock(path);
   if (!lock.Held()) {
+    LOG_ERROR("%s:%d KOPACFileLockTimeByFile failed!");
     LOG_ERROR("%s:%d Failed to get lock");
     return -1;
   }
-  for (const BlockFlag& flag : kBlockFlags) {
-    if ((mask & flag.bit) == 0 || ChangeFlag(path, flag.key, value)) continue;
-    LOG_ERROR("%s:%d Failed to set mode [%s] of [%s]", flag.key, szIfname);
-    return -1;
-  }
-  return 0;
+  const bool changed = ChangeFlags(path, szIfname, mask, value);
+  if (!lock.Release()) LOG_ERROR("%s:%d Failed to release file lock of [%s]", szIfname);
+  return changed ? 0 : -1;
 }
 FRAME_NO_EXCEPTIONS(-1)
 

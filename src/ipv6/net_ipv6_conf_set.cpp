@@ -18,6 +18,7 @@
 #include "frame/file.h"
 #include "frame/kernel.h"
 #include "frame/key_file.h"
+#include "frame/lock.h"
 #include "frame/log.h"
 #include "frame/paths.h"
 #include "frame/text.h"
@@ -264,7 +265,14 @@ int ZARNNetIPv6ConfSet(const char* szIfname, int type, const char* szAddr, int p
   const Request request{TextOf(szIfname), type, TextOf(szAddr), prefix, TextOf(szGateway)};
   if (!IsSensible(request)) return FRAME_FAIL(kBadParameter, -1);
 
+  // Not the network lock: the client's scripts and the event's plugins take that one while this
+  // call waits.
   const std::string path = paths::Ifcfg(request.ifname);
+  const FileLock lock(path);
+  if (!lock.Held()) {
+    LOG_ERROR("%s:%d KOPACFileLockTimeByFile failed!");
+    return -1;
+  }
   const ipv6::Fixed former = FormerFixed(path);
   FormerFile file(path);
   if (!file.IsSafe()) return -1;

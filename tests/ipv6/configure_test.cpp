@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sstream>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <syslog.h>
 #include <unistd.h>
 
@@ -133,6 +134,21 @@ TEST_F(V6Set, ARouteLearnedFromARouterMakesWay) {
   ASSERT_NE("", Routes()) << "no router was heard";
   ASSERT_EQ(0, ZARNNetIPv6ConfSet("eth0", 3, "fd00:9::5", 64, "fd00:9::1")) << LogText();
   EXPECT_EQ("fd00:9::1\n", Routes());
+}
+
+TEST_F(V6Set, CallsOfSeveralProcessesFollowEachOther) {
+  for (int i = 0; i < 6; ++i) {
+    if (::fork() != 0) continue;
+    const std::string address = "fd00::1" + std::to_string(i);
+    ::_exit(ZARNNetIPv6ConfSet("eth0", 3, address.c_str(), 64, i % 2 == 0 ? "fe80::1" : "fe80::2"));
+  }
+  int status = 0;
+  while (::wait(&status) > 0)
+    EXPECT_EQ(0, status);
+  const std::string file = ReadIfcfg("eth0");
+  const std::string address = Shell("sed -n s/IPV6ADDR=//p " + IfcfgPath("eth0"));
+  EXPECT_EQ(address.substr(0, address.size() - 1) + "/64\n", Addresses()) << "one is left";
+  EXPECT_NE(std::string::npos, file.find("IPV6_DEFAULTGW=" + Routes())) << file;
 }
 
 TEST_F(V6Set, ADuplicateAddressIsRemoved) {
