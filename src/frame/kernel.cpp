@@ -99,6 +99,24 @@ std::optional<std::array<unsigned char, 6>> InetSocket::HardwareAddress(
   return mac;
 }
 
+std::optional<int> InetSocket::Mtu(std::string_view ifname) const {
+  ifreq request{};
+  if (!Request(SIOCGIFMTU, ifname, &request)) return std::nullopt;
+  return request.ifr_mtu;
+}
+
+bool InetSocket::SetMtu(std::string_view ifname, int mtu) const {
+  ifreq request{};
+  request.ifr_mtu = mtu;
+  return Request(SIOCSIFMTU, ifname, &request);
+}
+
+bool InetSocket::AskDriver(std::string_view ifname, void* driverRequest) const {
+  ifreq request{};
+  request.ifr_data = static_cast<char*>(driverRequest);
+  return Request(SIOCETHTOOL, ifname, &request);
+}
+
 std::optional<std::string> InetSocket::VlanParent(std::string_view ifname) const {
   vlan_ioctl_args request = VlanRequest(GET_VLAN_REALDEV_NAME_CMD, ifname);
   if (::ioctl(socket_.Get(), SIOCGIFVLAN, &request) != 0) return std::nullopt;

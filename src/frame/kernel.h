@@ -30,6 +30,13 @@ class InetSocket {
   [[nodiscard]] std::optional<std::array<unsigned char, 6>> HardwareAddress(
       std::string_view ifname) const;
 
+  [[nodiscard]] std::optional<int> Mtu(std::string_view ifname) const;
+  [[nodiscard]] bool SetMtu(std::string_view ifname, int mtu) const;
+
+  // Hands a request of the driver settings interface (linux/ethtool.h) to the interface's driver, which
+  // answers in place.
+  [[nodiscard]] bool AskDriver(std::string_view ifname, void* driverRequest) const;
+
   // The VLAN driver's answers: the parent of a VLAN (nothing for any other interface), and its id.
   [[nodiscard]] std::optional<std::string> VlanParent(std::string_view ifname) const;
   [[nodiscard]] std::optional<int> VlanId(std::string_view ifname) const;

@@ -10,7 +10,8 @@
 
 namespace frame {
 
-inline constexpr char kBareLine[] = "%s=%s\n";  // interface files and their like
+inline constexpr char kBareLine[] = "%s=%s\n";        // interface files and their like
+inline constexpr char kQuotedLine[] = "%s=\"%s\"\n";  // the system settings file
 
 // What a key of a file reads as. `length` is that of the core library: above 0 found, 0 absent or empty,
 // below 0 the file cannot be read.

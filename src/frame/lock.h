@@ -5,10 +5,13 @@
 
 #include <zarncore/zarncore.h>
 
+#include <utility>
+
 namespace frame {
 
 inline constexpr int kNetworkRead = 0x105;  // interface files, resolver files, routes, host name
 inline constexpr int kNetworkWrite = 0x106;
+inline constexpr int kSettingsWrite = 0x806;  // /etc/zarninfo.conf
 inline constexpr int kServicePlugin = 0x1000006;
 
 // A lock class. Waits at most 5 seconds for it.
@@ -23,6 +26,8 @@ class Lock {
   Lock& operator=(const Lock&) = delete;
 
   [[nodiscard]] bool Held() const { return held_; }
+  // Lets go before the scope ends, for callers that report a release that fails.
+  [[nodiscard]] bool Release() { return !std::exchange(held_, false) || KOPACFileUnlock(class_) == 0; }
 
  private:
   static constexpr int kWaitSeconds = 5;

@@ -10,6 +10,8 @@ namespace frame::paths {
 inline constexpr char kIfcfgPrefix[] = "/etc/sysconfig/network-scripts/ifcfg-";
 inline constexpr char kInfo[] = "/etc/zarninfo.conf";
 inline constexpr char kFactoryInfo[] = "/etc.defaults/zarninfo.conf";
+inline constexpr char kHostname[] = "/etc/hostname";
+inline constexpr char kHosts[] = "/etc/hosts";
 
 inline std::string Ifcfg(std::string_view ifname) { return std::string(kIfcfgPrefix).append(ifname); }
 
@@ -57,6 +59,7 @@ inline std::string AcceptRa(std::string_view ifname) {
 inline constexpr char kIp[] = "/sbin/ip";
 inline constexpr char kIfconfig[] = "/sbin/ifconfig";
 inline constexpr char kStart[] = "/sbin/start";
+inline constexpr char kInitctl[] = "/sbin/initctl";
 inline constexpr char kStop[] = "/sbin/stop";
 inline constexpr char kCp[] = "/bin/cp";
 inline constexpr char kIpcalc[] = "/bin/ipcalc";

@@ -46,6 +46,9 @@ std::string_view FieldText(const char (&field)[N]) {
 // An interface name as the kernel takes it: at most 15 characters.
 inline std::string_view KernelName(std::string_view ifname) { return ifname.substr(0, 15); }
 
+// False for a name that would be cut on its way to the kernel, and so be another interface's.
+inline bool FitsKernel(std::string_view ifname) { return KernelName(ifname) == ifname; }
+
 // Splits at any of the separators; empty fields are kept (values) or left out (names in kernel files).
 std::vector<std::string_view> SplitFields(std::string_view text, std::string_view separators);
 std::vector<std::string_view> SplitWords(std::string_view text, std::string_view separators = " \t\n");

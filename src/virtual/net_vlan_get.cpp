@@ -26,7 +26,7 @@ int KOPANetVlanGet(const char* szIfname, KOPANETVLAN* pVlan) try {
   if (!socket.IsOpen()) return FRAME_FAIL(kVlanQuery, -1);
   // The question takes 15 characters, and a longer name must not be answered with another
   // interface's VLAN.
-  if (KernelName(ifname) != ifname) return 0;
+  if (!FitsKernel(ifname)) return 0;
   const auto parent = socket.VlanParent(ifname);
   if (!parent) return 0;
   CopyText(*parent, pVlan->szRowDev);
