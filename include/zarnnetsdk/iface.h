@@ -167,6 +167,23 @@ int KOPANetGetMacAddr(int index, char *szBuf, int cbBuf, int blLocal);
  * under an Open vSwitch device. @return as KOPANetGetMacAddr(); 1 also when there is no such port */
 int KOPANetGetMacAddrByInterface(const char *szIfname, char *szBuf, int cbBuf, int blLocal);
 
+/** A port's link as its driver tells it. */
+typedef struct ZARNNETETHINFO {
+  int32_t speed;   /* Mb/s, -1 unknown */
+  int32_t duplex;  /* 0 half, 1 full, -1 unknown */
+  int32_t link;    /* 1 carrier, 0 none */
+  int32_t autoneg; /* 1 on, 0 off, -1 unknown */
+} ZARNNETETHINFO;
+
+/**
+ * Reads a port's link. Whatever the kernel does not know (many virtual interfaces, a port that is down)
+ * is -1; that is no failure.
+ * @return 0; -1 with 0x0D00 (bad name, null record), 0xBC00 (no such interface) or 0x8100 (no socket), and
+ *         the record left alone
+ * Asks the driver through the socket ioctls, and reads /sys/class/net/IFNAME when it gives no answer.
+ */
+int ZARNNetGetEthInfo(const char *szIfname, ZARNNETETHINFO *pInfo);
+
 /* ---- topology -------------------------------------------------------------------------------------- */
 
 /** One network topology of an appliance with a wireless interface. */
