@@ -1,4 +1,4 @@
-/* IPv4 addresses of an interface, and the events that tell the appliance of network changes. */
+/* IPv4 addresses and MTU of an interface, the host name, and the events that tell of network changes. */
 #pragma once
 
 #include <zarncore/zarncore.h>
@@ -47,6 +47,48 @@ int ZARNNetFlushIP(const char *szType, const char *szIfname);
 /** The appliance's address as seen from the internet, asked of /usr/zarn/sbin/ddnsd -e.
  * @return a 16-byte text to be freed with free(), or null */
 char *ZARNExternalIPGet(void);
+
+/* ---- MTU --------------------------------------------------------------------------------------------
+ * An MTU is decimal text. It is stored in /etc/zarninfo.conf under "IFNAME_mtu" (of a name, the first 16
+ * characters). An Open vSwitch port stands for the interface under it, an Open vSwitch bond for its members. */
+
+/** The stored MTU, "1500" when none is stored. Takes no lock.
+ * @return 0; -1 with 0x0D00, or when the file cannot be read */
+int ZARNConfGetMTUValue(const char *szIfname, char *szBuf, int cbBuf);
+
+/**
+ * Stores the MTU of an interface, of a VLAN under its parent's name first. No kernel change.
+ * @return 0, also with nothing stored where the kernel cannot be asked for VLANs; -1 with 0x0D00, or when
+ *         the lock or a write failed (of the two writes of a VLAN the other is done all the same)
+ * Writes under the settings lock (waits up to 5 seconds).
+ */
+int ZARNConfSetMTUValue(const char *szMTU, const char *szIfname);
+
+/**
+ * Sets the MTU in the kernel, of a VLAN on its parent first, of a bond on its members in order until one
+ * refuses. Each interface is taken down for it and brought up again whatever happens, which drops its IPv6
+ * addresses and its routes. No file, no event.
+ * @return 0; -1 with 0x0D00 (also a name of more than 16 characters), 0x8100 (a VLAN that is its own
+ *         parent), or when the kernel refuses
+ */
+int ZARNNetSetMTUEth(const char *szMTU, const char *szIfname);
+
+/**
+ * Gives an interface an MTU: fires net/mtu_change, stores the MTU, sets it in the kernel, waits 5 seconds for
+ * the link and fires net/mtu_change again with the same name. On a link known to be slower than 1 Gb/s an MTU
+ * of 1500 or more is stored and not applied, which is a success.
+ * @return 0; -1 with 0x0D00 or the code of the step that failed. The setting stays when the kernel refuses;
+ *         the second event is fired after a failure only for an Open vSwitch bond.
+ */
+int ZARNNetSetMTUValue(const char *szMTU, const char *szIfname);
+
+/** The kernel's MTU of this very interface. @return it; 0 when there is none of that name; -1 (0x0D00, a name
+ * of more than 16 characters, no socket) */
+int ZARNGetMTU(const char *szIfname);
+
+/** The MTU in force: of a bond, the largest of its members'. @return as ZARNGetMTU(), or -1 when the interface
+ * under an Open vSwitch device, or a bond's member, cannot be told */
+int ZARNGetMTUSetting(const char *szIfname);
 
 /* ---- change hooks: each fires one event of the plugin category "net" -------------------------------
  * stage is 4 before the change and 5 after it. A hook answers 0, or -1 when the event could not be set

@@ -1,8 +1,6 @@
 // What plugins are told: event, stage and arguments as a real plugin receives them.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <syslog.h>
-#include <unistd.h>
 #include <zarnnetsdk/ipv4.h>
 
 #include "frame/containers.h"
@@ -77,22 +75,12 @@ TEST(ChangeHooks, TheIfnameEventTakesListsAndTheResult) {
 }
 
 TEST(ServicePlugin, WaitsForItsLockAndLetsGoOfIt) {
-  int ready[2];
-  ASSERT_EQ(0, ::pipe(ready));
-  const pid_t holder = ::fork();
-  if (holder == 0) {
-    const bool held = KOPACFileLock(0x1000006, 5) == 0;
-    if (::write(ready[1], &held, 1) == 1) ::pause();
-    ::_exit(0);
+  {
+    const LockHolder other(0x1000006);
+    EXPECT_EQ(-1, KOPAServicePlugin(0, 1));
   }
-  char held = 0;
-  ASSERT_EQ(1, ::read(ready[0], &held, 1));
-  ASSERT_EQ(1, held);
-  EXPECT_EQ(-1, KOPAServicePlugin(0, 1));
   EXPECT_EQ(1, LogCount(LOG_ERR, "service_net_service_plugin", "Lock failed"));
   EXPECT_EQ(Lines{}, Events());
-  ::kill(holder, SIGKILL);
-  ::waitpid(holder, nullptr, 0);
   EXPECT_EQ(0, KOPAServicePlugin(0, 1)) << "the dead holder's lock is free";
   EXPECT_EQ(2U, Events().size());
   EXPECT_EQ(0, KOPACFileLock(0x1000006, 0)) << "released after the call";

@@ -6,9 +6,11 @@
 #include <poll.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -115,6 +117,26 @@ void BringUp(const std::string& ifname) {
     ::poll(nullptr, 0, 10);
   }
   ADD_FAILURE() << ifname << " has no carrier";
+}
+
+LockHolder::LockHolder(int classAndMode) : pid_(-1) {
+  int ready[2];
+  if (::pipe2(ready, O_CLOEXEC) != 0) ADD_FAILURE() << "no pipe";
+  pid_ = ::fork();
+  if (pid_ == 0) {
+    const bool held = KOPACFileLock(classAndMode, 5) == 0;
+    if (::write(ready[1], &held, 1) == 1) ::pause();
+    ::_exit(0);
+  }
+  char held = 0;
+  if (::read(ready[0], &held, 1) != 1 || held != 1) ADD_FAILURE() << "the lock is not to be had";
+  ::close(ready[0]);
+  ::close(ready[1]);
+}
+
+LockHolder::~LockHolder() {
+  ::kill(pid_, SIGKILL);
+  ::waitpid(pid_, nullptr, 0);
 }
 
 Lines Events() { return FileLines(kEvents); }

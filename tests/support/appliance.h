@@ -51,6 +51,18 @@ int LogCount(int priority, std::string_view source, std::string_view message);
 // All lines, for a failure message.
 std::string LogText();
 
+// Another process that holds a lock class until this object goes.
+class LockHolder {
+ public:
+  explicit LockHolder(int classAndMode);
+  ~LockHolder();
+  LockHolder(const LockHolder&) = delete;
+  LockHolder& operator=(const LockHolder&) = delete;
+
+ private:
+  int pid_;
+};
+
 // ---- sleeps are noted and not slept
 long SleptMilliseconds();
 // From now on they are slept: for a kernel that needs its time.

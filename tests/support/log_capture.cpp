@@ -1,4 +1,4 @@
-// Takes the place of the C library's syslog and usleep in a test program: lines are kept, sleeps are noted.
+// Takes the place of the C library's syslog, usleep and sleep in a test program: lines are kept, sleeps are noted.
 #include <poll.h>
 #include <syslog.h>
 #include <unistd.h>
@@ -65,6 +65,11 @@ void __syslog_chk(int priority, int, const char* format, ...) {
 int usleep(useconds_t microseconds) {
   slept += static_cast<long>(microseconds) / 1000;
   if (forReal) ::poll(nullptr, 0, static_cast<int>(microseconds / 1000));
+  return 0;
+}
+
+unsigned int sleep(unsigned int seconds) {
+  slept += 1000L * seconds;
   return 0;
 }
 
