@@ -90,6 +90,27 @@ int ZARNGetMTU(const char *szIfname);
  * under an Open vSwitch device, or a bond's member, cannot be told */
 int ZARNGetMTUSetting(const char *szIfname);
 
+/* ---- host name -------------------------------------------------------------------------------------- */
+
+/**
+ * Sets the host name: in the kernel, in /etc/hostname, in /etc/hosts (written whole); has the system logger
+ * take it up (/sbin/initctl reload syslog-ng) and fires net/hostname_change. Does nothing on the container
+ * edition. Holds the exclusive network lock (waits up to 5 seconds).
+ * @param szHostname  1 to 63 characters, no slash, blank or control character
+ * @return 0; -1 with 0x0D00, 0x0E00 (empty or too long), 0x0400 (lock), 0x8100 (kernel), 0x0900 (open),
+ *         0x0B00 (write), 0x2800 (rename), or after a failed command or event. Earlier steps stay done; each
+ *         file is then the old one or the new one.
+ */
+int ZARNLnxSetHostname(const char *szHostname);
+
+/**
+ * The kernel's host name up to its first dot. Holds the shared network lock (waits up to 5 seconds).
+ * @param szBuf  at least 64 bytes
+ * @return 1; 0 with an empty text when the kernel has none; -1 with 0x0D00, 0x0400 (lock) or 0x8100 (kernel,
+ *         or a name too long)
+ */
+int ZARNLnxGetHostname(char *szBuf);
+
 /* ---- change hooks: each fires one event of the plugin category "net" -------------------------------
  * stage is 4 before the change and 5 after it. A hook answers 0, or -1 when the event could not be set
  * up or delivered; that never undoes a change. */
