@@ -1,24 +1,11 @@
-// The MTU of an interface: in the settings, in the kernel, and in what plugins hear. Not every test
-// machine's kernel has the VLAN driver, and none has a slow link: those two answers are put in
-// place here.
-#include <cerrno>
-#include <cstdarg>
-#include <cstdio>
+// The MTU of an interface: in the settings, in the kernel, and in what plugins hear.
 #include <gtest/gtest.h>
-#include <linux/ethtool.h>
-#include <linux/if_vlan.h>
-#include <linux/sockios.h>
-#include <map>
-#include <net/if.h>
-#include <sys/ioctl.h>
-#include <sys/syscall.h>
 #include <syslog.h>
-#include <unistd.h>
 #include <utility>
 
 #include <zarnnetsdk/ipv4.h>
 
-#include "support/appliance.h"
+#include "support/kernel_answers.h"
 
 using namespace test;
 
@@ -26,51 +13,20 @@ namespace {
 
 const char kInfo[] = "/etc/zarninfo.conf";
 
-std::map<std::string, std::string> parents;  // of VLANs
-int linkSpeed = 0;                           // 0: as the kernel says
-Lines changes;                               // what was asked of the kernel, in order
-
-int AnswerVlan(vlan_ioctl_args* request) {
-  const auto vlan = parents.find(request->device1);
-  if (vlan == parents.end()) return -1;
-  if (request->cmd == GET_VLAN_VID_CMD) {
-    request->u.VID = 10;
-  } else {
-    std::snprintf(request->u.device2, sizeof request->u.device2, "%s", vlan->second.c_str());
-  }
-  return 0;
-}
-
-int AnswerSpeed(void* request) {
-  if (*static_cast<__u32*>(request) != ETHTOOL_GSET) {
-    errno = EOPNOTSUPP;
-    return -1;
-  }
-  ethtool_cmd_speed_set(static_cast<ethtool_cmd*>(request), static_cast<__u32>(linkSpeed));
-  return 0;
-}
-
-void Note(unsigned long command, const ifreq& request) {
-  const std::string name = request.ifr_name;
-  if (command == SIOCSIFFLAGS)
-    changes.push_back(name + ((request.ifr_flags & IFF_UP) != 0 ? " up" : " down"));
-  if (command == SIOCSIFMTU) changes.push_back(name + " " + std::to_string(request.ifr_mtu));
+Lines operator+(Lines a, const Lines& b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
 }
 
 Lines Applied(const std::string& ifname, const std::string& mtu) {
   return {ifname + " down", ifname + " " + mtu, ifname + " up"};
 }
 
-Lines operator+(Lines a, const Lines& b) {
-  a.insert(a.end(), b.begin(), b.end());
-  return a;
-}
-
 Lines TakeChanges() {
-  return std::exchange(changes, {});
+  return std::exchange(Kernel().changes, {});
 }
 
-std::string Kernel(const std::string& ifname) {
+std::string State(const std::string& ifname) {
   const bool up = Shell("ip link show " + ifname).find(",UP") != std::string::npos;
   std::string mtu = ReadFile("/sys/class/net/" + ifname + "/mtu");
   if (!mtu.empty()) mtu.pop_back();
@@ -95,23 +51,10 @@ void AddOvsBond() {
 
 }  // namespace
 
-extern "C" int ioctl(int fd, unsigned long command, ...) noexcept {
-  va_list args;
-  va_start(args, command);
-  void* const argument = va_arg(args, void*);
-  va_end(args);
-  if (command == SIOCGIFVLAN) return AnswerVlan(static_cast<vlan_ioctl_args*>(argument));
-  if (command == SIOCETHTOOL && linkSpeed != 0)
-    return AnswerSpeed(static_cast<ifreq*>(argument)->ifr_data);
-  if (command == SIOCSIFFLAGS || command == SIOCSIFMTU)
-    Note(command, *static_cast<ifreq*>(argument));
-  return static_cast<int>(::syscall(SYS_ioctl, fd, command, argument));
-}
-
 TEST(MtuSetting, IsKeptUnderTheNameThatCarriesTheTraffic) {
   char mtu[8] = "stale";
   WriteFile(kInfo, "a=\"1\"\neth0_mtu=\"1400\"\nb=\"2\"");
-  parents["eth0.10"] = "eth0";
+  Kernel().vlanParents["eth0.10"] = "eth0";
   Shell("ip link add ovs_eth2 type bridge");
   EXPECT_EQ(0, ZARNConfGetMTUValue("eth1", mtu, sizeof mtu));
   EXPECT_STREQ("1500", mtu);
@@ -126,7 +69,7 @@ TEST(MtuSetting, IsKeptUnderTheNameThatCarriesTheTraffic) {
   EXPECT_STREQ("2000", mtu);
   EXPECT_EQ(0, ZARNConfGetMTUValue("eth0", mtu, 3)) << "cut to the buffer";
   EXPECT_STREQ("90", mtu);
-  EXPECT_EQ(Lines{}, changes) << "the kernel is left alone";
+  EXPECT_EQ(Lines{}, Kernel().changes) << "the kernel is left alone";
 }
 
 TEST(MtuSetting, AFailureLeavesTheFile) {
@@ -152,7 +95,7 @@ TEST(MtuSetting, AFailureLeavesTheFile) {
   MountEmpty("/etc", "16k");
   WriteFile(kInfo, kOld);
   FillDisk("/etc");
-  parents["eth0.10"] = "eth0";
+  Kernel().vlanParents["eth0.10"] = "eth0";
   Log().clear();
   EXPECT_EQ(-1, ZARNConfSetMTUValue("9000", "eth0.10"));
   EXPECT_EQ(2U, Log().size()) << "both writes are tried: " << LogText();
@@ -165,21 +108,22 @@ TEST(MtuSetting, AFailureLeavesTheFile) {
 
 TEST(MtuApply, TheKernelHasTheValueAndTheInterfaceIsUp) {
   EXPECT_EQ(0, ZARNNetSetMTUEth("1400", "eth0")) << LogText();
-  EXPECT_EQ("1400 up", Kernel("eth0"));
+  EXPECT_EQ("1400 up", State("eth0"));
   EXPECT_EQ(1, LogCount(LOG_WARNING, "net_set_mtu_eth",
                         "we temporarily do the eth up/down in sdk when setting MTU"));
   for (const char* refused : {"5", "0", "-1", "99999999", "x"}) {
     EXPECT_EQ(-1, ZARNNetSetMTUEth(refused, "eth0")) << refused;
-    EXPECT_EQ("1400 up", Kernel("eth0")) << refused;
+    EXPECT_EQ("1400 up", State("eth0")) << refused;
   }
   EXPECT_EQ(1, LogCount(LOG_ERR, "net_set_mtu_eth", "Failed to set MTU 5 of eth0")) << LogText();
   EXPECT_EQ(-1, ZARNNetSetMTUEth("1400", "nosuch0"));
   EXPECT_EQ(0, ZARNGetMTU("nosuch0"));
   EXPECT_EQ(1400, ZARNGetMTU("eth0"));
   Shell("ip link set eth3 name fifteen-letters");
-  EXPECT_EQ(-1, ZARNNetSetMTUEth("1400", "fifteen-letters6")) << "not the interface it would be if cut";
+  EXPECT_EQ(-1, ZARNNetSetMTUEth("1400", "fifteen-letters6"))
+      << "not the interface it would be if cut";
   EXPECT_EQ(0, ZARNGetMTU("fifteen-letters6"));
-  EXPECT_EQ("1500 down", Kernel("fifteen-letters"));
+  EXPECT_EQ("1500 down", State("fifteen-letters"));
   KOPACErrSetEx(0, "", 0);
   EXPECT_EQ(-1, ZARNNetSetMTUEth("1400", "eth0-of-17-letters"));
   EXPECT_EQ(0x0D00, KOPACErrGet());
@@ -189,7 +133,8 @@ TEST(MtuApply, TheKernelHasTheValueAndTheInterfaceIsUp) {
 
 TEST(MtuApply, AVlanFollowsItsParent) {
   Shell("ip link add eth0.10 type bridge");
-  parents = {{"eth0.10", "eth0"}, {"eth1", "eth1"}, {"eth2", "eth3"}, {"eth3", "eth2"}};
+  Kernel().vlanParents = {
+      {"eth0.10", "eth0"}, {"eth1", "eth1"}, {"eth2", "eth3"}, {"eth3", "eth2"}};
   EXPECT_EQ(0, ZARNNetSetMTUEth("1400", "eth0.10"));
   EXPECT_EQ(Applied("eth0", "1400") + Applied("eth0.10", "1400"), TakeChanges());
   EXPECT_EQ(-1, ZARNNetSetMTUEth("5", "eth0.10")) << "the parent refuses";
@@ -198,7 +143,7 @@ TEST(MtuApply, AVlanFollowsItsParent) {
     KOPACErrSetEx(0, "", 0);
     EXPECT_EQ(-1, ZARNNetSetMTUEth("1400", endless));
     EXPECT_EQ(0x8100, KOPACErrGet());
-    EXPECT_EQ("1500 up", Kernel(endless));
+    EXPECT_EQ("1500 up", State(endless));
   }
 }
 
@@ -231,7 +176,7 @@ TEST(MtuApply, OpenSwitchDevicesStandForTheirPorts) {
 TEST(Mtu, IsStoredAppliedAndTold) {
   EXPECT_EQ(0, ZARNNetSetMTUValue("1400", "eth0")) << LogText();
   EXPECT_EQ("eth0_mtu=\"1400\"\n", ReadFile(kInfo));
-  EXPECT_EQ("1400 up", Kernel("eth0"));
+  EXPECT_EQ("1400 up", State("eth0"));
   EXPECT_EQ(MtuEvents("eth0", "1400"), TakeEvents());
   EXPECT_EQ(5000, SleptMilliseconds());
   Shell("ip link add ovs_eth2 type bridge");
@@ -239,22 +184,22 @@ TEST(Mtu, IsStoredAppliedAndTold) {
   EXPECT_EQ(0, ZARNNetSetMTUValue("1400", "ovs_eth2")) << "a failing plugin stops nothing";
   EXPECT_EQ(1, LogCount(LOG_ERR, "net_set_mtu_value", "Failed to send mtu change prehook"));
   EXPECT_EQ("eth0_mtu=\"1400\"\neth2_mtu=\"1400\"\n", ReadFile(kInfo));
-  EXPECT_EQ("1400 up", Kernel("eth2"));
+  EXPECT_EQ("1400 up", State("eth2"));
   EXPECT_EQ(MtuEvents("ovs_eth2", "1400"), TakeEvents());
 }
 
 TEST(Mtu, JumboIsKeptBackFromSlowLinksOnly) {
   const struct {
-    int speed;
+    unsigned speed;
     const char* mtu;
     bool applied;
   } cases[] = {{100, "9000", false},
                {999, "1500", false},
                {100, "1499", true},
                {1000, "9000", true},
-               {-1, "9000", true}};
+               {0xFFFFFFFF, "9000", true}};
   for (const auto& c : cases) {
-    linkSpeed = c.speed;
+    Kernel().driver = PoorDriver{c.speed};
     Shell("ip link set eth0 mtu 1450");
     EXPECT_EQ(0, ZARNNetSetMTUValue(c.mtu, "eth0"));
     EXPECT_EQ(c.applied ? Applied("eth0", c.mtu) : Lines{}, TakeChanges()) << c.speed;
@@ -270,7 +215,7 @@ TEST(Mtu, AfterAFailureThereIsNoSecondEventExceptForABond) {
   EXPECT_EQ(-1, ZARNNetSetMTUValue("5", "eth0"));
   EXPECT_EQ(-1, ZARNNetSetMTUValue("1400", "nosuch0"));
   EXPECT_EQ("eth0_mtu=\"5\"\nnosuch0_mtu=\"1400\"\n", ReadFile(kInfo)) << "stored first and kept";
-  EXPECT_EQ("1500 up", Kernel("eth0"));
+  EXPECT_EQ("1500 up", State("eth0"));
   EXPECT_EQ((Lines{MtuEvents("eth0", "5")[0], MtuEvents("nosuch0", "1400")[0]}), TakeEvents());
   EXPECT_EQ(0, SleptMilliseconds());
   EXPECT_EQ(1, LogCount(LOG_ERR, "net_set_mtu_value", "Failed to set MTU 5 of eth0"));
@@ -284,5 +229,5 @@ TEST(Mtu, AfterAFailureThereIsNoSecondEventExceptForABond) {
   EXPECT_EQ(5000, SleptMilliseconds());
   EXPECT_EQ(0, ZARNNetSetMTUValue("1400", "ovs_bond0"));
   EXPECT_EQ("ovs_bond0_mtu=\"1400\"\neth0_mtu=\"1400\"\neth1_mtu=\"1400\"\n", ReadFile(kInfo));
-  EXPECT_EQ("1400 up", Kernel("eth1"));
+  EXPECT_EQ("1400 up", State("eth1"));
 }

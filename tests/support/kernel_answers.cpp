@@ -1,0 +1,70 @@
+// What a test puts in the kernel's place, by taking the place of the C library's ioctl.
+#include "support/kernel_answers.h"
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <linux/ethtool.h>
+#include <linux/if_vlan.h>
+#include <linux/sockios.h>
+#include <net/if.h>
+#include <sys/ioctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace test {
+namespace {
+
+int AnswerVlan(vlan_ioctl_args* request) {
+  const auto vlan = Kernel().vlanParents.find(request->device1);
+  if (vlan == Kernel().vlanParents.end()) return -1;
+  if (request->cmd == GET_VLAN_VID_CMD) {
+    request->u.VID = 10;
+  } else {
+    std::snprintf(request->u.device2, sizeof request->u.device2, "%s", vlan->second.c_str());
+  }
+  return 0;
+}
+
+int AnswerDriver(const PoorDriver& driver, void* request) {
+  if (*static_cast<__u32*>(request) != ETHTOOL_GSET || !driver.speed) {
+    errno = EOPNOTSUPP;
+    return -1;
+  }
+  auto* const settings = static_cast<ethtool_cmd*>(request);
+  ethtool_cmd_speed_set(settings, *driver.speed);
+  settings->duplex = driver.duplex;
+  settings->autoneg = driver.autoneg;
+  return 0;
+}
+
+void Note(unsigned long command, const ifreq& request) {
+  const std::string name = request.ifr_name;
+  const bool up = (request.ifr_flags & IFF_UP) != 0;
+  if (command == SIOCSIFFLAGS) Kernel().changes.push_back(name + (up ? " up" : " down"));
+  if (command == SIOCSIFMTU)
+    Kernel().changes.push_back(name + " " + std::to_string(request.ifr_mtu));
+}
+
+}  // namespace
+
+KernelAnswers& Kernel() {
+  static KernelAnswers answers;
+  return answers;
+}
+
+}  // namespace test
+
+extern "C" int ioctl(int fd, unsigned long command, ...) noexcept {
+  va_list args;
+  va_start(args, command);
+  void* const argument = va_arg(args, void*);
+  va_end(args);
+  if (command == SIOCGIFVLAN) return test::AnswerVlan(static_cast<vlan_ioctl_args*>(argument));
+  auto* const request = static_cast<ifreq*>(argument);
+  if (command == SIOCETHTOOL && test::Kernel().driver) {
+    return test::AnswerDriver(*test::Kernel().driver, request->ifr_data);
+  }
+  if (command == SIOCSIFFLAGS || command == SIOCSIFMTU) test::Note(command, *request);
+  return static_cast<int>(::syscall(SYS_ioctl, fd, command, argument));
+}
