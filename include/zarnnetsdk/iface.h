@@ -82,12 +82,16 @@ typedef struct KOPANETSTAT {
   uint64_t txBytes, txPackets, txErrors, txDropped;
 } KOPANETSTAT;
 
+/* C++ has no open-ended field of its own; its compilers know C's. */
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wpedantic"
 /** The statistics list. */
 typedef struct KOPANETSTATLIST {
-  int nItem;                         /* entries filled */
-  int nMax;                          /* room */
-  __extension__ KOPANETSTAT rgItem[]; /* C++ knows no open-ended field of its own */
+  int nItem; /* entries filled */
+  int nMax;  /* room */
+  KOPANETSTAT rgItem[];
 } KOPANETSTATLIST, *PKOPANETSTATLIST;
+#pragma GCC diagnostic pop
 
 /** An empty list with room for cMax interfaces; KOPANetStatFree() frees it.
  * @return the list, or null with 0x0D00 (cMax below 1) or 0x0200 */
