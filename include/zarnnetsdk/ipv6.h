@@ -36,7 +36,8 @@ int ZARNNetIPv6ConfGet(const char *szIfname, int *pType, char *szAddr, int cbAdd
  * Configures IPv6 on an interface, in its file and in the running system.
  *
  * Writes IPV6INIT and IPV6_ACCEPT_RA and, for the static type, IPV6ADDR, IPV6PREFIXLENG and IPV6_DEFAULTGW
- * (the other types drop these three); sets the kernel's accept_ra; starts (dhcp, auto_dhcp) or stops the job
+ * (the other types drop these three); sets the kernel's accept_ra; switches IPv6 on again where a flush has left
+ * it off, except for the type off; starts (dhcp, auto_dhcp) or stops the job
  * "dhcp-client6" of the interface, unless it runs (/tmp/dhclient6-IFNAME-start.pid) or does not run already;
  * gives the interface the fixed address and default route and takes away those of the static configuration
  * that the file held before. Then waits up to 5 seconds for duplicate address detection, while the interface

@@ -162,6 +162,20 @@ bool SwitchAdvertisements(const Request& request, ipv6::Steps* steps) {
   return true;
 }
 
+// ---- the kernel's switch
+
+// A flush of an interface that was "off" leaves IPv6 switched off, and no address could be given then.
+bool SwitchOn(const Request& request) {
+  constexpr unsigned kEnable = 0;
+  if (request.type == ZARNNET_IPV6_OFF) return true;
+  LineReader lines(paths::Ipv6Switch(request.ifname));
+  const auto line = lines.IsOpen() ? lines.Next() : std::nullopt;
+  if (!line || Trimmed(*line) != "1") return true;
+  if (ZARNLnxIPv6ProcAction(request.ifname.c_str(), kEnable) == 0) return true;
+  LOG_ERROR("%s:%d Failed to enable IPv6 on [%s]", request.ifname.c_str());
+  return false;
+}
+
 // ---- the DHCPv6 client
 
 constexpr char kClientJob[] = "dhcp-client6";
@@ -247,7 +261,7 @@ bool RemoveDuplicates(const std::string& ifname) {
 // ---- all of it
 
 bool Apply(const Request& request, const ipv6::Fixed& former, ipv6::Steps* steps) {
-  if (!SwitchAdvertisements(request, steps)) return false;
+  if (!SwitchAdvertisements(request, steps) || !SwitchOn(request)) return false;
   const bool client =
       request.UsesDhcp() ? StartClient(request.ifname, steps) : StopClient(request.ifname, steps);
   return client && ipv6::Move(request.ifname, former, WantedFixed(request), steps) &&

@@ -114,6 +114,14 @@ TEST_F(V6Set, StaticAddressAndRouteComeAndGo) {
   EXPECT_EQ("DEVICE=eth0\nIPV6DNS=fd00::53\nIPV6INIT=off\nIPV6_ACCEPT_RA=0\n", ReadIfcfg("eth0"));
 }
 
+TEST_F(V6Set, AnInterfaceThatWasFlushedWhileOffIsSwitchedOnAgain) {
+  ASSERT_EQ(0, ZARNNetIPv6ConfSet("eth0", ZARNNET_IPV6_OFF, nullptr, 0, nullptr)) << LogText();
+  ASSERT_EQ(0, ZARNLnxIPv6FlushAddr("eth0"));
+  ASSERT_EQ("1\n", ReadFile("/proc/sys/net/ipv6/conf/eth0/disable_ipv6"));
+  EXPECT_EQ(0, ZARNNetIPv6ConfSet("eth0", ZARNNET_IPV6_STATIC, "fd00::5", 64, nullptr)) << LogText();
+  EXPECT_EQ("fd00::5/64\n", Addresses());
+}
+
 TEST_F(V6Set, AnAddressThatExpiresBecomesFixed) {
   Shell("ip -6 address add fd00::5/64 dev eth0 valid_lft 900 preferred_lft 900 nodad");
   ASSERT_EQ(0, ZARNNetIPv6ConfSet("eth0", 3, "fd00::5", 64, nullptr)) << LogText();

@@ -427,3 +427,76 @@ TEST(Completion, OffersVerbsInterfacesAndFlags) {
   EXPECT_EQ("eth all\n", complete("if list --kind \"\"", 4));
   EXPECT_EQ("eth1\n", complete("link up eth0 eth1", 4));
 }
+
+// ---- ipv6, stat, mtu, hostname
+
+TEST(Ipv6, WhatIsSetIsShownAndInTheKernel) {
+  BringUp("eth0");
+  SkipDuplicateDetection("eth0");
+  ExpectDone("ipv6 set eth0 static fd00::10/64 --gateway fd00::1");
+  EXPECT_TRUE(Contains(Addresses("eth0"), "fd00::10/64"));
+  EXPECT_TRUE(Contains(Shell("ip -6 route show default"), "via fd00::1 dev eth0"));
+  const json state = Payload("ipv6 get eth0", "ipv6");
+  EXPECT_EQ("static", state["type"]);
+  EXPECT_EQ("fd00::10", state["addr"]);
+  EXPECT_EQ(64, state["prefix"]);
+  EXPECT_EQ("fd00::1", state["gateway"]);
+  ExpectDone("ipv6 add eth0 fd00::20/64");
+  EXPECT_TRUE(Contains(Addresses("eth0"), "fd00::20/64"));
+  ExpectDone("ipv6 del eth0 fd00::20/64");
+  ExpectDone("ipv6 set eth0 off");
+  EXPECT_FALSE(Contains(Addresses("eth0"), "fd00::"));
+  EXPECT_EQ(json(nullptr), Payload("ipv6 get eth0", "ipv6")["addr"]);
+  ExpectDone("ipv6 init");
+  EXPECT_EQ("0\n", ReadFile("/proc/sys/net/ipv6/conf/eth0/accept_ra"));
+}
+
+TEST(Ipv6, NonsenseIsRefusedAndChangesNothing) {
+  BringUp("eth0");
+  const std::string before = ReadIfcfg("eth0");
+  for (const char* words : {"ipv6 set eth0 sometimes", "ipv6 set eth0 static", "ipv6 set eth0 static fd00::1",
+                            "ipv6 set eth0 auto fd00::1/64", "ipv6 add eth0",
+                            "ipv6 add eth0 fd00::1/64 --gateway fd00::2"}) {
+    EXPECT_EQ("usage", Error(words, kUsage)["what"]) << words;
+  }
+  for (const char* words : {"ipv6 set eth0 static fd00::g/64", "ipv6 set eth0 static fd00::1/129",
+                            "ipv6 add eth0 10.0.0.1/24", "ipv6 del eth0 --gateway 10.0.0.1"}) {
+    EXPECT_EQ("0x1000", Error(words, kFailed)["code"]) << words;
+  }
+  EXPECT_EQ("0xBC00", Error("ipv6 get eth9", kFailed)["code"]);
+  EXPECT_EQ(before, ReadIfcfg("eth0"));
+}
+
+TEST(Ipv6, ARealDhcpClientStartsAndStops) {
+  BringUp("eth0");
+  ExpectDone("ipv6 set eth0 dhcp");
+  EXPECT_TRUE(Contains(Shell("status dhcp-client6 IFACE=eth0"), "start/running"));
+  ExpectDone("ipv6 set eth0 auto");
+  EXPECT_FALSE(Contains(Shell("status dhcp-client6 IFACE=eth0"), "start/running"));
+}
+
+TEST(Stat, CountsWhatTheKernelCounts) {
+  BringUp("eth0");
+  Shell("ip address add 192.168.50.10/24 dev eth0; ping -c 2 -i 0.1 -W 1 192.168.50.77");
+  const json list = Payload("stat eth0", "statistics");
+  ASSERT_EQ(1U, list.size());
+  const std::string sent = Shell("cat /sys/class/net/eth0/statistics/tx_bytes");
+  EXPECT_LT(0, list[0]["tx_packets"]);
+  EXPECT_LE(list[0]["tx_bytes"], std::stoull(sent));
+  EXPECT_EQ(5U, Payload("stat", "statistics").size()) << "the four ports, down too, and loopback";
+  EXPECT_EQ("0xBC00", Error("stat eth9", kFailed)["code"]);
+}
+
+TEST(System, MtuAndHostNameAreTheKernels) {
+  BringUp("eth0");
+  ExpectDone("mtu set eth0 1400");
+  EXPECT_TRUE(Contains(Shell("ip link show eth0"), "mtu 1400"));
+  EXPECT_EQ((json{{"name", "eth0"}, {"mtu", 1400}, {"configured", "1400"}}), Payload("mtu get eth0", "mtu"));
+  EXPECT_EQ("usage", Error("mtu set eth0 67", kUsage)["what"]);
+  RecordTool("/sbin/initctl");
+  ExpectDone("hostname set nas");
+  EXPECT_EQ("nas\n", Shell("hostname"));
+  EXPECT_EQ("nas", Payload("hostname get", "hostname")["hostname"]);
+  EXPECT_EQ("0x0E00", Error("hostname set " + std::string(64, 'x'), kFailed)["code"]);
+  EXPECT_EQ("nas\n", Shell("hostname"));
+}

@@ -13,6 +13,9 @@ void AddIfCommands(CLI::App& app, Context& context);
 void AddIpCommands(CLI::App& app, Context& context);
 void AddLinkCommands(CLI::App& app, Context& context);
 void AddBlockCommands(CLI::App& app, Context& context);
+void AddIpv6Commands(CLI::App& app, Context& context);
+void AddStatCommands(CLI::App& app, Context& context);
+void AddSystemCommands(CLI::App& app, Context& context);
 
 // A group of verbs, of which one must follow.
 CLI::App* AddGroup(CLI::App& app, const std::string& name, const std::string& description);

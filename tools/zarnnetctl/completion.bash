@@ -13,11 +13,14 @@ _zarnnetctl_interfaces() {
 _zarnnetctl_candidates() {
   local group=${1-} verb=${2-}
   case $# in
-    0) echo "if ip link mac block --help --version" ;;
+    0) echo "if ip ipv6 link mac mtu hostname block stat --help --version" ;;
     1)
       case $group in
         if) echo "list show --help" ;;
         ip) echo "get set flush --help" ;;
+        ipv6) echo "get set add del init --help" ;;
+        mtu | hostname) echo "get set --help" ;;
+        stat) echo "--json --help"; _zarnnetctl_interfaces ;;
         link) echo "up down --help" ;;
         mac) echo "--json --local --help"; _zarnnetctl_interfaces ;;
         block) echo "get set --help" ;;
@@ -34,6 +37,13 @@ _zarnnetctl_candidates() {
           echo "--clear --json --help"
           if [ $# -gt 2 ]; then echo "ha aha virtual quendar"; else _zarnnetctl_interfaces; fi
           ;;
+        "ipv6 set")
+          echo "--gateway --json --help"
+          case $# in 2) _zarnnetctl_interfaces ;; 3) echo "auto off dhcp static auto_dhcp" ;; esac
+          ;;
+        "ipv6 add" | "ipv6 del") echo "--gateway --json --help"; [ $# -gt 2 ] || _zarnnetctl_interfaces ;;
+        "ipv6 init" | hostname\ *) echo "--json --help" ;;
+        stat\ *) echo "--json --help"; _zarnnetctl_interfaces ;;
         mac\ *) echo "--json --local --help" ;;
         *) echo "--json --help"; [ $# -gt 2 ] || _zarnnetctl_interfaces ;;
       esac

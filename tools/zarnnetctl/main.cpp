@@ -82,6 +82,9 @@ int Run(int argc, char** argv) {
   AddIpCommands(app, context);
   AddLinkCommands(app, context);
   AddBlockCommands(app, context);
+  AddIpv6Commands(app, context);
+  AddStatCommands(app, context);
+  AddSystemCommands(app, context);
   return Parse(app, context, argc, argv);
 }
 
