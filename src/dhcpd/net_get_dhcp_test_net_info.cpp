@@ -1,9 +1,9 @@
 // A trial run of the DHCP client: which address would the network hand out?
-#include <zarnnetsdk/dhcpd.h>
-
 #include <cerrno>
 #include <cstring>
 #include <string>
+
+#include <zarnnetsdk/dhcpd.h>
 
 #include "frame/command.h"
 #include "frame/file.h"

@@ -1,7 +1,8 @@
-// Does an interface take its address by DHCP? A file that does not say so is repaired to a fixed address.
-#include <zarnnetsdk/dhcpd.h>
-
+// Does an interface take its address by DHCP? A file that does not say so is repaired to a fixed
+// address.
 #include <string>
+
+#include <zarnnetsdk/dhcpd.h>
 
 #include "frame/file.h"
 #include "frame/key_file.h"
@@ -23,8 +24,8 @@ int BlZARNLnxIsDHCP(const char* ifname) try {
   const KeyValue proto = ReadKey(path, "BOOTPROTO", 16);
   if (proto.Found()) return proto.text == "dhcp" ? 1 : 0;
   LOG_ERROR_FUNC("%s(%d) Get BOOTPROTO failed.(%X)", KOPACErrGet());
-  // Readers come by here all the time, so a file without the key is repaired on the way; an interface
-  // without a file stays without one.
+  // Readers come by here all the time, so a file without the key is repaired on the way; an
+  // interface without a file stays without one.
   if (Exists(path) && KOPACFileSetKeyValue(path.c_str(), "BOOTPROTO", "static", kBareLine) < 0) {
     LOG_ERROR_FUNC("%s(%d) KOPACFileSetKeyValue(%s, BOOTPROTO, static) failed.(%X)", path.c_str(),
                    KOPACErrGet());

@@ -1,9 +1,8 @@
 // A copy of a file beside itself that takes its place again when the change is not kept.
 #include "frame/backup.h"
 
-#include <unistd.h>
-
 #include <cstdio>
+#include <unistd.h>
 #include <utility>
 
 #include "frame/command.h"
@@ -20,7 +19,9 @@ Backup::Backup(std::string path, const std::string& suffix)
   }
 }
 
-Backup::~Backup() { static_cast<void>(Restore()); }  // an exception's way out: nobody is left to tell
+Backup::~Backup() {
+  static_cast<void>(Restore());
+}  // an exception's way out: nobody is left to tell
 
 bool Backup::Restore() {
   if (!Made()) return true;

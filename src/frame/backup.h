@@ -5,12 +5,12 @@
 
 namespace frame {
 
-// Made with /bin/cp -f, so that the copy has the file's mode. Unless Keep() is called the destructor renames
-// the copy back over the file; Keep() removes the copy.
+// Made with /bin/cp -f, so that the copy has the file's mode. Unless Keep() is called the
+// destructor renames the copy back over the file; Keep() removes the copy.
 class Backup {
  public:
-  // The copy's name is that of the file with the suffix appended. A copy that cannot be made is logged by
-  // the caller (Made()) and nothing is restored later.
+  // The copy's name is that of the file with the suffix appended. A copy that cannot be made is
+  // logged by the caller (Made()) and nothing is restored later.
   Backup(std::string path, const std::string& suffix);
   ~Backup();
   Backup(const Backup&) = delete;

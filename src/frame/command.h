@@ -1,20 +1,24 @@
-// Running the system's programs: an absolute path and a list of arguments, waited for. There is no shell
-// anywhere, and arguments are never joined.
+// Running the system's programs: an absolute path and a list of arguments, waited for. There is no
+// shell anywhere, and arguments are never joined.
 #pragma once
-
-#include <zarncore/zarncore.h>
 
 #include <cstdio>
 #include <memory>
 #include <string>
+
+#include <zarncore/zarncore.h>
 
 namespace frame {
 
 namespace internal {
 // The core library's option value for "wait, and answer a refusal as a negative result".
 inline constexpr int kExecOptions = 187;
-inline const char* Argument(const char* text) { return text; }
-inline const char* Argument(const std::string& text) { return text.c_str(); }
+inline const char* Argument(const char* text) {
+  return text;
+}
+inline const char* Argument(const std::string& text) {
+  return text.c_str();
+}
 }  // namespace internal
 
 // Runs a program. True when it ended with exit status 0.
@@ -24,8 +28,8 @@ template <class... Args>
                     static_cast<const char*>(nullptr)) >= 0;
 }
 
-// Runs a program with up to four arguments. Its exit status, or -1 when it could not be started or was
-// ended by a signal.
+// Runs a program with up to four arguments. Its exit status, or -1 when it could not be started or
+// was ended by a signal.
 [[nodiscard]] inline int RunStatus(const char* path, const char* arg1 = nullptr,
                                    const char* arg2 = nullptr, const char* arg3 = nullptr,
                                    const char* arg4 = nullptr) {

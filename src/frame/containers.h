@@ -1,9 +1,9 @@
 // Owners of the core library's string lists and string hashes.
 #pragma once
 
-#include <zarncore/zarncore.h>
-
 #include <new>
+
+#include <zarncore/zarncore.h>
 
 namespace frame {
 

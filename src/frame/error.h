@@ -1,5 +1,5 @@
-// Error codes and the error state. A code is set where the fault is found; callers on the way up leave
-// it alone and log it with FRAME_INNER_ERROR.
+// Error codes and the error state. A code is set where the fault is found; callers on the way up
+// leave it alone and log it with FRAME_INNER_ERROR.
 #pragma once
 
 #include <zarncore/zarncore.h>
@@ -9,9 +9,9 @@
 namespace frame {
 
 enum class Error : unsigned short {
-  kTableFull = 0x0100,          // a table of fixed size is full, or could not grow
+  kTableFull = 0x0100,  // a table of fixed size is full, or could not grow
   kNoMemory = 0x0200,
-  kLock = 0x0400,               // the network lock was not had in time
+  kLock = 0x0400,  // the network lock was not had in time
   kOpen = 0x0900,
   kRead = 0x0A00,
   kWrite = 0x0B00,
@@ -19,7 +19,7 @@ enum class Error : unsigned short {
   kHostnameLength = 0x0E00,
   kMalformedAddress = 0x1000,
   kRename = 0x2800,
-  kCommand = 0x2A00,            // a program or a send failed
+  kCommand = 0x2A00,  // a program or a send failed
   kVlanQuery = 0x3400,
   kUnexpectedContent = 0x4000,  // a kernel file reads otherwise than it should
   kRefused = 0x8100,
@@ -35,8 +35,8 @@ Result Failed(Error code, const char* source, int line, Result result) {
   return result;
 }
 
-// For the catch-all at the end of an exported function: whatever the standard library throws here is
-// memory that could not be had.
+// For the catch-all at the end of an exported function: whatever the standard library throws here
+// is memory that could not be had.
 template <class Result>
 Result OutOfMemory(const char* source, int line, Result result) {
   KOPACErrSetEx(static_cast<unsigned short>(Error::kNoMemory), source, line);
@@ -49,13 +49,14 @@ Result OutOfMemory(const char* source, int line, Result result) {
   KOPACErrSetEx(static_cast<unsigned short>(::frame::Error::code), FRAME_SOURCE, __LINE__)
 
 // Sets the code and yields the result: return FRAME_FAIL(kBadParameter, -1);
-#define FRAME_FAIL(code, result) ::frame::Failed(::frame::Error::code, FRAME_SOURCE, __LINE__, (result))
+#define FRAME_FAIL(code, result) \
+  ::frame::Failed(::frame::Error::code, FRAME_SOURCE, __LINE__, (result))
 
 // The arguments of "[0x%04X %s:%d]".
 #define FRAME_INNER_ERROR KOPACErrGet(), KOPACErrorGetFile(), KOPACErrorGetLine()
 
 // Closes the function-try-block of an exported function: no exception crosses the C interface.
-#define FRAME_NO_EXCEPTIONS(result)                                    \
-  catch (...) {                                                        \
-    return ::frame::OutOfMemory(FRAME_SOURCE, __LINE__, (result));     \
+#define FRAME_NO_EXCEPTIONS(result)                                \
+  catch (...) {                                                    \
+    return ::frame::OutOfMemory(FRAME_SOURCE, __LINE__, (result)); \
   }

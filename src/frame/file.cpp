@@ -5,9 +5,13 @@
 
 namespace frame {
 
-bool Exists(const std::string& path) { return ::access(path.c_str(), F_OK) == 0; }
+bool Exists(const std::string& path) {
+  return ::access(path.c_str(), F_OK) == 0;
+}
 
-LineReader::~LineReader() { std::free(buffer_); }
+LineReader::~LineReader() {
+  std::free(buffer_);
+}
 
 std::optional<std::string_view> LineReader::Next() {
   const ssize_t length = ::getline(&buffer_, &capacity_, file_.get());
@@ -15,6 +19,8 @@ std::optional<std::string_view> LineReader::Next() {
   return std::string_view(buffer_, static_cast<std::size_t>(length));
 }
 
-bool LineReader::Failed() const { return std::feof(file_.get()) == 0; }
+bool LineReader::Failed() const {
+  return std::feof(file_.get()) == 0;
+}
 
 }  // namespace frame

@@ -1,13 +1,12 @@
 // Owners of open files, and readers of the small files of /proc and /sys.
 #pragma once
 
-#include <unistd.h>
-
 #include <cstdio>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unistd.h>
 #include <utility>
 
 namespace frame {
@@ -53,7 +52,8 @@ class LineReader {
   LineReader& operator=(const LineReader&) = delete;
 
   [[nodiscard]] bool IsOpen() const { return file_ != nullptr; }
-  // The next line with its newline, valid until the next call; nothing at the end or when reading failed.
+  // The next line with its newline, valid until the next call; nothing at the end or when reading
+  // failed.
   std::optional<std::string_view> Next();
   // After Next() answered nothing: did reading fail before the end?
   [[nodiscard]] bool Failed() const;

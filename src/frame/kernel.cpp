@@ -2,12 +2,11 @@
 #include "frame/kernel.h"
 
 #include <arpa/inet.h>
+#include <cstring>
 #include <linux/if_vlan.h>
 #include <linux/sockios.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
-
-#include <cstring>
 
 #include "frame/text.h"
 

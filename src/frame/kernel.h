@@ -1,11 +1,10 @@
 // The interface ioctls, over one datagram socket that lives as long as the call that needs it.
 #pragma once
 
-#include <net/if.h>
-#include <netinet/in.h>
-
 #include <array>
 #include <cstdint>
+#include <net/if.h>
+#include <netinet/in.h>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,7 +13,8 @@
 
 namespace frame {
 
-// Every query answers nothing when the kernel refuses; errno says why. Names are cut to 15 characters.
+// Every query answers nothing when the kernel refuses; errno says why. Names are cut to 15
+// characters.
 class InetSocket {
  public:
   InetSocket();
@@ -33,8 +33,8 @@ class InetSocket {
   [[nodiscard]] std::optional<int> Mtu(std::string_view ifname) const;
   [[nodiscard]] bool SetMtu(std::string_view ifname, int mtu) const;
 
-  // Hands a request of the driver settings interface (linux/ethtool.h) to the interface's driver, which
-  // answers in place.
+  // Hands a request of the driver settings interface (linux/ethtool.h) to the interface's driver,
+  // which answers in place.
   [[nodiscard]] bool AskDriver(std::string_view ifname, void* driverRequest) const;
 
   // The VLAN driver's answers: the parent of a VLAN (nothing for any other interface), and its id.

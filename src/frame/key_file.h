@@ -1,10 +1,10 @@
 // Settings files of KEY=value lines: reading one key, and changing several in one rewrite.
 #pragma once
 
-#include <zarncore/zarncore.h>
-
 #include <cstddef>
 #include <string>
+
+#include <zarncore/zarncore.h>
 
 #include "frame/containers.h"
 
@@ -13,8 +13,8 @@ namespace frame {
 inline constexpr char kBareLine[] = "%s=%s\n";        // interface files and their like
 inline constexpr char kQuotedLine[] = "%s=\"%s\"\n";  // the system settings file
 
-// What a key of a file reads as. `length` is that of the core library: above 0 found, 0 absent or empty,
-// below 0 the file cannot be read.
+// What a key of a file reads as. `length` is that of the core library: above 0 found, 0 absent or
+// empty, below 0 the file cannot be read.
 struct KeyValue {
   int length;
   std::string text;

@@ -2,10 +2,9 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include <zarncore/zarncore.h>
-
-#include <utility>
 
 namespace frame {
 
@@ -27,7 +26,9 @@ class Lock {
 
   [[nodiscard]] bool Held() const { return held_; }
   // Lets go before the scope ends, for callers that report a release that fails.
-  [[nodiscard]] bool Release() { return !std::exchange(held_, false) || KOPACFileUnlock(class_) == 0; }
+  [[nodiscard]] bool Release() {
+    return !std::exchange(held_, false) || KOPACFileUnlock(class_) == 0;
+  }
 
  private:
   static constexpr int kWaitSeconds = 5;

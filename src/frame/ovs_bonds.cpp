@@ -15,7 +15,8 @@ std::optional<bool> IsOvsBondMember(std::string_view ifname) {
   if (!lines.IsOpen()) return std::nullopt;
   while (const auto line = lines.Next()) {
     const auto words = SplitWords(Trimmed(*line), " ");
-    if (!words.empty() && std::find(words.begin() + 1, words.end(), ifname) != words.end()) return true;
+    if (!words.empty() && std::find(words.begin() + 1, words.end(), ifname) != words.end())
+      return true;
   }
   return false;
 }

@@ -6,8 +6,8 @@
 
 namespace frame {
 
-// Is the interface a member of some Open vSwitch bond? Also no when there is no table; nothing when the
-// table cannot be opened.
+// Is the interface a member of some Open vSwitch bond? Also no when there is no table; nothing when
+// the table cannot be opened.
 std::optional<bool> IsOvsBondMember(std::string_view ifname);
 
 }  // namespace frame

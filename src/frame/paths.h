@@ -13,7 +13,9 @@ inline constexpr char kFactoryInfo[] = "/etc.defaults/zarninfo.conf";
 inline constexpr char kHostname[] = "/etc/hostname";
 inline constexpr char kHosts[] = "/etc/hosts";
 
-inline std::string Ifcfg(std::string_view ifname) { return std::string(kIfcfgPrefix).append(ifname); }
+inline std::string Ifcfg(std::string_view ifname) {
+  return std::string(kIfcfgPrefix).append(ifname);
+}
 
 // ---- leases and results of other programs
 inline std::string DhcpInfo(std::string_view ifname) {

@@ -10,14 +10,18 @@
 namespace frame {
 namespace {
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
 
 std::string_view TakeNumber(std::string_view* text) {
   std::size_t length = 0;
-  while (length < text->size() && IsDigit((*text)[length])) ++length;
+  while (length < text->size() && IsDigit((*text)[length]))
+    ++length;
   std::string_view number = text->substr(0, length);
   text->remove_prefix(length);
-  while (number.size() > 1 && number.front() == '0') number.remove_prefix(1);
+  while (number.size() > 1 && number.front() == '0')
+    number.remove_prefix(1);
   return number;
 }
 

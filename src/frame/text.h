@@ -10,7 +10,9 @@
 
 namespace frame {
 
-inline bool IsEmpty(const char* text) { return text == nullptr || *text == '\0'; }
+inline bool IsEmpty(const char* text) {
+  return text == nullptr || *text == '\0';
+}
 
 // True when any of the required texts is null or empty.
 inline bool AnyEmpty(std::initializer_list<const char*> texts) {
@@ -20,8 +22,8 @@ inline bool AnyEmpty(std::initializer_list<const char*> texts) {
   return false;
 }
 
-// True for a name that cannot be part of a path or of a line of a file: null, empty, or with a slash, blank
-// or control character in it. The kernel takes no such interface name either.
+// True for a name that cannot be part of a path or of a line of a file: null, empty, or with a
+// slash, blank or control character in it. The kernel takes no such interface name either.
 bool IsUnfitName(const char* name);
 
 // Copies text into a buffer of size bytes, cut to fit and always terminated; size 0 writes nothing.
@@ -44,14 +46,20 @@ std::string_view FieldText(const char (&field)[N]) {
 [[gnu::format(printf, 1, 2)]] std::string Format(const char* format, ...);
 
 // An interface name as the kernel takes it: at most 15 characters.
-inline std::string_view KernelName(std::string_view ifname) { return ifname.substr(0, 15); }
+inline std::string_view KernelName(std::string_view ifname) {
+  return ifname.substr(0, 15);
+}
 
 // False for a name that would be cut on its way to the kernel, and so be another interface's.
-inline bool FitsKernel(std::string_view ifname) { return KernelName(ifname) == ifname; }
+inline bool FitsKernel(std::string_view ifname) {
+  return KernelName(ifname) == ifname;
+}
 
-// Splits at any of the separators; empty fields are kept (values) or left out (names in kernel files).
+// Splits at any of the separators; empty fields are kept (values) or left out (names in kernel
+// files).
 std::vector<std::string_view> SplitFields(std::string_view text, std::string_view separators);
-std::vector<std::string_view> SplitWords(std::string_view text, std::string_view separators = " \t\n");
+std::vector<std::string_view> SplitWords(std::string_view text,
+                                         std::string_view separators = " \t\n");
 
 // The text without blanks, tabs and line ends at either end.
 std::string_view Trimmed(std::string_view text);
@@ -59,8 +67,8 @@ std::string_view Trimmed(std::string_view text);
 // The whole text as a decimal number, or nothing.
 std::optional<long> ToNumber(std::string_view text);
 
-// Natural order: where both names reach a digit at the same place the numbers are compared, eth2 before
-// eth10; after equal numbers the comparison goes on behind them.
+// Natural order: where both names reach a digit at the same place the numbers are compared, eth2
+// before eth10; after equal numbers the comparison goes on behind them.
 bool NaturalLess(std::string_view a, std::string_view b);
 
 }  // namespace frame

@@ -1,11 +1,11 @@
-// The inventory: which interfaces are up, of a given kind, with addresses, link and flags. One socket and one
-// reading of /proc/net/dev serve the whole enumeration.
-#include <zarnnetsdk/iface.h>
-#include <zarnnetsdk/virtual.h>
-
+// The inventory: which interfaces are up, of a given kind, with addresses, link and flags. One
+// socket and one reading of /proc/net/dev serve the whole enumeration.
 #include <algorithm>
 #include <string>
 #include <vector>
+
+#include <zarnnetsdk/iface.h>
+#include <zarnnetsdk/virtual.h>
 
 #include "frame/file.h"
 #include "frame/kernel.h"
@@ -86,7 +86,8 @@ bool HasCarrier(const std::string& ifname, short flags) {
   return (flags & IFF_RUNNING) != 0;
 }
 
-// Each VLAN's record gives way to the last one: the order of the others changes, and callers know it so.
+// Each VLAN's record gives way to the last one: the order of the others changes, and callers know
+// it so.
 int RemoveVlans(const std::vector<std::string>& vlans, KOPANetIfInfo* list, int count) {
   if (vlans.size() > static_cast<std::size_t>(count)) {
     FRAME_SET_ERROR(kBadParameter);
@@ -112,7 +113,8 @@ int Enumerate(const std::vector<std::string>& names, const Selection& selection,
   int count = 0;
   for (const std::string& ifname : names) {
     if (count >= max) break;
-    if (ifname.find("gbr") != std::string::npos || ifname.find("gwlan") != std::string::npos) continue;
+    if (ifname.find("gbr") != std::string::npos || ifname.find("gwlan") != std::string::npos)
+      continue;
     const auto flags = socket.Flags(ifname);
     if (!flags) continue;
     if (selection.vlanDriver && socket.VlanParent(ifname)) {
@@ -164,8 +166,8 @@ int ZARNNetIsDevTypeMatch(const char* szIfname, unsigned int selector) try {
   std::vector<KOPANetIfInfo> list(kMaxInterfaces);
   const int count = KOPANetGetInterfaceInfo(list.data(), kMaxInterfaces, selector);
   if (count < 0) {
-    LOG_ERROR("%s:%d Failed to KOPANetGetInterfaceInfo(0x%X)=[%d], zarnerr=[0x%04X]", selector, count,
-              KOPACErrGet());
+    LOG_ERROR("%s:%d Failed to KOPANetGetInterfaceInfo(0x%X)=[%d], zarnerr=[0x%04X]", selector,
+              count, KOPACErrGet());
     return 0;
   }
   const std::string_view wanted(szIfname);

@@ -1,11 +1,11 @@
 // The MAC address of an Ethernet port, or of the port behind a virtual interface.
-#include <zarnnetsdk/iface.h>
-#include <zarnnetsdk/virtual.h>
-
 #include <cstdio>
 #include <optional>
 #include <string>
 #include <string_view>
+
+#include <zarnnetsdk/iface.h>
+#include <zarnnetsdk/virtual.h>
 
 #include "frame/kernel.h"
 #include "frame/log.h"
@@ -37,7 +37,8 @@ bool ReadOwnAddress(int index, char* buffer, std::size_t size) {
     return false;
   }
   const auto& m = *mac;
-  CopyText(Format("%02x:%02x:%02x:%02x:%02x:%02x", m[0], m[1], m[2], m[3], m[4], m[5]), buffer, size);
+  CopyText(Format("%02x:%02x:%02x:%02x:%02x:%02x", m[0], m[1], m[2], m[3], m[4], m[5]), buffer,
+           size);
   return true;
 }
 

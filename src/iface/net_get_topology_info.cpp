@@ -1,12 +1,11 @@
 // The network topologies of an appliance with a wireless interface, and which one is in force.
-#include <zarnnetsdk/iface.h>
-#include <zarnnetsdk/virtual.h>
-
-#include <strings.h>
-
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <strings.h>
+
+#include <zarnnetsdk/iface.h>
+#include <zarnnetsdk/virtual.h>
 
 #include "frame/key_file.h"
 #include "frame/log.h"

@@ -1,8 +1,9 @@
-// The block flags of an interface file: which parts of the appliance keep the interface for themselves.
-#include <zarnnetsdk/iface.h>
-
+// The block flags of an interface file: which parts of the appliance keep the interface for
+// themselves.
 #include <cstdlib>
 #include <string>
+
+#include <zarnnetsdk/iface.h>
 
 #include "frame/key_file.h"
 #include "frame/lock.h"
@@ -28,7 +29,9 @@ constexpr BlockFlag kBlockFlags[] = {
     {ZARNNET_BLOCK_QUENDAR, "BLOCK_QUENDAR"},
 };
 
-bool IsYes(const KeyValue& value) { return value.text.starts_with("yes"); }
+bool IsYes(const KeyValue& value) {
+  return value.text.starts_with("yes");
+}
 
 // Flag and counter change in one rewrite, so that no crash leaves them apart.
 bool WriteFlag(const std::string& path, const char* key, const char* value, int step) {

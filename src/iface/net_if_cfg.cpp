@@ -1,7 +1,7 @@
 // The kernel's IPv4 address and netmask of an interface, as numbers.
-#include <zarnnetsdk/iface.h>
-
 #include <cerrno>
+
+#include <zarnnetsdk/iface.h>
 
 #include "frame/kernel.h"
 #include "frame/log.h"
@@ -10,7 +10,8 @@
 using namespace frame;
 
 int KOPANetGetIfCfg(const char* szIfname, uint32_t* pAddr, uint32_t* pMask) try {
-  if (IsEmpty(szIfname) || pAddr == nullptr || pMask == nullptr) return FRAME_FAIL(kBadParameter, 0);
+  if (IsEmpty(szIfname) || pAddr == nullptr || pMask == nullptr)
+    return FRAME_FAIL(kBadParameter, 0);
   const InetSocket socket;
   const auto address = socket.Address(szIfname);
   if (!address) return 0;
@@ -23,7 +24,8 @@ int KOPANetGetIfCfg(const char* szIfname, uint32_t* pAddr, uint32_t* pMask) try 
 FRAME_NO_EXCEPTIONS(0)
 
 int KOPANetSetIfCfg(const char* szIfname, const uint32_t* pAddr, const uint32_t* pMask) try {
-  if (IsEmpty(szIfname) || pAddr == nullptr || pMask == nullptr) return FRAME_FAIL(kBadParameter, 0);
+  if (IsEmpty(szIfname) || pAddr == nullptr || pMask == nullptr)
+    return FRAME_FAIL(kBadParameter, 0);
   const InetSocket socket;
   if (!socket.SetAddress(szIfname, in_addr{*pAddr}) && errno != EEXIST) return 0;
   return socket.SetNetmask(szIfname, in_addr{*pMask}) ? 1 : 0;

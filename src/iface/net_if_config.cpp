@@ -1,9 +1,9 @@
 // What the files say of an interface: fixed or leased address, local LAN, number of built-in ports.
-#include <zarnnetsdk/dhcpd.h>
-#include <zarnnetsdk/iface.h>
-
 #include <cstdlib>
 #include <string>
+
+#include <zarnnetsdk/dhcpd.h>
+#include <zarnnetsdk/iface.h>
 
 #include "frame/file.h"
 #include "frame/key_file.h"

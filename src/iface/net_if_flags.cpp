@@ -1,7 +1,7 @@
 // The administrative state of one interface: asked of /sys, changed through the kernel's flags.
-#include <zarnnetsdk/iface.h>
-
 #include <cstdio>
+
+#include <zarnnetsdk/iface.h>
 
 #include "frame/file.h"
 #include "frame/kernel.h"
@@ -34,9 +34,13 @@ int KOPANetISetIfFlags(const char* szIfname, int change) try {
 }
 FRAME_NO_EXCEPTIONS(0)
 
-int KOPANetIfUp(const char* szIfname) { return KOPANetISetIfFlags(szIfname, IFF_UP); }
+int KOPANetIfUp(const char* szIfname) {
+  return KOPANetISetIfFlags(szIfname, IFF_UP);
+}
 
-int KOPANetIfDown(const char* szIfname) { return KOPANetISetIfFlags(szIfname, -IFF_UP); }
+int KOPANetIfDown(const char* szIfname) {
+  return KOPANetISetIfFlags(szIfname, -IFF_UP);
+}
 
 int KOPANetReInitIf(const char* szIfname) try {
   if (IsEmpty(szIfname)) return FRAME_FAIL(kBadParameter, 0);

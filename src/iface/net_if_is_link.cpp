@@ -1,8 +1,8 @@
 // Has an interface carrier? Open vSwitch devices answer for what is under them.
+#include <string>
+
 #include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/virtual.h>
-
-#include <string>
 
 #include "frame/kernel.h"
 #include "frame/log.h"

@@ -1,7 +1,7 @@
 // The Ethernet ports that are up.
-#include <zarnnetsdk/iface.h>
-
 #include <string>
+
+#include <zarnnetsdk/iface.h>
 
 #include "frame/kernel.h"
 #include "frame/log.h"

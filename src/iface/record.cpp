@@ -8,7 +8,7 @@
 using frame::CopyText;
 
 void inventory::FillRecord(const frame::InetSocket& socket, const std::string& ifname, short flags,
-                       bool carrier, KOPANetIfInfo* info) {
+                           bool carrier, KOPANetIfInfo* info) {
   constexpr int kLinkUp = 2;
   CopyText(ifname, info->name);
   info->flags = flags;

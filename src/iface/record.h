@@ -1,16 +1,16 @@
 // Filling the inventory's record of one interface.
 #pragma once
 
-#include <zarnnetsdk/iface.h>
-
 #include <string>
+
+#include <zarnnetsdk/iface.h>
 
 #include "frame/kernel.h"
 
 namespace inventory {
 
 // Fields that the kernel has no answer for stay as they are.
-void FillRecord(const frame::InetSocket& socket, const std::string& ifname, short flags, bool carrier,
-                KOPANetIfInfo* info);
+void FillRecord(const frame::InetSocket& socket, const std::string& ifname, short flags,
+                bool carrier, KOPANetIfInfo* info);
 
 }  // namespace inventory

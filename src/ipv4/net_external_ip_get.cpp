@@ -1,10 +1,10 @@
 // The appliance's address as seen from the internet, worked out by the dynamic-DNS daemon.
-#include <zarnnetsdk/ipv4.h>
-
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+
+#include <zarnnetsdk/ipv4.h>
 
 #include "frame/command.h"
 #include "frame/log.h"

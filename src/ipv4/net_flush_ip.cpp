@@ -1,8 +1,8 @@
 // Removes all addresses of one family from an interface of the running kernel.
+#include <string_view>
+
 #include <zarnnetsdk/ipv4.h>
 #include <zarnnetsdk/ipv6.h>
-
-#include <string_view>
 
 #include "frame/command.h"
 #include "frame/log.h"

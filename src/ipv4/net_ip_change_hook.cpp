@@ -35,11 +35,10 @@ int ZARNNetIPChangePreHook(int type, const char* szIfname, const char* szOld, co
     LOG_ERROR_PLAIN("KOPAPluginSDKInit failed");
     return -1;
   }
-  const bool fired = plugin.Set("IFNAME", szIfname) && plugin.Set("ORIGIN_ADDRESS", szOld) &&
-                     plugin.Set("NEW_ADDRESS", szNew) &&
-                     plugin.Set("PREFIX_LENGTH", prefixText.c_str()) &&
-                     plugin.Set("IS_LINK", link != 0 ? "true" : "false") &&
-                     plugin.Fire(kStageBefore);
+  const bool fired =
+      plugin.Set("IFNAME", szIfname) && plugin.Set("ORIGIN_ADDRESS", szOld) &&
+      plugin.Set("NEW_ADDRESS", szNew) && plugin.Set("PREFIX_LENGTH", prefixText.c_str()) &&
+      plugin.Set("IS_LINK", link != 0 ? "true" : "false") && plugin.Fire(kStageBefore);
   return fired ? 0 : -1;
 }
 FRAME_NO_EXCEPTIONS(-1)

@@ -1,8 +1,8 @@
 // The IPv4 address of an interface: the one the kernel has, and the one that is configured.
+#include <string>
+
 #include <zarnnetsdk/dhcpd.h>
 #include <zarnnetsdk/ipv4.h>
-
-#include <string>
 
 #include "frame/file.h"
 #include "frame/kernel.h"

@@ -1,11 +1,12 @@
-// Gives an interface a fixed IPv4 address, in its file and in the kernel; on failure the file is as it was.
-#include <zarnnetsdk/addr.h>
-#include <zarnnetsdk/ipv4.h>
-
+// Gives an interface a fixed IPv4 address, in its file and in the kernel; on failure the file is as
+// it was.
 #include <cerrno>
 #include <cstring>
 #include <ctime>
 #include <string>
+
+#include <zarnnetsdk/addr.h>
+#include <zarnnetsdk/ipv4.h>
 
 #include "frame/backup.h"
 #include "frame/command.h"
@@ -31,7 +32,8 @@ bool WriteStaticAddress(const std::string& path, const char* ifname, const char*
       .WriteTo(path);
 }
 
-int WriteAndApply(const std::string& path, const char* ifname, const char* ip, const char* netmask) {
+int WriteAndApply(const std::string& path, const char* ifname, const char* ip,
+                  const char* netmask) {
   if (!WriteStaticAddress(path, ifname, ip, netmask)) {
     LOG_ERROR("%s:%d Set %s error.", path.c_str());
     return -1;

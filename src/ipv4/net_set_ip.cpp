@@ -1,14 +1,15 @@
-// One address of an interface, added, deleted or flushed in the running kernel; and the flush by itself.
-#include <zarnnetsdk/addr.h>
-#include <zarnnetsdk/iface.h>
-#include <zarnnetsdk/ipv4.h>
-#include <zarnnetsdk/ipv6.h>
-
+// One address of an interface, added, deleted or flushed in the running kernel; and the flush by
+// itself.
 #include <algorithm>
 #include <array>
 #include <cstring>
 #include <string>
 #include <string_view>
+
+#include <zarnnetsdk/addr.h>
+#include <zarnnetsdk/iface.h>
+#include <zarnnetsdk/ipv4.h>
+#include <zarnnetsdk/ipv6.h>
 
 #include "frame/command.h"
 #include "frame/log.h"
@@ -39,7 +40,8 @@ struct Request {
 };
 
 bool Delete(const Request& request) {
-  if (Run(paths::kIp, request.type, "address", "del", request.cidr, "dev", request.ifname)) return true;
+  if (Run(paths::kIp, request.type, "address", "del", request.cidr, "dev", request.ifname))
+    return true;
   LOG_ERROR("%s:%d excute cmd /sbin/ip address del %s dev %s failed", request.cidr.c_str(),
             request.ifname);
   return false;
@@ -90,7 +92,8 @@ int SetV6(const Request& request, bool add) {
 
 // ---- IPv4
 
-// The dotted netmask of "<ip>/<prefix>". Where it cannot be worked out (prefix 0) the prefix stands in for it.
+// The dotted netmask of "<ip>/<prefix>". Where it cannot be worked out (prefix 0) the prefix stands
+// in for it.
 std::string NetmaskOf(const std::string& cidr) {
   char text[1024];
   CopyText(cidr, text);
@@ -137,7 +140,8 @@ bool AddV4(const Request& request, const char* oldIp) {
         ZARNNetIPChangePreHook(kHookV4, request.ifname, oldIp, request.ip, request.prefix));
   }
   if (!Reconfigure(request)) return false;
-  // A changed address brings its rules along with the event; the same one again has to ask for them.
+  // A changed address brings its rules along with the event; the same one again has to ask for
+  // them.
   if (!changes && !Run(paths::kNetdTool, "--refresh-static-route-rules", "-4")) {
     LOG_ERROR("%s:%d Failed to refresh static route rules.");
   }
@@ -161,7 +165,9 @@ int SetV4(const Request& request, bool add) {
   return (add ? AddV4(request, oldIp) : Delete(request)) ? 0 : -1;
 }
 
-const char* OrEmpty(const char* text) { return text != nullptr ? text : ""; }
+const char* OrEmpty(const char* text) {
+  return text != nullptr ? text : "";
+}
 
 }  // namespace
 

@@ -164,7 +164,8 @@ bool SwitchAdvertisements(const Request& request, ipv6::Steps* steps) {
 
 // ---- the kernel's switch
 
-// A flush of an interface that was "off" leaves IPv6 switched off, and no address could be given then.
+// A flush of an interface that was "off" leaves IPv6 switched off, and no address could be given
+// then.
 bool SwitchOn(const Request& request) {
   constexpr unsigned kEnable = 0;
   if (request.type == ZARNNET_IPV6_OFF) return true;

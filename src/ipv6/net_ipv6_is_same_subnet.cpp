@@ -1,9 +1,9 @@
 // Do two IPv6 addresses agree in their prefix?
 #include <arpa/inet.h>
-#include <zarnnetsdk/ipv6.h>
-
 #include <cstring>
 #include <optional>
+
+#include <zarnnetsdk/ipv6.h>
 
 #include "frame/log.h"
 

@@ -1,12 +1,12 @@
 // The IPv6 addresses that the kernel has on an interface.
-#include <arpa/inet.h>
-#include <zarnnetsdk/ipv6.h>
-
 #include <algorithm>
+#include <arpa/inet.h>
 #include <cerrno>
 #include <cstdio>
 #include <string>
 #include <string_view>
+
+#include <zarnnetsdk/ipv6.h>
 
 #include "frame/file.h"
 #include "frame/log.h"

@@ -1,14 +1,15 @@
-// Switches IPv6 off and on for one interface, through the kernel's switch; and by that drops its addresses.
-#include <strings.h>
-#include <unistd.h>
-#include <zarnnetsdk/iface.h>
-#include <zarnnetsdk/ipv6.h>
-
+// Switches IPv6 off and on for one interface, through the kernel's switch; and by that drops its
+// addresses.
 #include <array>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <strings.h>
+#include <unistd.h>
+
+#include <zarnnetsdk/iface.h>
+#include <zarnnetsdk/ipv6.h>
 
 #include "frame/file.h"
 #include "frame/key_file.h"
@@ -60,7 +61,8 @@ bool HasTentativeLinkLocal(const char* ifname) {
 void WaitForLinkLocal(const char* ifname) {
   constexpr int kTries = 10;
   constexpr useconds_t kPause = 500'000;
-  for (int i = 0; i < kTries && HasTentativeLinkLocal(ifname); ++i) ::usleep(kPause);
+  for (int i = 0; i < kTries && HasTentativeLinkLocal(ifname); ++i)
+    ::usleep(kPause);
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
-// The trial run of the DHCP client: its arguments, its failures, and what is read from what it leaves.
+// The trial run of the DHCP client: its arguments, its failures, and what is read from what it
+// leaves.
 #include <gtest/gtest.h>
 #include <syslog.h>
+
 #include <zarnnetsdk/dhcpd.h>
 
 #include "support/appliance.h"
@@ -26,7 +28,8 @@ ZARNNETIFADDR Named(const char* ifname) {
 
 TEST(DhcpTrial, ReadsWhatTheClientLeaves) {
   RecordTool(kClient);
-  WriteFile("/etc/dhclient/ipv4/dhcpcd-eth0.info", "IPADDR=192.168.50.123\nNETMASK=255.255.255.0\n");
+  WriteFile("/etc/dhclient/ipv4/dhcpcd-eth0.info",
+            "IPADDR=192.168.50.123\nNETMASK=255.255.255.0\n");
   RemoveFile(kScript);
   ZARNNETIFADDR info = Named("eth0");
   EXPECT_EQ(0, ZARNIGetDHCPTestNetInfo(&info)) << LogText();
@@ -57,9 +60,9 @@ TEST(DhcpTrial, EachStepsFailureIsToldApart) {
   EXPECT_EQ(-1, ZARNIGetDHCPTestNetInfo(&info)) << "no result";
   WriteFile("/etc/dhclient/ipv4/dhcpcd-eth0.info", "IPADDR=192.168.50.123\n");
   EXPECT_EQ(-1, ZARNIGetDHCPTestNetInfo(&info)) << "no mask";
-  EXPECT_NE(std::string::npos,
-            LogText().find("ZARNIGetDHCPTestNetInfo(")) << LogText();
-  EXPECT_NE(std::string::npos, LogText().find("KOPACFileGetKeyValue(NETMASK) failed(")) << LogText();
+  EXPECT_NE(std::string::npos, LogText().find("ZARNIGetDHCPTestNetInfo(")) << LogText();
+  EXPECT_NE(std::string::npos, LogText().find("KOPACFileGetKeyValue(NETMASK) failed("))
+      << LogText();
 
   RemoveFile(kScript);
   RemoveFile("/etc/dhclient/dhclient-script");

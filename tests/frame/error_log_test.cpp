@@ -1,11 +1,11 @@
 // What a failure leaves: code, place and line; and that no exception crosses the C interface.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <syslog.h>
-#include <zarnnetsdk/zarnnetsdk.h>
-
 #include <new>
 #include <stdexcept>
+#include <sys/resource.h>
+#include <syslog.h>
+
+#include <zarnnetsdk/zarnnetsdk.h>
 
 #include "frame/backup.h"
 #include "frame/log.h"
@@ -47,9 +47,9 @@ TEST(Log, LinesBeginWithTheirPlace) {
   LOG_ERROR_PLAIN("four %s", "4");
   EXPECT_EQ(-1, FRAME_INVALID_ARGUMENT("NULL != x", -1));
   const std::string at = "error_log_test:";
-  EXPECT_EQ("3 " + at + std::to_string(first) + " one 1\n4 " + at + std::to_string(first + 1) + " two\n3 TestBody(" +
-                std::to_string(first + 2) + ") three\n3 four 4\n3 " + at + std::to_string(first + 4) +
-                " Invaild Argument (NULL != x)=[0]\n\n",
+  EXPECT_EQ("3 " + at + std::to_string(first) + " one 1\n4 " + at + std::to_string(first + 1) +
+                " two\n3 TestBody(" + std::to_string(first + 2) + ") three\n3 four 4\n3 " + at +
+                std::to_string(first + 4) + " Invaild Argument (NULL != x)=[0]\n\n",
             LogText());
   EXPECT_EQ(0x0D00, KOPACErrGet());
 }

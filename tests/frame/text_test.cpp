@@ -59,7 +59,8 @@ TEST(Text, NumbersAreTheWholeTextOrNothing) {
 }
 
 TEST(Text, NamesThatWouldLeaveTheirFolderAreUnfit) {
-  for (const char* name : {"", "a/b", "a b", "a\nb", "a\tb", "\x7f"}) EXPECT_TRUE(frame::IsUnfitName(name)) << name;
+  for (const char* name : {"", "a/b", "a b", "a\nb", "a\tb", "\x7f"})
+    EXPECT_TRUE(frame::IsUnfitName(name)) << name;
   EXPECT_TRUE(frame::IsUnfitName(nullptr));
   EXPECT_FALSE(frame::IsUnfitName("ovs_bond0.10:1"));
 }

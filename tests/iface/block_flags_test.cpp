@@ -3,6 +3,7 @@
 #include <sys/wait.h>
 #include <syslog.h>
 #include <unistd.h>
+
 #include <zarnnetsdk/iface.h>
 
 #include "support/appliance.h"

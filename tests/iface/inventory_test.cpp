@@ -1,11 +1,11 @@
 // The inventory against real interfaces: what is listed, in which order, with which fields.
 #include <arpa/inet.h>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <syslog.h>
+
 #include <zarnnetsdk/dhcpd.h>
 #include <zarnnetsdk/iface.h>
-
-#include <cstring>
 
 #include "support/appliance.h"
 
@@ -17,13 +17,15 @@ Lines Names(unsigned selector, int max = 64) {
   std::vector<KOPANetIfInfo> list(64);
   const int count = KOPANetGetInterfaceInfo(list.data(), max, selector);
   Lines names;
-  for (int i = 0; i < count; ++i) names.emplace_back(list[static_cast<std::size_t>(i)].name);
+  for (int i = 0; i < count; ++i)
+    names.emplace_back(list[static_cast<std::size_t>(i)].name);
   return names;
 }
 
 std::string ProcNetDev(const Lines& names) {
   std::string text = "Inter-|   Receive\n face |bytes\n";
-  for (const std::string& name : names) text += "  " + name + ": 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0\n";
+  for (const std::string& name : names)
+    text += "  " + name + ": 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0\n";
   return text;
 }
 
@@ -51,8 +53,8 @@ TEST(Inventory, PortsOfBridgesDownAndForeignInterfacesAreLeftOut) {
   Shell("for i in 0 1 2 3; do ip link set eth$i up; done; ip link set eth3 down");
   Shell("ip link add br0 type bridge; ip link set eth1 master br0; ip link set br0 up");
   for (const char* name : {"tap7", "docker0", "dplv1", "xmon.0", "gbr1", "mygwlan", "wlan0"}) {
-    Shell(std::string("ip link add ") + name + " type veth peer name p" + name + " && ip link set " +
-          name + " up");
+    Shell(std::string("ip link add ") + name + " type veth peer name p" + name +
+          " && ip link set " + name + " up");
   }
   EXPECT_EQ((Lines{"br0", "eth0", "eth2", "wlan0"}), Names(2));
   EXPECT_EQ((Lines{"br0", "eth0", "eth2", "wlan0"}), Names(32 | 8)) << "kind 40 keeps loopback out";
@@ -64,18 +66,21 @@ TEST(Inventory, OrderIsNaturalAndCountsAreBounded) {
   std::string commands;
   for (int i = 4; i <= 40; ++i) {
     const std::string n = std::to_string(i);
-    commands += "link add eth" + n + " type veth peer name peer" + n + "\nlink set eth" + n + " up\n";
+    commands +=
+        "link add eth" + n + " type veth peer name peer" + n + "\nlink set eth" + n + " up\n";
   }
   WriteFile("/run/batch", commands);
   Shell("ip -batch /run/batch; for i in 0 1 2 3; do ip link set eth$i up; done");
   MountEmpty("/proc/self/net");
-  WriteFile("/proc/net/dev", ProcNetDev({"eth10", "eth2", "eth1", "eth0.10", "eth0.5", "eth0", "lo"}));
+  WriteFile("/proc/net/dev",
+            ProcNetDev({"eth10", "eth2", "eth1", "eth0.10", "eth0.5", "eth0", "lo"}));
   EXPECT_EQ((Lines{"eth0", "eth1", "eth2", "eth10"}), Names(2));
   EXPECT_EQ((Lines{"eth0", "eth1"}), Names(2, 2));
   EXPECT_EQ(0, KOPANetGetInterfaceInfo(nullptr, 0, 2));
   EXPECT_EQ(4, ZARNNetEnumCard(2));
   Lines many;
-  for (int i = 40; i >= 0; --i) many.push_back("eth" + std::to_string(i));
+  for (int i = 40; i >= 0; --i)
+    many.push_back("eth" + std::to_string(i));
   WriteFile("/proc/net/dev", ProcNetDev(many));
   const Lines listed = Names(8);
   ASSERT_EQ(32U, listed.size());
@@ -108,7 +113,9 @@ TEST(Inventory, BadArgumentsAndNamesNotListed) {
 }
 
 TEST(Inventory, ThePairsAddressesReplaceTheOwnWhileHighAvailabilityRuns) {
-  WriteFile("/etc/zarnha.conf", "active=yes\nrunning=yes\nhas_if=yes\nheartbeat_if=eth3\neth0_ip=192.168.50.200\neth0_mask=255.255.0.0\n");
+  WriteFile("/etc/zarnha.conf",
+            "active=yes\nrunning=yes\nhas_if=yes\nheartbeat_if=eth3\neth0_ip=192.168.50.200\neth0_"
+            "mask=255.255.0.0\n");
   Shell("ip address add 192.168.50.10/24 dev eth0; for i in 0 1 3; do ip link set eth$i up; done");
   EXPECT_EQ((Lines{"eth0", "eth1"}), Names(2)) << "not the heartbeat interface";
   EXPECT_EQ((Lines{"eth0", "eth1", "eth3"}), Names(2 | 4));
@@ -118,11 +125,14 @@ TEST(Inventory, ThePairsAddressesReplaceTheOwnWhileHighAvailabilityRuns) {
   EXPECT_STREQ("255.255.0.0", list[0].mask);
   WriteFile("/etc/zarnha.conf", "active=yes\nrunning=yes\nhas_if=yes\nheartbeat_if=eth3\n");
   EXPECT_EQ(0, KOPANetGetInterfaceInfo(list.data(), 4, 2 | 0x10));
-  EXPECT_EQ(1, LogCount(LOG_ERR, "net_get_interface_info", "HA is running but HA IP not ready (18)"));
+  EXPECT_EQ(1,
+            LogCount(LOG_ERR, "net_get_interface_info", "HA is running but HA IP not ready (18)"));
 }
 
 TEST(Inventory, EthernetPortsAreClearedAndFilled) {
-  Shell("ip link set eth0 up; ip link set eth2 up; ip link add ethx type bridge; ip link set ethx up");
+  Shell(
+      "ip link set eth0 up; ip link set eth2 up; ip link add ethx type bridge; ip link set ethx "
+      "up");
   KOPANetIfInfo list[2];
   std::memset(list, 0x55, sizeof list);
   EXPECT_EQ(3, KOPANetEthEnum(nullptr, 8));
@@ -158,7 +168,8 @@ TEST(InterfaceConfig, AddressComesFromFileOrLease) {
   EXPECT_EQ(0, ZARNNetIFGetIPConfig("eth1", &info));
   EXPECT_EQ(0, info.bootProto);
   EXPECT_STREQ("10.0.0.1", info.szIP) << "left alone without a lease";
-  EXPECT_EQ(1, LogCount(LOG_INFO, "net_if_config", "/etc/dhclient/ipv4/dhcpcd-eth1.info is not exist"));
+  EXPECT_EQ(
+      1, LogCount(LOG_INFO, "net_if_config", "/etc/dhclient/ipv4/dhcpcd-eth1.info is not exist"));
   WriteFile("/etc/dhclient/ipv4/dhcpcd-eth1.info", "IPADDR=192.168.50.101\n");
   EXPECT_EQ(-1, ZARNNetIFGetIPConfig("eth1", &info)) << "a lease without a mask";
   EXPECT_EQ(-1, ZARNNetIFGetIPConfig("eth0", nullptr));

@@ -1,6 +1,7 @@
 // State of one interface: up, carrier, bond membership, MAC address.
 #include <gtest/gtest.h>
 #include <syslog.h>
+
 #include <zarnnetsdk/iface.h>
 
 #include "support/appliance.h"
@@ -19,7 +20,8 @@ TEST(State, UpAndDownAreTheKernels) {
   EXPECT_EQ(0, ZARNNetIsIFUp("eth0"));
   EXPECT_EQ(1, KOPANetReInitIf("eth0")) << "a down interface is brought up";
   EXPECT_EQ(1, ZARNNetIsIFUp("eth0"));
-  for (const char* name : {static_cast<const char*>(nullptr), "", "nosuch0", "eth0123456789abcdef"}) {
+  for (const char* name :
+       {static_cast<const char*>(nullptr), "", "nosuch0", "eth0123456789abcdef"}) {
     EXPECT_EQ(0, ZARNNetIsIFUp(name));
     EXPECT_EQ(0, KOPANetIfUp(name));
     EXPECT_EQ(0, KOPANetReInitIf(name));
@@ -37,8 +39,11 @@ TEST(State, CarrierIsThatOfThePortUnderAnOvsDevice) {
   EXPECT_EQ(1, ZARNNetIfIsLink("eth0"));
   EXPECT_EQ(0, ZARNNetIfIsLink("eth1"));
   EXPECT_EQ(-1, ZARNNetIfIsLink("nosuch0"));
-  EXPECT_EQ(1, LogCount(LOG_INFO, "net_if_is_link", "get link status failed on nosuch0")) << LogText();
-  Shell("ip link add ovs_eth0 type bridge; ip link add ovs_eth1 type bridge; ip link set ovs_eth1 up");
+  EXPECT_EQ(1, LogCount(LOG_INFO, "net_if_is_link", "get link status failed on nosuch0"))
+      << LogText();
+  Shell(
+      "ip link add ovs_eth0 type bridge; ip link add ovs_eth1 type bridge; ip link set ovs_eth1 "
+      "up");
   EXPECT_EQ(1, ZARNNetIfIsLink("ovs_eth0"));
   EXPECT_EQ(0, ZARNNetIfIsLink("ovs_eth1"));
   Shell("ip link add ovs_bond0 type bridge");
@@ -88,10 +93,13 @@ TEST(Mac, EveryResultCodeHasItsCause) {
 
 TEST(Mac, AVirtualInterfaceAnswersForThePortUnderIt) {
   char buffer[18] = "";
-  Shell("ip link set eth2 address 02:00:00:00:00:22; ip link add ovs_bond0 type bridge; ip link add ovs_eth2 type bridge");
+  Shell(
+      "ip link set eth2 address 02:00:00:00:00:22; ip link add ovs_bond0 type bridge; ip link add "
+      "ovs_eth2 type bridge");
   WriteIfcfg("ovs_bond0", "SLAVE_LIST=eth3 eth2\nBOND_MODE=balance-tcp\n");
   for (const char* name : {"eth2", "eth2.10", "eth2:1", "ovs_eth2", "ovs_bond0", "ovs_bond0.7"}) {
-    EXPECT_EQ(0, KOPANetGetMacAddrByInterface(name, buffer, sizeof buffer, 1)) << name << "\n" << LogText();
+    EXPECT_EQ(0, KOPANetGetMacAddrByInterface(name, buffer, sizeof buffer, 1)) << name << "\n"
+                                                                               << LogText();
     EXPECT_STREQ("02:00:00:00:00:22", buffer) << name;
   }
   for (const char* name : {"bond9", "wlan0", ".10", "", "eth"}) {
@@ -114,9 +122,11 @@ TEST(Topology, NamesChooseTheEntry) {
   EXPECT_EQ(3U, KOPANetTopologyGet(&info));
   EXPECT_STREQ("router", info.szName);
   EXPECT_EQ(0, KOPANETSetTopologyConfigs(&info));
-  EXPECT_EQ("support_net_topology=\"yes\"\nnet_topology=\"router\"\n", ReadFile("/etc/zarninfo.conf"));
+  EXPECT_EQ("support_net_topology=\"yes\"\nnet_topology=\"router\"\n",
+            ReadFile("/etc/zarninfo.conf"));
   MountEmpty("/proc/self/net");
-  WriteFile("/proc/net/vlan/config", "VLAN Dev name\t | VLAN ID\nName-Type: X\neth0.5\t| 5  | eth0\n");
+  WriteFile("/proc/net/vlan/config",
+            "VLAN Dev name\t | VLAN ID\nName-Type: X\neth0.5\t| 5  | eth0\n");
   info = {};
   EXPECT_EQ(3U, KOPANetTopologyGet(&info));
   EXPECT_STREQ("eth0.5", info.szUplink) << "a VLAN over the uplink leads outside";

@@ -1,11 +1,12 @@
-// The library with the appliance's real tools and a real second host: DHCP, start and stop of interfaces, carrier.
-#include <gtest/gtest.h>
-#include <poll.h>
-#include <zarnnetsdk/zarnnetsdk.h>
+// The library with the appliance's real tools and a real second host: DHCP, start and stop of
+// interfaces, carrier.
+#include "support/appliance.h"
 
 #include <cstdio>
+#include <gtest/gtest.h>
+#include <poll.h>
 
-#include "support/appliance.h"
+#include <zarnnetsdk/zarnnetsdk.h>
 
 using namespace test;
 
@@ -33,7 +34,8 @@ TEST(Dhcp, AFixedAddressEndsTheClientThatHeldTheLease) {
   EXPECT_EQ(0, ZARNNetIFGetIPConfig("eth0", &config));
   EXPECT_EQ(1, config.bootProto);
   EXPECT_STREQ("192.168.50.10", config.szIP);
-  EXPECT_NE(std::string::npos, Shell("ip netns exec lan ping -c 1 -W 2 192.168.50.10").find("1 received"));
+  EXPECT_NE(std::string::npos,
+            Shell("ip netns exec lan ping -c 1 -W 2 192.168.50.10").find("1 received"));
 }
 
 TEST(Interfaces, StartFromTheirFilesAndStop) {

@@ -1,6 +1,7 @@
 // What plugins are told: event, stage and arguments as a real plugin receives them.
 #include <gtest/gtest.h>
 #include <syslog.h>
+
 #include <zarnnetsdk/ipv4.h>
 
 #include "frame/containers.h"
@@ -13,7 +14,8 @@ namespace {
 struct Servers {
   frame::StringList list{4};
   Servers(std::initializer_list<const char*> servers) {
-    for (const char* server : servers) KOPACSzListPush(list.Out(), server);
+    for (const char* server : servers)
+      KOPACSzListPush(list.Out(), server);
   }
 };
 
@@ -89,8 +91,10 @@ TEST(ServicePlugin, WaitsForItsLockAndLetsGoOfIt) {
 TEST(ServicePlugin, AFailingPluginFailsNeitherStageNorCall) {
   WriteFile("/usr/zarn/plugins/service/service/99-broken", "#!/bin/sh\nexit 1\n", 0755);
   EXPECT_EQ(0, KOPAServicePlugin(0, 2));
-  EXPECT_EQ(1, LogCount(LOG_ERR, "service_net_service_plugin", "Fail to execute service plugin (PRE)"));
-  EXPECT_EQ(1, LogCount(LOG_ERR, "service_net_service_plugin", "Fail to execute service plugin (POST)"));
+  EXPECT_EQ(
+      1, LogCount(LOG_ERR, "service_net_service_plugin", "Fail to execute service plugin (PRE)"));
+  EXPECT_EQ(
+      1, LogCount(LOG_ERR, "service_net_service_plugin", "Fail to execute service plugin (POST)"));
   EXPECT_EQ(2U, Events().size());
 }
 

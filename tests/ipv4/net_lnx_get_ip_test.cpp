@@ -1,9 +1,9 @@
 // Reading addresses: from the kernel, from the files, from the dynamic-DNS daemon.
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <syslog.h>
-#include <zarnnetsdk/ipv4.h>
 
-#include <cstdlib>
+#include <zarnnetsdk/ipv4.h>
 
 #include "support/appliance.h"
 
@@ -17,7 +17,8 @@ TEST(LiveAddress, IsCutToTheBufferAndZeroWithoutOne) {
   Shell("ip address add 192.168.50.10/24 dev eth0");
   EXPECT_EQ(1, ZARNILnxGetIP("eth0", buffer, 8));
   EXPECT_STREQ("192.168", buffer);
-  EXPECT_EQ(0, ZARNILnxGetIP("eth0123456789abcdef", buffer, sizeof buffer)) << "longer than any name";
+  EXPECT_EQ(0, ZARNILnxGetIP("eth0123456789abcdef", buffer, sizeof buffer))
+      << "longer than any name";
   for (const char* name : {static_cast<const char*>(nullptr), ""}) {
     KOPACErrSetEx(0, "", 0);
     EXPECT_EQ(-1, ZARNILnxGetIP(name, buffer, sizeof buffer));

@@ -1,12 +1,12 @@
 // The fixed address of an interface: file and kernel change together or not at all.
+#include <csignal>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <syslog.h>
-#include <unistd.h>
-#include <zarnnetsdk/ipv4.h>
-
-#include <csignal>
 #include <thread>
+#include <unistd.h>
+
+#include <zarnnetsdk/ipv4.h>
 
 #include "support/appliance.h"
 
@@ -84,10 +84,11 @@ TEST(StaticAddress, AFullDiskLeavesTheOldFile) {
 
 TEST(StaticAddress, BadArgumentsChangeNothing) {
   const std::string before = ReadIfcfg("eth0");
-  const char* const cases[][3] = {{nullptr, "10.0.0.1", "255.0.0.0"}, {"", "10.0.0.1", "255.0.0.0"},
-                                  {"eth0", nullptr, "255.0.0.0"},     {"eth0", "", "255.0.0.0"},
-                                  {"eth0", "10.0.0.1", nullptr},      {"eth0", "10.0.0.1", ""},
-                                  {"../eth0", "10.0.0.1", "255.0.0.0"}};
+  const char* const cases[][3] = {
+      {nullptr, "10.0.0.1", "255.0.0.0"},  {"", "10.0.0.1", "255.0.0.0"},
+      {"eth0", nullptr, "255.0.0.0"},      {"eth0", "", "255.0.0.0"},
+      {"eth0", "10.0.0.1", nullptr},       {"eth0", "10.0.0.1", ""},
+      {"../eth0", "10.0.0.1", "255.0.0.0"}};
   for (const auto& c : cases) {
     KOPACErrSetEx(0, "", 0);
     EXPECT_EQ(-1, ZARNILnxSetIPNetmask(c[0], c[1], c[2]));

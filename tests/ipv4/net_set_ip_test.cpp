@@ -1,6 +1,8 @@
-// Addresses in the running kernel: which commands, in which order, what is announced, what a failure leaves.
+// Addresses in the running kernel: which commands, in which order, what is announced, what a
+// failure leaves.
 #include <gtest/gtest.h>
 #include <syslog.h>
+
 #include <zarnnetsdk/ipv4.h>
 
 #include "support/appliance.h"
@@ -14,7 +16,8 @@ const char kNetdTool[] = "/usr/zarn/sbin/zarnnetdtool";
 // Every program that an address change runs, recorded; eth0 is down, so it has no carrier.
 struct RecordedTools : ::testing::Test {
   void SetUp() override {
-    for (const char* path : {"/sbin/ip", "/sbin/ifconfig", kNetdTool}) RecordTool(path);
+    for (const char* path : {"/sbin/ip", "/sbin/ifconfig", kNetdTool})
+      RecordTool(path);
     RecordTool("/bin/ipcalc", 0, "NETWORK=192.168.50.0\n");
   }
 };
@@ -27,11 +30,11 @@ std::string Addresses(const std::string& ifname) {
 
 TEST_F(RecordedTools, NewAddressIsAnnouncedAndItsRouteDroppedWithoutCarrier) {
   EXPECT_EQ(0, ZARNNetSetIP("-4", "eth0", "192.168.50.10", 24, "add"));
-  EXPECT_EQ((Lines{"/sbin/ifconfig eth0 0.0.0.0",
-                   "/sbin/ifconfig eth0 192.168.50.10 netmask 255.255.255.0",
-                   "/bin/ipcalc -n 192.168.50.10",
-                   "/sbin/ip -4 route del 192.168.50.0/24 dev eth0"}),
-            RecordedCalls());
+  EXPECT_EQ(
+      (Lines{"/sbin/ifconfig eth0 0.0.0.0",
+             "/sbin/ifconfig eth0 192.168.50.10 netmask 255.255.255.0",
+             "/bin/ipcalc -n 192.168.50.10", "/sbin/ip -4 route del 192.168.50.0/24 dev eth0"}),
+      RecordedCalls());
   EXPECT_EQ((Lines{"net/ipv4_change pre IFNAME=eth0 IS_LINK=false NEW_ADDRESS=192.168.50.10 "
                    "ORIGIN_ADDRESS=0.0.0.0 PREFIX_LENGTH=-1"}),
             Events());
@@ -61,11 +64,12 @@ TEST_F(RecordedTools, AFailingCommandEndsTheChangeWhereItStands) {
 TEST_F(RecordedTools, DeletingAndFlushingAnnounceNothing) {
   EXPECT_EQ(0, ZARNNetSetIP("-4", "eth0", "192.168.50.10", 32, "del"));
   EXPECT_EQ(0, ZARNNetSetIP("-6", "eth0", "fd00::1", 128, "del"));
-  EXPECT_EQ(0, ZARNNetSetIP("-4", "eth0", nullptr, 99, "flush")) << "address and prefix are ignored";
-  EXPECT_EQ((Lines{"/sbin/ip -4 address del 192.168.50.10/32 dev eth0",
-                   "/sbin/ip -6 address del fd00::1/128 dev eth0",
-                   "/sbin/ip -4 address flush dev eth0"}),
-            RecordedCalls());
+  EXPECT_EQ(0, ZARNNetSetIP("-4", "eth0", nullptr, 99, "flush"))
+      << "address and prefix are ignored";
+  EXPECT_EQ(
+      (Lines{"/sbin/ip -4 address del 192.168.50.10/32 dev eth0",
+             "/sbin/ip -6 address del fd00::1/128 dev eth0", "/sbin/ip -4 address flush dev eth0"}),
+      RecordedCalls());
   EXPECT_EQ(Lines{}, Events());
 }
 
@@ -120,7 +124,8 @@ TEST(RealKernel, TheSameAddressAgainRefreshesTheRulesInsteadOfAnnouncing) {
 TEST(RealKernel, AnAddressThatTheKernelRefusesLeavesTheInterfaceWithoutOne) {
   ASSERT_EQ(0, ZARNNetSetIP("-4", "eth0", "192.168.50.10", 24, "add"));
   WriteFile("/run/ifconfig", ReadFile("/sbin/ifconfig"), 0755);
-  WriteFile("/sbin/ifconfig", "#!/bin/sh\n[ \"$2\" = 0.0.0.0 ] && exec /run/ifconfig \"$@\"\nexit 1\n", 0755);
+  WriteFile("/sbin/ifconfig",
+            "#!/bin/sh\n[ \"$2\" = 0.0.0.0 ] && exec /run/ifconfig \"$@\"\nexit 1\n", 0755);
   EXPECT_EQ(-1, ZARNNetSetIP("-4", "eth0", "192.168.50.11", 24, "add"));
   EXPECT_EQ("", Addresses("eth0"));
   EXPECT_EQ(1, LogCount(LOG_ERR, "net_set_ip",

@@ -1,6 +1,7 @@
 // IPv6 addresses and the kernel's switch, on real interfaces where the kernel can do the thing.
 #include <gtest/gtest.h>
 #include <syslog.h>
+
 #include <zarnnetsdk/ipv6.h>
 
 #include "support/appliance.h"
@@ -39,7 +40,8 @@ TEST(V6Addresses, TheTableIsReadLineByLineWhateverItHolds) {
   MountEmpty("/proc/self/net");
   std::string table = "garbage\n\n";
   for (int i = 0; i < 20; ++i) {
-    table += IfInet6Line("20010db80000000000000000000000" + std::to_string(10 + i), "40 00 80     eth0");
+    table +=
+        IfInet6Line("20010db80000000000000000000000" + std::to_string(10 + i), "40 00 80     eth0");
   }
   table += IfInet6Line("fe800000000000000000000000000001", "0a 20 c0     eth01");
   table += "fe800000000000000000000000000002 02 40 20 80     eth1";
@@ -77,10 +79,12 @@ TEST(V6Switch, WaitsForTheTentativeLinkLocalAddressAndGivesUp) {
   const std::string dev = ReadFile("/proc/net/dev");
   MountEmpty("/proc/self/net");
   WriteFile("/proc/net/dev", dev);
-  WriteFile("/proc/net/if_inet6", IfInet6Line("fe800000000000000000000000000001", "40 20 c0     eth0"));
+  WriteFile("/proc/net/if_inet6",
+            IfInet6Line("fe800000000000000000000000000001", "40 20 c0     eth0"));
   EXPECT_EQ(0, ZARNLnxIPv6ProcAction("eth0", 0));
   EXPECT_EQ(5000, SleptMilliseconds());
-  WriteFile("/proc/net/if_inet6", IfInet6Line("20010db8000000000000000000000001", "40 00 c0     eth0"));
+  WriteFile("/proc/net/if_inet6",
+            IfInet6Line("20010db8000000000000000000000001", "40 00 c0     eth0"));
   EXPECT_EQ(0, ZARNLnxIPv6ProcAction("eth0", 0));
   EXPECT_EQ(5000, SleptMilliseconds()) << "only link-local addresses are waited for";
 }
@@ -118,7 +122,8 @@ TEST(V6Subnet, ComparesBitByBit) {
       {"an IPv4 address is taken", "10.0.0.1", "::1", 64, -1},
       {"null is read", nullptr, "::1", 64, -1},
   };
-  for (const auto& c : cases) EXPECT_EQ(c.same, ZARNNetIPv6IsSameSubnet(c.a, c.b, c.prefix)) << c.fault;
+  for (const auto& c : cases)
+    EXPECT_EQ(c.same, ZARNNetIPv6IsSameSubnet(c.a, c.b, c.prefix)) << c.fault;
   EXPECT_EQ(2, LogCount(LOG_ERR, "net_ipv6_is_same_subnet", "Bad parameter."));
   EXPECT_EQ(1, LogCount(LOG_ERR, "net_ipv6_is_same_subnet", "Invalid network address: 10.0.0.1"));
 }

@@ -118,7 +118,8 @@ TEST_F(V6Set, AnInterfaceThatWasFlushedWhileOffIsSwitchedOnAgain) {
   ASSERT_EQ(0, ZARNNetIPv6ConfSet("eth0", ZARNNET_IPV6_OFF, nullptr, 0, nullptr)) << LogText();
   ASSERT_EQ(0, ZARNLnxIPv6FlushAddr("eth0"));
   ASSERT_EQ("1\n", ReadFile("/proc/sys/net/ipv6/conf/eth0/disable_ipv6"));
-  EXPECT_EQ(0, ZARNNetIPv6ConfSet("eth0", ZARNNET_IPV6_STATIC, "fd00::5", 64, nullptr)) << LogText();
+  EXPECT_EQ(0, ZARNNetIPv6ConfSet("eth0", ZARNNET_IPV6_STATIC, "fd00::5", 64, nullptr))
+      << LogText();
   EXPECT_EQ("fd00::5/64\n", Addresses());
 }
 

@@ -1,21 +1,20 @@
 // What a test says to and asks of the appliance that it runs in.
 #include "support/appliance.h"
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <poll.h>
-#include <sys/mount.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
+#include <poll.h>
 #include <sstream>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace test {
 namespace {
@@ -26,7 +25,8 @@ constexpr char kEvents[] = "/var/log/plugin-events.log";
 Lines FileLines(const std::string& path) {
   Lines lines;
   std::ifstream file(path);
-  for (std::string line; std::getline(file, line);) lines.push_back(line);
+  for (std::string line; std::getline(file, line);)
+    lines.push_back(line);
   return lines;
 }
 
@@ -48,7 +48,9 @@ std::string ReadFile(const std::string& path) {
   return text.str();
 }
 
-bool FileExists(const std::string& path) { return ::access(path.c_str(), F_OK) == 0; }
+bool FileExists(const std::string& path) {
+  return ::access(path.c_str(), F_OK) == 0;
+}
 
 int FileMode(const std::string& path) {
   struct stat status {};
@@ -64,7 +66,9 @@ Lines FolderEntries(const std::string& path) {
   return names;
 }
 
-void RemoveFile(const std::string& path) { std::filesystem::remove_all(path); }
+void RemoveFile(const std::string& path) {
+  std::filesystem::remove_all(path);
+}
 
 void MountEmpty(const std::string& path, const std::string& size) {
   const std::string options = "mode=755,size=" + size;
@@ -85,8 +89,12 @@ void FillDisk(const std::string& folder) {
 std::string IfcfgPath(const std::string& ifname) {
   return "/etc/sysconfig/network-scripts/ifcfg-" + ifname;
 }
-void WriteIfcfg(const std::string& ifname, std::string_view text) { WriteFile(IfcfgPath(ifname), text); }
-std::string ReadIfcfg(const std::string& ifname) { return ReadFile(IfcfgPath(ifname)); }
+void WriteIfcfg(const std::string& ifname, std::string_view text) {
+  WriteFile(IfcfgPath(ifname), text);
+}
+std::string ReadIfcfg(const std::string& ifname) {
+  return ReadFile(IfcfgPath(ifname));
+}
 
 void RecordTool(const std::string& path, int status, std::string_view output) {
   const std::string outputFile = path + ".output";
@@ -97,7 +105,9 @@ void RecordTool(const std::string& path, int status, std::string_view output) {
   WriteFile(path, script.str(), 0755);
 }
 
-Lines RecordedCalls() { return FileLines(kCalls); }
+Lines RecordedCalls() {
+  return FileLines(kCalls);
+}
 
 std::string Shell(const std::string& command) {
   std::FILE* const pipe = ::popen((command + " 2>&1").c_str(), "re");
@@ -139,11 +149,14 @@ LockHolder::~LockHolder() {
   ::waitpid(pid_, nullptr, 0);
 }
 
-Lines Events() { return FileLines(kEvents); }
+Lines Events() {
+  return FileLines(kEvents);
+}
 
 Lines Items(const KOPACSZLIST* list) {
   Lines items;
-  for (int i = 0; i < list->nItem; ++i) items.emplace_back(KOPACSzListGet(list, i));
+  for (int i = 0; i < list->nItem; ++i)
+    items.emplace_back(KOPACSzListGet(list, i));
   return items;
 }
 

@@ -1,11 +1,11 @@
 // What a test says to and asks of the appliance that it runs in: files, programs, events, the log.
 #pragma once
 
-#include <zarncore/zarncore.h>
-
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include <zarncore/zarncore.h>
 
 namespace test {
 
@@ -15,8 +15,8 @@ using Lines = std::vector<std::string>;
 void WriteFile(const std::string& path, std::string_view text, int mode = 0644);
 std::string ReadFile(const std::string& path);  // empty when there is none
 bool FileExists(const std::string& path);
-int FileMode(const std::string& path);          // permission bits, -1 without the file
-Lines FolderEntries(const std::string& path);   // sorted
+int FileMode(const std::string& path);         // permission bits, -1 without the file
+Lines FolderEntries(const std::string& path);  // sorted
 void RemoveFile(const std::string& path);
 // Hides a folder behind an empty one of at most this size (full disks; kernel tables of one's own).
 void MountEmpty(const std::string& path, const std::string& size = "1m");
@@ -27,7 +27,8 @@ void WriteIfcfg(const std::string& ifname, std::string_view text);
 std::string ReadIfcfg(const std::string& ifname);
 
 // ---- programs
-// Puts a program in place that writes down how it is called, prints the output and ends with the status.
+// Puts a program in place that writes down how it is called, prints the output and ends with the
+// status.
 void RecordTool(const std::string& path, int status = 0, std::string_view output = "");
 // The calls of recorded programs in order: path and arguments joined by blanks.
 Lines RecordedCalls();
@@ -46,7 +47,8 @@ struct LogLine {
   std::string text;
 };
 std::vector<LogLine>& Log();
-// How many lines of this priority read exactly so behind their "source:line " or "function(line) " prefix?
+// How many lines of this priority read exactly so behind their "source:line " or "function(line) "
+// prefix?
 int LogCount(int priority, std::string_view source, std::string_view message);
 // All lines, for a failure message.
 std::string LogText();

@@ -1,11 +1,10 @@
 // Child processes of a test, for what only shows between two of them.
 #pragma once
 
+#include <csignal>
 #include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <csignal>
 
 namespace test {
 

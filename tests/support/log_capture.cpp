@@ -1,13 +1,13 @@
-// Takes the place of the C library's syslog, usleep and sleep in a test program: lines are kept, sleeps are noted.
-#include <poll.h>
-#include <syslog.h>
-#include <unistd.h>
-
+// Takes the place of the C library's syslog, usleep and sleep in a test program: lines are kept,
+// sleeps are noted.
 #include <algorithm>
 #include <cctype>
 #include <cstdarg>
 #include <cstdio>
 #include <mutex>
+#include <poll.h>
+#include <syslog.h>
+#include <unistd.h>
 
 #include "support/appliance.h"
 
@@ -35,7 +35,8 @@ bool Matches(const std::string& line, std::string_view source, std::string_view 
   if (at >= line.size() || (line[at] != ':' && line[at] != '(')) return false;
   const bool function = line[at] == '(';
   const std::size_t digits = ++at;
-  while (at < line.size() && std::isdigit(static_cast<unsigned char>(line[at])) != 0) ++at;
+  while (at < line.size() && std::isdigit(static_cast<unsigned char>(line[at])) != 0)
+    ++at;
   if (at == digits) return false;
   if (function && line[at++] != ')') return false;
   const std::string_view rest = std::string_view(line).substr(at);
@@ -92,11 +93,16 @@ int LogCount(int priority, std::string_view source, std::string_view message) {
 
 std::string LogText() {
   std::string text;
-  for (const LogLine& line : Log()) text += std::to_string(line.priority) + " " + line.text + "\n";
+  for (const LogLine& line : Log())
+    text += std::to_string(line.priority) + " " + line.text + "\n";
   return text;
 }
 
-long SleptMilliseconds() { return slept; }
-void SleepForReal() { forReal = true; }
+long SleptMilliseconds() {
+  return slept;
+}
+void SleepForReal() {
+  forReal = true;
+}
 
 }  // namespace test

@@ -454,9 +454,9 @@ TEST(Ipv6, WhatIsSetIsShownAndInTheKernel) {
 TEST(Ipv6, NonsenseIsRefusedAndChangesNothing) {
   BringUp("eth0");
   const std::string before = ReadIfcfg("eth0");
-  for (const char* words : {"ipv6 set eth0 sometimes", "ipv6 set eth0 static", "ipv6 set eth0 static fd00::1",
-                            "ipv6 set eth0 auto fd00::1/64", "ipv6 add eth0",
-                            "ipv6 add eth0 fd00::1/64 --gateway fd00::2"}) {
+  for (const char* words : {"ipv6 set eth0 sometimes", "ipv6 set eth0 static",
+                            "ipv6 set eth0 static fd00::1", "ipv6 set eth0 auto fd00::1/64",
+                            "ipv6 add eth0", "ipv6 add eth0 fd00::1/64 --gateway fd00::2"}) {
     EXPECT_EQ("usage", Error(words, kUsage)["what"]) << words;
   }
   for (const char* words : {"ipv6 set eth0 static fd00::g/64", "ipv6 set eth0 static fd00::1/129",
@@ -491,7 +491,8 @@ TEST(System, MtuAndHostNameAreTheKernels) {
   BringUp("eth0");
   ExpectDone("mtu set eth0 1400");
   EXPECT_TRUE(Contains(Shell("ip link show eth0"), "mtu 1400"));
-  EXPECT_EQ((json{{"name", "eth0"}, {"mtu", 1400}, {"configured", "1400"}}), Payload("mtu get eth0", "mtu"));
+  EXPECT_EQ((json{{"name", "eth0"}, {"mtu", 1400}, {"configured", "1400"}}),
+            Payload("mtu get eth0", "mtu"));
   EXPECT_EQ("usage", Error("mtu set eth0 67", kUsage)["what"]);
   RecordTool("/sbin/initctl");
   ExpectDone("hostname set nas");

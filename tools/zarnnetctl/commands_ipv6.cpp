@@ -36,9 +36,8 @@ Typed TakeApart(const std::string& what, const std::string& text) {
   const std::size_t slash = text.find('/');
   const std::string digits = slash == std::string::npos ? "" : text.substr(slash + 1);
   const bool isNumber = !digits.empty() && digits.size() <= 3 &&
-                        std::all_of(digits.begin(), digits.end(), [](unsigned char digit) {
-                          return std::isdigit(digit) != 0;
-                        });
+                        std::all_of(digits.begin(), digits.end(),
+                                    [](unsigned char digit) { return std::isdigit(digit) != 0; });
   if (!isNumber) throw CLI::ValidationError("ADDRESS", "give ADDRESS/PREFIX");
   if (BlKOPAIsv6IpAddrValid(text.c_str()) != 1) {
     throw Failure(what, kMalformedAddress, "'" + text + "' is not an IPv6 address with a prefix");
@@ -66,9 +65,9 @@ State Read(const std::string& what, const std::string& ifname) {
   std::array<char, 64> gateway{};
   State state;
   ForgetErrors();
-  const int read = ZARNNetIPv6ConfGet(ifname.c_str(), &state.type, address.data(),
-                                      int{address.size()}, &state.prefix, gateway.data(),
-                                      int{gateway.size()});
+  const int read =
+      ZARNNetIPv6ConfGet(ifname.c_str(), &state.type, address.data(), int{address.size()},
+                         &state.prefix, gateway.data(), int{gateway.size()});
   if (read < 0) Fail(what);
   state.configured = read > 0;
   state.address = address.data();
@@ -137,7 +136,8 @@ void Set(const Context& context, const Wanted& wanted) {
 enum Command { kAdd = 0, kDelete = 1 };
 
 void Change(const Context& context, Command command, const Wanted& wanted) {
-  const std::string what = (command == kAdd ? "cannot add to " : "cannot delete from ") + wanted.ifname;
+  const std::string what =
+      (command == kAdd ? "cannot add to " : "cannot delete from ") + wanted.ifname;
   if (wanted.address.empty() == wanted.gateway.empty())
     throw CLI::ValidationError("ADDRESS", "give ADDRESS/PREFIX or --gateway, one of them");
   const Typed typed = wanted.address.empty() ? Typed{} : TakeApart(what, wanted.address);
@@ -169,8 +169,9 @@ void Init(const Context& context) {
 // ---- the command line
 
 void AddGet(CLI::App& group, Context& context) {
-  CLI::App* const verb = AddVerb(group, context, "get", "Shows how an interface gets its IPv6 address",
-                                 "  zarnnetctl ipv6 get eth0");
+  CLI::App* const verb =
+      AddVerb(group, context, "get", "Shows how an interface gets its IPv6 address",
+              "  zarnnetctl ipv6 get eth0");
   const auto ifname = AddIfname(verb);
   verb->callback([&context, ifname] { Get(context, *ifname); });
 }
@@ -192,12 +193,13 @@ void AddSet(CLI::App& group, Context& context) {
 
 void AddChange(CLI::App& group, Context& context, Command command) {
   const std::string name = command == kAdd ? "add" : "del";
-  CLI::App* const verb = AddVerb(
-      group, context, name,
-      command == kAdd ? "Adds an address or the default route to the running system; no file changes"
-                      : "Deletes an address or the default route from the running system",
-      "  zarnnetctl ipv6 " + name + " eth0 fd00::20/64\n  zarnnetctl ipv6 " + name +
-          " eth0 --gateway fd00::1");
+  CLI::App* const verb =
+      AddVerb(group, context, name,
+              command == kAdd
+                  ? "Adds an address or the default route to the running system; no file changes"
+                  : "Deletes an address or the default route from the running system",
+              "  zarnnetctl ipv6 " + name + " eth0 fd00::20/64\n  zarnnetctl ipv6 " + name +
+                  " eth0 --gateway fd00::1");
   auto wanted = std::make_shared<Wanted>();
   verb->add_option("IFNAME", wanted->ifname, "Name of the interface")->required();
   verb->add_option("ADDRESS", wanted->address, "ADDRESS/PREFIX");
@@ -206,9 +208,9 @@ void AddChange(CLI::App& group, Context& context, Command command) {
 }
 
 void AddInit(CLI::App& group, Context& context) {
-  CLI::App* const verb =
-      AddVerb(group, context, "init", "Sets router advertisements of every interface as its file asks",
-              "  zarnnetctl ipv6 init");
+  CLI::App* const verb = AddVerb(group, context, "init",
+                                 "Sets router advertisements of every interface as its file asks",
+                                 "  zarnnetctl ipv6 init");
   verb->callback([&context] { Init(context); });
 }
 

@@ -47,7 +47,8 @@ void Show(const Context& context, const std::vector<std::string>& ifnames) {
   for (const std::string& ifname : ifnames)
     RequireInterface(what, ifname);
   const auto isUnwanted = [&](const KOPANETSTAT& stat) {
-    return !ifnames.empty() && std::find(ifnames.begin(), ifnames.end(), stat.name) == ifnames.end();
+    return !ifnames.empty() &&
+           std::find(ifnames.begin(), ifnames.end(), stat.name) == ifnames.end();
   };
   std::erase_if(stats, isUnwanted);
   if (context.json) {

@@ -14,8 +14,10 @@ Json MtuJson(const std::string& what, const std::string& ifname) {
   const int live = ZARNGetMTU(ifname.c_str());
   if (live < 0) Fail(what);
   std::array<char, 16> configured{};
-  const bool has = ZARNConfGetMTUValue(ifname.c_str(), configured.data(), int{configured.size()}) >= 0;
-  return {{"name", ifname}, {"mtu", live}, {"configured", TextOrNull(has ? configured.data() : "")}};
+  const bool has =
+      ZARNConfGetMTUValue(ifname.c_str(), configured.data(), int{configured.size()}) >= 0;
+  return {
+      {"name", ifname}, {"mtu", live}, {"configured", TextOrNull(has ? configured.data() : "")}};
 }
 
 void GetMtu(const Context& context, const std::string& ifname) {
@@ -23,7 +25,8 @@ void GetMtu(const Context& context, const std::string& ifname) {
   RequireInterface(what, ifname);
   const Json mtu = MtuJson(what, ifname);
   if (context.json) return PrintJson("mtu", mtu);
-  const std::string configured = mtu["configured"].is_null() ? "" : mtu["configured"].get<std::string>();
+  const std::string configured =
+      mtu["configured"].is_null() ? "" : mtu["configured"].get<std::string>();
   PrintTable({{{"live"}, {std::to_string(mtu["mtu"].get<int>())}}, {{"configured"}, {configured}}});
 }
 
@@ -39,12 +42,14 @@ void SetMtu(const Context& context, const std::string& ifname, unsigned value) {
 
 void AddMtu(CLI::App& app, Context& context) {
   CLI::App* const group = AddGroup(app, "mtu", "Reads and sets the MTU of an interface");
-  CLI::App* const get = AddVerb(*group, context, "get", "Shows the kernel's MTU and the configured one",
-                                "  zarnnetctl mtu get eth0");
+  CLI::App* const get =
+      AddVerb(*group, context, "get", "Shows the kernel's MTU and the configured one",
+              "  zarnnetctl mtu get eth0");
   const auto shown = AddIfname(get);
   get->callback([&context, shown] { GetMtu(context, *shown); });
-  CLI::App* const set = AddVerb(*group, context, "set", "Sets the MTU, now and for the next boot; takes 5 seconds",
-                                "  zarnnetctl mtu set eth0 9000");
+  CLI::App* const set =
+      AddVerb(*group, context, "set", "Sets the MTU, now and for the next boot; takes 5 seconds",
+              "  zarnnetctl mtu set eth0 9000");
   const auto changed = AddIfname(set);
   auto value = std::make_shared<unsigned>();
   set->add_option("MTU", *value, "In bytes, 68 to 65535")->required()->check(CLI::Range(68, 65535));
