@@ -59,7 +59,7 @@ typedef struct KOPANetIfInfo {
  *
  * Kind 2 fills pList with VLAN interfaces too before it removes them: with a pList that is too small for
  * both, the rest is missing. A null list counts them.
- * Reads /proc/net/dev, /sys/class/net and the interface ioctls. Not for two threads at once.
+ * Reads /proc/net/dev once, /sys/class/net, and the interface ioctls over one socket.
  */
 int KOPANetGetInterfaceInfo(KOPANetIfInfo *pList, int max, unsigned int selector);
 

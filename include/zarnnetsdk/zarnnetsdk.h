@@ -13,8 +13,8 @@
  *    fit and always ends with a NUL. Records are plain and fixed in layout. What the library
  *    allocates for the caller says which function frees it.
  *  - Interface names are those of the kernel, at most 15 characters.
- *  - Functions may be called from several threads, except the enumerations of iface.h and what is
- *    built on them (they share one statistics table) and ZARNNetNtoa().
+ *  - Functions may be called from several threads, except ZARNNetNtoa(), which answers in a buffer of
+ *    its own. Changes to one interface are the caller's to serialise where a function takes no lock.
  */
 #pragma once
 
