@@ -69,7 +69,7 @@ TEST(Locks, AThreadThatEndsLetsGo) {
 TEST(Locks, ALockFileOfSomebodyElseIsLockedButNotMapped) {
   const char file[] = "/run/lock/zarncore/class-100";
   WriteFile(file, "", 0666);
-  ASSERT_EQ(0, ::chown(file, 12, 34));
+  if (::chown(file, 12, 34) != 0) GTEST_SKIP() << "this user has no second owner to give a file to";
   ASSERT_EQ(0, KOPACFileLock(kWrite, 0));
   EXPECT_FALSE(OtherCanTake(kRead));
   EXPECT_EQ(std::string::npos, ReadFile("/proc/self/maps").find(file));
