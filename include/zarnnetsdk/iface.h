@@ -69,6 +69,16 @@ int KOPANetGetInterfaceInfo(KOPANetIfInfo *pList, int max, unsigned int selector
  */
 int KOPANetEthEnum(KOPANetIfInfo *pList, int max);
 
+/**
+ * Lists every interface that is up but the loopback, in natural name order: bond members, bridge ports and
+ * VLAN interfaces too. At most 32 interfaces are looked at.
+ * @param pList  as for KOPANetGetInterfaceInfo()
+ * @param max    room in pList
+ * @param kind   0; there are no others, and it is not looked at
+ * @return the number found; -1 with 0x0D00 (max below 0), 0x0200, or 0x0900 (/proc/net/dev)
+ */
+int KOPANetInterfaceEnum(KOPANetIfInfo *pList, int max, unsigned int kind);
+
 /** Is the interface among those that KOPANetGetInterfaceInfo() lists? @return 1, or 0 with 0xBC00 */
 int ZARNNetIsDevTypeMatch(const char *szIfname, unsigned int selector);
 

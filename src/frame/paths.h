@@ -12,6 +12,12 @@ inline constexpr char kInfo[] = "/etc/zarninfo.conf";
 inline constexpr char kFactoryInfo[] = "/etc.defaults/zarninfo.conf";
 inline constexpr char kHostname[] = "/etc/hostname";
 inline constexpr char kHosts[] = "/etc/hosts";
+inline constexpr char kNetwork[] = "/etc/sysconfig/network";
+inline constexpr char kResolv[] = "/etc/resolv.conf";
+inline constexpr char kResolvStatic[] = "/etc/resolv.conf.static";
+inline constexpr char kResolvOption[] = "/etc/resolv.conf.option";
+inline constexpr char kLearnedServersV4[] = "/etc/iproute2/config/resolv4.conf";
+inline constexpr char kLearnedServersV6[] = "/etc/iproute2/config/resolv6.conf";
 
 inline std::string Ifcfg(std::string_view ifname) {
   return std::string(kIfcfgPrefix).append(ifname);
@@ -38,6 +44,7 @@ inline constexpr char kTopologyBridgeMark[] = "/tmp/net_topology_bridge";
 // ---- the kernel's files
 inline constexpr char kProcNetDev[] = "/proc/net/dev";
 inline constexpr char kProcIfInet6[] = "/proc/net/if_inet6";
+inline constexpr char kProcRoute[] = "/proc/net/route";
 inline constexpr char kProcIpv6Route[] = "/proc/net/ipv6_route";
 inline constexpr char kProcVlanConfig[] = "/proc/net/vlan/config";
 inline constexpr char kInternalNetifNum[] = "/proc/sys/kernel/zarn_internal_netif_num";
@@ -60,6 +67,7 @@ inline std::string AcceptRa(std::string_view ifname) {
 // ---- programs
 inline constexpr char kIp[] = "/sbin/ip";
 inline constexpr char kIfconfig[] = "/sbin/ifconfig";
+inline constexpr char kRoute[] = "/sbin/route";
 inline constexpr char kStart[] = "/sbin/start";
 inline constexpr char kInitctl[] = "/sbin/initctl";
 inline constexpr char kStop[] = "/sbin/stop";

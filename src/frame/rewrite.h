@@ -5,14 +5,30 @@
 #include <string_view>
 #include <sys/types.h>
 
+#include "frame/file.h"
+
 namespace frame {
 
-// Where a rewrite stopped; the caller has a code for each.
-enum class RewriteStep { kDone, kOpen, kWrite, kRename };
+// One rewrite, step by step: each has a code of its own. The new content is collected in a
+// temporary file beside the target, which goes with this object unless it has taken the target's
+// place. Where a step answers false errno says why, and the target is as it was.
+class Rewrite {
+ public:
+  explicit Rewrite(std::string path);
+  ~Rewrite();
+  Rewrite(const Rewrite&) = delete;
+  Rewrite& operator=(const Rewrite&) = delete;
 
-// Writes the content to a temporary file beside the target, syncs it and renames it over the
-// target. Unless it is done the target is as it was and the temporary file is gone. errno says why.
-[[nodiscard]] RewriteStep RewriteFile(const std::string& path, std::string_view content,
-                                      mode_t mode);
+  [[nodiscard]] bool IsOpen() const { return made_; }
+  [[nodiscard]] bool SetMode(mode_t mode);  // before Fill(): nobody else reads a part of it
+  [[nodiscard]] bool Fill(std::string_view content);
+  [[nodiscard]] bool TakeEffect();
+
+ private:
+  std::string path_;
+  std::string name_;
+  File file_;
+  bool made_;
+};
 
 }  // namespace frame

@@ -81,11 +81,6 @@ bool IsListed(const std::string& ifname, short flags, const Selection& selection
   return selection.withHeartbeat || !IsHeartbeat(ifname, selection);
 }
 
-bool HasCarrier(const std::string& ifname, short flags) {
-  if (ifname.starts_with("ovs_")) return ZARNNetIfIsLink(ifname.c_str()) == 1;
-  return (flags & IFF_RUNNING) != 0;
-}
-
 // Each VLAN's record gives way to the last one: the order of the others changes, and callers know
 // it so.
 int RemoveVlans(const std::vector<std::string>& vlans, KOPANetIfInfo* list, int count) {
@@ -125,7 +120,8 @@ int Enumerate(const std::vector<std::string>& names, const Selection& selection,
     ZARNNETIFADDR shared{};
     if (selection.sharedAddresses && ZARNHAGetRelatedIFInfo(ifname.c_str(), &shared) < 0) continue;
     if (list != nullptr) {
-      inventory::FillRecord(socket, ifname, *flags, HasCarrier(ifname, *flags), &list[count]);
+      inventory::FillRecord(socket, ifname, *flags, inventory::HasCarrier(ifname, *flags),
+                            &list[count]);
       if (selection.sharedAddresses) {
         CopyText(FieldText(shared.szIP), list[count].ip);
         CopyText(FieldText(shared.szMask), list[count].mask);

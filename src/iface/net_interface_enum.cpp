@@ -1,4 +1,4 @@
-// The Ethernet ports that are up.
+// The interfaces that are up: all of them, or the Ethernet ports alone.
 #include <string>
 
 #include <zarnnetsdk/iface.h>
@@ -25,6 +25,27 @@ int KOPANetEthEnum(KOPANetIfInfo* pList, int max) try {
     if (pList != nullptr) {
       pList[count] = KOPANetIfInfo{};
       inventory::FillRecord(socket, ifname, *flags, (*flags & IFF_RUNNING) != 0, &pList[count]);
+    }
+    ++count;
+  }
+  return count;
+}
+FRAME_NO_EXCEPTIONS(-1)
+
+int KOPANetInterfaceEnum(KOPANetIfInfo* pList, int max, unsigned int /*kind*/) try {
+  if (max < 0) return FRAME_FAIL(kBadParameter, -1);
+  const auto names = ListNetDev();
+  if (!names) return -1;
+  const InetSocket socket;
+  if (!socket.IsOpen()) return -1;
+  int count = 0;
+  for (const std::string& ifname : *names) {
+    if (count >= max) break;
+    const auto flags = socket.Flags(ifname);
+    if (!flags || (*flags & IFF_UP) == 0 || (*flags & IFF_LOOPBACK) != 0) continue;
+    if (pList != nullptr) {
+      const bool carrier = inventory::HasCarrier(ifname, *flags);
+      inventory::FillRecord(socket, ifname, *flags, carrier, &pList[count]);
     }
     ++count;
   }

@@ -7,6 +7,11 @@
 
 using frame::CopyText;
 
+bool inventory::HasCarrier(const std::string& ifname, short flags) {
+  if (ifname.starts_with("ovs_")) return ZARNNetIfIsLink(ifname.c_str()) == 1;
+  return (flags & IFF_RUNNING) != 0;
+}
+
 void inventory::FillRecord(const frame::InetSocket& socket, const std::string& ifname, short flags,
                            bool carrier, KOPANetIfInfo* info) {
   constexpr int kLinkUp = 2;

@@ -54,17 +54,12 @@ std::string HostsText(const char* hostname) {
 
 bool WriteHostsFile(const char* hostname) {
   constexpr mode_t kMode = 0644;
-  switch (RewriteFile(paths::kHosts, HostsText(hostname), kMode)) {
-    case RewriteStep::kDone:
-      return true;
-    case RewriteStep::kOpen:
-      return FRAME_FAIL(kOpen, false);
-    case RewriteStep::kWrite:
-      return FRAME_FAIL(kWrite, false);
-    case RewriteStep::kRename:
-      return FRAME_FAIL(kRename, false);
+  Rewrite rewrite(paths::kHosts);
+  if (!rewrite.IsOpen()) return FRAME_FAIL(kOpen, false);
+  if (!rewrite.SetMode(kMode) || !rewrite.Fill(HostsText(hostname))) {
+    return FRAME_FAIL(kWrite, false);
   }
-  return false;
+  return rewrite.TakeEffect() || FRAME_FAIL(kRename, false);
 }
 
 // The logger writes the host name into every line. A refusal, such as that of a logger that does

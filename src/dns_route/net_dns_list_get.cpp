@@ -1,0 +1,65 @@
+// The name servers: those that were fixed, and those that the resolver uses.
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include <zarnnetsdk/dns_route.h>
+
+#include "dns_route/server_lines.h"
+#include "frame/containers.h"
+#include "frame/file.h"
+#include "frame/lock.h"
+#include "frame/log.h"
+#include "frame/paths.h"
+#include "frame/text.h"
+
+using namespace frame;
+
+namespace {
+
+// Appends the second word of every server line. A file that is not there has no servers.
+bool AppendServers(const char* path, PKOPACSZLIST* list) {
+  const File file = OpenFile(path, "r");
+  if (!file) {
+    const int reason = errno;
+    LOG_ERROR("%s:%d Failed to open %s. (%s)", path, std::strerror(reason));
+    return true;
+  }
+  char line[512];  // what is longer goes on as a line of its own
+  while (std::fgets(line, sizeof line, file.get()) != nullptr) {
+    if (!std::string_view(line).starts_with(dns::kServerWord)) continue;
+    const auto words = SplitWords(line);
+    if (words.size() < 2) continue;
+    if (KOPACSzListPush(list, std::string(words[1]).c_str()) < 0) {
+      return FRAME_FAIL(kNoMemory, false);
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+int ZARNNetStaticDNSListGet(PKOPACSZLIST* ppList) try {
+  if (ppList == nullptr || *ppList == nullptr) return FRAME_FAIL(kBadParameter, -1);
+  return AppendServers(paths::kResolvStatic, ppList) ? 0 : -1;
+}
+FRAME_NO_EXCEPTIONS(-1)
+
+int ZARNNetDNSListGet(PKOPACSZLIST* ppList) try {
+  if (ppList == nullptr || *ppList == nullptr) return FRAME_FAIL(kBadParameter, -1);
+  const Lock lock(kNetworkRead);
+  if (!lock.Held()) return FRAME_FAIL(kLock, -1);
+  return AppendServers(paths::kResolv, ppList) ? 0 : -1;
+}
+FRAME_NO_EXCEPTIONS(-1)
+
+int ZARNNetDNSGet(char* szBuf, int cbBuf) try {
+  if (szBuf == nullptr || cbBuf <= 0) return FRAME_FAIL(kBadParameter, -1);
+  StringList servers(dns::kListCapacity);
+  if (ZARNNetDNSListGet(servers.Out()) < 0) return -1;
+  const char* const first = servers.Count() > 0 ? servers[0] : "";
+  CopyText(first, szBuf, static_cast<std::size_t>(cbBuf));
+  return 0;
+}
+FRAME_NO_EXCEPTIONS(-1)
