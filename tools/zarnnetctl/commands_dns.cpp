@@ -19,10 +19,10 @@ std::string Mode() {
 }
 
 std::vector<std::string> Read(const std::string& what, int (*reader)(PKOPACSZLIST*)) {
-  TextList servers;
+  NameList servers;
   ForgetErrors();
   if (reader(servers.Out()) < 0) Fail(what);
-  return servers.Texts();
+  return servers.Items();
 }
 
 Json StateJson(const std::string& what) {
@@ -48,7 +48,7 @@ void PrintState(const Context& context, const std::string& what) {
 
 void Set(const Context& context, const std::vector<std::string>& addresses) {
   const std::string what = "cannot set the name servers";
-  TextList servers;
+  NameList servers;
   for (const std::string& address : addresses) {
     if (ZARNNetGetAddrType(address.c_str()) == 0) {
       throw Failure(what, kMalformedAddress, "'" + address + "' is not an IPv4 or IPv6 address");

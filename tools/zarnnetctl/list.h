@@ -1,4 +1,4 @@
-// A list of texts as the library takes and fills it.
+// A list of items as the library takes and fills it.
 #pragma once
 
 #include <new>
@@ -9,29 +9,29 @@
 
 namespace tool {
 
-class TextList {
+class NameList {
  public:
-  TextList() : list_(KOPACSzListAlloc(kCapacity)) {
+  NameList() : list_(KOPACSzListAlloc(kFirstCapacity)) {
     if (list_ == nullptr) throw std::bad_alloc();
   }
-  ~TextList() { KOPACSzListFree(list_); }
-  TextList(const TextList&) = delete;
-  TextList& operator=(const TextList&) = delete;
+  ~NameList() { KOPACSzListFree(list_); }
+  NameList(const NameList&) = delete;
+  NameList& operator=(const NameList&) = delete;
 
   void Add(const std::string& text) {
     if (KOPACSzListPush(&list_, text.c_str()) < 0) throw std::bad_alloc();
   }
-  [[nodiscard]] PKOPACSZLIST* Out() { return &list_; }
+  [[nodiscard]] PKOPACSZLIST* Out() { return &list_; }  // a list that grows may move
   [[nodiscard]] PKOPACSZLIST Get() const { return list_; }
-  [[nodiscard]] std::vector<std::string> Texts() const {
-    std::vector<std::string> texts;
+  [[nodiscard]] std::vector<std::string> Items() const {
+    std::vector<std::string> items;
     for (int i = 0; i < list_->nItem; ++i)
-      texts.emplace_back(KOPACSzListGet(list_, i));
-    return texts;
+      items.emplace_back(KOPACSzListGet(list_, i));
+    return items;
   }
 
  private:
-  static constexpr int kCapacity = 512;
+  static constexpr int kFirstCapacity = 16;
   PKOPACSZLIST list_;
 };
 
