@@ -1,6 +1,7 @@
 // The appliance's own programs, which the library only calls: the network script with bridges,
 // bonds and VLANs, the DHCP server and what a client gets from it, the address probe.
 #include <gtest/gtest.h>
+#include <sstream>
 
 #include "support/appliance.h"
 
@@ -153,53 +154,26 @@ TEST(DhcpServer, ServesWhatIsSwitchedOnAndLeavesOutWhatHasNoValue) {
 }
 
 TEST(DhcpServer, TakesEveryOptionByItsName) {
-  const std::string one = "10.0.0.1", two = "10.0.0.1,10.0.0.2";
-  const std::vector<std::pair<std::string, std::string>> options = {
-      {"log-server", two},
-      {"lpr-server", two},
-      {"boot-file-size", "65536"},
-      {"swap-server", one},
-      {"root-path", "/srv/root"},
-      {"extension-path", "/srv/more"},
-      {"ip-forward-enable", "1"},
-      {"non-local-source-routing", "0"},
-      {"policy-filter", "10.0.0.0,255.0.0.0"},
-      {"max-datagram-reassembly", "65536"},
-      {"default-ttl", "255"},
-      {"mtu", "65536"},
-      {"all-subnets-local", "1"},
-      {"router-discovery", "0"},
-      {"router-solicitation", one},
-      {"trailer-encapsulation", "1"},
-      {"arp-timeout", "4294967295"},
-      {"ethernet-encap", "0"},
-      {"tcp-ttl", "1"},
-      {"tcp-keepalive", "0"},
-      {"nis-domain", "lan.example"},
-      {"nis-server", two},
-      {"ntp-server", two},
-      {"netbios-ns", two},
-      {"netbios-dd", two},
-      {"netbios-nodetype", "8"},
-      {"netbios-scope", "scope"},
-      {"x-windows-fs", two},
-      {"x-windows-dm", two},
-      {"T1", "300"},
-      {"T2", "600"},
-      {"nis+-domain", "lan.example"},
-      {"nis+-server", two},
-      {"mobile-ip-home", two},
-      {"smtp-server", two},
-      {"pop3-server", two},
-      {"nntp-server", two},
-      {"irc-server", two},
-      {"sip-server", two},
-      {"classless-static-route", "10.0.0.0/8,192.168.60.254"}};
-  ASSERT_EQ(40u, options.size());
-  std::string lines;
-  for (const auto& [name, value] : options) {
-    lines += "dhcp-option=tag:eth00,option:" + name + "," + value + "\n";
+  std::istringstream options(R"(
+      log-server=LIST lpr-server=LIST boot-file-size=65536 swap-server=10.0.0.1 root-path=/srv/root
+      extension-path=/srv/more ip-forward-enable=1 non-local-source-routing=0
+      policy-filter=10.0.0.0,255.0.0.0 max-datagram-reassembly=65536 default-ttl=255 mtu=65536
+      all-subnets-local=1 router-discovery=0 router-solicitation=10.0.0.1 trailer-encapsulation=1
+      arp-timeout=4294967295 ethernet-encap=0 tcp-ttl=1 tcp-keepalive=0 nis-domain=lan.example
+      nis-server=LIST ntp-server=LIST netbios-ns=LIST netbios-dd=LIST netbios-nodetype=8
+      netbios-scope=scope x-windows-fs=LIST x-windows-dm=LIST T1=300 T2=600
+      nis+-domain=lan.example nis+-server=LIST mobile-ip-home=LIST smtp-server=LIST
+      pop3-server=LIST nntp-server=LIST irc-server=LIST sip-server=LIST
+      classless-static-route=10.0.0.0/8,192.168.60.254)");
+  std::string lines, option;
+  int count = 0;
+  for (; options >> option; ++count) {
+    const auto end = option.find('=');
+    const std::string value = option.substr(end + 1);
+    lines += "dhcp-option=tag:eth00,option:" + option.substr(0, end) + "," +
+             (value == "LIST" ? "10.0.0.1,10.0.0.2" : value) + "\n";
   }
+  ASSERT_EQ(40, count);
   ServeOneSubnet(lines);
   EXPECT_EQ("status 0\n", StatusOf("/etc/rc.network nat-restart-dhcp"));
   EXPECT_EQ("# /etc/dhcpd/dhcpd-eth0-subnet0.conf\n" + kRange + lines, Served());
@@ -321,16 +295,4 @@ TEST(Interfaces, ABondAndAVlanAreMadeFromTheirFiles) {
   EXPECT_EQ("", Shell("ip -4 address show dev eth1; ip -4 address show dev eth2"));
   ASSERT_EQ("status 0\n", StatusOf("/etc/rc.network stop bond0 eth1 eth2 bond0.7"));
   EXPECT_EQ("eth0\neth1\neth2\neth3\nlo\n", Shell("ls /sys/class/net"));
-}
-
-TEST(Interfaces, AnotherNameIsNotedByTheFirewallAndTheTrafficControl) {
-  EXPECT_TRUE(Ends("/usr/zarn/bin/zarnfirewall --change-adapter eth0 eth0.10", 0));
-  EXPECT_TRUE(Ends("/usr/zarn/bin/zarnfirewall --change-security-adapter eth0 eth0.10", 0));
-  EXPECT_TRUE(Ends("/usr/zarn/bin/tctool -change_interface eth0 eth0.10", 0));
-  EXPECT_TRUE(Ends("/usr/zarn/bin/tctool -change_interface eth0", 2));
-  EXPECT_EQ(
-      "zarnfirewall --change-adapter eth0 eth0.10\n"
-      "zarnfirewall --change-security-adapter eth0 eth0.10\n"
-      "tctool -change_interface eth0 eth0.10\n",
-      ReadFile("/var/log/appliance/zarnfirewall.log") + ReadFile("/var/log/appliance/tctool.log"));
 }
