@@ -231,18 +231,23 @@ TEST(Arping, RefusesACallThatMakesNoSense) {
 
 TEST(Interfaces, ABridgeTakesItsPortsAndGivesThemBack) {
   WriteIfcfg("br0",
-             "DEVICE=br0\nTYPE=bridge\nPRIMARY=eth1\nBOOTPROTO=static\nIPADDR=192.168.50.20\n"
+             "DEVICE=br0\nTYPE=bridge\nPRIMARY=eth2\nBOOTPROTO=static\nIPADDR=192.168.50.20\n"
              "NETMASK=255.255.255.0\n");
   WriteIfcfg("eth1", "DEVICE=eth1\nBOOTPROTO=dhcp\nBRIDGE=br0\n");
   WriteIfcfg("eth2", "DEVICE=eth2\nBOOTPROTO=dhcp\nBRIDGE=br0\n");
   WriteIfcfg("eth3.saved", "DEVICE=eth3\nBRIDGE=br0\n");
   ASSERT_EQ("status 0\n", StatusOf("/etc/rc.network start br0 eth1 eth2"));
   EXPECT_EQ("eth1\neth2\n", Shell("ls /sys/class/net/br0/brif"));
-  EXPECT_EQ("02:00:00:00:00:11\n", ReadFile("/sys/class/net/br0/address"));
+  EXPECT_EQ("02:00:00:00:00:12\n", ReadFile("/sys/class/net/br0/address"));
   EXPECT_TRUE(Ends("ping -c 1 -w 5 192.168.50.1", 0)) << Shell("ip address");
   EXPECT_EQ("", Shell("ip -4 address show dev eth1"));
   ASSERT_EQ("status 0\n", StatusOf("/etc/rc.network stop eth1 eth2 br0"));
   EXPECT_FALSE(FileExists("/sys/class/net/br0"));
+
+  // A port stays one whatever its file says.
+  WriteIfcfg("eth3", "DEVICE=eth3\nTYPE=bridge\nBONDING_OPTS=\"mode=1\"\n");
+  EXPECT_EQ("status 0\n", StatusOf("/etc/rc.network stop eth3"));
+  EXPECT_TRUE(FileExists("/sys/class/net/eth3"));
 
   // Without the bridge's file, and with the ports' own settings again.
   RemoveFile(IfcfgPath("br0"));
