@@ -15,6 +15,7 @@ void AddLinkCommands(CLI::App& app, Context& context);
 void AddBlockCommands(CLI::App& app, Context& context);
 void AddIpv6Commands(CLI::App& app, Context& context);
 void AddStatCommands(CLI::App& app, Context& context);
+void AddTunnelCommands(CLI::App& app, Context& context);
 void AddSystemCommands(CLI::App& app, Context& context);
 
 // A group of verbs, of which one must follow.

@@ -83,6 +83,7 @@ int Run(int argc, char** argv) {
   AddLinkCommands(app, context);
   AddBlockCommands(app, context);
   AddIpv6Commands(app, context);
+  AddTunnelCommands(app, context);
   AddStatCommands(app, context);
   AddSystemCommands(app, context);
   return Parse(app, context, argc, argv);
