@@ -13,6 +13,8 @@ void AddIfCommands(CLI::App& app, Context& context);
 void AddIpCommands(CLI::App& app, Context& context);
 void AddLinkCommands(CLI::App& app, Context& context);
 void AddBlockCommands(CLI::App& app, Context& context);
+void AddDnsCommands(CLI::App& app, Context& context);
+void AddRouteCommands(CLI::App& app, Context& context);
 void AddIpv6Commands(CLI::App& app, Context& context);
 void AddStatCommands(CLI::App& app, Context& context);
 void AddTunnelCommands(CLI::App& app, Context& context);

@@ -1,6 +1,5 @@
 // zarnnetctl ip: the addresses of an interface, read, set and flushed.
 #include <algorithm>
-#include <arpa/inet.h>
 #include <array>
 #include <cctype>
 
@@ -35,12 +34,6 @@ void Get(const Context& context, const std::string& ifname) {
 }
 
 // ---- ip set
-
-// Octal and hexadecimal parts pass the library, and the programs behind it read them otherwise.
-bool IsPlainDotted(const std::string& text) {
-  in_addr address{};
-  return ::inet_pton(AF_INET, text.c_str(), &address) == 1;
-}
 
 bool IsNumber(const std::string& text) {
   return !text.empty() && std::all_of(text.begin(), text.end(),
@@ -84,9 +77,7 @@ Typed TakeApart(const std::string& address, const std::string& mask) {
 }
 
 Address Validate(const std::string& what, const Typed& typed) {
-  if (BlKOPAIsIpAddr(typed.ip.c_str()) != 1 || !IsPlainDotted(typed.ip)) {
-    RefuseAddress(what, "'" + typed.ip + "' is not the IPv4 address of a host");
-  }
+  RequireIpv4(what, typed.ip);
   if (typed.mask.empty()) return {typed.ip, PrefixToMask(what, typed.ip + "/" + typed.prefix)};
   if (BlKOPAIsValidIpMask(typed.mask.c_str()) != 1 || !IsPlainDotted(typed.mask)) {
     RefuseAddress(what, "'" + typed.mask + "' is not a netmask");

@@ -13,12 +13,15 @@ _zarnnetctl_interfaces() {
 _zarnnetctl_candidates() {
   local group=${1-} verb=${2-}
   case $# in
-    0) echo "if ip ipv6 link mac mtu hostname block tunnel stat --help --version" ;;
+    0) echo "if ip ipv6 dns gateway route link mac mtu hostname block tunnel stat --help --version" ;;
     1)
       case $group in
         if) echo "list show --help" ;;
         ip) echo "get set flush --help" ;;
         ipv6) echo "get set add del init --help" ;;
+        dns) echo "get set mode update --help" ;;
+        gateway) echo "get set clear --help" ;;
+        route) echo "check add del --help" ;;
         mtu | hostname) echo "get set --help" ;;
         stat) echo "--json --help"; _zarnnetctl_interfaces ;;
         link) echo "up down --help" ;;
@@ -49,7 +52,9 @@ _zarnnetctl_candidates() {
           fi
           ;;
         tunnel\ *) echo "--json --help" ;;
-        "ipv6 init" | hostname\ *) echo "--json --help" ;;
+        "dns mode") echo "static auto --json --help" ;;
+        gateway\ *) echo "--saved --json --help" ;;
+        "ipv6 init" | "route check" | dns\ * | hostname\ *) echo "--json --help" ;;
         stat\ *) echo "--json --help"; _zarnnetctl_interfaces ;;
         mac\ *) echo "--json --local --help" ;;
         *) echo "--json --help"; [ $# -gt 2 ] || _zarnnetctl_interfaces ;;

@@ -83,6 +83,8 @@ int Run(int argc, char** argv) {
   AddLinkCommands(app, context);
   AddBlockCommands(app, context);
   AddIpv6Commands(app, context);
+  AddDnsCommands(app, context);
+  AddRouteCommands(app, context);
   AddTunnelCommands(app, context);
   AddStatCommands(app, context);
   AddSystemCommands(app, context);

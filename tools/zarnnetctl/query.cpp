@@ -59,6 +59,16 @@ bool HasFile(const std::string& ifname) {
   return ZARNNetGetBridgeConfig(ifname.c_str(), &settings, nullptr) == 0;
 }
 
+bool IsPlainDotted(const std::string& text) {
+  in_addr address{};
+  return ::inet_pton(AF_INET, text.c_str(), &address) == 1;
+}
+
+void RequireIpv4(const std::string& what, const std::string& text) {
+  if (BlKOPAIsIpAddr(text.c_str()) == 1 && IsPlainDotted(text)) return;
+  throw Failure(what, kMalformedAddress, "'" + text + "' is not the IPv4 address of a host");
+}
+
 void RequireInterface(const std::string& what, const std::string& ifname) {
   if (KernelHas(ifname)) return;
   throw Failure(what, kNotFound, "there is no interface '" + ifname + "'");
