@@ -19,6 +19,11 @@ inline constexpr char kResolvOption[] = "/etc/resolv.conf.option";
 inline constexpr char kLearnedServersV4[] = "/etc/iproute2/config/resolv4.conf";
 inline constexpr char kLearnedServersV6[] = "/etc/iproute2/config/resolv6.conf";
 
+// The tunnel broker client's folder, its settings while it starts, and the enciphered password.
+inline constexpr char kGogocFolder[] = "/etc/gogoc";
+inline constexpr char kGogocConf[] = "/etc/gogoc/gogoc.conf";
+inline constexpr char kTunnelPassword[] = "/etc/gogoc/.tunnel_passwd";
+
 inline std::string Ifcfg(std::string_view ifname) {
   return std::string(kIfcfgPrefix).append(ifname);
 }
@@ -46,6 +51,10 @@ inline constexpr char kProcNetDev[] = "/proc/net/dev";
 inline constexpr char kProcIfInet6[] = "/proc/net/if_inet6";
 inline constexpr char kProcRoute[] = "/proc/net/route";
 inline constexpr char kProcIpv6Route[] = "/proc/net/ipv6_route";
+inline constexpr char kProcTcp[] = "/proc/net/tcp";
+inline constexpr char kProcTcp6[] = "/proc/net/tcp6";
+inline constexpr char kProcUdp[] = "/proc/net/udp";
+inline constexpr char kProcUdp6[] = "/proc/net/udp6";
 inline constexpr char kProcVlanConfig[] = "/proc/net/vlan/config";
 inline constexpr char kInternalNetifNum[] = "/proc/sys/kernel/zarn_internal_netif_num";
 inline constexpr char kBondingMasters[] = "/sys/class/net/bonding_masters";
@@ -75,6 +84,8 @@ inline constexpr char kCp[] = "/bin/cp";
 inline constexpr char kIpcalc[] = "/bin/ipcalc";
 inline constexpr char kDhclient[] = "/usr/sbin/dhclient";
 inline constexpr char kNetdTool[] = "/usr/zarn/sbin/zarnnetdtool";
+inline constexpr char kRcTun[] = "/etc/gogoc/rc.tun";
+inline constexpr char kGogoc[] = "/usr/bin/gogoc";
 inline constexpr char kDdnsd[] = "/usr/zarn/sbin/ddnsd";
 
 }  // namespace frame::paths

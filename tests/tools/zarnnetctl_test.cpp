@@ -542,3 +542,36 @@ TEST(Routes, GatewaysAndSubnetsAreTheKernels) {
   ExpectDone("route check");
   EXPECT_EQ("0xBC00", Error("route add eth9", kFailed)["code"]);
 }
+
+TEST(Tunnel, ThePasswordGoesInByAFileOrStandardInputAndIsNeverShown) {
+  const std::string secret = "Tr0ub4dor&3";
+  WriteFile("/root/secret", secret + "\nsecond line\n", 0600);
+  const json set = Payload(
+      "tunnel set --server broker.example --user bob --password-file /root/secret", "tunnel");
+  const json wanted{{"enabled", false},     {"server", "broker.example"}, {"anonymous", false},
+                    {"user_id", "bob"},     {"has_password", true},       {"state", "down"},
+                    {"live", json::array()}};
+  EXPECT_EQ(wanted, set);
+  ExpectDone("tunnel start");
+  json up = Payload("tunnel get", "tunnel");
+  EXPECT_EQ("up", up["state"]);
+  EXPECT_EQ("2001:db8:f00::2", up["live"][0]["addr"]);
+  const Outcome shown = Ctl("tunnel get");
+  EXPECT_TRUE(Contains(shown.out, "stored")) << shown.out;
+  EXPECT_FALSE(Contains(shown.out + set.dump() + up.dump(), secret));
+  ExpectDone("tunnel stop");
+  WriteFile("/etc/gogoc/broker", "refuses\n");
+  ExpectFailure("tunnel start",
+                "cannot start the tunnel: the client has ended; see the system log");
+  const std::string stored = ReadFile("/etc/gogoc/.tunnel_passwd");
+  ExpectDone("tunnel set --password-file - </root/secret");
+  EXPECT_EQ(stored, ReadFile("/etc/gogoc/.tunnel_passwd"));
+  WriteFile("/root/secret", std::string(32, 'p'), 0600);
+  EXPECT_EQ("0x0D00", Error("tunnel set --password-file /root/secret", kFailed)["code"]);
+  EXPECT_EQ("0x0900", Error("tunnel set --password-file /root/none", kFailed)["code"]);
+  EXPECT_EQ("usage", Error("tunnel set --anonymous --user eve", kUsage)["what"]);
+  EXPECT_EQ("usage", Error("tunnel set", kUsage)["what"]);
+  EXPECT_EQ("usage", Error("tunnel set --password '" + secret + "'", kUsage)["what"]);
+  EXPECT_EQ(stored, ReadFile("/etc/gogoc/.tunnel_passwd"));
+  EXPECT_TRUE(Payload("tunnel set --anonymous", "tunnel")["anonymous"].get<bool>());
+}

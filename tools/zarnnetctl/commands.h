@@ -17,6 +17,7 @@ void AddDnsCommands(CLI::App& app, Context& context);
 void AddRouteCommands(CLI::App& app, Context& context);
 void AddIpv6Commands(CLI::App& app, Context& context);
 void AddStatCommands(CLI::App& app, Context& context);
+void AddTunnelCommands(CLI::App& app, Context& context);
 void AddSystemCommands(CLI::App& app, Context& context);
 
 // A group of verbs, of which one must follow.

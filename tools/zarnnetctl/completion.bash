@@ -13,7 +13,7 @@ _zarnnetctl_interfaces() {
 _zarnnetctl_candidates() {
   local group=${1-} verb=${2-}
   case $# in
-    0) echo "if ip ipv6 dns gateway route link mac mtu hostname block stat --help --version" ;;
+    0) echo "if ip ipv6 dns gateway route link mac mtu hostname block tunnel stat --help --version" ;;
     1)
       case $group in
         if) echo "list show --help" ;;
@@ -27,6 +27,7 @@ _zarnnetctl_candidates() {
         link) echo "up down --help" ;;
         mac) echo "--json --local --help"; _zarnnetctl_interfaces ;;
         block) echo "get set --help" ;;
+        tunnel) echo "get set start stop restart --help" ;;
       esac
       ;;
     *)
@@ -45,6 +46,12 @@ _zarnnetctl_candidates() {
           case $# in 2) _zarnnetctl_interfaces ;; 3) echo "auto off dhcp static auto_dhcp" ;; esac
           ;;
         "ipv6 add" | "ipv6 del") echo "--gateway --json --help"; [ $# -gt 2 ] || _zarnnetctl_interfaces ;;
+        "tunnel set")
+          if [ "${!#}" = --password-file ]; then compgen -f -- ""; else
+            echo "--server --anonymous --user --password-file --json --help"
+          fi
+          ;;
+        tunnel\ *) echo "--json --help" ;;
         "dns mode") echo "static auto --json --help" ;;
         gateway\ *) echo "--saved --json --help" ;;
         "ipv6 init" | "route check" | dns\ * | hostname\ *) echo "--json --help" ;;

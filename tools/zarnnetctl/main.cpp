@@ -85,6 +85,7 @@ int Run(int argc, char** argv) {
   AddIpv6Commands(app, context);
   AddDnsCommands(app, context);
   AddRouteCommands(app, context);
+  AddTunnelCommands(app, context);
   AddStatCommands(app, context);
   AddSystemCommands(app, context);
   return Parse(app, context, argc, argv);
