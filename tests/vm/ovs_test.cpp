@@ -10,8 +10,8 @@ namespace {
 void StartOpenVSwitch() {
   Do("mkdir -p /etc/openvswitch /run/openvswitch /var/log/openvswitch;"
      "ovsdb-tool create /etc/openvswitch/conf.db /usr/share/openvswitch/vswitch.ovsschema;"
-     "ovsdb-server --remote=punix:/run/openvswitch/db.sock --pidfile --detach --log-file -vconsole:off;"
-     "ovs-vsctl --no-wait init; /usr/lib/openvswitch-switch/ovs-vswitchd --pidfile --detach --log-file -vconsole:off");
+     "ovsdb-server --remote=punix:/run/openvswitch/db.sock --pidfile --detach -vconsole:off --log-file;"
+     "ovs-vsctl --no-wait init; /usr/lib/openvswitch-switch/ovs-vswitchd --pidfile --detach -vconsole:off --log-file");
 }
 
 // The appliance's kernel has a file for its Open vSwitch bonds, which nobody can make in a kernel's own tree: a copy of
