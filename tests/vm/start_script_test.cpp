@@ -30,7 +30,7 @@ TEST(StartScript, TheDriverTakesTheOptionsOfEveryMode) {
     EXPECT_EQ(100, info["miimon"]);
     EXPECT_EQ(100, info["updelay"]);
     EXPECT_EQ(0, info["use_carrier"]);
-    EXPECT_EQ(mode == 2 ? "fast" : "", info.value("ad_lacp_rate", ""));
+    EXPECT_EQ(mode == 2 ? "fast" : "slow", info.value("ad_lacp_rate", ""));
     EXPECT_EQ("192.168.80.1", bond[0]["addr_info"][0]["local"]);
     ExpectSlaves({"eth0", "eth1"});
     EXPECT_TRUE(Within(5, [] { return ZARNNetIfIsLink("bond0") == 1; })) << mode;
