@@ -85,6 +85,9 @@ int Run(int argc, char** argv) {
   AddIpv6Commands(app, context);
   AddDnsCommands(app, context);
   AddRouteCommands(app, context);
+  AddBondCommands(app, context);
+  AddBridgeCommands(app, context);
+  AddTopologyCommands(app, context);
   AddStatCommands(app, context);
   AddSystemCommands(app, context);
   return Parse(app, context, argc, argv);
