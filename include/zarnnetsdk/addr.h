@@ -1,7 +1,5 @@
 /* Addresses as text: validation and arithmetic, which neither read nor change the system, but for the two functions
- * that ask /bin/ipcalc. And questions about ports and hosts. */
-/* Addresses as text: validation and arithmetic, which read and change nothing, but for the two functions that
- * ask /bin/ipcalc; and whether an address is in use by another host. */
+ * that ask /bin/ipcalc. And questions about ports and hosts, and whether another host uses an address. */
 #pragma once
 
 #include <stdint.h>
