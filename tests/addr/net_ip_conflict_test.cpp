@@ -48,7 +48,7 @@ std::string Mac(const std::string& ifname) {
 TEST(IpConflict, OwnPortsAreNamedToTheProbeUnlessSwitchedOff) {
   for (int i = 2; i < 20; ++i)
     Shell("ip link show eth" + std::to_string(i) + " || ip link add eth" + std::to_string(i) +
-          " type dummy");
+          " type veth peer name far" + std::to_string(i));
   RecordTool(kArping, 1);
   std::string expected = Asked("eth0", "10.1.2.3") + " -F";
   for (int i = 0; i < 16; ++i)
@@ -68,7 +68,7 @@ TEST(IpConflict, OwnPortsAreNamedToTheProbeUnlessSwitchedOff) {
 TEST(IpConflict, EachEntryIsAskedForAndEachAnswerTaken) {
   WriteFile("/etc/zarninfo.conf", "arp_ignore=\"yes\"\n");
   Shell("ip address add 192.168.50.10/24 dev eth0");
-  WriteFile(kArping, "#!/bin/sh\nexit ${10##*.}\n", 0755);  // the last part of the address
+  WriteFile(kArping, "#!/bin/sh\nexit ${9##*.}\n", 0755);  // the last part of the address
   const List names{"eth0", "eth1", "eth2"};
   EXPECT_EQ(0, IpConflictDetectInternal(List{"a", "b", "c"}, List{"1.1.1.0", "1.1.1.2", "1.1.1.9"},
                                         Tell));
