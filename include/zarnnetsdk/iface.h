@@ -285,7 +285,8 @@ extern const ZARNBRIDGEINFO grgTopologyIFInfo[4][4];
  */
 uint32_t KOPANetTopologyGet(KOPANETTOPOLOGY *pInfo);
 
-/** Stores the name of the record as net_topology. @return 0 or -1 */
+/** Stores the name of the record as net_topology. @return 0; -1 with 0x0D00 (null, a name with blanks or line ends), or
+ * when writing fails */
 int KOPANETSetTopologyConfigs(const KOPANETTOPOLOGY *pInfo);
 
 #ifdef __cplusplus

@@ -83,7 +83,6 @@ inline std::string AcceptRa(std::string_view ifname) {
 inline constexpr char kIp[] = "/sbin/ip";
 inline constexpr char kIfconfig[] = "/sbin/ifconfig";
 inline constexpr char kRoute[] = "/sbin/route";
-inline constexpr char kNetworkScript[] = "/etc/rc.network";
 inline constexpr char kFirewall[] = "/usr/zarn/bin/zarnfirewall";
 inline constexpr char kTrafficControl[] = "/usr/zarn/bin/tctool";
 inline constexpr char kStart[] = "/sbin/start";
