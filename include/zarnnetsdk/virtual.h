@@ -197,6 +197,29 @@ int KOPANetVlanGetByRowDev(const char *szRowDev, unsigned int id, KOPANETVLAN *p
  * @return 0, or -1 (0x0D00, 0x0200, 0x4000) */
 int KOPANetVlanEnum(KOPANETVLAN **ppVlan, int *pcVlan);
 
+/**
+ * Puts a VLAN over an interface: the VLAN's file is written with the address given and the parent's IPv6 settings,
+ * the parent keeps no address, both are started, and the firewall, traffic control and DHCP server follow. Fires
+ * net/ifname_change before and after, whatever came of it. An interface carries one VLAN at most. What is in
+ * place when a step fails stays. Blocks for 2 seconds and the programs' time. Takes no lock: changes of VLANs must
+ * not overlap.
+ * @param szRowDev   the parent, "eth0"; with ".id" at most 15 characters
+ * @param id         1 to 4094
+ * @param pSettings  blStatic, szIP and szMask are used
+ * @return 0; -1 with 0x0D00 (arguments; the parent is a VLAN), 0xBC00 (no such parent), 0xBB00 (there is a VLAN),
+ *         0x0900 (the parent's file), 0x0B00 (a new file), 0x3400, 0x4000, or after a step that failed
+ * Programs: /etc/rc.network, /usr/zarn/bin/zarnfirewall, /usr/zarn/bin/tctool.
+ */
+int KOPANetVlanCreate(const char *szRowDev, unsigned int id, const ZARNNETIFSETTINGS *pSettings);
+
+/**
+ * Removes a VLAN: its address settings go back into the parent's file, its own file and MTU setting are deleted,
+ * the parent is started, and the same ones follow as for KOPANetVlanCreate(). Event, pause and locks as there.
+ * @return 0; -1 with 0x0D00 (no name), 0x0900 (a file cannot be read), 0x0B00 (the new file), 0x3400, or when it
+ *         is no VLAN or a step failed
+ */
+int KOPANetVlanRemove(const char *szVlan);
+
 #ifdef __cplusplus
 }
 #endif
