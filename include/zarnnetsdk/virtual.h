@@ -139,6 +139,24 @@ int KOPANETGetBridgeInfoByTopology(const char *szIfname, ZARNBRIDGEINFO *pInfo, 
  */
 int ZARNNetGetBridgeConfig(const char *szIfname, ZARNNETIFSETTINGS *pSettings, ZARNBRIDGEINFO *pInfo);
 
+/**
+ * Writes an interface's part in a bridge into its file, and its address settings where they are given. The type
+ * is 1 none, 2 bridge, 3 bridge of the local LAN, 4 port; szRef the primary port (2, 3) or the bridge (4). The
+ * file is made where there is none, otherwise kept beside itself with ".saved" at its end.
+ * @param pSettings  null leaves the address alone; its szName is not used
+ * @return 0; -1 with 0x0D00 (null record, unfit name or text, another type), 0x0200, or when writing fails
+ * Program: /bin/cp.
+ */
+int ZARNNetSetBridgeConfig(const ZARNNETIFSETTINGS *pSettings, const ZARNBRIDGEINFO *pInfo);
+
+/**
+ * Makes a port of a bridge an interface of its own again, in its file: TYPE and BRIDGE go, the address settings
+ * come, ONBOOT is yes whatever blOnBoot says. The file is kept beside itself with ".saved" at its end.
+ * @return 0; -1 with 0x0D00 (null record, unfit name or text), 0x0200, or when writing fails
+ * Program: /bin/cp.
+ */
+int ZARNNetDisableBridgeSlave(const ZARNNETIFSETTINGS *pSettings);
+
 /** Does ZARNNetGetBridgeConfig() read this type? @return 1 or 0 */
 int ZARNNetIsIfBridgeType(const char *szIfname, uint32_t role);
 
@@ -178,6 +196,29 @@ int KOPANetVlanGetByRowDev(const char *szRowDev, unsigned int id, KOPANETVLAN *p
 /** All VLANs (/proc/net/vlan/config). *ppVlan is freed with free(), null when there are none.
  * @return 0, or -1 (0x0D00, 0x0200, 0x4000) */
 int KOPANetVlanEnum(KOPANETVLAN **ppVlan, int *pcVlan);
+
+/**
+ * Puts a VLAN over an interface: the VLAN's file is written with the address given and the parent's IPv6 settings,
+ * the parent keeps no address, both are started, and the firewall, traffic control and DHCP server follow. Fires
+ * net/ifname_change before and after, whatever came of it. An interface carries one VLAN at most. What is in
+ * place when a step fails stays. Blocks for 2 seconds and the programs' time. Takes no lock: changes of VLANs must
+ * not overlap.
+ * @param szRowDev   the parent, "eth0"; with ".id" at most 15 characters
+ * @param id         1 to 4094
+ * @param pSettings  blStatic, szIP and szMask are used
+ * @return 0; -1 with 0x0D00 (arguments; the parent is a VLAN), 0xBC00 (no such parent), 0xBB00 (there is a VLAN),
+ *         0x0900 (the parent's file), 0x0B00 (a new file), 0x3400, 0x4000, or after a step that failed
+ * Programs: /etc/rc.network, /usr/zarn/bin/zarnfirewall, /usr/zarn/bin/tctool.
+ */
+int KOPANetVlanCreate(const char *szRowDev, unsigned int id, const ZARNNETIFSETTINGS *pSettings);
+
+/**
+ * Removes a VLAN: its address settings go back into the parent's file, its own file and MTU setting are deleted,
+ * the parent is started, and the same ones follow as for KOPANetVlanCreate(). Event, pause and locks as there.
+ * @return 0; -1 with 0x0D00 (no name), 0x0900 (a file cannot be read), 0x0B00 (the new file), 0x3400, or when it
+ *         is no VLAN or a step failed
+ */
+int KOPANetVlanRemove(const char *szVlan);
 
 #ifdef __cplusplus
 }
