@@ -1,8 +1,9 @@
-/* Addresses as text: validation and arithmetic. Nothing here reads or changes the system, but for the two
- * functions that ask /bin/ipcalc. */
+/* Addresses as text: validation and arithmetic, which neither read nor change the system, but for the two functions
+ * that ask /bin/ipcalc. And questions about ports and hosts, and whether another host uses an address. */
 #pragma once
 
 #include <stdint.h>
+#include <zarncore/zarncore.h>
 
 #ifdef __cplusplus
 extern "C" {
@@ -102,6 +103,89 @@ int ZARNNetCalBroadcast(const char *szAddr, char *szOut, int cbOut);
 
 /** The network address of a subnet, asked of /bin/ipcalc -n; as ZARNNetCalBroadcast(). */
 int ZARNNetCalNetwork(const char *szAddr, char *szOut, int cbOut);
+
+/* ---- ports, hosts ---------------------------------------------------------------------------------- */
+
+/**
+ * The local ports of a range that are taken: each once, the lowest first. Of TCP these are the ports of listeners
+ * and of connections, which no server could take, but not those of connections that are only being waited out; of
+ * UDP those of all sockets. Of which address a port is taken does not matter. IPv4 and IPv6 are looked at.
+ * @param first, last  1 to 65535, bounds included
+ * @param szProto      "tcp" or "udp" in any case; null or empty: both
+ * @param rgPort       receives the first cPort of them; null with cPort 0 only counts
+ * @return how many there are, which may exceed cPort; -1 with 0x0D00, or 0x0900 or 0x0A00 for a table of the kernel
+ *         (/proc/net/tcp, tcp6, udp, udp6; those of IPv6 may be missing)
+ */
+int ZARNNetGetPortUsedInRange(int first, int last, const char *szProto, int *rgPort, int cPort);
+
+/** Is a port of the range taken, in the sense of ZARNNetGetPortUsedInRange()? @return 1, 0, or -1 as there */
+int ZARNNetIsPortRangeUsed(int first, int last, const char *szProto);
+
+/**
+ * Does a host answer an ICMP echo? Each of its addresses is asked at once and then every second, so that one lost
+ * packet is no answer either way. Needs root, or a system that lets the user open ping sockets.
+ * @param szHost           an address of either family, or a name
+ * @param cTimeoutSeconds  at least 1. Looking a name up counts, but is not cut short: the resolver has limits of its
+ *                         own
+ * @return 1 as soon as an answer comes; 0 when the time is over, or with 0x0D00, 0x0900 (no socket), or a code of
+ *         ZARNNetLookupIP() for a name that is not known
+ */
+int BlKOPAIsConnected(const char *szHost, int cTimeoutSeconds);
+
+/**
+ * The address of a host, from the system's resolver (/etc/hosts, name servers).
+ * @param szIP  receives the first address whose text fits into cbIP bytes: none is cut. 46 bytes take either family
+ * @return 0; -1 with 0x0D00 (also when none fits), 0xBC00 (no such host, or none with an address), 0x8100 (the
+ *         resolver failed) or 0x0200
+ */
+int ZARNNetLookupIP(const char *szHost, char *szIP, int cbIP);
+
+/**
+ * The interface that has an address of either family, with any prefix; "fe80::1%eth0" looks at eth0 alone.
+ * @param szIfname  16 bytes take every name
+ * @return 0; -1 with 0x0D00 (also for a buffer that would cut the name), 0x1000 (no address), 0xBC00 (nobody has it)
+ *         or 0x8100
+ */
+int ZARNNetIP2If(const char *szIP, char *szIfname, int cbIfname);
+
+/**
+ * Sends the frame that wakes a machine over an interface, which has to be up: broadcast, ethertype 0x0842, six bytes
+ * of ones and the address sixteen times.
+ * @param szMac  "02:00:00:00:00:10", or with "-"
+ * @return 0 when it was sent; -1 with 0x0D00, 0xBC00 (no such interface), 0x0900 (no packet socket) or 0x2A00 (not
+ *         sent)
+ */
+int KOPANetEtherWake(const char *szIfname, const char *szMac);
+/* ---- addresses in use ------------------------------------------------------------------------------- */
+
+/** Told of a conflict: the interface, and the address that another host has. */
+typedef void (*PFNIPCONFLICT)(const char *szIfname, const char *szAddr);
+
+/**
+ * Asks the network of each interface whether another host uses an address, with /sbin/arping (3 seconds an
+ * entry). Answers of the appliance's own ports do not count: the MACs of its first 16 "eth" ports follow "-F",
+ * unless arp_ignore in /etc/zarninfo.conf is "yes".
+ * @param pIfnames     interfaces
+ * @param pAddrs       the address to ask for at each; null: the interface's own, entries without one are skipped
+ * @param pfnConflict  called for each conflict; null: nobody
+ * @return 1 with any conflict, else 0, also for entries that could not be asked; -1 with 0x0D00 (no interfaces,
+ *         lists of different length) or 0x0200
+ */
+int IpConflictDetectInternal(const KOPACSZLIST *pIfnames, const KOPACSZLIST *pAddrs, PFNIPCONFLICT pfnConflict);
+
+/**
+ * IpConflictDetectInternal() for one address that an interface may get. The address it already has is none.
+ * @return 1, 0, or -1 (0x0D00 for a missing argument)
+ */
+int ZARNIIpConflict(const char *szIfname, const char *szAddr);
+
+/**
+ * Is the configured address of a bond (kernel or Open vSwitch) that of a member other than its first?
+ * @param szOutPort  receives the first 4 characters of that member's name, whatever cbOutPort says
+ * @param cbOutPort  size of szOutPort in bytes; the terminator is written when it is above 4
+ * @return 1 (szOutPort filled), 0, or -1 (0x0D00; bond or a configured address cannot be read)
+ */
+int ZARNNetBondIPConflict(const char *szBond, char *szOutPort, int cbOutPort);
 
 #ifdef __cplusplus
 }

@@ -141,8 +141,40 @@ int KOPANetIFIsLocalLan(const char *szIfname);
  */
 int ZARNNetIFGetIPConfig(const char *szIfname, ZARNNETIFADDR *pNetInfo);
 
+/**
+ * Appends the interfaces that the factory settings make the local LAN (local_lan of /etc.defaults/zarninfo.conf,
+ * names split at blanks or commas) to *ppList.
+ * @return their number, 0 without the setting; -1 with 0x0D00, 0x0900 (no factory settings), 0x0100 (more than 32
+ *         names: none is appended) or 0x0200
+ */
+int KOPANetGetLocalLanConfig(PKOPACSZLIST *ppList);
+
 /** How many LAN ports are built in (kernel count, else the factory settings' maxlanport, else 1). @return count or -1 */
 int ZARNNetInternalLanNumGet(void);
+
+/* ---- the primary interface -----------------------------------------------------------------------
+ * The first Ethernet port in natural name order, up or down; or the bond, the bridge or the Open vSwitch device that
+ * it is in. The functions fail with 0xBC00 where there is no port. */
+
+/** Its name, MAC address and configured address, as ZARNNetIFGetIPConfig() reads it. @return 0; -1, the record left
+ * alone: 0x0D00, 0xBC00, 0x0900, or as ZARNNetIFGetIPConfig() */
+int ZARNNetGetCard1(ZARNNETIFADDR *pConfig);
+
+/** The same, and what the kernel has (up or down). @return as ZARNNetGetCard1(); 0x8100 when the kernel does not
+ * know the interface */
+int ZARNNetGetCard1Ex(KOPANetIfInfo *pInfo, ZARNNETIFADDR *pConfig);
+
+/**
+ * Gives it a fixed address (bootProto 1, as ZARNILnxSetIPNetmask() does), or DHCP (bootProto 0: its file says
+ * BOOTPROTO=dhcp and ONBOOT=yes and has no address, and its DHCP client is started afresh). On failure the file is
+ * as it was. Holds the exclusive network lock (waits up to 5 seconds).
+ * @param pConfig  szName: empty, or the primary interface's, so that settings that were read can be written back.
+ *                 rgMac is not used
+ * @return 0; -1 with 0x0D00, 0xBC00 (szName is another interface's), 0x1000 (address or mask), 0x0400 (lock),
+ *         0x0B00 (file), 0x2A00 (the client does not start) or after a failed step of ZARNILnxSetIPNetmask()
+ * Programs: /bin/cp, /sbin/start and /sbin/stop dhcp-client.
+ */
+int ZARNNetSetCard1(const ZARNNETIFADDR *pConfig);
 
 /* ---- state ---------------------------------------------------------------------------------------- */
 
@@ -197,6 +229,26 @@ typedef struct ZARNNETETHINFO {
  * Asks the driver through the socket ioctls, and reads /sys/class/net/IFNAME when it gives no answer.
  */
 int ZARNNetGetEthInfo(const char *szIfname, ZARNNETETHINFO *pInfo);
+
+/** Fires net/if_link_up, stage 5: INTERFACE. @return 0; -1 with 0x0D00, or when the event could not be delivered */
+int KOPANetIfLinkUpEvent(const char *szIfname);
+
+/** Fires net/if_link_down, stage 5: INTERFACE. @return as KOPANetIfLinkUpEvent() */
+int KOPANetIfLinkDownEvent(const char *szIfname);
+
+/**
+ * Gives a port another name: in the kernel, in its file (ifcfg-OLD becomes ifcfg-NEW, with DEVICE=NEW) and of its MTU
+ * setting in /etc/zarninfo.conf. A port that is up is taken down for it and brought up again, which drops its IPv6
+ * addresses and its routes; a DHCP client that runs on it is started afresh. Fires net/ifname_change before and
+ * after, whatever came of it. When a step fails names and files are as they were.
+ * @param szNew  at most 15 characters, none of "/%:.", no blank
+ * @return 0; -1 with 0x0D00, 0xBC00 (no such port), 0xBB00 (the new name has an interface or a file), 0x8100 (the
+ *         port is part of a bond, a bridge, Open vSwitch or a VLAN, or the kernel refuses), 0x0400 (a lock), 0x2800
+ *         (its file) or 0x0B00 (the setting)
+ * Holds the exclusive network lock, and that on the settings (waits up to 5 seconds for each). Programs: /bin/cp,
+ * /sbin/start and /sbin/stop dhcp-client.
+ */
+int ZARNNetRenameEth(const char *szOld, const char *szNew);
 
 /* ---- topology -------------------------------------------------------------------------------------- */
 

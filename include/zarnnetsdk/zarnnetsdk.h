@@ -24,4 +24,5 @@
 #include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/ipv4.h>
 #include <zarnnetsdk/ipv6.h>
+#include <zarnnetsdk/tunnel.h>
 #include <zarnnetsdk/virtual.h>

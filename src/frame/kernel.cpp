@@ -110,6 +110,12 @@ bool InetSocket::SetMtu(std::string_view ifname, int mtu) const {
   return Request(SIOCSIFMTU, ifname, &request);
 }
 
+bool InetSocket::Rename(std::string_view ifname, std::string_view newName) const {
+  ifreq request{};
+  CopyText(KernelName(newName), request.ifr_newname);
+  return Request(SIOCSIFNAME, ifname, &request);
+}
+
 bool InetSocket::AskDriver(std::string_view ifname, void* driverRequest) const {
   ifreq request{};
   request.ifr_data = static_cast<char*>(driverRequest);

@@ -33,6 +33,9 @@ class InetSocket {
   [[nodiscard]] std::optional<int> Mtu(std::string_view ifname) const;
   [[nodiscard]] bool SetMtu(std::string_view ifname, int mtu) const;
 
+  // The interface has to be down.
+  [[nodiscard]] bool Rename(std::string_view ifname, std::string_view newName) const;
+
   // Hands a request of the driver settings interface (linux/ethtool.h) to the interface's driver,
   // which answers in place.
   [[nodiscard]] bool AskDriver(std::string_view ifname, void* driverRequest) const;

@@ -9,16 +9,22 @@
 
 namespace frame {
 
-std::optional<bool> IsOvsBondMember(std::string_view ifname) {
-  if (!Exists(paths::kOvsBonds)) return false;
+std::optional<std::string> OvsBondOf(std::string_view ifname) {
+  if (!Exists(paths::kOvsBonds)) return "";
   LineReader lines(paths::kOvsBonds);
   if (!lines.IsOpen()) return std::nullopt;
   while (const auto line = lines.Next()) {
     const auto words = SplitWords(Trimmed(*line), " ");
     if (!words.empty() && std::find(words.begin() + 1, words.end(), ifname) != words.end())
-      return true;
+      return std::string(words.front());
   }
-  return false;
+  return "";
+}
+
+std::optional<bool> IsOvsBondMember(std::string_view ifname) {
+  const auto bond = OvsBondOf(ifname);
+  if (!bond) return std::nullopt;
+  return !bond->empty();
 }
 
 }  // namespace frame

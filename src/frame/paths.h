@@ -7,6 +7,7 @@
 namespace frame::paths {
 
 // ---- configuration
+inline constexpr char kIfcfgFolder[] = "/etc/sysconfig/network-scripts";
 inline constexpr char kIfcfgPrefix[] = "/etc/sysconfig/network-scripts/ifcfg-";
 inline constexpr char kInfo[] = "/etc/zarninfo.conf";
 inline constexpr char kFactoryInfo[] = "/etc.defaults/zarninfo.conf";
@@ -19,6 +20,11 @@ inline constexpr char kResolvOption[] = "/etc/resolv.conf.option";
 inline constexpr char kLearnedServersV4[] = "/etc/iproute2/config/resolv4.conf";
 inline constexpr char kLearnedServersV6[] = "/etc/iproute2/config/resolv6.conf";
 
+// The tunnel broker client's folder, its settings while it starts, and the enciphered password.
+inline constexpr char kGogocFolder[] = "/etc/gogoc";
+inline constexpr char kGogocConf[] = "/etc/gogoc/gogoc.conf";
+inline constexpr char kTunnelPassword[] = "/etc/gogoc/.tunnel_passwd";
+
 inline std::string Ifcfg(std::string_view ifname) {
   return std::string(kIfcfgPrefix).append(ifname);
 }
@@ -30,7 +36,7 @@ inline std::string DhcpInfo(std::string_view ifname) {
 inline std::string DhcpPid(std::string_view ifname) {
   return std::string("/etc/dhclient/ipv4/dhcpcd-").append(ifname).append(".pid");
 }
-inline std::string DhcpTestLease(std::string_view ifname) {
+inline std::string DhcpLease(std::string_view ifname) {
   return std::string("/tmp/dhcpv4.leases.").append(ifname);
 }
 inline std::string Dhcp6Pid(std::string_view ifname, std::string_view action) {
@@ -46,6 +52,10 @@ inline constexpr char kProcNetDev[] = "/proc/net/dev";
 inline constexpr char kProcIfInet6[] = "/proc/net/if_inet6";
 inline constexpr char kProcRoute[] = "/proc/net/route";
 inline constexpr char kProcIpv6Route[] = "/proc/net/ipv6_route";
+inline constexpr char kProcTcp[] = "/proc/net/tcp";
+inline constexpr char kProcTcp6[] = "/proc/net/tcp6";
+inline constexpr char kProcUdp[] = "/proc/net/udp";
+inline constexpr char kProcUdp6[] = "/proc/net/udp6";
 inline constexpr char kProcVlanConfig[] = "/proc/net/vlan/config";
 inline constexpr char kInternalNetifNum[] = "/proc/sys/kernel/zarn_internal_netif_num";
 inline constexpr char kBondingMasters[] = "/sys/class/net/bonding_masters";
@@ -72,9 +82,14 @@ inline constexpr char kStart[] = "/sbin/start";
 inline constexpr char kInitctl[] = "/sbin/initctl";
 inline constexpr char kStop[] = "/sbin/stop";
 inline constexpr char kCp[] = "/bin/cp";
+inline constexpr char kMv[] = "/bin/mv";
+inline constexpr char kArping[] = "/sbin/arping";
+inline constexpr char kNetworkScript[] = "/etc/rc.network";
 inline constexpr char kIpcalc[] = "/bin/ipcalc";
 inline constexpr char kDhclient[] = "/usr/sbin/dhclient";
 inline constexpr char kNetdTool[] = "/usr/zarn/sbin/zarnnetdtool";
+inline constexpr char kRcTun[] = "/etc/gogoc/rc.tun";
+inline constexpr char kGogoc[] = "/usr/bin/gogoc";
 inline constexpr char kDdnsd[] = "/usr/zarn/sbin/ddnsd";
 
 }  // namespace frame::paths

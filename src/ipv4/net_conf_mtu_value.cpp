@@ -1,6 +1,5 @@
 // The MTU that is configured for an interface: one key a name in the system settings file.
 #include <string>
-#include <string_view>
 
 #include <zarnnetsdk/ipv4.h>
 #include <zarnnetsdk/virtual.h>
@@ -10,6 +9,7 @@
 #include "frame/log.h"
 #include "frame/paths.h"
 #include "frame/text.h"
+#include "ipv4/mtu_key.h"
 #include "ipv4/ovs_device.h"
 
 using namespace frame;
@@ -17,12 +17,6 @@ using namespace frame;
 namespace {
 
 constexpr char kDefaultMtu[] = "1500";
-
-// Readers of the settings file know keys of at most 20 characters.
-std::string MtuKey(std::string_view ifname) {
-  constexpr std::size_t kMaxName = 16;
-  return std::string(ifname.substr(0, kMaxName)).append("_mtu");
-}
 
 // The setting of an Open vSwitch port is that of the port under it.
 std::string SettingOwner(const char* ifname) {
@@ -33,7 +27,7 @@ std::string SettingOwner(const char* ifname) {
 }
 
 bool Store(const char* ifname, const char* mtu) {
-  if (KOPACFileSetKeyValue(paths::kInfo, MtuKey(ifname).c_str(), mtu, kQuotedLine) >= 0)
+  if (KOPACFileSetKeyValue(paths::kInfo, ipv4::MtuKey(ifname).c_str(), mtu, kQuotedLine) >= 0)
     return true;
   LOG_ERROR("%s:%d Failed to set %s MTU config value[0x%04X %s:%d]", ifname, FRAME_INNER_ERROR);
   return false;
@@ -46,7 +40,8 @@ int ZARNConfGetMTUValue(const char* szIfname, char* szBuf, int cbBuf) try {
   const auto size = static_cast<std::size_t>(cbBuf);
   const std::string owner = SettingOwner(szIfname);
   CopyText("", szBuf, size);
-  const int length = KOPACFileGetKeyValue(paths::kInfo, MtuKey(owner).c_str(), szBuf, size, 0);
+  const int length =
+      KOPACFileGetKeyValue(paths::kInfo, ipv4::MtuKey(owner).c_str(), szBuf, size, 0);
   if (length < 0) {
     LOG_ERROR_FUNC("%s (%d) Failed to get %s_mtu (%X)", owner.c_str(), KOPACErrGet());
     return -1;

@@ -53,6 +53,9 @@ int LogCount(int priority, std::string_view source, std::string_view message);
 // All lines, for a failure message.
 std::string LogText();
 
+// What forked children of this process logged, a line each: the priority and the text.
+std::string ChildLog();
+
 // Another process that holds a lock class until this object goes.
 class LockHolder {
  public:
@@ -69,6 +72,8 @@ class LockHolder {
 long SleptMilliseconds();
 // From now on they are slept: for a kernel that needs its time.
 void SleepForReal();
+// From now on a sleep of seconds ends when a child of this process has ended.
+void SleepUntilAChildEnds();
 
 // ---- the core library's lists
 Lines Items(const KOPACSZLIST* list);

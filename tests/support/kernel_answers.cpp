@@ -65,6 +65,10 @@ extern "C" int ioctl(int fd, unsigned long command, ...) noexcept {
   if (command == SIOCETHTOOL && test::Kernel().driver) {
     return test::AnswerDriver(*test::Kernel().driver, request->ifr_data);
   }
+  if (command == SIOCSIFNAME && test::Kernel().refuseRename) {
+    errno = EBUSY;
+    return -1;
+  }
   if (command == SIOCSIFFLAGS || command == SIOCSIFMTU) test::Note(command, *request);
   return static_cast<int>(::syscall(SYS_ioctl, fd, command, argument));
 }

@@ -20,6 +20,7 @@ struct PoorDriver {
 struct KernelAnswers {
   std::map<std::string, std::string> vlanParents;
   std::optional<PoorDriver> driver;
+  bool refuseRename = false;
   Lines changes;  // the flags and MTUs that were set, in order: "eth0 down", "eth0 1400"
 };
 

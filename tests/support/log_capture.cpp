@@ -6,16 +6,28 @@
 #include <cstdio>
 #include <mutex>
 #include <poll.h>
+#include <sys/wait.h>
 #include <syslog.h>
 #include <unistd.h>
 
+#include "frame/file.h"
 #include "support/appliance.h"
 
 namespace {
 
+const char kChildLog[] = "/run/child-log";
+
 std::mutex mutex;
 long slept = 0;
 bool forReal = false;
+bool untilChildEnds = false;
+const pid_t owner = ::getpid();
+
+// What a child logs is lost with its memory.
+void KeepOfChild(int priority, const char* text) {
+  const frame::File file = frame::OpenFile(kChildLog, "a");
+  if (file) std::fprintf(file.get(), "%d %s\n", LOG_PRI(priority), text);
+}
 
 void Keep(int priority, const char* format, va_list args) {
   char text[4096];
@@ -23,6 +35,7 @@ void Keep(int priority, const char* format, va_list args) {
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
   std::vsnprintf(text, sizeof text, format, args);
 #pragma GCC diagnostic pop
+  if (::getpid() != owner) return KeepOfChild(priority, text);
   const std::lock_guard guard(mutex);
   test::Log().push_back({LOG_PRI(priority), text});
 }
@@ -71,6 +84,8 @@ int usleep(useconds_t microseconds) {
 
 unsigned int sleep(unsigned int seconds) {
   slept += 1000L * seconds;
+  siginfo_t child{};
+  if (untilChildEnds) ::waitid(P_ALL, 0, &child, WEXITED | WNOWAIT);
   return 0;
 }
 
@@ -103,6 +118,13 @@ long SleptMilliseconds() {
 }
 void SleepForReal() {
   forReal = true;
+}
+void SleepUntilAChildEnds() {
+  untilChildEnds = true;
+}
+
+std::string ChildLog() {
+  return ReadFile(kChildLog);
 }
 
 }  // namespace test

@@ -501,3 +501,77 @@ TEST(System, MtuAndHostNameAreTheKernels) {
   EXPECT_EQ("0x0E00", Error("hostname set " + std::string(64, 'x'), kFailed)["code"]);
   EXPECT_EQ("nas\n", Shell("hostname"));
 }
+
+// ---- dns, gateway, route
+
+TEST(Dns, WhatIsSetIsStoredUsedAndShown) {
+  RecordTool("/sbin/initctl");
+  ExpectDone("dns set 9.9.9.9 2001:db8::53");
+  EXPECT_EQ("nameserver\t9.9.9.9\nnameserver\t2001:db8::53\n", ReadFile("/etc/resolv.conf"));
+  const json servers{"9.9.9.9", "2001:db8::53"};
+  const json fixed{{"mode", "static"}, {"servers", servers}, {"fixed", servers}};
+  EXPECT_EQ(fixed, Payload("dns get", "dns"));
+  WriteFile("/etc/iproute2/config/resolv4.conf", "nameserver\t1.1.1.1\n");
+  EXPECT_EQ((json{{"mode", "auto"}, {"servers", {"1.1.1.1"}}, {"fixed", servers}}),
+            Payload("dns mode auto", "dns"));
+  EXPECT_EQ("0x1000", Error("dns set 1.1.1.1 nas.local", kFailed)["code"]);
+  EXPECT_EQ("usage", Error("dns mode fixed", kUsage)["what"]);
+  WriteFile("/etc/iproute2/config/resolv4.conf", "nameserver\t8.8.8.8\n");
+  ExpectDone("dns update");
+  EXPECT_EQ("nameserver\t8.8.8.8\n", ReadFile("/etc/resolv.conf"));
+}
+
+TEST(Routes, GatewaysAndSubnetsAreTheKernels) {
+  ExpectDone("link up eth0");
+  ExpectDone("ip set eth0 192.168.50.10/24");
+  ExpectDone("gateway set 192.168.50.1");
+  ExpectDone("gateway set 192.168.50.254 --saved");
+  EXPECT_EQ("default via 192.168.50.1 dev eth0 \n", Shell("ip route show default"));
+  EXPECT_EQ("GATEWAY=192.168.50.254\n", ReadFile("/etc/sysconfig/network"));
+  EXPECT_EQ("0x1000", Error("gateway set 192.168.50", kFailed)["code"]);
+  EXPECT_EQ((json{{"gateway", "192.168.50.1"}, {"interface", "eth0"}, {"saved", false}}),
+            Payload("gateway get", "gateway"));
+  EXPECT_EQ((json{{"gateway", nullptr}, {"saved", true}}),
+            Payload("gateway clear --saved", "gateway"));
+  ExpectDone("gateway clear");
+  EXPECT_EQ("", Shell("ip route show default"));
+  ExpectDone("route del eth0");
+  EXPECT_EQ("", Shell("ip route show dev eth0"));
+  ExpectDone("route add eth0");
+  EXPECT_EQ("192.168.50.0/24 scope link src 192.168.50.10 \n", Shell("ip route show dev eth0"));
+  ExpectDone("route check");
+  EXPECT_EQ("0xBC00", Error("route add eth9", kFailed)["code"]);
+}
+
+TEST(Tunnel, ThePasswordGoesInByAFileOrStandardInputAndIsNeverShown) {
+  const std::string secret = "Tr0ub4dor&3";
+  WriteFile("/root/secret", secret + "\nsecond line\n", 0600);
+  const json set = Payload(
+      "tunnel set --server broker.example --user bob --password-file /root/secret", "tunnel");
+  const json wanted{{"enabled", false},     {"server", "broker.example"}, {"anonymous", false},
+                    {"user_id", "bob"},     {"has_password", true},       {"state", "down"},
+                    {"live", json::array()}};
+  EXPECT_EQ(wanted, set);
+  ExpectDone("tunnel start");
+  json up = Payload("tunnel get", "tunnel");
+  EXPECT_EQ("up", up["state"]);
+  EXPECT_EQ("2001:db8:f00::2", up["live"][0]["addr"]);
+  const Outcome shown = Ctl("tunnel get");
+  EXPECT_TRUE(Contains(shown.out, "stored")) << shown.out;
+  EXPECT_FALSE(Contains(shown.out + set.dump() + up.dump(), secret));
+  ExpectDone("tunnel stop");
+  WriteFile("/etc/gogoc/broker", "refuses\n");
+  ExpectFailure("tunnel start",
+                "cannot start the tunnel: the client has ended; see the system log");
+  const std::string stored = ReadFile("/etc/gogoc/.tunnel_passwd");
+  ExpectDone("tunnel set --password-file - </root/secret");
+  EXPECT_EQ(stored, ReadFile("/etc/gogoc/.tunnel_passwd"));
+  WriteFile("/root/secret", std::string(32, 'p'), 0600);
+  EXPECT_EQ("0x0D00", Error("tunnel set --password-file /root/secret", kFailed)["code"]);
+  EXPECT_EQ("0x0900", Error("tunnel set --password-file /root/none", kFailed)["code"]);
+  EXPECT_EQ("usage", Error("tunnel set --anonymous --user eve", kUsage)["what"]);
+  EXPECT_EQ("usage", Error("tunnel set", kUsage)["what"]);
+  EXPECT_EQ("usage", Error("tunnel set --password '" + secret + "'", kUsage)["what"]);
+  EXPECT_EQ(stored, ReadFile("/etc/gogoc/.tunnel_passwd"));
+  EXPECT_TRUE(Payload("tunnel set --anonymous", "tunnel")["anonymous"].get<bool>());
+}

@@ -13,8 +13,14 @@ void AddIfCommands(CLI::App& app, Context& context);
 void AddIpCommands(CLI::App& app, Context& context);
 void AddLinkCommands(CLI::App& app, Context& context);
 void AddBlockCommands(CLI::App& app, Context& context);
+void AddDnsCommands(CLI::App& app, Context& context);
+void AddRouteCommands(CLI::App& app, Context& context);
+void AddBondCommands(CLI::App& app, Context& context);
+void AddBridgeCommands(CLI::App& app, Context& context);
+void AddTopologyCommands(CLI::App& app, Context& context);
 void AddIpv6Commands(CLI::App& app, Context& context);
 void AddStatCommands(CLI::App& app, Context& context);
+void AddTunnelCommands(CLI::App& app, Context& context);
 void AddSystemCommands(CLI::App& app, Context& context);
 
 // A group of verbs, of which one must follow.

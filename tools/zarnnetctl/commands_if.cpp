@@ -2,10 +2,10 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <new>
 
 #include "commands.h"
 #include "query.h"
+#include "roles.h"
 
 namespace tool {
 namespace {
@@ -45,13 +45,6 @@ Cell LinkCell(int link) {
   return link == kCarrier ? Cell{"yes", Tone::kGood} : Cell{"no", Tone::kBad};
 }
 
-Row Headings(const std::vector<std::string>& names) {
-  Row row;
-  for (const std::string& name : names)
-    row.push_back({name, Tone::kHeading});
-  return row;
-}
-
 void PrintList(const std::vector<KOPANetIfInfo>& list) {
   std::vector<Row> rows{Headings({"NAME", "LINK", "FLAGS", "MAC", "ADDRESS"})};
   for (const KOPANetIfInfo& info : list) {
@@ -74,18 +67,6 @@ void List(const Context& context, const std::string& kind) {
 }
 
 // ---- if show
-
-struct Bond {
-  std::string mode;
-  bool noPartner = false;
-  std::vector<std::string> slaves;
-};
-
-struct Bridge {
-  std::string type;  // "bridge", "local_bridge" or "port"
-  std::string ref;   // a bridge's primary port, a port's bridge
-  std::vector<std::string> ports;
-};
 
 struct Details {
   std::string name;
@@ -130,75 +111,6 @@ std::string PortMac(const std::string& ifname) {
   return mac.data();
 }
 
-std::optional<Bond> ReadBond(const std::string& ifname) {
-  ZARNLINKAGGROPT record{};
-  ForgetErrors();
-  if (ZARNNetLinkAggrGet(ifname.c_str(), &record) != 0) Fail("cannot read the bond " + ifname);
-  if (record.cSlave == 0) return std::nullopt;
-  Bond bond{ZARNNetLinkAggrModeToString(record.mode), record.blNoPartner != 0, {}};
-  for (int i = 0; i < record.cSlave; ++i)
-    bond.slaves.emplace_back(record.rgszSlave[i]);
-  return bond;
-}
-
-// A list that the library fills.
-class NameList {
- public:
-  NameList() : list_(KOPACSzListAlloc(kFirstCapacity)) {
-    if (list_ == nullptr) throw std::bad_alloc();
-  }
-  ~NameList() { KOPACSzListFree(list_); }
-  NameList(const NameList&) = delete;
-  NameList& operator=(const NameList&) = delete;
-
-  PKOPACSZLIST* Out() { return &list_; }  // a list that grows may move
-  [[nodiscard]] std::vector<std::string> Items() const {
-    std::vector<std::string> items;
-    for (int i = 0; i < list_->nItem; ++i)
-      items.emplace_back(KOPACSzListGet(list_, i));
-    return items;
-  }
-
- private:
-  static constexpr int kFirstCapacity = 16;
-
-  PKOPACSZLIST list_;
-};
-
-std::vector<std::string> BridgePorts(const std::string& bridge) {
-  NameList ports;
-  ForgetErrors();
-  if (KOPANetBridgeSlaveEnum(bridge.c_str(), ports.Out()) < 0)
-    Fail("cannot read the ports of " + bridge);
-  return ports.Items();
-}
-
-std::optional<Bridge> ReadBridge(const std::string& ifname) {
-  ZARNBRIDGEINFO info{};
-  switch (KOPANETGetBridgeInfo(ifname.c_str(), &info)) {
-    case 2:
-      return Bridge{"bridge", info.szRef, BridgePorts(ifname)};
-    case 3:
-      return Bridge{"local_bridge", info.szRef, BridgePorts(ifname)};
-    case 4:
-      return Bridge{"port", info.szRef, {}};
-    default:
-      return std::nullopt;
-  }
-}
-
-std::string ReadOvs(const std::string& ifname) {
-  const int master = KOPANetOVSIfIsMaster(ifname.c_str());
-  if (master == 2) return "bond";
-  if (master == 1) return "device";
-  return KOPANetOVSIfIsSlave(ifname.c_str()) == 1 ? "member" : "";
-}
-
-std::optional<KOPANETVLAN> ReadVlan(const std::string& ifname) {
-  KOPANETVLAN vlan{};
-  return KOPANetVlanGet(ifname.c_str(), &vlan) == 1 ? std::optional(vlan) : std::nullopt;
-}
-
 Details ReadDetails(const std::string& ifname) {
   Details details;
   details.name = ifname;
@@ -222,21 +134,6 @@ bool HasCarrier(const Details& details) {
   return ZARNNetIfIsLink(details.name.c_str()) == 1;
 }
 
-Json BondJson(const std::optional<Bond>& bond) {
-  if (!bond) return nullptr;
-  return {{"mode", bond->mode}, {"no_partner", bond->noPartner}, {"slaves", bond->slaves}};
-}
-
-Json BridgeJson(const std::optional<Bridge>& bridge) {
-  if (!bridge) return nullptr;
-  return {{"type", bridge->type}, {"ref", TextOrNull(bridge->ref)}, {"ports", bridge->ports}};
-}
-
-Json VlanJson(const std::optional<KOPANETVLAN>& vlan) {
-  if (!vlan) return nullptr;
-  return {{"row_dev", vlan->szRowDev}, {"id", vlan->id}};
-}
-
 // Fields that stand in the record alone are null for an interface without one.
 Json LiveJson(const Details& details) {
   if (details.record) return RecordJson(*details.record);
@@ -255,11 +152,11 @@ Json DetailsJson(const Details& details) {
   json["ipv6"] = ToJson(details.ipv6);
   json["config"] = ToJson(details.configuration);
   json["local_lan"] = details.localLan;
-  json["bond"] = BondJson(details.bond);
+  json["bond"] = ToJson(details.bond);
   json["bond_member"] = details.bondMember;
-  json["bridge"] = BridgeJson(details.bridge);
+  json["bridge"] = ToJson(details.bridge);
   json["ovs"] = TextOrNull(details.ovs);
-  json["vlan"] = VlanJson(details.vlan);
+  json["vlan"] = ToJson(details.vlan);
   json["block"] = details.blocks;
   return json;
 }

@@ -1,12 +1,11 @@
 // zarnnetctl ip: the addresses of an interface, read, set and flushed.
 #include <algorithm>
-#include <arpa/inet.h>
 #include <array>
-#include <cctype>
 
 #include "commands.h"
 #include "network_lock.h"
 #include "query.h"
+#include "typed_address.h"
 
 namespace tool {
 namespace {
@@ -35,64 +34,6 @@ void Get(const Context& context, const std::string& ifname) {
 }
 
 // ---- ip set
-
-// Octal and hexadecimal parts pass the library, and the programs behind it read them otherwise.
-bool IsPlainDotted(const std::string& text) {
-  in_addr address{};
-  return ::inet_pton(AF_INET, text.c_str(), &address) == 1;
-}
-
-bool IsNumber(const std::string& text) {
-  return !text.empty() && std::all_of(text.begin(), text.end(),
-                                      [](unsigned char digit) { return std::isdigit(digit) != 0; });
-}
-
-[[noreturn]] void RefuseAddress(const std::string& what, const std::string& problem) {
-  throw Failure(what, kMalformedAddress, problem);
-}
-
-std::string PrefixToMask(const std::string& what, const std::string& cidr) {
-  std::array<char, 64> text{};
-  if (cidr.size() < text.size()) {
-    std::copy(cidr.begin(), cidr.end(), text.begin());
-    if (ErrKOPASubnetToIpMask(text.data(), nullptr) == 0) {
-      const std::string converted(text.data());
-      return converted.substr(converted.find('/') + 1);
-    }
-  }
-  RefuseAddress(what, "the prefix of " + cidr + " must be 1 to 32");
-}
-
-// What was typed, taken apart: how it is put is a matter of usage, what it says the library judges.
-struct Typed {
-  std::string ip;
-  std::string prefix;
-  std::string mask;
-};
-
-Typed TakeApart(const std::string& address, const std::string& mask) {
-  const std::size_t slash = address.find('/');
-  if (slash == std::string::npos) {
-    if (mask.empty())
-      throw CLI::ValidationError("ADDRESS", "give ADDRESS/PREFIX or ADDRESS NETMASK");
-    return {address, "", mask};
-  }
-  if (!mask.empty()) throw CLI::ValidationError("NETMASK", "give a prefix or a netmask, not both");
-  Typed typed{address.substr(0, slash), address.substr(slash + 1), ""};
-  if (!IsNumber(typed.prefix)) throw CLI::ValidationError("ADDRESS", "the prefix must be a number");
-  return typed;
-}
-
-Address Validate(const std::string& what, const Typed& typed) {
-  if (BlKOPAIsIpAddr(typed.ip.c_str()) != 1 || !IsPlainDotted(typed.ip)) {
-    RefuseAddress(what, "'" + typed.ip + "' is not the IPv4 address of a host");
-  }
-  if (typed.mask.empty()) return {typed.ip, PrefixToMask(what, typed.ip + "/" + typed.prefix)};
-  if (BlKOPAIsValidIpMask(typed.mask.c_str()) != 1 || !IsPlainDotted(typed.mask)) {
-    RefuseAddress(what, "'" + typed.mask + "' is not a netmask");
-  }
-  return {typed.ip, typed.mask};
-}
 
 void Set(const Context& context, const std::string& ifname, const Typed& typed) {
   const std::string what = "cannot set the address of " + ifname;

@@ -13,17 +13,30 @@ _zarnnetctl_interfaces() {
 _zarnnetctl_candidates() {
   local group=${1-} verb=${2-}
   case $# in
-    0) echo "if ip ipv6 link mac mtu hostname block stat --help --version" ;;
+    0)
+      echo "if ip ipv6 dns gateway route bond bridge vlan topology conflict tree dhcpd pppoe pppoe-relay tunnel"
+      echo "link mac mtu hostname block stat port ping lookup wake card1 rename --help --version"
+      ;;
     1)
       case $group in
         if) echo "list show --help" ;;
         ip) echo "get set flush --help" ;;
         ipv6) echo "get set add del init --help" ;;
+        bond) echo "list show set delete --help" ;;
+        bridge) echo "list show set --help" ;;
+        vlan) echo "list create remove --help" ;;
+        topology) echo "get set --help" ;;
+        conflict) echo "--json --help"; _zarnnetctl_interfaces ;;
+        tree) echo "--json --help" ;;
+        dns) echo "get set mode update --help" ;;
+        gateway) echo "get set clear --help" ;;
+        route) echo "check add del --help" ;;
         mtu | hostname) echo "get set --help" ;;
         stat) echo "--json --help"; _zarnnetctl_interfaces ;;
         link) echo "up down --help" ;;
         mac) echo "--json --local --help"; _zarnnetctl_interfaces ;;
         block) echo "get set --help" ;;
+        tunnel) echo "get set start stop restart --help" ;;
       esac
       ;;
     *)
@@ -42,7 +55,29 @@ _zarnnetctl_candidates() {
           case $# in 2) _zarnnetctl_interfaces ;; 3) echo "auto off dhcp static auto_dhcp" ;; esac
           ;;
         "ipv6 add" | "ipv6 del") echo "--gateway --json --help"; [ $# -gt 2 ] || _zarnnetctl_interfaces ;;
-        "ipv6 init" | hostname\ *) echo "--json --help" ;;
+        "tunnel set")
+          if [ "${!#}" = --password-file ]; then compgen -f -- ""; else
+            echo "--server --anonymous --user --password-file --json --help"
+          fi
+          ;;
+        tunnel\ *) echo "--json --help" ;;
+        "bond set")
+          if [ "${!#}" = --mode ]; then
+            echo "balance-alb 802.3ad balance-xor active-backup balance-rr"
+          else
+            echo "--mode --json --help"; _zarnnetctl_interfaces
+          fi
+          ;;
+        "bridge set")
+          echo "--address --dhcp --no-boot --json --help"
+          if [ $# -eq 3 ]; then echo "none port bridge local-bridge"; else _zarnnetctl_interfaces; fi
+          ;;
+        "topology set") echo "unknown client bridge router --json --help" ;;
+        "bond list" | "bridge list" | "vlan list" | "topology get" | conflict\ *) echo "--json --help" ;;
+        "vlan create") echo "--address --json --help"; [ $# -gt 2 ] || _zarnnetctl_interfaces ;;
+        "dns mode") echo "static auto --json --help" ;;
+        gateway\ *) echo "--saved --json --help" ;;
+        "ipv6 init" | "route check" | dns\ * | hostname\ *) echo "--json --help" ;;
         stat\ *) echo "--json --help"; _zarnnetctl_interfaces ;;
         mac\ *) echo "--json --local --help" ;;
         *) echo "--json --help"; [ $# -gt 2 ] || _zarnnetctl_interfaces ;;

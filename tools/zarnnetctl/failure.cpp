@@ -21,7 +21,7 @@ constexpr std::array<Entry, 17> kReasons{{
     {kCannotOpen, "a file or socket could not be opened"},
     {0x0A00, "a file could not be read to its end"},
     {0x0B00, "a file could not be written"},
-    {0x0D00, "an argument is missing or out of range"},
+    {kOutOfRange, "an argument is missing or out of range"},
     {0x0E00, "the host name is empty or too long"},
     {kMalformedAddress, "not a well-formed IPv4 address or netmask"},
     {0x2800, "a new file could not take the place of the old one"},

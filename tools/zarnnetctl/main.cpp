@@ -83,6 +83,12 @@ int Run(int argc, char** argv) {
   AddLinkCommands(app, context);
   AddBlockCommands(app, context);
   AddIpv6Commands(app, context);
+  AddDnsCommands(app, context);
+  AddRouteCommands(app, context);
+  AddTunnelCommands(app, context);
+  AddBondCommands(app, context);
+  AddBridgeCommands(app, context);
+  AddTopologyCommands(app, context);
   AddStatCommands(app, context);
   AddSystemCommands(app, context);
   return Parse(app, context, argc, argv);

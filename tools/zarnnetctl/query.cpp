@@ -5,6 +5,7 @@
 #include <arpa/inet.h>
 #include <array>
 #include <cstdio>
+#include <memory>
 #include <net/if.h>
 #include <unistd.h>
 
@@ -59,9 +60,29 @@ bool HasFile(const std::string& ifname) {
   return ZARNNetGetBridgeConfig(ifname.c_str(), &settings, nullptr) == 0;
 }
 
+bool IsPlainDotted(const std::string& text) {
+  in_addr address{};
+  return ::inet_pton(AF_INET, text.c_str(), &address) == 1;
+}
+
+void RequireIpv4(const std::string& what, const std::string& text) {
+  if (BlKOPAIsIpAddr(text.c_str()) == 1 && IsPlainDotted(text)) return;
+  throw Failure(what, kMalformedAddress, "'" + text + "' is not the IPv4 address of a host");
+}
+
 void RequireInterface(const std::string& what, const std::string& ifname) {
   if (KernelHas(ifname)) return;
   throw Failure(what, kNotFound, "there is no interface '" + ifname + "'");
+}
+
+std::vector<std::string> KernelInterfaces() {
+  const std::unique_ptr<struct if_nameindex, decltype(&::if_freenameindex)> all(
+      ::if_nameindex(), &::if_freenameindex);
+  std::vector<std::string> names;
+  for (auto* entry = all.get(); entry != nullptr && entry->if_name != nullptr; ++entry) {
+    if (std::string(entry->if_name) != "lo") names.emplace_back(entry->if_name);
+  }
+  return names;
 }
 
 std::vector<KOPANetIfInfo> ListInterfaces(unsigned selector) {

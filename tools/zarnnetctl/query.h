@@ -30,9 +30,14 @@ struct Configuration {
 void RequireRoot(const std::string& what);
 bool KernelHas(const std::string& ifname);
 bool HasFile(const std::string& ifname);
+// Throws unless the text is the IPv4 address of a host.
+void RequireIpv4(const std::string& what, const std::string& text);
+// Octal and hexadecimal parts pass the library, and the programs behind it read them otherwise.
+bool IsPlainDotted(const std::string& text);
 // Throws unless the kernel has the interface.
 void RequireInterface(const std::string& what, const std::string& ifname);
 
+std::vector<std::string> KernelInterfaces();  // up or down, all but loopback
 std::vector<KOPANetIfInfo> ListInterfaces(unsigned selector);
 std::vector<KOPANetIfInfo> ListEthernetPorts();
 

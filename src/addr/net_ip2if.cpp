@@ -1,0 +1,87 @@
+// Which interface has an address.
+#include <arpa/inet.h>
+#include <array>
+#include <cstring>
+#include <ifaddrs.h>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <zarnnetsdk/addr.h>
+
+#include "frame/log.h"
+#include "frame/text.h"
+
+using namespace frame;
+
+namespace {
+
+struct FreeInterfaces {
+  void operator()(ifaddrs* list) const { ::freeifaddrs(list); }
+};
+using Interfaces = std::unique_ptr<ifaddrs, FreeInterfaces>;
+
+// An address of either family; a link-local one may name its interface ("fe80::1%eth0").
+struct Wanted {
+  int family;
+  std::array<unsigned char, sizeof(in6_addr)> bytes;
+  std::string ifname;
+};
+
+std::optional<Wanted> Parse(std::string_view text) {
+  const std::size_t percent = text.find('%');
+  const std::string address(text.substr(0, percent));
+  Wanted wanted{AF_INET, {}, {}};
+  if (percent == std::string_view::npos &&
+      ::inet_pton(AF_INET, address.c_str(), wanted.bytes.data()) == 1) {
+    return wanted;
+  }
+  wanted.family = AF_INET6;
+  if (::inet_pton(AF_INET6, address.c_str(), wanted.bytes.data()) != 1) return std::nullopt;
+  if (percent != std::string_view::npos) wanted.ifname = text.substr(percent + 1);
+  return wanted;
+}
+
+// The name without the label of a second address ("eth0:1").
+std::string_view NameOf(const ifaddrs& entry) {
+  const std::string_view name(entry.ifa_name);
+  return name.substr(0, name.find(':'));
+}
+
+bool Has(const ifaddrs& entry, const Wanted& wanted) {
+  if (entry.ifa_addr == nullptr || entry.ifa_addr->sa_family != wanted.family) return false;
+  if (!wanted.ifname.empty() && NameOf(entry) != wanted.ifname) return false;
+  if (wanted.family == AF_INET) {
+    sockaddr_in address{};
+    std::memcpy(&address, entry.ifa_addr, sizeof address);
+    return std::memcmp(&address.sin_addr, wanted.bytes.data(), sizeof address.sin_addr) == 0;
+  }
+  sockaddr_in6 address{};
+  std::memcpy(&address, entry.ifa_addr, sizeof address);
+  return std::memcmp(&address.sin6_addr, wanted.bytes.data(), sizeof address.sin6_addr) == 0;
+}
+
+}  // namespace
+
+int ZARNNetIP2If(const char* szIP, char* szIfname, int cbIfname) try {
+  if (IsEmpty(szIP) || szIfname == nullptr || cbIfname <= 0) return FRAME_FAIL(kBadParameter, -1);
+  const auto wanted = Parse(szIP);
+  if (!wanted) return FRAME_FAIL(kMalformedAddress, -1);
+  ifaddrs* list = nullptr;
+  if (::getifaddrs(&list) != 0) {
+    LOG_ERROR("%s:%d Failed to list the addresses. %m");
+    return FRAME_FAIL(kRefused, -1);
+  }
+  const Interfaces interfaces(list);
+  for (const ifaddrs* entry = list; entry != nullptr; entry = entry->ifa_next) {
+    if (!Has(*entry, *wanted)) continue;
+    const std::string_view name = NameOf(*entry);
+    // A name that is cut is another interface's.
+    if (name.size() >= static_cast<std::size_t>(cbIfname)) return FRAME_FAIL(kBadParameter, -1);
+    CopyText(name, szIfname, static_cast<std::size_t>(cbIfname));
+    return 0;
+  }
+  return FRAME_FAIL(kNotFound, -1);
+}
+FRAME_NO_EXCEPTIONS(-1)

@@ -1,0 +1,175 @@
+// The primary interface: what the appliance is reached by when nobody names another. It is the
+// first Ethernet port, or what covers it: a bond, a bridge, an Open vSwitch device.
+#include <algorithm>
+#include <cstring>
+#include <ctime>
+#include <optional>
+#include <string>
+#include <unistd.h>
+
+#include <zarnnetsdk/addr.h>
+#include <zarnnetsdk/iface.h>
+#include <zarnnetsdk/ipv4.h>
+
+#include "frame/backup.h"
+#include "frame/command.h"
+#include "frame/kernel.h"
+#include "frame/key_file.h"
+#include "frame/lock.h"
+#include "frame/log.h"
+#include "frame/net_dev.h"
+#include "frame/ovs_bonds.h"
+#include "frame/paths.h"
+#include "frame/text.h"
+#include "iface/record.h"
+
+using namespace frame;
+
+namespace {
+
+constexpr std::int32_t kDhcp = 0;
+constexpr std::int32_t kStatic = 1;
+
+// ---- which it is
+
+// A VLAN ("eth0.10") is no port.
+std::optional<std::string> FirstPort() {
+  const auto names = ListNetDev();
+  if (!names) return std::nullopt;
+  const auto port = std::find_if(names->begin(), names->end(), [](const std::string& name) {
+    return name.starts_with("eth") && name.find('.') == std::string::npos;
+  });
+  if (port == names->end()) return FRAME_FAIL(kNotFound, std::nullopt);
+  return *port;
+}
+
+// The bond or bridge of the kernel that an interface is in; empty without one. That of Open vSwitch
+// is its data path, which holds no address.
+std::string MasterOf(const std::string& ifname) {
+  char link[256] = "";
+  const ssize_t length =
+      ::readlink(paths::SysNet(ifname, "/master").c_str(), link, sizeof link - 1);
+  if (length <= 0) return {};
+  const std::string_view target(link, static_cast<std::size_t>(length));
+  const std::string_view name = target.substr(target.rfind('/') + 1);
+  return name.starts_with("ovs-") ? std::string() : std::string(name);
+}
+
+std::string CoverOf(const std::string& ifname) {
+  if (const auto bond = OvsBondOf(ifname); bond && !bond->empty()) return *bond;
+  const std::string device = "ovs_" + ifname;
+  if (Exists(paths::SysVirtualNet(device))) return device;
+  return MasterOf(ifname);
+}
+
+// A bond may be in a bridge, and so on; the kernel stacks no more than eight.
+std::optional<std::string> Primary() {
+  constexpr int kMostCovers = 8;
+  auto ifname = FirstPort();
+  for (int i = 0; ifname && i < kMostCovers; ++i) {
+    const std::string cover = CoverOf(*ifname);
+    if (cover.empty()) break;
+    ifname = cover;
+  }
+  if (!ifname) LOG_ERROR("%s:%d No Ethernet port [0x%04X %s:%d]", FRAME_INNER_ERROR);
+  return ifname;
+}
+
+// ---- reading
+
+bool ReadConfig(const std::string& ifname, ZARNNETIFADDR* config) {
+  CopyText(ifname, config->szName);
+  if (const auto mac = InetSocket().HardwareAddress(ifname))
+    std::memcpy(config->rgMac, mac->data(), mac->size());
+  return ZARNNetIFGetIPConfig(ifname.c_str(), config) == 0;
+}
+
+bool ReadInfo(const std::string& ifname, KOPANetIfInfo* info) {
+  const InetSocket socket;
+  const auto flags = socket.Flags(ifname);
+  if (!flags) {
+    LOG_ERROR("%s:%d Failed to get flags of %s. %m", ifname.c_str());
+    return FRAME_FAIL(kRefused, false);
+  }
+  inventory::FillRecord(socket, ifname, *flags, inventory::HasCarrier(ifname, *flags), info);
+  return true;
+}
+
+// ---- writing
+
+int SetStatic(const std::string& ifname, const ZARNNETIFADDR& config) {
+  const std::string ip(FieldText(config.szIP));
+  const std::string mask(FieldText(config.szMask));
+  if (BlKOPAIsIpAddr(ip.c_str()) != 1 || BlKOPAIsValidIpMask(mask.c_str()) != 1)
+    return FRAME_FAIL(kMalformedAddress, -1);
+  return ZARNILnxSetIPNetmask(ifname.c_str(), ip.c_str(), mask.c_str());
+}
+
+bool WriteDhcp(const std::string& path, const std::string& ifname) {
+  return KeyEdit()
+      .Set("DEVICE", ifname.c_str())
+      .Set("ONBOOT", "yes")
+      .Set("BOOTPROTO", "dhcp")
+      .Drop("IPADDR")
+      .Drop("NETMASK")
+      .WriteTo(path);
+}
+
+// The client gives the interface its address; the old one goes when the new one comes.
+int SetDhcp(const std::string& ifname) {
+  const std::string path = paths::Ifcfg(ifname);
+  Backup backup(path, Format(".tmp%ld", static_cast<long>(std::time(nullptr))));
+  if (!WriteDhcp(path, ifname)) {
+    LOG_ERROR("%s:%d Set %s error.", path.c_str());
+    return FRAME_FAIL(kWrite, -1);
+  }
+  const std::string instance = "IFACE=" + ifname;
+  // One that does not run cannot be stopped.
+  static_cast<void>(Run(paths::kStop, "dhcp-client", instance));
+  if (!Run(paths::kStart, "dhcp-client", instance)) {
+    LOG_ERROR("%s:%d unable to start dhcp-client instance on %s", ifname.c_str());
+    return FRAME_FAIL(kCommand, -1);
+  }
+  if (!backup.Remove()) LOG_ERROR("%s:%d Failed to remove %s.", backup.CopyName().c_str());
+  return 0;
+}
+
+}  // namespace
+
+int ZARNNetGetCard1(ZARNNETIFADDR* pConfig) try {
+  if (pConfig == nullptr) return FRAME_FAIL(kBadParameter, -1);
+  const auto ifname = Primary();
+  ZARNNETIFADDR config{};
+  if (!ifname || !ReadConfig(*ifname, &config)) return -1;
+  *pConfig = config;
+  return 0;
+}
+FRAME_NO_EXCEPTIONS(-1)
+
+int ZARNNetGetCard1Ex(KOPANetIfInfo* pInfo, ZARNNETIFADDR* pConfig) try {
+  if (pInfo == nullptr || pConfig == nullptr) return FRAME_FAIL(kBadParameter, -1);
+  const auto ifname = Primary();
+  KOPANetIfInfo info{};
+  ZARNNETIFADDR config{};
+  if (!ifname || !ReadInfo(*ifname, &info) || !ReadConfig(*ifname, &config)) return -1;
+  *pInfo = info;
+  *pConfig = config;
+  return 0;
+}
+FRAME_NO_EXCEPTIONS(-1)
+
+int ZARNNetSetCard1(const ZARNNETIFADDR* pConfig) try {
+  if (pConfig == nullptr || (pConfig->bootProto != kDhcp && pConfig->bootProto != kStatic))
+    return FRAME_FAIL(kBadParameter, -1);
+  const auto ifname = Primary();
+  if (!ifname) return -1;
+  const std::string_view meant = FieldText(pConfig->szName);
+  if (!meant.empty() && meant != *ifname) return FRAME_FAIL(kNotFound, -1);
+  const Lock lock(kNetworkWrite);
+  if (!lock.Held()) {
+    LOG_ERROR("%s:%d KOPACFileLock failed.[0x%04X %s:%d]", FRAME_INNER_ERROR);
+    return FRAME_FAIL(kLock, -1);
+  }
+  return pConfig->bootProto == kStatic ? SetStatic(*ifname, *pConfig) : SetDhcp(*ifname);
+}
+FRAME_NO_EXCEPTIONS(-1)

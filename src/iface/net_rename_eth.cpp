@@ -1,0 +1,227 @@
+// Gives a port another name: in the kernel, in its file and in the settings. When a step fails
+// everything is as it was.
+#include <cerrno>
+#include <cstdio>
+#include <ctime>
+#include <net/if.h>
+#include <optional>
+#include <string>
+#include <unistd.h>
+
+#include <zarnnetsdk/iface.h>
+#include <zarnnetsdk/ipv4.h>
+
+#include "frame/backup.h"
+#include "frame/command.h"
+#include "frame/containers.h"
+#include "frame/file.h"
+#include "frame/kernel.h"
+#include "frame/key_file.h"
+#include "frame/lock.h"
+#include "frame/log.h"
+#include "frame/paths.h"
+#include "frame/plugin_event.h"
+#include "frame/text.h"
+#include "ipv4/mtu_key.h"
+
+using namespace frame;
+
+namespace {
+
+// ---- may it be renamed?
+
+// The kernel makes a number of "%d", and keeps ":" for labels of addresses and "." and ".." for
+// folders; "." also begins the id of a VLAN.
+bool IsPortName(const char* name) {
+  return !IsUnfitName(name) && FitsKernel(name) &&
+         std::string_view(name).find_first_of("%:.") == std::string_view::npos;
+}
+
+// Bonds, bridges, Open vSwitch and VLANs know their ports by name, in files of their own.
+bool IsBuiltUpon(const std::string& ifname) {
+  StringList covers(4);
+  return KOPACFileEnumDir(paths::SysNet(ifname, "").c_str(), "upper_", covers.Out(), 0) != 0 ||
+         Exists(paths::SysVirtualNet("ovs_" + ifname));
+}
+
+bool MayRename(const InetSocket& socket, const char* ifname, const char* newName) {
+  const auto flags = socket.Flags(ifname);
+  if (!flags || (*flags & IFF_LOOPBACK) != 0) {
+    LOG_ERROR("%s:%d No port %s", ifname);
+    return FRAME_FAIL(kNotFound, false);
+  }
+  if (socket.Flags(newName) || Exists(paths::Ifcfg(newName))) {
+    LOG_ERROR("%s:%d There is a %s already", newName);
+    return FRAME_FAIL(kExists, false);
+  }
+  if (IsBuiltUpon(ifname)) {
+    LOG_ERROR("%s:%d %s is part of another interface", ifname);
+    return FRAME_FAIL(kRefused, false);
+  }
+  return true;
+}
+
+// ---- the files
+
+std::string BackupSuffix() {
+  return Format(".tmp%ld", static_cast<long>(std::time(nullptr)));
+}
+
+// The interface's file under its new name. Without Keep() it gets its old name and content again.
+class FileMove {
+ public:
+  FileMove(const char* ifname, const char* newName)
+      : newPath_(paths::Ifcfg(newName)), exists_(Exists(paths::Ifcfg(ifname))) {
+    if (!exists_) return;
+    backup_.emplace(paths::Ifcfg(ifname), BackupSuffix());
+    moved_ = backup_->Made() && std::rename(paths::Ifcfg(ifname).c_str(), newPath_.c_str()) == 0 &&
+             KOPACFileSetKeyValue(newPath_.c_str(), "DEVICE", newName, kBareLine) >= 0;
+  }
+  ~FileMove() {
+    if (exists_ && !kept_) ::unlink(newPath_.c_str());  // the backup takes the old name again
+  }
+  FileMove(const FileMove&) = delete;
+  FileMove& operator=(const FileMove&) = delete;
+
+  [[nodiscard]] bool Done() const { return !exists_ || moved_; }
+  void Keep() {
+    kept_ = true;
+    if (backup_ && !backup_->Remove())
+      LOG_ERROR("%s:%d Failed to remove %s.", backup_->CopyName().c_str());
+  }
+
+ private:
+  std::string newPath_;
+  bool exists_;
+  bool moved_ = false;
+  bool kept_ = false;
+  std::optional<Backup> backup_;
+};
+
+// The MTU under the new name. Without Keep() the settings are as they were.
+class SettingMove {
+ public:
+  SettingMove(const char* ifname, const char* newName) {
+    const std::string key = ipv4::MtuKey(ifname);
+    const KeyValue mtu = ReadKey(paths::kInfo, key.c_str(), 16);
+    if (!mtu.Found()) return;
+    backup_.emplace(paths::kInfo, BackupSuffix());
+    StringHash set;
+    StringHash drop;
+    set.Set(ipv4::MtuKey(newName).c_str(), mtu.text.c_str());
+    drop.Set(key.c_str(), "");
+    done_ =
+        backup_->Made() && KOPACFileSetKeys(paths::kInfo, set.Get(), drop.Get(), kQuotedLine) >= 0;
+  }
+
+  [[nodiscard]] bool Done() const { return done_; }
+  void Keep() {
+    if (backup_ && !backup_->Remove())
+      LOG_ERROR("%s:%d Failed to remove %s.", backup_->CopyName().c_str());
+  }
+
+ private:
+  std::optional<Backup> backup_;
+  bool done_ = true;
+};
+
+// ---- the kernel
+
+// Gives an interface that does not come up under its new name the old one again. True when that
+// was done.
+bool TakeBack(const InetSocket& socket, const char* ifname, const char* newName, short flags) {
+  if (!socket.Rename(newName, ifname)) return false;
+  static_cast<void>(socket.SetFlags(ifname, flags));  // nothing more can be done about it
+  return true;
+}
+
+// The kernel renames an interface only while it is down. Whatever happens it is up again
+// afterwards, if it was.
+bool RenameInKernel(const InetSocket& socket, const char* ifname, const char* newName) {
+  const auto flags = socket.Flags(ifname);
+  if (!flags) return false;
+  const bool isUp = (*flags & IFF_UP) != 0;
+  const auto down = static_cast<short>(*flags & ~IFF_UP);
+  if (isUp && !socket.SetFlags(ifname, down)) return false;
+  const bool renamed = socket.Rename(ifname, newName);
+  const int error = errno;
+  if (isUp && !socket.SetFlags(renamed ? newName : ifname, *flags)) {
+    LOG_ERROR("%s:%d Failed to bring up %s. %m", renamed ? newName : ifname);
+    return renamed && !TakeBack(socket, ifname, newName, *flags);
+  }
+  errno = error;
+  return renamed;
+}
+
+// ---- those who follow the name
+
+// An event that fails stops nothing.
+void Announce(int stage, const char* ifname, const char* newName, int result) {
+  StringList oldNames(1);
+  StringList newNames(1);
+  PKOPAPLUGIN plugin = nullptr;
+  if (KOPACSzListPush(oldNames.Out(), ifname) < 0 || KOPACSzListPush(newNames.Out(), newName) < 0 ||
+      KOPAPluginSDKInit("net", "net/ifname_change", &plugin) < 0) {
+    LOG_ERROR_PLAIN("KOPAPluginSDKInit failed");
+    return;
+  }
+  if (KOPANetIFChgPluginSetArgs(plugin, oldNames.Get(), newNames.Get(), result) < 0 ||
+      KOPAPluginAction(stage, plugin) < 0) {
+    LOG_ERROR_PLAIN("KOPAPluginAction failed");
+  }
+  KOPAPluginExit(plugin);
+}
+
+// The client of the old name would go on under it.
+bool StopDhcpClient(const char* ifname) {
+  return Run(paths::kStop, "dhcp-client", Format("IFACE=%s", ifname));
+}
+void StartDhcpClient(const char* ifname) {
+  if (!Run(paths::kStart, "dhcp-client", Format("IFACE=%s", ifname)))
+    LOG_ERROR("%s:%d unable to start dhcp-client instance on %s", ifname);
+}
+
+int Rename(const InetSocket& socket, const char* ifname, const char* newName) {
+  FileMove file(ifname, newName);
+  if (!file.Done()) {
+    LOG_ERROR("%s:%d Failed to rename the file of %s. %m", ifname);
+    return FRAME_FAIL(kRename, -1);
+  }
+  const Lock settings(kSettingsWrite);
+  if (!settings.Held()) {
+    LOG_ERROR("%s:%d Failed to lock zarninfo [0x%04X %s:%d]", FRAME_INNER_ERROR);
+    return FRAME_FAIL(kLock, -1);
+  }
+  SettingMove setting(ifname, newName);
+  if (!setting.Done()) {
+    LOG_ERROR("%s:%d Failed to rename the setting of %s", ifname);
+    return FRAME_FAIL(kWrite, -1);
+  }
+  if (!RenameInKernel(socket, ifname, newName)) {
+    LOG_ERROR("%s:%d Failed to rename %s to %s. %m", ifname, newName);
+    return FRAME_FAIL(kRefused, -1);
+  }
+  setting.Keep();
+  file.Keep();
+  return 0;
+}
+
+}  // namespace
+
+int ZARNNetRenameEth(const char* szOld, const char* szNew) try {
+  if (!IsPortName(szOld) || !IsPortName(szNew)) return FRAME_FAIL(kBadParameter, -1);
+  const Lock lock(kNetworkWrite);
+  if (!lock.Held()) {
+    LOG_ERROR("%s:%d KOPACFileLock failed.[0x%04X %s:%d]", FRAME_INNER_ERROR);
+    return FRAME_FAIL(kLock, -1);
+  }
+  const InetSocket socket;
+  if (!MayRename(socket, szOld, szNew)) return -1;
+  Announce(kStageBefore, szOld, szNew, 0);
+  const bool onDhcp = KeyIs(paths::Ifcfg(szOld), "BOOTPROTO", "dhcp") && StopDhcpClient(szOld);
+  const int result = Rename(socket, szOld, szNew);
+  if (onDhcp) StartDhcpClient(result == 0 ? szNew : szOld);
+  Announce(kStageAfter, szOld, szNew, result);
+  return result;
+}
+FRAME_NO_EXCEPTIONS(-1)

@@ -1,0 +1,91 @@
+// Stores the settings of the tunnel: the password in a file of its own, enciphered, the rest in the
+// interface's file. Only what differs from what is there is written.
+#include <zarncore/zarncore.h>
+#include <zarnnetsdk/tunnel.h>
+
+#include "frame/key_file.h"
+#include "frame/log.h"
+#include "frame/paths.h"
+#include "frame/rewrite.h"
+#include "tunnel/settings.h"
+
+using namespace frame;
+using namespace tunnel;
+
+namespace {
+
+constexpr std::size_t kEncipheredSize = 64;
+
+template <std::size_t N>
+bool Same(const char (&a)[N], const char (&b)[N]) {
+  return FieldText(a) == FieldText(b);
+}
+
+// The user id and the password that no anonymous record shows lie in their files all the same: a
+// login that is chosen now would find them there.
+void UncoverLogin(ZARNTUNNELCONF* stored) {
+  if (stored->blAnonymous == 0) return;
+  ReadKeyInto(paths::Ifcfg(kIfname), kUserId, stored->szUserId);
+  ReadPassword(stored);
+}
+
+// The file is opened when there is something to write, and not before.
+bool WritePassword(const char (&password)[sizeof ZARNTUNNELCONF::szPassword]) {
+  const std::string_view text = FieldText(password);
+  if (!HasEnd(password)) {  // nobody knows how long it is, and no record could hold it again
+    FRAME_SET_ERROR(kBadParameter);
+    LOG_ERROR_PLAIN("%s %s(%d): lenPassword is not enough!!", "TunnelPasswdSet", FRAME_SOURCE,
+                    __LINE__);
+    return false;
+  }
+  char enciphered[kEncipheredSize] = "";
+  if (KOPACCryptBufCrypt(text.data(), text.size(), enciphered, sizeof enciphered) < 0) return false;
+  Rewrite file(paths::kTunnelPassword);
+  if (!file.IsOpen()) return false;
+  if (!file.Fill({enciphered, sizeof enciphered})) {
+    LOG_ERROR("%s:%d failed to save tunnel password");
+    return false;
+  }
+  return file.TakeEffect();
+}
+
+int WriteSettings(const ZARNTUNNELCONF& conf, const ZARNTUNNELCONF& stored) {
+  const bool sameLogin = (conf.blAnonymous != 0) == (stored.blAnonymous != 0);
+  const bool sameServer = *conf.szServer == '\0' || Same(conf.szServer, stored.szServer);
+  const bool sameUser = Same(conf.szUserId, stored.szUserId);
+  if (sameLogin && sameServer && sameUser) return 0;
+  KeyEdit edit;
+  if (!sameLogin) edit.Set(kLogin, conf.blAnonymous != 0 ? kAnonymous : kWithLogin);
+  if (!sameServer) edit.Set(kServer, conf.szServer);
+  if (!sameUser) edit.Set(kUserId, conf.szUserId);
+  if (edit.WriteTo(paths::Ifcfg(kIfname))) return 0;
+  LOG_ERROR("%s:%d failed to write configs");
+  return -1;
+}
+
+int Store(const ZARNTUNNELCONF& conf, const ZARNTUNNELCONF& present) {
+  ZARNTUNNELCONF known = present;
+  if (conf.blAnonymous == 0) {
+    UncoverLogin(&known);
+    if (!Same(conf.szPassword, known.szPassword) && !WritePassword(conf.szPassword)) {
+      LOG_ERROR("%s:%d failed to set passwd");
+      return -1;
+    }
+  }
+  return WriteSettings(conf, known);
+}
+
+}  // namespace
+
+int ZARNTunnelConfigSet(const ZARNTUNNELCONF* pConf) try {
+  if (pConf == nullptr || !IsFit(*pConf)) return FRAME_FAIL(kBadParameter, -1);
+  ZARNTUNNELCONF present{};
+  if (ZARNTunnelConfigGet(&present) < 0) {
+    LOG_ERROR("%s:%d failed to get Tunnel Config");
+    return -1;
+  }
+  return Store(*pConf, present);
+} catch (...) {
+  LOG_ERROR("%s:%d failed to alloc hash");
+  return OutOfMemory(FRAME_SOURCE, __LINE__, -1);
+}

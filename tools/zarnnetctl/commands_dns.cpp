@@ -1,0 +1,105 @@
+// zarnnetctl dns: the name servers, those that are fixed and those that the resolver uses.
+#include <array>
+
+#include "commands.h"
+#include "list.h"
+#include "query.h"
+
+namespace tool {
+namespace {
+
+const char kModes[] = "static, or auto for those that the interfaces learn";
+
+// Anything but "static" makes the resolver use the servers that the interfaces learn.
+std::string Mode() {
+  std::array<char, 16> mode{};
+  const int length =
+      KOPACFileGetKeyValue("/etc/zarninfo.conf", "dns_mode", mode.data(), mode.size(), 0);
+  return length > 0 && std::string(mode.data()) == "static" ? "static" : "auto";
+}
+
+std::vector<std::string> Read(const std::string& what, int (*reader)(PKOPACSZLIST*)) {
+  NameList servers;
+  ForgetErrors();
+  if (reader(servers.Out()) < 0) Fail(what);
+  return servers.Items();
+}
+
+Json StateJson(const std::string& what) {
+  return {{"mode", Mode()},
+          {"servers", Read(what, ZARNNetDNSListGet)},
+          {"fixed", Read(what, ZARNNetStaticDNSListGet)}};
+}
+
+void Get(const Context& context) {
+  const Json state = StateJson("cannot read the name servers");
+  if (context.json) return PrintJson("dns", state);
+  const auto words = [&state](const char* field) {
+    return Join(state[field].get<std::vector<std::string>>(), " ");
+  };
+  PrintTable({{{"mode"}, {state["mode"].get<std::string>()}},
+              {{"servers"}, {words("servers")}},
+              {{"fixed"}, {words("fixed")}}});
+}
+
+void PrintState(const Context& context, const std::string& what) {
+  if (context.json) PrintJson("dns", StateJson(what));
+}
+
+void Set(const Context& context, const std::vector<std::string>& addresses) {
+  const std::string what = "cannot set the name servers";
+  NameList servers;
+  for (const std::string& address : addresses) {
+    if (ZARNNetGetAddrType(address.c_str()) == 0) {
+      throw Failure(what, kMalformedAddress, "'" + address + "' is not an IPv4 or IPv6 address");
+    }
+    servers.Add(address);
+  }
+  RequireRoot(what);
+  ForgetErrors();
+  if (ZARNNetDNSListSet(servers.Get()) < 0) Fail(what);
+  PrintState(context, what);
+}
+
+void SetMode(const Context& context, const std::string& mode) {
+  const std::string what = "cannot set the mode of the name servers";
+  RequireRoot(what);
+  ForgetErrors();
+  if (ZARNNetDNSModeSet(mode.c_str()) < 0) Fail(what);
+  PrintState(context, what);
+}
+
+void Update(const Context& context) {
+  const std::string what = "cannot rebuild the resolver's file";
+  RequireRoot(what);
+  ForgetErrors();
+  if (ZARNNetDNSUpdate() < 0) Fail(what);
+  PrintState(context, what);
+}
+
+}  // namespace
+
+void AddDnsCommands(CLI::App& app, Context& context) {
+  CLI::App* const group = AddGroup(app, "dns", "Reads and sets the name servers");
+  CLI::App* const get =
+      AddVerb(*group, context, "get", "Shows the mode, the servers in use and the fixed ones",
+              "  zarnnetctl dns get");
+  get->callback([&context] { Get(context); });
+  CLI::App* const set =
+      AddVerb(*group, context, "set", "Fixes the servers, and uses them instead of learned ones",
+              "  zarnnetctl dns set 192.168.50.1 2001:db8::53");
+  auto addresses = std::make_shared<std::vector<std::string>>();
+  set->add_option("ADDRESS", *addresses, "IPv4 and IPv6 addresses, in order of use")->required();
+  set->callback([&context, addresses] { Set(context, *addresses); });
+  CLI::App* const mode = AddVerb(*group, context, "mode", "Chooses which servers are used",
+                                 "  zarnnetctl dns mode auto");
+  auto chosen = std::make_shared<std::string>();
+  mode->add_option("MODE", *chosen, kModes)->required()->check(CLI::IsMember({"static", "auto"}));
+  mode->callback([&context, chosen] { SetMode(context, *chosen); });
+  CLI::App* const update =
+      AddVerb(*group, context, "update", "Rebuilds the resolver's file from the servers in use",
+              "  zarnnetctl dns update");
+  update->callback([&context] { Update(context); });
+}
+
+}  // namespace tool

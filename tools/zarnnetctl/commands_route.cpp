@@ -1,0 +1,140 @@
+// zarnnetctl gateway and route: the default gateway, in the kernel and as it is stored; the routes
+// to the subnets that the appliance is in.
+#include <array>
+
+#include "commands.h"
+#include "query.h"
+
+namespace tool {
+namespace {
+
+// ---- gateway
+
+// Which of the two gateways a verb is about.
+struct Target {
+  bool saved = false;
+  [[nodiscard]] std::string What(const std::string& verb) const {
+    return "cannot " + verb + (saved ? " the stored gateway" : " the default gateway");
+  }
+};
+
+Json GatewayJson(const Target& target) {
+  const std::string what = target.What("read");
+  std::array<char, 64> gateway{};
+  ForgetErrors();
+  if (target.saved) {
+    if (ZARNNetDefaultGatewayGetConf(gateway.data(), int{gateway.size()}) < 0) Fail(what);
+    return {{"gateway", TextOrNull(gateway.data())}, {"saved", true}};
+  }
+  std::array<char, 16> ifname{};
+  if (DefaultGatewayGet(gateway.data(), int{gateway.size()}, ifname.data(), int{ifname.size()}) < 0)
+    Fail(what);
+  return {{"gateway", TextOrNull(gateway.data())},
+          {"interface", TextOrNull(ifname.data())},
+          {"saved", false}};
+}
+
+std::string TextOf(const Json& object, const std::string& field) {
+  return object.contains(field) && object[field].is_string() ? object[field].get<std::string>()
+                                                             : "";
+}
+
+void GetGateway(const Context& context, const Target& target) {
+  const Json state = GatewayJson(target);
+  if (context.json) return PrintJson("gateway", state);
+  std::vector<Row> rows{{{"gateway"}, {TextOf(state, "gateway")}}};
+  if (!target.saved) rows.push_back({{"interface"}, {TextOf(state, "interface")}});
+  PrintTable(rows);
+}
+
+// An address that is none is refused here: the kernel's old route would be gone already.
+void ChangeGateway(const Context& context, const Target& target, const std::string& gateway) {
+  const std::string what = target.What(gateway.empty() ? "clear" : "set");
+  if (!gateway.empty()) RequireIpv4(what, gateway);
+  RequireRoot(what);
+  ForgetErrors();
+  const auto setter = target.saved ? ZARNNetDefaultGatewaySetConf : ZARNNetDefaultGatewaySet;
+  if (setter(gateway.c_str()) < 0) Fail(what);
+  if (context.json) PrintJson("gateway", GatewayJson(target));
+}
+
+std::shared_ptr<Target> AddSaved(CLI::App* verb) {
+  auto target = std::make_shared<Target>();
+  verb->add_flag("--saved", target->saved, "The stored one, used at start-up, not the kernel's");
+  return target;
+}
+
+void AddGateway(CLI::App& app, Context& context) {
+  CLI::App* const group = AddGroup(app, "gateway", "Reads and changes the IPv4 default gateway");
+  CLI::App* const get =
+      AddVerb(*group, context, "get", "Shows the kernel's default gateway, or the stored one",
+              "  zarnnetctl gateway get\n  zarnnetctl gateway get --saved");
+  const auto shown = AddSaved(get);
+  get->callback([&context, shown] { GetGateway(context, *shown); });
+  CLI::App* const set = AddVerb(
+      *group, context, "set", "Replaces the default route, or stores a gateway",
+      "  zarnnetctl gateway set 192.168.50.1\n  zarnnetctl gateway set 192.168.50.1 --saved");
+  const auto changed = AddSaved(set);
+  auto address = std::make_shared<std::string>();
+  set->add_option("ADDRESS", *address, "IPv4 address of the gateway")->required();
+  set->callback([&context, changed, address] { ChangeGateway(context, *changed, *address); });
+  CLI::App* const clear =
+      AddVerb(*group, context, "clear", "Removes the default route, or the stored gateway",
+              "  zarnnetctl gateway clear");
+  const auto cleared = AddSaved(clear);
+  clear->callback([&context, cleared] { ChangeGateway(context, *cleared, ""); });
+}
+
+// ---- route
+
+constexpr unsigned kInstall = 0;
+constexpr unsigned kRemove = 1;
+
+// The library edits the routes of usable interfaces alone, and answers 0 for the others: what the
+// kernel has afterwards is for the caller to see.
+void EditRoute(const Context& context, const std::string& ifname, unsigned op) {
+  const std::string what = std::string("cannot ") + (op == kInstall ? "add" : "delete") +
+                           " the subnet route of " + ifname;
+  RequireRoot(what);
+  RequireInterface(what, ifname);
+  ForgetErrors();
+  if (NetRoutetableHandler(op, ifname.c_str()) < 0) Fail(what);
+  if (context.json) PrintJson("route", {{"name", ifname}});
+}
+
+void CheckRoutes(const Context& context) {
+  const std::string what = "cannot check the subnet routes";
+  RequireRoot(what);
+  ForgetErrors();
+  if (NetRoutetableCheck() < 0) Fail(what);
+  if (context.json) PrintJson("route", Json::object());
+}
+
+void AddRoute(CLI::App& app, Context& context) {
+  CLI::App* const group =
+      AddGroup(app, "route", "Puts the routes to the appliance's subnets right");
+  CLI::App* const check =
+      AddVerb(*group, context, "check",
+              "Removes the subnet routes of interfaces that are up without carrier",
+              "  zarnnetctl route check");
+  check->callback([&context] { CheckRoutes(context); });
+  CLI::App* const add =
+      AddVerb(*group, context, "add", "Routes the subnet of a fixed address through its interface",
+              "  zarnnetctl route add eth0");
+  const auto added = AddIfname(add);
+  add->callback([&context, added] { EditRoute(context, *added, kInstall); });
+  CLI::App* const del =
+      AddVerb(*group, context, "del", "Removes the route to an interface's subnet",
+              "  zarnnetctl route del eth0");
+  const auto deleted = AddIfname(del);
+  del->callback([&context, deleted] { EditRoute(context, *deleted, kRemove); });
+}
+
+}  // namespace
+
+void AddRouteCommands(CLI::App& app, Context& context) {
+  AddGateway(app, context);
+  AddRoute(app, context);
+}
+
+}  // namespace tool
