@@ -83,6 +83,11 @@ TEST(BondChange, MadeChangedAndDeleted) {
   EXPECT_EQ("", Address("eth0"));
   MakeTrunk();
   EXPECT_TRUE(SecondHostReaches("192.168.50.10")) << ReadFile("/proc/net/bonding/bond0");
+  // Frames pass before the aggregator in use is the one that the partner answered.
+  EXPECT_TRUE(Within(20, [] {
+    const auto info = Ip("link show dev bond0")[0]["linkinfo"]["info_data"];
+    return info["ad_info"].value("partner_mac", "00:00:00:00:00:00") != "00:00:00:00:00:00";
+  })) << ReadFile("/proc/net/bonding/bond0");
   ExpectReadBack(2, slaves, 0);
   CutTrunk();
 
