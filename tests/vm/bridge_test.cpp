@@ -1,5 +1,6 @@
 // A bridge with two ports, beside one of the local LAN.
 #include <algorithm>
+
 #include <zarnnetsdk/zarnnetsdk.h>
 
 #include "machine.h"
@@ -11,7 +12,8 @@ namespace {
 std::string Role(const char* ifname) {
   ZARNBRIDGEINFO info{};
   const int role = KOPANETGetBridgeInfo(ifname, &info);
-  return std::to_string(role) + " " + std::to_string(info.type) + " " + info.szName + " " + info.szRef;
+  return std::to_string(role) + " " + std::to_string(info.type) + " " + info.szName + " " +
+         info.szRef;
 }
 
 Lines Listed(unsigned role) {
@@ -29,8 +31,10 @@ TEST(Bridge, AndItsPortsHaveTheirRoles) {
   WriteIfcfg("br0", "DEVICE=br0\nTYPE=bridge\nPRIMARY=eth0\n");
   WriteIfcfg("br1", "DEVICE=br1\nTYPE=bridge\nPRIMARY=eth3\nLOCAL_LAN=yes\n");
   WriteIfcfg("eth0", "DEVICE=eth0\nBRIDGE=br0\n");
-  Do("ip link add br0 type bridge; ip link add br1 type bridge; ip link set br0 up; ip link set br1 up;"
-     "ip link set eth0 master br0 up; ip link set eth1 master br0 up; ip link set eth3 master br1; ip link set eth2 up");
+  Do("ip link add br0 type bridge; ip link add br1 type bridge; ip link set br0 up; ip link set "
+     "br1 up;"
+     "ip link set eth0 master br0 up; ip link set eth1 master br0 up; ip link set eth3 master br1; "
+     "ip link set eth2 up");
   EXPECT_EQ("2 2 br0 eth0", Role("br0"));
   EXPECT_EQ("3 3 br1 eth3", Role("br1"));
   EXPECT_EQ("4 4 eth0 br0", Role("eth0"));

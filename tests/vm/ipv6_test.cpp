@@ -34,7 +34,8 @@ TEST(Ipv6, AFlushTakesEveryAddressAndLeavesALinkLocalOne) {
   Do("ip -6 address add fd00:1::1/64 dev eth0; ip -6 address add fd00:2::2/48 dev eth0 nodad");
   ASSERT_EQ(0, ZARNLnxIPv6FlushAddr("eth0")) << LogText();
   EXPECT_EQ("", Addresses("scope global"));
-  EXPECT_TRUE(Within(5, [] { return Contains(Addresses("-tentative"), "inet6 fe80::"); })) << Addresses();
+  EXPECT_TRUE(Within(5, [] { return Contains(Addresses("-tentative"), "inet6 fe80::"); }))
+      << Addresses();
 
   WriteIfcfg("eth0", "DEVICE=eth0\nIPV6INIT=off\n");
   ASSERT_EQ(0, ZARNLnxIPv6FlushAddr("eth0")) << LogText();

@@ -4,8 +4,8 @@
 #include <chrono>
 #include <functional>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <iterator>
+#include <nlohmann/json.hpp>
 #include <poll.h>
 #include <sstream>
 #include <string>

@@ -10,12 +10,14 @@ namespace {
 void StartOpenVSwitch() {
   Do("mkdir -p /etc/openvswitch /run/openvswitch /var/log/openvswitch;"
      "ovsdb-tool create /etc/openvswitch/conf.db /usr/share/openvswitch/vswitch.ovsschema;"
-     "ovsdb-server --remote=punix:/run/openvswitch/db.sock --pidfile --detach -vconsole:off --log-file;"
-     "ovs-vsctl --no-wait init; /usr/lib/openvswitch-switch/ovs-vswitchd --pidfile --detach -vconsole:off --log-file");
+     "ovsdb-server --remote=punix:/run/openvswitch/db.sock --pidfile --detach -vconsole:off "
+     "--log-file;"
+     "ovs-vsctl --no-wait init; /usr/lib/openvswitch-switch/ovs-vswitchd --pidfile --detach "
+     "-vconsole:off --log-file");
 }
 
-// The appliance's kernel has a file for its Open vSwitch bonds, which nobody can make in a kernel's own tree: a copy of
-// the folder's links takes its place.
+// The appliance's kernel has a file for its Open vSwitch bonds, which nobody can make in a kernel's
+// own tree: a copy of the folder's links takes its place.
 void NameBonds(const std::string& table) {
   Do("mkdir /run/net; cp -dR /sys/class/net/. /run/net; mount --bind /run/net /sys/class/net");
   WriteFile("/sys/class/net/zarn_ovs_bonds", table);
@@ -40,7 +42,8 @@ TEST(OpenVSwitch, DevicesAndMembersAreKnown) {
   ZARNLINKAGGROPT bond{};
   ASSERT_EQ(0, ZARNNetLinkAggrGet("ovs_bond0", &bond)) << LogText();
   EXPECT_EQ(6u, bond.mode);
-  EXPECT_EQ(Words(Shell("ovs-vsctl list-ifaces ovs_bond0")), Lines(bond.rgszSlave, bond.rgszSlave + bond.cSlave));
+  EXPECT_EQ(Words(Shell("ovs-vsctl list-ifaces ovs_bond0")),
+            Lines(bond.rgszSlave, bond.rgszSlave + bond.cSlave));
 
   // The device's carrier is that of what lies under it.
   EXPECT_EQ(1, ZARNNetIfIsLink("ovs_eth0"));
@@ -50,6 +53,13 @@ TEST(OpenVSwitch, DevicesAndMembersAreKnown) {
   char mac[18] = "";
   EXPECT_EQ(0, KOPANetGetMacAddrByInterface("ovs_bond0", mac, sizeof mac, 1));
   EXPECT_EQ(Ip("link show dev eth1")[0]["address"], mac);
+
+  // An Open vSwitch device follows the smallest of its ports.
+  ASSERT_EQ(0, ZARNNetSetMTUEth("1400", "ovs_bond0")) << LogText();
+  for (const char* ifname : {"eth1", "eth2"})
+    EXPECT_EQ(1400, Ip("link show dev " + std::string(ifname))[0]["mtu"]);
+  EXPECT_TRUE(Within(5, [] { return Ip("link show dev ovs_bond0")[0]["mtu"] == 1400; }));
+  EXPECT_EQ(1400, ZARNGetMTUSetting("ovs_bond0"));
 
   EXPECT_EQ(0, KOPANetOVSIfIsSlave("eth1"));
   EXPECT_EQ(0, ZARNNetIfIsBondingPassive("eth1"));

@@ -20,7 +20,8 @@ TEST(StartScript, TheDriverTakesTheOptionsOfEveryMode) {
   for (const char* slave : {"eth0", "eth1"})
     WriteIfcfg(slave, "DEVICE=" + std::string(slave) + "\nUSERCTL=no\nMASTER=bond0\nSLAVE=yes\n");
   for (uint32_t mode = 1; mode <= 5; ++mode) {
-    WriteIfcfg("bond0", "DEVICE=bond0\nONBOOT=yes\nUSERCTL=no\nBONDING_OPTS=" + std::string(grgBondDesc[mode].szBondingOpts) +
+    WriteIfcfg("bond0", "DEVICE=bond0\nONBOOT=yes\nUSERCTL=no\nBONDING_OPTS=" +
+                            std::string(grgBondDesc[mode].szBondingOpts) +
                             "\nBOOTPROTO=static\nIPADDR=192.168.80.1\nNETMASK=255.255.255.0\n");
     EXPECT_EQ("0\n", Shell("/etc/rc.network start bond0 eth0 eth1; echo $?")) << mode;
     const auto bond = Ip("address show dev bond0");
@@ -45,9 +46,13 @@ TEST(StartScript, TheDriverTakesTheOptionsOfEveryMode) {
 TEST(StartScript, ABridgeOverAVlanOverABond) {
   WriteIfcfg("eth0", "DEVICE=eth0\nMASTER=bond0\nSLAVE=yes\n");
   WriteIfcfg("eth1", "DEVICE=eth1\nMASTER=bond0\nSLAVE=yes\n");
-  WriteIfcfg("bond0", "DEVICE=bond0\nONBOOT=yes\nBONDING_OPTS=" + std::string(grgBondDesc[4].szBondingOpts) + "\nBOOTPROTO=none\n");
-  WriteIfcfg("bond0.10", "DEVICE=bond0.10\nVLAN_ROW_DEVICE=bond0\nVLAN_ID=10\nONBOOT=yes\nBRIDGE=br0\n");
-  WriteIfcfg("br0", "DEVICE=br0\nTYPE=bridge\nPRIMARY=eth2\nONBOOT=yes\nBOOTPROTO=static\nIPADDR=10.0.10.1\nNETMASK=255.255.255.0\n");
+  WriteIfcfg("bond0", "DEVICE=bond0\nONBOOT=yes\nBONDING_OPTS=" +
+                          std::string(grgBondDesc[4].szBondingOpts) + "\nBOOTPROTO=none\n");
+  WriteIfcfg("bond0.10",
+             "DEVICE=bond0.10\nVLAN_ROW_DEVICE=bond0\nVLAN_ID=10\nONBOOT=yes\nBRIDGE=br0\n");
+  WriteIfcfg("br0",
+             "DEVICE=br0\nTYPE=bridge\nPRIMARY=eth2\nONBOOT=yes\nBOOTPROTO=static\nIPADDR=10.0.10."
+             "1\nNETMASK=255.255.255.0\n");
   EXPECT_EQ("0\n", Shell("/etc/rc.network start br0 bond0.10 bond0 eth0 eth1; echo $?"));
   ExpectSlaves({"eth0", "eth1"});
   const auto vlan = Ip("link show dev bond0.10");
@@ -55,7 +60,8 @@ TEST(StartScript, ABridgeOverAVlanOverABond) {
   EXPECT_EQ(10, vlan[0]["linkinfo"]["info_data"]["id"]);
   EXPECT_EQ("br0", vlan[0]["master"]);
   // The tagged side: a VLAN on one of the other ends of the bond's cables.
-  Do("ip -n lan link set lan0 nomaster; ip -n lan link set lan1 down; ip -n lan link add link lan0 name tagged type vlan id 10;"
+  Do("ip -n lan link set lan0 nomaster; ip -n lan link set lan1 down; ip -n lan link add link lan0 "
+     "name tagged type vlan id 10;"
      "ip -n lan link set tagged up; ip -n lan address add 10.0.10.2/24 dev tagged");
   EXPECT_TRUE(Within(15, [] {
     return Contains(Shell("ip netns exec lan ping -c 1 -W 1 10.0.10.1"), "1 received");

@@ -1,6 +1,7 @@
 // VLANs of the kernel's driver.
 #include <cstdlib>
 #include <map>
+
 #include <zarnnetsdk/zarnnetsdk.h>
 
 #include "machine.h"
@@ -36,8 +37,10 @@ TEST(Vlan, OfTheDriverIsAskedForAndListed) {
   EXPECT_EQ(1, KOPANetVlanExist());
   EXPECT_EQ(Vlans{}, FromLibrary());
   Do("ip link add bond0 type bond mode active-backup; ip link add br0 type bridge;"
-     "ip link add link eth0 name eth0.10 type vlan id 10; ip link add link eth0 name eth0.4094 type vlan id 4094;"
-     "ip link add link bond0 name bond0.7 type vlan id 7; ip link add link br0 name guests type vlan id 300;"
+     "ip link add link eth0 name eth0.10 type vlan id 10; ip link add link eth0 name eth0.4094 "
+     "type vlan id 4094;"
+     "ip link add link bond0 name bond0.7 type vlan id 7; ip link add link br0 name guests type "
+     "vlan id 300;"
      "ip link add link eth1 name a15letternamexx type vlan id 2");
   EXPECT_EQ(FromKernel(), FromLibrary());
   EXPECT_EQ(5u, FromKernel().size());
