@@ -16,6 +16,7 @@ void AddBlockCommands(CLI::App& app, Context& context);
 void AddDnsCommands(CLI::App& app, Context& context);
 void AddRouteCommands(CLI::App& app, Context& context);
 void AddIpv6Commands(CLI::App& app, Context& context);
+void AddNetCommands(CLI::App& app, Context& context);
 void AddStatCommands(CLI::App& app, Context& context);
 void AddTunnelCommands(CLI::App& app, Context& context);
 void AddSystemCommands(CLI::App& app, Context& context);

@@ -1,11 +1,10 @@
 // zarnnetctl ip: the addresses of an interface, read, set and flushed.
 #include <algorithm>
-#include <array>
-#include <cctype>
 
 #include "commands.h"
 #include "network_lock.h"
 #include "query.h"
+#include "typed_address.h"
 
 namespace tool {
 namespace {
@@ -35,59 +34,9 @@ void Get(const Context& context, const std::string& ifname) {
 
 // ---- ip set
 
-bool IsNumber(const std::string& text) {
-  return !text.empty() && std::all_of(text.begin(), text.end(),
-                                      [](unsigned char digit) { return std::isdigit(digit) != 0; });
-}
-
-[[noreturn]] void RefuseAddress(const std::string& what, const std::string& problem) {
-  throw Failure(what, kMalformedAddress, problem);
-}
-
-std::string PrefixToMask(const std::string& what, const std::string& cidr) {
-  std::array<char, 64> text{};
-  if (cidr.size() < text.size()) {
-    std::copy(cidr.begin(), cidr.end(), text.begin());
-    if (ErrKOPASubnetToIpMask(text.data(), nullptr) == 0) {
-      const std::string converted(text.data());
-      return converted.substr(converted.find('/') + 1);
-    }
-  }
-  RefuseAddress(what, "the prefix of " + cidr + " must be 1 to 32");
-}
-
-// What was typed, taken apart: how it is put is a matter of usage, what it says the library judges.
-struct Typed {
-  std::string ip;
-  std::string prefix;
-  std::string mask;
-};
-
-Typed TakeApart(const std::string& address, const std::string& mask) {
-  const std::size_t slash = address.find('/');
-  if (slash == std::string::npos) {
-    if (mask.empty())
-      throw CLI::ValidationError("ADDRESS", "give ADDRESS/PREFIX or ADDRESS NETMASK");
-    return {address, "", mask};
-  }
-  if (!mask.empty()) throw CLI::ValidationError("NETMASK", "give a prefix or a netmask, not both");
-  Typed typed{address.substr(0, slash), address.substr(slash + 1), ""};
-  if (!IsNumber(typed.prefix)) throw CLI::ValidationError("ADDRESS", "the prefix must be a number");
-  return typed;
-}
-
-Address Validate(const std::string& what, const Typed& typed) {
-  RequireIpv4(what, typed.ip);
-  if (typed.mask.empty()) return {typed.ip, PrefixToMask(what, typed.ip + "/" + typed.prefix)};
-  if (BlKOPAIsValidIpMask(typed.mask.c_str()) != 1 || !IsPlainDotted(typed.mask)) {
-    RefuseAddress(what, "'" + typed.mask + "' is not a netmask");
-  }
-  return {typed.ip, typed.mask};
-}
-
-void Set(const Context& context, const std::string& ifname, const Typed& typed) {
+void Set(const Context& context, const std::string& ifname, const TypedAddress& typed) {
   const std::string what = "cannot set the address of " + ifname;
-  const Address address = Validate(what, typed);
+  const Address address = ValidateIpv4(what, typed);
   RequireRoot(what);
   RequireInterface(what, ifname);
   {
@@ -172,7 +121,7 @@ void AddSet(CLI::App& group, Context& context) {
   verb->add_option("ADDRESS", *address, "ADDRESS/PREFIX, or the address alone")->required();
   verb->add_option("NETMASK", *mask, "Dotted netmask, for an address without a prefix");
   verb->callback(
-      [&context, ifname, address, mask] { Set(context, *ifname, TakeApart(*address, *mask)); });
+      [&context, ifname, address, mask] { Set(context, *ifname, TakeApartIpv4(*address, *mask)); });
 }
 
 void AddFlush(CLI::App& group, Context& context) {

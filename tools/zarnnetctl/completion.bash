@@ -13,7 +13,7 @@ _zarnnetctl_interfaces() {
 _zarnnetctl_candidates() {
   local group=${1-} verb=${2-}
   case $# in
-    0) echo "if ip ipv6 dns gateway route link mac mtu hostname block tunnel stat --help --version" ;;
+    0) echo "if ip ipv6 dns gateway route link mac mtu hostname block tunnel card1 rename port ping lookup wake stat --help --version" ;;
     1)
       case $group in
         if) echo "list show --help" ;;
@@ -23,10 +23,15 @@ _zarnnetctl_candidates() {
         gateway) echo "get set clear --help" ;;
         route) echo "check add del --help" ;;
         mtu | hostname) echo "get set --help" ;;
-        stat) echo "--json --help"; _zarnnetctl_interfaces ;;
+        stat) echo "--watch --interval --count --json --help"; _zarnnetctl_interfaces ;;
         link) echo "up down --help" ;;
         mac) echo "--json --local --help"; _zarnnetctl_interfaces ;;
         block) echo "get set --help" ;;
+        card1) echo "get set --help" ;;
+        port) echo "--proto --json --help" ;;
+        ping) echo "--timeout --json --help" ;;
+        lookup) echo "--json --help" ;;
+        wake | rename) echo "--json --help"; _zarnnetctl_interfaces ;;
         tunnel) echo "get set start stop restart --help" ;;
       esac
       ;;
@@ -55,7 +60,10 @@ _zarnnetctl_candidates() {
         "dns mode") echo "static auto --json --help" ;;
         gateway\ *) echo "--saved --json --help" ;;
         "ipv6 init" | "route check" | dns\ * | hostname\ *) echo "--json --help" ;;
-        stat\ *) echo "--json --help"; _zarnnetctl_interfaces ;;
+        port\ *) if [ "${!#}" = --proto ]; then echo "tcp udp"; else echo "--proto --json --help"; fi ;;
+        "card1 set") echo "dhcp --json --help" ;;
+        card1\ * | ping\ * | lookup\ * | wake\ * | rename\ *) echo "--json --help" ;;
+        stat\ *) echo "--watch --interval --count --json --help"; _zarnnetctl_interfaces ;;
         mac\ *) echo "--json --local --help" ;;
         *) echo "--json --help"; [ $# -gt 2 ] || _zarnnetctl_interfaces ;;
       esac

@@ -86,6 +86,7 @@ int Run(int argc, char** argv) {
   AddDnsCommands(app, context);
   AddRouteCommands(app, context);
   AddTunnelCommands(app, context);
+  AddNetCommands(app, context);
   AddStatCommands(app, context);
   AddSystemCommands(app, context);
   return Parse(app, context, argc, argv);
