@@ -141,6 +141,8 @@ bool AwaitAnswer(const std::vector<Probe>& probes, Clock::time_point until) {
 }
 
 bool Answers(const std::vector<Probe>& probes, Clock::time_point deadline) {
+  const auto isReachable = [](const Probe& probe) { return probe.Fd() >= 0; };
+  if (std::none_of(probes.begin(), probes.end(), isReachable)) return false;
   while (Clock::now() < deadline) {
     for (const Probe& probe : probes)
       probe.Ask();

@@ -116,9 +116,7 @@ bool WriteDhcp(const std::string& path, const std::string& ifname) {
 }
 
 // The client gives the interface its address; the old one goes when the new one comes.
-int SetDhcp(const std::string& ifname) {
-  const std::string path = paths::Ifcfg(ifname);
-  Backup backup(path, Format(".tmp%ld", static_cast<long>(std::time(nullptr))));
+int WriteAndStartDhcp(const std::string& path, const std::string& ifname) {
   if (!WriteDhcp(path, ifname)) {
     LOG_ERROR("%s:%d Set %s error.", path.c_str());
     return FRAME_FAIL(kWrite, -1);
@@ -129,6 +127,22 @@ int SetDhcp(const std::string& ifname) {
   if (!Run(paths::kStart, "dhcp-client", instance)) {
     LOG_ERROR("%s:%d unable to start dhcp-client instance on %s", ifname.c_str());
     return FRAME_FAIL(kCommand, -1);
+  }
+  return 0;
+}
+
+int SetDhcp(const std::string& ifname) {
+  const std::string path = paths::Ifcfg(ifname);
+  const bool isNew = !Exists(path);
+  Backup backup(path, Format(".tmp%ld", static_cast<long>(std::time(nullptr))));
+  if (!isNew && !backup.Made()) {
+    LOG_ERROR("%s:%d Failed to copy %s.", path.c_str());
+    return FRAME_FAIL(kCommand, -1);
+  }
+  const int result = WriteAndStartDhcp(path, ifname);
+  if (result < 0) {
+    if (isNew) ::unlink(path.c_str());
+    return result;  // the copy takes the place of the file
   }
   if (!backup.Remove()) LOG_ERROR("%s:%d Failed to remove %s.", backup.CopyName().c_str());
   return 0;

@@ -46,7 +46,8 @@ bool IsBuiltUpon(const std::string& ifname) {
 
 bool MayRename(const InetSocket& socket, const char* ifname, const char* newName) {
   const auto flags = socket.Flags(ifname);
-  if (!flags || (*flags & IFF_LOOPBACK) != 0) {
+  // The socket knows an interface by its other names too; its files do not.
+  if (!flags || (*flags & IFF_LOOPBACK) != 0 || !Exists(paths::SysNet(ifname, ""))) {
     LOG_ERROR("%s:%d No port %s", ifname);
     return FRAME_FAIL(kNotFound, false);
   }
