@@ -221,7 +221,10 @@ int ZARNNetRenameEth(const char* szOld, const char* szNew) try {
   Announce(kStageBefore, szOld, szNew, 0);
   const bool onDhcp = KeyIs(paths::Ifcfg(szOld), "BOOTPROTO", "dhcp") && StopDhcpClient(szOld);
   const int result = Rename(socket, szOld, szNew);
-  if (onDhcp) StartDhcpClient(result == 0 ? szNew : szOld);
+  if (onDhcp) {
+    ::unlink(paths::DhcpInfo(szOld).c_str());  // the client writes one for the name it gets
+    StartDhcpClient(result == 0 ? szNew : szOld);
+  }
   Announce(kStageAfter, szOld, szNew, result);
   return result;
 }

@@ -167,8 +167,10 @@ TEST_F(Rename, APortHasItsNewNameInKernelFileAndSettings) {
 
 TEST_F(Rename, ADhcpClientFollowsThePort) {
   WriteIfcfg("eth1", "DEVICE=eth1\nBOOTPROTO=dhcp\n");
+  WriteFile("/etc/dhclient/ipv4/dhcpcd-eth1.info", "IPADDR=10.1.1.1\n");
   RecordTool("/sbin/stop");
   ASSERT_EQ(0, ZARNNetRenameEth("eth1", "eth7"));
+  EXPECT_EQ(Lines{}, FolderEntries("/etc/dhclient/ipv4")) << "a lease of a name that is gone";
   EXPECT_EQ((Lines{"/sbin/stop dhcp-client IFACE=eth1", "/sbin/start dhcp-client IFACE=eth7"}),
             RecordedCalls());
 }
