@@ -128,6 +128,7 @@ std::optional<std::vector<Probe>> MakeProbes(const addrinfo* hosts) {
 // Waits until then for an answer of any of them.
 bool AwaitAnswer(const std::vector<Probe>& probes, Clock::time_point until) {
   std::vector<pollfd> waiting;
+  waiting.reserve(probes.size());
   for (const Probe& probe : probes)
     waiting.push_back({probe.Fd(), POLLIN, 0});
   for (;;) {

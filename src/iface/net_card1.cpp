@@ -57,7 +57,7 @@ std::string MasterOf(const std::string& ifname) {
 
 std::string CoverOf(const std::string& ifname) {
   if (const auto bond = OvsBondOf(ifname); bond && !bond->empty()) return *bond;
-  const std::string device = "ovs_" + ifname;
+  std::string device = "ovs_" + ifname;
   if (Exists(paths::SysVirtualNet(device))) return device;
   return MasterOf(ifname);
 }

@@ -52,6 +52,7 @@ void ShowPorts(const Context& context, const std::string& text, const std::strin
     return PrintJson("ports", {{"protocol", TextOrNull(proto)}, {"used", ports}});
   }
   std::vector<Row> rows;
+  rows.reserve(ports.size());
   for (const int port : ports)
     rows.push_back({{std::to_string(port)}});
   PrintTable(rows);
