@@ -1,8 +1,9 @@
 /* Addresses as text: validation and arithmetic, which neither read nor change the system, but for the two functions
- * that ask /bin/ipcalc. And questions about ports and hosts. */
+ * that ask /bin/ipcalc. And questions about ports and hosts, and whether another host uses an address. */
 #pragma once
 
 #include <stdint.h>
+#include <zarncore/zarncore.h>
 
 #ifdef __cplusplus
 extern "C" {
@@ -155,6 +156,36 @@ int ZARNNetIP2If(const char *szIP, char *szIfname, int cbIfname);
  *         sent)
  */
 int KOPANetEtherWake(const char *szIfname, const char *szMac);
+/* ---- addresses in use ------------------------------------------------------------------------------- */
+
+/** Told of a conflict: the interface, and the address that another host has. */
+typedef void (*PFNIPCONFLICT)(const char *szIfname, const char *szAddr);
+
+/**
+ * Asks the network of each interface whether another host uses an address, with /sbin/arping (3 seconds an
+ * entry). Answers of the appliance's own ports do not count: the MACs of its first 16 "eth" ports follow "-F",
+ * unless arp_ignore in /etc/zarninfo.conf is "yes".
+ * @param pIfnames     interfaces
+ * @param pAddrs       the address to ask for at each; null: the interface's own, entries without one are skipped
+ * @param pfnConflict  called for each conflict; null: nobody
+ * @return 1 with any conflict, else 0, also for entries that could not be asked; -1 with 0x0D00 (no interfaces,
+ *         lists of different length) or 0x0200
+ */
+int IpConflictDetectInternal(const KOPACSZLIST *pIfnames, const KOPACSZLIST *pAddrs, PFNIPCONFLICT pfnConflict);
+
+/**
+ * IpConflictDetectInternal() for one address that an interface may get. The address it already has is none.
+ * @return 1, 0, or -1 (0x0D00 for a missing argument)
+ */
+int ZARNIIpConflict(const char *szIfname, const char *szAddr);
+
+/**
+ * Is the configured address of a bond (kernel or Open vSwitch) that of a member other than its first?
+ * @param szOutPort  receives the first 4 characters of that member's name, whatever cbOutPort says
+ * @param cbOutPort  size of szOutPort in bytes; the terminator is written when it is above 4
+ * @return 1 (szOutPort filled), 0, or -1 (0x0D00; bond or a configured address cannot be read)
+ */
+int ZARNNetBondIPConflict(const char *szBond, char *szOutPort, int cbOutPort);
 
 #ifdef __cplusplus
 }

@@ -59,6 +59,42 @@ int ZARNNetLinkAggrGet(const char *szBond, ZARNLINKAGGROPT *pOpt);
  * 0xBB00 (already there) or 0xBD00 (32 slaves) */
 int ZARNNetLinkAggrOptSlsaveAdd(ZARNLINKAGGROPT *pOpt, const char *szSlave);
 
+/**
+ * Creates, changes or deletes a kernel bond: rewrites the interface files of bond and slaves, and restarts them
+ * with "/etc/rc.network stop" and "start", bond and slaves. The bond takes over the first slave's address settings
+ * and lease, the first slave the bond's when it is deleted. Creation and deletion, not a change, are told as
+ * net/ifname_change. No lock is taken: callers serialise their changes of bonds.
+ * @param pOpt  szName; mode 0 deletes, 1 to 5 is the mode it shall have (6 to 8 cannot be created here); at least
+ *              2 slaves. A record equal to the present bond does nothing. On delete the slaves are overwritten with
+ *              the present ones
+ * @return 0; -1 with 0x0D00 (record), 0x0200, 0x0900, 0x2A00: the slaves' files are put back, and the interfaces
+ *         are started again all the same
+ */
+int ZARNNetLinkAggrSet(ZARNLINKAGGROPT *pOpt);
+
+/**
+ * Makes an interface's file that of a slave, or of an interface of its own again. The file as it was stays beside
+ * it with ".saved" appended.
+ * @param blJoin    not 0: joins szMaster; 0: leaves its bond
+ * @param szMaster  the bond; not used to leave
+ * @return 0, or -1 (0x0D00, 0x0200, or the file cannot be written)
+ */
+int ZARNNetLinkAggrConfSetSlave(const char *szSlave, int blJoin, const char *szMaster);
+
+/**
+ * Removes a bond's file and releases every interface whose file names it as MASTER. Its settings go to the first
+ * slave of the record, or to the first one found. Slaves keep their ".saved" files.
+ * @return 0, or -1 (0x0D00, 0x0200, 0x0900 folder, 0x2A00 copy): the slaves' files are put back
+ */
+int ZARNNetLinkAggrConfDel(ZARNLINKAGGROPT *pOpt);
+
+/**
+ * Adds to the keys to set what makes the BOOTPROTO of a file "static" or "dhcp"; "dhcp", and no address, for any
+ * other value. Writes nothing.
+ * @return 0, or negative (0x0D00 for a missing argument, no memory)
+ */
+int ZARNNetLinkAggrConfUpdateBootProto(const char *szPath, PKOPACSZHASH *ppSet);
+
 /* ---- bridges ---------------------------------------------------------------------------------------- */
 
 /** One interface's part in a bridge: 1 none, 2 bridge, 3 bridge of the local LAN, 4 port of a bridge. */

@@ -25,7 +25,7 @@ bool EnsureClientScript() {
 }
 
 bool RunTrial(const std::string& ifname) {
-  const std::string lease = paths::DhcpTestLease(ifname);
+  const std::string lease = paths::DhcpLease(ifname);
   const std::string pid = paths::DhcpPid(ifname);
   if (Run(paths::kDhclient, "-q", "--zarn_test", "-lf", lease, "-pf", pid, "-sf",
           paths::kDhclientScriptCopy, ifname)) {

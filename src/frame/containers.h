@@ -21,6 +21,9 @@ class StringList {
   [[nodiscard]] const KOPACSZLIST* Get() const { return list_; }
   [[nodiscard]] int Count() const { return list_->nItem; }
   [[nodiscard]] const char* operator[](int index) const { return KOPACSzListGet(list_, index); }
+  void Add(const char* text) {
+    if (KOPACSzListPush(&list_, text) < 0) throw std::bad_alloc();
+  }
   void Clear() { KOPACSzListRemoveAll(list_); }
 
  private:
@@ -40,6 +43,7 @@ class StringHash {
   void Set(const char* key, const char* value) {
     if (KOPACSzHashSetValue(&hash_, key, value) < 0) throw std::bad_alloc();
   }
+  PKOPACSZHASH* Out() { return &hash_; }  // for operations that add keys and may move the hash
   [[nodiscard]] PKOPACSZHASH Get() const { return hash_; }
 
  private:

@@ -48,6 +48,7 @@ class KeyEdit {
     drop_.Set(key, "");
     return *this;
   }
+  PKOPACSZHASH* KeysToSet() { return set_.Out(); }  // for who adds keys by the core library's type
   [[nodiscard]] bool WriteTo(const std::string& path) const {
     return KOPACFileSetKeys(path.c_str(), set_.Get(), drop_.Get(), kBareLine) >= 0;
   }

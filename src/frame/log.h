@@ -20,6 +20,7 @@
 #define LOG_ERROR_FUNC(format, ...) \
   ::syslog(LOG_ERR, format, __func__, __LINE__ __VA_OPT__(, ) __VA_ARGS__)
 #define LOG_ERROR_PLAIN(...) ::syslog(LOG_ERR, __VA_ARGS__)
+#define LOG_DETAIL_PLAIN(...) ::syslog(LOG_DEBUG, __VA_ARGS__)
 
 // A failed argument check in the assertion form: logs the condition as text and sets 0x0D00. The
 // misspelling is part of the message, and tools that collect these lines look for it.

@@ -7,6 +7,7 @@
 namespace frame::paths {
 
 // ---- configuration
+inline constexpr char kIfcfgFolder[] = "/etc/sysconfig/network-scripts";
 inline constexpr char kIfcfgPrefix[] = "/etc/sysconfig/network-scripts/ifcfg-";
 inline constexpr char kInfo[] = "/etc/zarninfo.conf";
 inline constexpr char kFactoryInfo[] = "/etc.defaults/zarninfo.conf";
@@ -35,7 +36,7 @@ inline std::string DhcpInfo(std::string_view ifname) {
 inline std::string DhcpPid(std::string_view ifname) {
   return std::string("/etc/dhclient/ipv4/dhcpcd-").append(ifname).append(".pid");
 }
-inline std::string DhcpTestLease(std::string_view ifname) {
+inline std::string DhcpLease(std::string_view ifname) {
   return std::string("/tmp/dhcpv4.leases.").append(ifname);
 }
 inline std::string Dhcp6Pid(std::string_view ifname, std::string_view action) {
@@ -81,6 +82,9 @@ inline constexpr char kStart[] = "/sbin/start";
 inline constexpr char kInitctl[] = "/sbin/initctl";
 inline constexpr char kStop[] = "/sbin/stop";
 inline constexpr char kCp[] = "/bin/cp";
+inline constexpr char kMv[] = "/bin/mv";
+inline constexpr char kArping[] = "/sbin/arping";
+inline constexpr char kNetworkScript[] = "/etc/rc.network";
 inline constexpr char kIpcalc[] = "/bin/ipcalc";
 inline constexpr char kDhclient[] = "/usr/sbin/dhclient";
 inline constexpr char kNetdTool[] = "/usr/zarn/sbin/zarnnetdtool";

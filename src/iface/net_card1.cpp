@@ -21,7 +21,6 @@
 #include "frame/ovs_bonds.h"
 #include "frame/paths.h"
 #include "frame/text.h"
-#include "iface/record.h"
 
 using namespace frame;
 
@@ -82,17 +81,6 @@ bool ReadConfig(const std::string& ifname, ZARNNETIFADDR* config) {
   if (const auto mac = InetSocket().HardwareAddress(ifname))
     std::memcpy(config->rgMac, mac->data(), mac->size());
   return ZARNNetIFGetIPConfig(ifname.c_str(), config) == 0;
-}
-
-bool ReadInfo(const std::string& ifname, KOPANetIfInfo* info) {
-  const InetSocket socket;
-  const auto flags = socket.Flags(ifname);
-  if (!flags) {
-    LOG_ERROR("%s:%d Failed to get flags of %s. %m", ifname.c_str());
-    return FRAME_FAIL(kRefused, false);
-  }
-  inventory::FillRecord(socket, ifname, *flags, inventory::HasCarrier(ifname, *flags), info);
-  return true;
 }
 
 // ---- writing
@@ -165,7 +153,8 @@ int ZARNNetGetCard1Ex(KOPANetIfInfo* pInfo, ZARNNETIFADDR* pConfig) try {
   const auto ifname = Primary();
   KOPANetIfInfo info{};
   ZARNNETIFADDR config{};
-  if (!ifname || !ReadInfo(*ifname, &info) || !ReadConfig(*ifname, &config)) return -1;
+  if (!ifname || ZARNNetIFGetInfo(ifname->c_str(), &info) < 0 || !ReadConfig(*ifname, &config))
+    return -1;
   *pInfo = info;
   *pConfig = config;
   return 0;

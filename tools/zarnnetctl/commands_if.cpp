@@ -45,13 +45,6 @@ Cell LinkCell(int link) {
   return link == kCarrier ? Cell{"yes", Tone::kGood} : Cell{"no", Tone::kBad};
 }
 
-Row Headings(const std::vector<std::string>& names) {
-  Row row;
-  for (const std::string& name : names)
-    row.push_back({name, Tone::kHeading});
-  return row;
-}
-
 void PrintList(const std::vector<KOPANetIfInfo>& list) {
   std::vector<Row> rows{Headings({"NAME", "LINK", "FLAGS", "MAC", "ADDRESS"})};
   for (const KOPANetIfInfo& info : list) {

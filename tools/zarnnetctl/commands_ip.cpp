@@ -1,5 +1,6 @@
 // zarnnetctl ip: the addresses of an interface, read, set and flushed.
 #include <algorithm>
+#include <array>
 
 #include "commands.h"
 #include "network_lock.h"
@@ -34,9 +35,9 @@ void Get(const Context& context, const std::string& ifname) {
 
 // ---- ip set
 
-void Set(const Context& context, const std::string& ifname, const TypedAddress& typed) {
+void Set(const Context& context, const std::string& ifname, const Typed& typed) {
   const std::string what = "cannot set the address of " + ifname;
-  const Address address = ValidateIpv4(what, typed);
+  const Address address = Validate(what, typed);
   RequireRoot(what);
   RequireInterface(what, ifname);
   {
@@ -121,7 +122,7 @@ void AddSet(CLI::App& group, Context& context) {
   verb->add_option("ADDRESS", *address, "ADDRESS/PREFIX, or the address alone")->required();
   verb->add_option("NETMASK", *mask, "Dotted netmask, for an address without a prefix");
   verb->callback(
-      [&context, ifname, address, mask] { Set(context, *ifname, TakeApartIpv4(*address, *mask)); });
+      [&context, ifname, address, mask] { Set(context, *ifname, TakeApart(*address, *mask)); });
 }
 
 void AddFlush(CLI::App& group, Context& context) {

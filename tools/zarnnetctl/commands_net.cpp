@@ -183,7 +183,7 @@ ZARNNETIFADDR WantedCard(const std::string& what, const std::string& address,
     if (!mask.empty()) throw CLI::ValidationError("NETMASK", "dhcp takes no netmask");
     return config;
   }
-  const Address parsed = ValidateIpv4(what, TakeApartIpv4(address, mask));
+  const Address parsed = Validate(what, TakeApart(address, mask));
   config.bootProto = 1;
   parsed.ip.copy(config.szIP, sizeof config.szIP - 1);
   parsed.mask.copy(config.szMask, sizeof config.szMask - 1);

@@ -13,12 +13,21 @@ _zarnnetctl_interfaces() {
 _zarnnetctl_candidates() {
   local group=${1-} verb=${2-}
   case $# in
-    0) echo "if ip ipv6 dns gateway route link mac mtu hostname block tunnel card1 rename port ping lookup wake stat --help --version" ;;
+    0)
+      echo "if ip ipv6 dns gateway route bond bridge vlan topology conflict tree dhcpd pppoe pppoe-relay tunnel"
+      echo "link mac mtu hostname block stat port ping lookup wake card1 rename --help --version"
+      ;;
     1)
       case $group in
         if) echo "list show --help" ;;
         ip) echo "get set flush --help" ;;
         ipv6) echo "get set add del init --help" ;;
+        bond) echo "list show set delete --help" ;;
+        bridge) echo "list show set --help" ;;
+        vlan) echo "list create remove --help" ;;
+        topology) echo "get set --help" ;;
+        conflict) echo "--json --help"; _zarnnetctl_interfaces ;;
+        tree) echo "--json --help" ;;
         dns) echo "get set mode update --help" ;;
         gateway) echo "get set clear --help" ;;
         route) echo "check add del --help" ;;
@@ -57,6 +66,20 @@ _zarnnetctl_candidates() {
           fi
           ;;
         tunnel\ *) echo "--json --help" ;;
+        "bond set")
+          if [ "${!#}" = --mode ]; then
+            echo "balance-alb 802.3ad balance-xor active-backup balance-rr"
+          else
+            echo "--mode --json --help"; _zarnnetctl_interfaces
+          fi
+          ;;
+        "bridge set")
+          echo "--address --dhcp --no-boot --json --help"
+          if [ $# -eq 3 ]; then echo "none port bridge local-bridge"; else _zarnnetctl_interfaces; fi
+          ;;
+        "topology set") echo "unknown client bridge router --json --help" ;;
+        "bond list" | "bridge list" | "vlan list" | "topology get" | conflict\ *) echo "--json --help" ;;
+        "vlan create") echo "--address --json --help"; [ $# -gt 2 ] || _zarnnetctl_interfaces ;;
         "dns mode") echo "static auto --json --help" ;;
         gateway\ *) echo "--saved --json --help" ;;
         "ipv6 init" | "route check" | dns\ * | hostname\ *) echo "--json --help" ;;

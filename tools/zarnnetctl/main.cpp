@@ -86,6 +86,9 @@ int Run(int argc, char** argv) {
   AddDnsCommands(app, context);
   AddRouteCommands(app, context);
   AddTunnelCommands(app, context);
+  AddBondCommands(app, context);
+  AddBridgeCommands(app, context);
+  AddTopologyCommands(app, context);
   AddNetCommands(app, context);
   AddStatCommands(app, context);
   AddSystemCommands(app, context);

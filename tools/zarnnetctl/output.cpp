@@ -39,10 +39,9 @@ std::string_view Escape(Tone tone) {
   return "";
 }
 
-std::string Painted(const Cell& cell, bool colour) {
-  const std::string text = cell.text.empty() ? "-" : cell.text;
-  if (!colour || cell.tone == Tone::kPlain) return text;
-  return std::string(Escape(cell.tone)).append(text).append("\x1b[0m");
+std::string Painted(const std::string& text, Tone tone, bool colour) {
+  if (!colour || tone == Tone::kPlain || text.empty()) return text;
+  return std::string(Escape(tone)).append(text).append("\x1b[0m");
 }
 
 std::size_t Width(const Cell& cell) {
@@ -76,12 +75,26 @@ void PrintTable(const std::vector<Row>& rows) {
   const std::vector<std::size_t> widths = ColumnWidths(rows);
   for (const Row& row : rows) {
     for (std::size_t i = 0; i < row.size(); ++i) {
-      std::cout << Painted(row[i], colour);
+      std::cout << Painted(row[i].text.empty() ? "-" : row[i].text, row[i].tone, colour);
       const bool last = i + 1 == row.size();
       if (!last) std::cout << std::string(widths[i] - Width(row[i]), ' ') << kGap;
     }
     std::cout << '\n';
   }
+}
+
+Row Headings(const std::vector<std::string>& names) {
+  Row row;
+  for (const std::string& name : names)
+    row.push_back({name, Tone::kHeading});
+  return row;
+}
+
+void PrintLine(const Row& cells) {
+  const bool colour = UsesColour();
+  for (const Cell& cell : cells)
+    std::cout << Painted(cell.text, cell.tone, colour);
+  std::cout << '\n';
 }
 
 void PrintJson(const std::string& name, const Json& payload) {

@@ -31,6 +31,12 @@ using Row = std::vector<Cell>;
 // set.
 void PrintTable(const std::vector<Row>& rows);
 
+// The first row of a table.
+Row Headings(const std::vector<std::string>& names);
+
+// Prints cells one behind the other, as they are.
+void PrintLine(const Row& cells);
+
 // Prints {"schema": 1, name: payload}.
 void PrintJson(const std::string& name, const Json& payload);
 

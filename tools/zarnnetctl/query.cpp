@@ -5,6 +5,7 @@
 #include <arpa/inet.h>
 #include <array>
 #include <cstdio>
+#include <memory>
 #include <net/if.h>
 #include <unistd.h>
 
@@ -72,6 +73,16 @@ void RequireIpv4(const std::string& what, const std::string& text) {
 void RequireInterface(const std::string& what, const std::string& ifname) {
   if (KernelHas(ifname)) return;
   throw Failure(what, kNotFound, "there is no interface '" + ifname + "'");
+}
+
+std::vector<std::string> KernelInterfaces() {
+  const std::unique_ptr<struct if_nameindex, decltype(&::if_freenameindex)> all(
+      ::if_nameindex(), &::if_freenameindex);
+  std::vector<std::string> names;
+  for (auto* entry = all.get(); entry != nullptr && entry->if_name != nullptr; ++entry) {
+    if (std::string(entry->if_name) != "lo") names.emplace_back(entry->if_name);
+  }
+  return names;
 }
 
 std::vector<KOPANetIfInfo> ListInterfaces(unsigned selector) {

@@ -37,6 +37,7 @@ bool IsPlainDotted(const std::string& text);
 // Throws unless the kernel has the interface.
 void RequireInterface(const std::string& what, const std::string& ifname);
 
+std::vector<std::string> KernelInterfaces();  // up or down, all but loopback
 std::vector<KOPANetIfInfo> ListInterfaces(unsigned selector);
 std::vector<KOPANetIfInfo> ListEthernetPorts();
 

@@ -1,11 +1,10 @@
-// An IPv4 address with its prefix or netmask, as it stands on the command line.
+// An IPv4 address and its prefix or netmask, as typed on the command line.
 #include "typed_address.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <cctype>
-
-#include "commands.h"
 
 namespace tool {
 namespace {
@@ -33,7 +32,7 @@ std::string PrefixToMask(const std::string& what, const std::string& cidr) {
 
 }  // namespace
 
-TypedAddress TakeApartIpv4(const std::string& address, const std::string& mask) {
+Typed TakeApart(const std::string& address, const std::string& mask) {
   const std::size_t slash = address.find('/');
   if (slash == std::string::npos) {
     if (mask.empty())
@@ -41,12 +40,12 @@ TypedAddress TakeApartIpv4(const std::string& address, const std::string& mask) 
     return {address, "", mask};
   }
   if (!mask.empty()) throw CLI::ValidationError("NETMASK", "give a prefix or a netmask, not both");
-  TypedAddress typed{address.substr(0, slash), address.substr(slash + 1), ""};
+  Typed typed{address.substr(0, slash), address.substr(slash + 1), ""};
   if (!IsNumber(typed.prefix)) throw CLI::ValidationError("ADDRESS", "the prefix must be a number");
   return typed;
 }
 
-Address ValidateIpv4(const std::string& what, const TypedAddress& typed) {
+Address Validate(const std::string& what, const Typed& typed) {
   RequireIpv4(what, typed.ip);
   if (typed.mask.empty()) return {typed.ip, PrefixToMask(what, typed.ip + "/" + typed.prefix)};
   if (BlKOPAIsValidIpMask(typed.mask.c_str()) != 1 || !IsPlainDotted(typed.mask)) {

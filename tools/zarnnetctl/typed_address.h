@@ -1,4 +1,4 @@
-// An IPv4 address with its prefix or netmask, as it stands on the command line.
+// An IPv4 address and its prefix or netmask, as typed on the command line.
 #pragma once
 
 #include <string>
@@ -8,16 +8,16 @@
 namespace tool {
 
 // What was typed, taken apart: how it is put is a matter of usage, what it says the library judges.
-struct TypedAddress {
+struct Typed {
   std::string ip;
   std::string prefix;
   std::string mask;
 };
 
-// "ADDRESS/PREFIX" and no netmask, or "ADDRESS" with one. Throws for wrong usage.
-TypedAddress TakeApartIpv4(const std::string& address, const std::string& mask);
+// ADDRESS/PREFIX alone, or ADDRESS and NETMASK; anything else is wrong usage.
+Typed TakeApart(const std::string& address, const std::string& mask);
 
-// Throws for an address or a netmask that is none.
-Address ValidateIpv4(const std::string& what, const TypedAddress& typed);
+// Throws unless the library and the programs behind it take it for a host's.
+Address Validate(const std::string& what, const Typed& typed);
 
 }  // namespace tool

@@ -1,0 +1,162 @@
+// Whether another host of the network uses an address already, asked before an interface gets it.
+#include <string>
+#include <vector>
+
+#include <zarnnetsdk/addr.h>
+#include <zarnnetsdk/ipv4.h>
+
+#include "frame/command.h"
+#include "frame/containers.h"
+#include "frame/kernel.h"
+#include "frame/key_file.h"
+#include "frame/log.h"
+#include "frame/net_dev.h"
+#include "frame/paths.h"
+#include "frame/text.h"
+
+using namespace frame;
+
+namespace {
+
+using Macs = std::vector<std::string>;
+
+constexpr int kNoConflict = 0;
+constexpr int kConflict = 1;
+constexpr int kBadArguments = 2;
+constexpr int kNotRun = -1;
+
+constexpr std::size_t kMaxOwnPorts = 16;
+constexpr std::size_t kMaxArgument = 45;  // an IPv6 address as text at its longest
+constexpr char kProbe[] = "IpConflictDetectInternal";
+
+void AddMacOf(const std::string& port, const InetSocket& socket, Macs* macs) {
+  const auto mac = socket.HardwareAddress(port);
+  if (!mac) {
+    LOG_ERROR("%s:%d Failed to get MAC address for %s", port.c_str());
+    return;
+  }
+  const auto& byte = *mac;
+  macs->push_back(
+      Format("%02x%02x%02x%02x%02x%02x", byte[0], byte[1], byte[2], byte[3], byte[4], byte[5]));
+}
+
+// A host with several cables in one network hears itself: the tool is told whom not to listen to.
+Macs OwnMacs() {
+  Macs macs;
+  if (KeyIs(paths::kInfo, "arp_ignore", "yes")) return macs;
+  const auto names = ListNetDev();
+  if (!names) return macs;
+  const InetSocket socket;
+  for (const std::string& name : *names) {
+    if (!name.starts_with("eth")) continue;
+    if (macs.size() == kMaxOwnPorts) {
+      LOG_WARN(
+          "%s:%d There are over the maximum number (%d) support of physical interfaces for IP "
+          "conflict detection.",
+          static_cast<int>(kMaxOwnPorts));
+      break;
+    }
+    AddMacOf(name, socket, &macs);
+  }
+  return macs;
+}
+
+// The address to ask for at an interface: the given one, or else its own. Where there is none to
+// ask for that is logged, and the answer is empty.
+std::string AddressFor(const std::string& ifname, const char* given) {
+  std::string address = given != nullptr ? given : "";
+  if (given == nullptr) {
+    char own[256] = "";
+    if (ZARNILnxGetIP(ifname.c_str(), own, sizeof own) <= 0) {
+      LOG_ERROR("%s:%d %s(%d) ZARNILnxGetIP failed.(%X)", kProbe, __LINE__, KOPACErrGet());
+      return {};
+    }
+    address = own;
+  }
+  if (BlKOPAIsIpAddr(address.c_str()) == 1) return address;
+  LOG_ERROR("%s:%d [%s] is not a valid IP address for %s", address.c_str(), ifname.c_str());
+  return {};
+}
+
+int RunArping(const std::string& ifname, const std::string& address, const Macs& macs) {
+  const std::string port = ifname.substr(0, kMaxArgument);
+  const std::string target = address.substr(0, kMaxArgument);
+  std::vector<const char*> arguments = {paths::kArping, "-D", "-q", "-w",         "3",
+                                        "-c",           "3",  "-I", port.c_str(), target.c_str()};
+  if (!macs.empty()) arguments.push_back("-F");
+  for (const std::string& mac : macs)
+    arguments.push_back(mac.c_str());
+  arguments.push_back(nullptr);
+  constexpr int kWait = 1;
+  return KOPACExecv(paths::kArping, arguments.data(), kWait);
+}
+
+// Does another host answer?
+bool IsInUse(const char* ifname, const char* address, const Macs& macs) {
+  const int status = RunArping(ifname, address, macs);
+  switch (status) {
+    case kNoConflict:
+      LOG_DETAIL("%s:%d %s is not conflict at %s", address, ifname);
+      return false;
+    case kConflict:
+      return true;
+    case kBadArguments:
+      LOG_NOTE("%s:%d Invalid parameter to execute arping for %s at %s", address, ifname);
+      return false;
+    case kNotRun:
+      LOG_ERROR("%s:%d Failed to execute arping for %s at %s", address, ifname);
+      return false;
+    default:
+      LOG_ERROR("%s:%d Unknown return value [%d] from arping", status);
+      return false;
+  }
+}
+
+int ProbeOne(const char* ifname, const char* address) {
+  constexpr int kCapacity = 128;
+  StringList ifnames(kCapacity);
+  StringList addresses(kCapacity);
+  if (KOPACSzListPush(ifnames.Out(), ifname) < 0 || KOPACSzListPush(addresses.Out(), address) < 0) {
+    LOG_ERROR("%s:%d Failed to settle parameters.");
+    return -1;
+  }
+  return IpConflictDetectInternal(ifnames.Get(), addresses.Get(), nullptr);
+}
+
+}  // namespace
+
+int IpConflictDetectInternal(const KOPACSZLIST* pIfnames, const KOPACSZLIST* pAddrs,
+                             PFNIPCONFLICT pfnConflict) try {
+  if (pIfnames == nullptr || (pAddrs != nullptr && pAddrs->nItem != pIfnames->nItem)) {
+    return FRAME_FAIL(kBadParameter, -1);
+  }
+  const Macs macs = OwnMacs();
+  int result = 0;
+  for (int i = 0; i < pIfnames->nItem; ++i) {
+    const char* const ifname = KOPACSzListGet(pIfnames, i);
+    const char* const given = pAddrs != nullptr ? KOPACSzListGet(pAddrs, i) : nullptr;
+    const std::string address = AddressFor(ifname, given);
+    if (address.empty() || !IsInUse(ifname, address.c_str(), macs)) continue;
+    result = 1;
+    if (pfnConflict != nullptr) pfnConflict(ifname, address.c_str());
+  }
+  return result;
+}
+FRAME_NO_EXCEPTIONS(-1)
+
+int ZARNIIpConflict(const char* szIfname, const char* szAddr) try {
+  if (AnyEmpty({szIfname, szAddr})) return FRAME_FAIL(kBadParameter, -1);
+  char own[256] = "";
+  const int got = ZARNILnxGetIP(szIfname, own, sizeof own);
+  if (got < 0) {
+    LOG_ERROR_FUNC("%s(%d) ZARNILnxGetIP failed.(%X)", KOPACErrGet());
+    return got;
+  }
+  if (got > 0 && std::string_view(own) == szAddr) return 0;
+  const int result = ProbeOne(szIfname, szAddr);
+  if (result == 1) LOG_DETAIL_PLAIN("%s is conflict at %s", szAddr, szIfname);
+  return result;
+} catch (...) {
+  LOG_ERROR("%s:%d Failed to alloc list.");
+  return FRAME_FAIL(kNoMemory, -1);
+}

@@ -1,0 +1,22 @@
+// Keys of interface files that make an interface a bond, a slave of one, or one of its own.
+#pragma once
+
+#include <string>
+
+namespace virtual_if {
+
+inline constexpr char kDevice[] = "DEVICE";
+inline constexpr char kOnBoot[] = "ONBOOT";
+inline constexpr char kUserCtl[] = "USERCTL";
+inline constexpr char kBootProto[] = "BOOTPROTO";
+inline constexpr char kMaster[] = "MASTER";
+inline constexpr char kSlave[] = "SLAVE";
+inline constexpr char kBondingOpts[] = "BONDING_OPTS";
+
+// A slave's file as it was before the change that is going on.
+inline constexpr char kBackupSuffix[] = ".saved";
+inline std::string BackupOf(const std::string& path) {
+  return path + kBackupSuffix;
+}
+
+}  // namespace virtual_if

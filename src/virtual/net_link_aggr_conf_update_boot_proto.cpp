@@ -1,0 +1,28 @@
+// The boot protocol of an interface that is on its own: a slave's "none" would leave it without any
+// address.
+#include <strings.h>
+
+#include <zarnnetsdk/virtual.h>
+
+#include "frame/error.h"
+#include "frame/key_file.h"
+#include "frame/text.h"
+#include "virtual/interface_keys.h"
+
+using namespace frame;
+
+int ZARNNetLinkAggrConfUpdateBootProto(const char* szPath, PKOPACSZHASH* ppSet) try {
+  if (IsEmpty(szPath) || ppSet == nullptr || *ppSet == nullptr)
+    return FRAME_FAIL(kBadParameter, -1);
+  const KeyValue value = ReadKey(szPath, virtual_if::kBootProto, 64);
+  if (!value.Found()) return KOPACSzHashSetValue(ppSet, virtual_if::kBootProto, "dhcp");
+  for (const char* kept : {"static", "dhcp"}) {
+    if (strcasecmp(kept, value.text.c_str()) == 0) return 0;
+  }
+  if (KOPACSzHashSetValue(ppSet, virtual_if::kBootProto, "dhcp") < 0 ||
+      KOPACSzHashSetValue(ppSet, "IPADDR", "") < 0) {
+    return -1;
+  }
+  return KOPACSzHashSetValue(ppSet, "NETMASK", "");
+}
+FRAME_NO_EXCEPTIONS(-1)

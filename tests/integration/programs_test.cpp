@@ -1,0 +1,303 @@
+// The appliance's own programs, which the library only calls: the network script with bridges,
+// bonds and VLANs, the DHCP server and what a client gets from it, the address probe.
+#include <gtest/gtest.h>
+#include <sstream>
+
+#include "support/appliance.h"
+
+using namespace test;
+
+namespace {
+
+bool Has(const std::string& text, std::string_view part) {
+  return text.find(part) != std::string::npos;
+}
+
+std::string StatusOf(const std::string& command) {
+  return Shell("{ " + command + "; echo \"status $?\"; }");
+}
+
+bool Ends(const std::string& command, int status) {
+  return Shell("(" + command + ") >/dev/null 2>&1; echo $?") == std::to_string(status) + "\n";
+}
+
+// ---- the DHCP server
+
+void SwitchOn(const std::string& name, bool on = true) {
+  WriteFile("/etc/dhcpd/" + name + ".info", on ? "enable=\"yes\"\n" : "enable=\"no\"\n");
+}
+
+void WriteFragment(const std::string& name, std::string_view text) {
+  WriteFile("/etc/dhcpd/" + name + ".conf", text);
+}
+
+const std::string kSettings = "/run/dhcpd/dnsmasq.conf";
+const std::string kRange =
+    "interface=eth0\ndhcp-range=set:eth00,192.168.60.50,192.168.60.60,255.255.255.0,3600\n";
+
+// The assembled fragments, without what every server has.
+std::string Served() {
+  return Shell("sed -n '/^# /,$p' " + kSettings + " | sed '/^$/d'");
+}
+
+std::string ServerProcess() {
+  const std::string state = Shell("status dhcp-server");
+  const auto process = state.find("process ");
+  return process == std::string::npos ? "" : state.substr(process);
+}
+
+void ServeOneSubnet(std::string_view options) {
+  Shell("ip address add 192.168.60.1/24 dev eth0");
+  BringUp("eth0");
+  SwitchOn("dhcpd");
+  SwitchOn("dhcpd-eth0");
+  SwitchOn("dhcpd-eth0-subnet0");
+  WriteFragment("dhcpd-eth0-subnet0", kRange + std::string(options));
+}
+
+// What the second host, as a client, is given: NAME='VALUE' lines.
+std::string Lease() {
+  WriteFile("/tmp/client.conf",
+            "timeout 8;\n"
+            "option routes code 121 = array of unsigned integer 8;\n"
+            "option discovery code 252 = text;\n"
+            "request subnet-mask, routers, domain-name, domain-name-servers, domain-search,\n"
+            "  interface-mtu, ntp-servers, routes, discovery;\n");
+  WriteFile("/tmp/client-script",
+            "#!/bin/sh\n[ $reason != BOUND ] || { set | grep ^new_ >/tmp/new; mv /tmp/new "
+            "/tmp/lease; }\n",
+            0755);
+  Shell(
+      "ip -n lan address flush dev lan\n"
+      "ip netns exec lan /host/usr/sbin/dhclient -4 -1 -d -cf /tmp/client.conf -lf /tmp/leases"
+      " -pf /tmp/client.pid -sf /tmp/client-script lan >/tmp/client.log 2>&1 & client=$!\n"
+      "for try in $(seq 100); do [ -e /tmp/lease ] && break; sleep 0.1; done; kill $client");
+  return ReadFile("/tmp/lease");
+}
+
+}  // namespace
+
+TEST(DhcpServer, GivesAClientWhatTheFragmentSays) {
+  ServeOneSubnet(
+      "dhcp-option=tag:eth00,option:router,192.168.60.1\n"
+      "dhcp-option=tag:eth00,option:domain-search,lan.example\n"
+      "dhcp-option=tag:eth00,option:domain-name,lan.example\n"
+      "dhcp-option=tag:eth00,option:dns-server,192.168.60.1,192.168.60.2\n"
+      "dhcp-option=tag:eth00,option:mtu,1400\n"
+      "dhcp-option=tag:eth00,option:ntp-server,192.168.60.7\n"
+      "dhcp-option=tag:eth00,option:classless-static-route,10.0.0.0/8,192.168.60.254\n");
+  WriteFragment("dhcpd-eth00-static", "dhcp-host=02:00:00:00:02:00,192.168.60.57");
+  WriteFragment("wpad-eth0", "dhcp-option=tag:eth00,252,http://192.168.60.1/wpad.dat\n");
+  SwitchOn("wpad-eth0");
+  ASSERT_EQ("status 0\n", StatusOf("/etc/rc.network nat-start-dhcp"));
+  const std::string lease = Lease();
+  for (const std::string_view line :
+       {"new_ip_address='192.168.60.57'", "new_subnet_mask='255.255.255.0'",
+        "new_routers='192.168.60.1'", "new_domain_name='lan.example'",
+        "new_domain_search='lan.example.'", "new_domain_name_servers='192.168.60.1 192.168.60.2'",
+        "new_interface_mtu='1400'", "new_ntp_servers='192.168.60.7'",
+        "new_routes='8 10 192 168 60 254'", "new_discovery='http://192.168.60.1/wpad.dat'",
+        "new_dhcp_lease_time='3600'"}) {
+    EXPECT_TRUE(Has(lease, std::string(line) + "\n")) << line;
+  }
+  if (HasFailure())
+    ADD_FAILURE() << lease << Shell("cat /tmp/client.log /var/log/appliance/dhcp-server.log");
+}
+
+TEST(DhcpServer, ServesWhatIsSwitchedOnAndLeavesOutWhatHasNoValue) {
+  ServeOneSubnet(
+      "dhcp-option=tag:eth00,option:router,\n"
+      "dhcp-option=tag:eth00,option:dns-server,,192.168.60.2");
+  SwitchOn("dhcpd-eth1");
+  WriteFragment("dhcpd-eth1-office",
+                "interface=eth1\n"
+                "dhcp-range=set:office,192.168.61.50,192.168.61.60,255.255.255.0,3600\n"
+                "dhcp-option=tag:office,option:dns-server,\n");
+  SwitchOn("dhcpd-eth1-office");
+  WriteFragment("dhcpd-eth1-subnet0", "never=looked-at\ninterface=eth1\n");
+  SwitchOn("dhcpd-eth1-subnet0", false);
+  WriteFragment("dhcpd-eth2-subnet0", "never=looked-at\ninterface=eth2\n");
+  SwitchOn("dhcpd-eth2-subnet0");
+  SwitchOn("dhcpd-eth2", false);
+  SwitchOn("dhcpd6-eth0");
+  SwitchOn("dhcpd6-eth0-subnet0");
+  WriteFragment("dhcpd6-eth0-subnet0",
+                "interface=eth0\ndhcp-range=set:eth0v60,2001:db8::10,2001:db8::20,64,3600\n"
+                "dhcp-option=tag:eth0v60,option6:dns-server,[2001:db8::1]\nenable-ra\n");
+  WriteFragment("dhcpd-eth1-static", "dhcp-host=02:00:00:00:00:99,192.168.61.55\n");
+  WriteFragment("dhcpd-eth2-static", "never=looked-at\n");
+  WriteFragment("dhcpd-vendor", "dhcp-option=vendor:Example,249,10.0.0.0/8,192.168.1.1\n");
+  WriteFragment("dhcpd-pxe", "dhcp-boot=tag:pxe,pxelinux.0\ndhcp-vendorclass=set:pxe,PXEClient");
+  SwitchOn("dhcpd-pxe");
+  ASSERT_EQ("status 0\n", StatusOf("/etc/rc.network nat-restart-dhcp"));
+  EXPECT_EQ("# /etc/dhcpd/dhcpd-eth0-subnet0.conf\n" + kRange +
+                "dhcp-option=tag:eth00,option:dns-server,192.168.60.2\n"
+                "# /etc/dhcpd/dhcpd-eth1-office.conf\n"
+                "interface=eth1\n"
+                "dhcp-range=set:office,192.168.61.50,192.168.61.60,255.255.255.0,3600\n"
+                "# /etc/dhcpd/dhcpd6-eth0-subnet0.conf\n"
+                "interface=eth0\n"
+                "dhcp-range=set:eth0v60,2001:db8::10,2001:db8::20,64,3600\n"
+                "dhcp-option=tag:eth0v60,option6:dns-server,[2001:db8::1]\n"
+                "enable-ra\n"
+                "# /etc/dhcpd/dhcpd-eth1-static.conf\n"
+                "dhcp-host=02:00:00:00:00:99,192.168.61.55\n"
+                "# /etc/dhcpd/dhcpd-vendor.conf\n"
+                "dhcp-option=vendor:Example,249,10.0.0.0/8,192.168.1.1\n"
+                "# /etc/dhcpd/dhcpd-pxe.conf\n"
+                "dhcp-boot=tag:pxe,pxelinux.0\n"
+                "dhcp-vendorclass=set:pxe,PXEClient\n",
+            Served());
+  SwitchOn("dhcpd", false);
+  EXPECT_EQ("status 0\n", StatusOf("/etc/rc.network nat-restart-dhcp"));
+  EXPECT_EQ("", ServerProcess());
+}
+
+TEST(DhcpServer, TakesEveryOptionByItsName) {
+  std::istringstream options(R"(
+      log-server=LIST lpr-server=LIST boot-file-size=65536 swap-server=10.0.0.1 root-path=/srv/root
+      extension-path=/srv/more ip-forward-enable=1 non-local-source-routing=0
+      policy-filter=10.0.0.0,255.0.0.0 max-datagram-reassembly=65536 default-ttl=255 mtu=65536
+      all-subnets-local=1 router-discovery=0 router-solicitation=10.0.0.1 trailer-encapsulation=1
+      arp-timeout=4294967295 ethernet-encap=0 tcp-ttl=1 tcp-keepalive=0 nis-domain=lan.example
+      nis-server=LIST ntp-server=LIST netbios-ns=LIST netbios-dd=LIST netbios-nodetype=8
+      netbios-scope=scope x-windows-fs=LIST x-windows-dm=LIST T1=300 T2=600
+      nis+-domain=lan.example nis+-server=LIST mobile-ip-home=LIST smtp-server=LIST
+      pop3-server=LIST nntp-server=LIST irc-server=LIST sip-server=LIST
+      classless-static-route=10.0.0.0/8,192.168.60.254)");
+  std::string lines, option;
+  int count = 0;
+  for (; options >> option; ++count) {
+    const auto end = option.find('=');
+    const std::string value = option.substr(end + 1);
+    lines += "dhcp-option=tag:eth00,option:" + option.substr(0, end) + "," +
+             (value == "LIST" ? "10.0.0.1,10.0.0.2" : value) + "\n";
+  }
+  ASSERT_EQ(40, count);
+  ServeOneSubnet(lines);
+  EXPECT_EQ("status 0\n", StatusOf("/etc/rc.network nat-restart-dhcp"));
+  EXPECT_EQ("# /etc/dhcpd/dhcpd-eth0-subnet0.conf\n" + kRange + lines, Served());
+}
+
+TEST(DhcpServer, GoesOnWithItsSettingsWhenTheNewOnesAreNoGood) {
+  ServeOneSubnet("dhcp-option=tag:eth00,option:router,192.168.60.1\n");
+  ASSERT_EQ("status 0\n", StatusOf("/etc/rc.network nat-start-dhcp"));
+  const std::string process = ServerProcess();
+  const std::string served = Served();
+  ASSERT_NE("", process);
+  WriteFragment("dhcpd-eth0-subnet0", kRange + "dhcp-option=tag:eth00,option:no-such,1\n");
+  const std::string answer = StatusOf("/etc/rc.network nat-restart-dhcp");
+  EXPECT_TRUE(Has(answer, "bad dhcp-option") && Has(answer, "status 2\n")) << answer;
+  EXPECT_EQ(process, ServerProcess());
+  EXPECT_EQ(served, Served());
+
+  // Good settings with which it nevertheless does not start: the old ones come back.
+  WriteFragment("dhcpd-eth0-subnet0", kRange + "enable-tftp\ntftp-root=/no/such\n");
+  const std::string failed = StatusOf("/etc/rc.network nat-restart-dhcp");
+  EXPECT_TRUE(Has(failed, "does not start") && Has(failed, "status 1\n")) << failed;
+  EXPECT_NE("", ServerProcess());
+  EXPECT_EQ(served, Served());
+}
+
+// ---- the address probe
+
+TEST(Arping, TellsAnotherHostsAddressFromAFreeOneAndFromOurOwn) {
+  BringUp("eth0");
+  const std::string probe = "/sbin/arping -D -q -w 1 -c 1 -I eth0 ";
+  EXPECT_TRUE(Ends(probe + "192.168.50.1", 1));
+  EXPECT_TRUE(Ends(probe + "192.168.50.1 -F 020000000010 020000000011", 1));
+  EXPECT_TRUE(Ends(probe + "192.168.50.99 -F 020000000010", 0));
+  EXPECT_TRUE(Ends(probe + "192.168.50.1 -F 020000000200", 0));
+  // Two hosts answer, and only one of them is ours.
+  Shell(
+      "ip -n lan link add twin address 02:00:00:00:03:00 type veth peer name plug\n"
+      "ip -n lan link set plug master lan up; ip netns add twin\n"
+      "ip -n lan link set twin netns twin; ip -n twin link set twin up\n"
+      "ip -n twin address add 192.168.50.1/24 dev twin; sleep 0.2");
+  EXPECT_TRUE(Ends(probe + "192.168.50.1 -F 020000000200", 1));
+  EXPECT_TRUE(Ends(probe + "192.168.50.1 -F 020000000200 02:00:00:00:03:00", 0));
+}
+
+TEST(Arping, RefusesACallThatMakesNoSense) {
+  BringUp("eth0");
+  EXPECT_TRUE(Ends("/sbin/arping -D -q -w 3 -c 3 -I none 192.168.50.1", 2));
+  EXPECT_TRUE(Ends("/sbin/arping -D -q -w 3 -c 3 -I none 192.168.50.1 -F 020000000200", 2));
+  EXPECT_TRUE(Ends("/sbin/arping -D -q -w 3 -c 3 -I eth0 192.168.50.1 -F", 2));
+  EXPECT_TRUE(Ends("/sbin/arping -D -q -w 3 -c 3 -I eth0 192.168.50.1 -F 02000000020", 2));
+  EXPECT_TRUE(Ends("/sbin/arping -D -q -w 0 -c 3 -I eth0 192.168.50.1 -F 020000000200", 2));
+}
+
+// ---- interfaces that are made of others
+
+TEST(Interfaces, ABridgeTakesItsPortsAndGivesThemBack) {
+  WriteIfcfg("br0",
+             "DEVICE=br0\nTYPE=bridge\nPRIMARY=eth2\nBOOTPROTO=static\nIPADDR=192.168.50.20\n"
+             "NETMASK=255.255.255.0\n");
+  WriteIfcfg("eth1", "DEVICE=eth1\nBOOTPROTO=dhcp\nBRIDGE=br0\n");
+  WriteIfcfg("eth2", "DEVICE=eth2\nBOOTPROTO=dhcp\nBRIDGE=br0\n");
+  WriteIfcfg("eth3.saved", "DEVICE=eth3\nBRIDGE=br0\n");
+  ASSERT_EQ("status 0\n", StatusOf("/etc/rc.network start br0 eth1 eth2"));
+  EXPECT_EQ("eth1\neth2\n", Shell("ls /sys/class/net/br0/brif"));
+  EXPECT_EQ("02:00:00:00:00:12\n", ReadFile("/sys/class/net/br0/address"));
+  EXPECT_TRUE(Ends("ping -c 1 -w 5 192.168.50.1", 0)) << Shell("ip address");
+  EXPECT_EQ("", Shell("ip -4 address show dev eth1"));
+  ASSERT_EQ("status 0\n", StatusOf("/etc/rc.network stop eth1 eth2 br0"));
+  EXPECT_FALSE(FileExists("/sys/class/net/br0"));
+
+  // A port stays one whatever its file says.
+  WriteIfcfg("eth3", "DEVICE=eth3\nTYPE=bridge\nBONDING_OPTS=\"mode=1\"\n");
+  EXPECT_EQ("status 0\n", StatusOf("/etc/rc.network stop eth3"));
+  EXPECT_TRUE(FileExists("/sys/class/net/eth3"));
+
+  // Without the bridge's file, and with the ports' own settings again.
+  RemoveFile(IfcfgPath("br0"));
+  WriteIfcfg("eth1",
+             "DEVICE=eth1\nBOOTPROTO=static\nIPADDR=192.168.50.21\nNETMASK=255.255.255.0\n");
+  WriteIfcfg("eth2", "DEVICE=eth2\nBOOTPROTO=dhcp\n");
+  EXPECT_EQ("rc.network: br0: no such interface\nstatus 1\n",
+            StatusOf("/etc/rc.network start br0 eth1 eth2"));
+  EXPECT_TRUE(Has(Shell("ip -4 address show dev eth1"), "192.168.50.21/24"));
+  EXPECT_TRUE(Has(Shell("ip -4 address show dev eth2"), "inet 192.168.50.1"));
+}
+
+// A kernel without the drivers says so. With them the rest is the same for every kind of device: in
+// the second half a stand-in for "ip" notes what is asked for and makes a bridge and a MAC VLAN.
+TEST(Interfaces, ABondAndAVlanAreMadeFromTheirFiles) {
+  if (FileExists("/proc/net/vlan") || FileExists("/sys/class/net/bonding_masters")) {
+    GTEST_SKIP() << "this kernel has the drivers";
+  }
+  WriteIfcfg("bond0",
+             "DEVICE=bond0\nONBOOT=yes\n"
+             "BONDING_OPTS=\"mode=4 use_carrier=0 miimon=100 updelay=100 lacp_rate=fast\"\n"
+             "BOOTPROTO=dhcp\n");
+  WriteIfcfg("eth1", "DEVICE=eth1\nBOOTPROTO=dhcp\nUSERCTL=no\nMASTER=bond0\nSLAVE=yes");
+  WriteIfcfg("eth2", "DEVICE=eth2\nBOOTPROTO=dhcp\nUSERCTL=no\nMASTER=bond0\nSLAVE=yes");
+  WriteIfcfg("bond0.7",
+             "DEVICE=bond0.7\nVLAN_ROW_DEVICE=bond0\nVLAN_ID=7\nONBOOT=yes\nBOOTPROTO=static\n"
+             "IPADDR=192.168.70.1\nNETMASK=255.255.255.0\n");
+  EXPECT_EQ("rc.network: bond0: cannot make the bond: this kernel has no driver for it\nstatus 1\n",
+            StatusOf("/etc/rc.network start bond0 eth1 eth2"));
+  EXPECT_EQ("rc.network: bond0.7: no interface bond0 to make the VLAN on\nstatus 1\n",
+            StatusOf("/etc/rc.network start bond0.7"));
+  EXPECT_EQ("status 0\n", StatusOf("/etc/rc.network stop bond0 eth1 eth2"));
+
+  WriteFile(
+      "/usr/sbin/ip",
+      "#!/bin/bash\n"
+      "[[ \"$1 $2\" != 'link add' ]] || echo \"$*\" >>/tmp/made\n"
+      "[[ \"$*\" != *'type bond'* ]] || set -- link add name \"$4\" type bridge\n"
+      "[[ \"$*\" != *'type vlan'* ]] || set -- link add link \"$4\" name \"$6\" type macvlan\n"
+      "exec /host/usr/sbin/ip \"$@\"\n",
+      0755);
+  ASSERT_EQ("status 0\n", StatusOf("/etc/rc.network start bond0.7 bond0 eth1 eth2"));
+  EXPECT_EQ(
+      "link add name bond0 type bond mode 4 use_carrier 0 miimon 100 updelay 100 lacp_rate fast\n"
+      "link add link bond0 name bond0.7 type vlan id 7\n",
+      ReadFile("/tmp/made"));
+  EXPECT_EQ("eth1\neth2\n", Shell("ls /sys/class/net/bond0/brif"));
+  EXPECT_TRUE(Has(Shell("ip -4 address show dev bond0"), "inet 192.168.50.1"));
+  EXPECT_TRUE(Has(Shell("ip -4 address show dev bond0.7"), "192.168.70.1/24"));
+  EXPECT_EQ("", Shell("ip -4 address show dev eth1; ip -4 address show dev eth2"));
+  ASSERT_EQ("status 0\n", StatusOf("/etc/rc.network stop bond0 eth1 eth2 bond0.7"));
+  EXPECT_EQ("eth0\neth1\neth2\neth3\nlo\n", Shell("ls /sys/class/net"));
+}

@@ -1,0 +1,239 @@
+// zarnnetctl bridge and vlan: what stands on top of ports, or joins them.
+#include <map>
+
+#include "commands.h"
+#include "query.h"
+#include "roles.h"
+#include "typed_address.h"
+
+namespace tool {
+namespace {
+
+// How an interface gets its address, as typed: a fixed one, or else DHCP.
+struct Addressing {
+  std::string address;
+  bool dhcp = false;
+  bool notOnBoot = false;
+};
+
+ZARNNETIFSETTINGS SettingsOf(const std::string& what, const std::string& ifname,
+                             const Addressing& addressing) {
+  ZARNNETIFSETTINGS settings{};
+  settings.blOnBoot = addressing.notOnBoot ? 0 : 1;
+  ifname.copy(settings.szName, sizeof settings.szName - 1);
+  if (addressing.address.empty()) return settings;
+  const Address address = Validate(what, TakeApart(addressing.address, ""));
+  settings.blStatic = 1;
+  address.ip.copy(settings.szIP, sizeof settings.szIP - 1);
+  address.mask.copy(settings.szMask, sizeof settings.szMask - 1);
+  return settings;
+}
+
+void RequireName(const std::string& what, const std::string& name) {
+  if (name.empty() || name.size() > 15 || name.find('/') != std::string::npos) {
+    throw Failure(what, kOutOfRange, "'" + name + "' cannot be the name of an interface");
+  }
+}
+
+// ---- bridge list, bridge show
+
+Json NamedBridgeJson(const std::string& name) {
+  Json json{{"name", name}};
+  const auto bridge = ReadBridge(name);
+  if (bridge) json.update(ToJson(bridge));
+  return json;
+}
+
+void ListBridge(const Context& context) {
+  Json bridges = Json::array();
+  std::vector<Row> rows{Headings({"NAME", "TYPE", "PRIMARY", "PORTS"})};
+  for (const std::string& name : ListBridges()) {
+    bridges.push_back(NamedBridgeJson(name));
+    if (const auto bridge = ReadBridge(name))
+      rows.push_back({{name}, {bridge->type}, {bridge->ref}, {Join(bridge->ports, " ")}});
+  }
+  if (context.json) return PrintJson("bridges", bridges);
+  PrintTable(rows);
+}
+
+// The roles as the file's writer numbers them.
+const std::map<std::string, std::uint32_t>& Roles() {
+  static const std::map<std::string, std::uint32_t> roles{
+      {"none", 1}, {"bridge", 2}, {"local-bridge", 3}, {"port", 4}};
+  return roles;
+}
+
+// The reader of the file answers 1 for a port and 4 for an interface that stands by itself.
+std::string RoleInFile(std::uint32_t type) {
+  switch (type) {
+    case 1:
+      return "port";
+    case 2:
+      return "bridge";
+    case 3:
+      return "local-bridge";
+    default:
+      return "none";
+  }
+}
+
+Json StoredBridgeJson(const std::string& what, const std::string& ifname) {
+  ZARNBRIDGEINFO info{};
+  ForgetErrors();
+  if (ZARNNetGetBridgeConfig(ifname.c_str(), nullptr, &info) < 0) {
+    throw Failure(what, kNotFound, "there is no file for '" + ifname + "'");
+  }
+  return {{"name", ifname}, {"role", RoleInFile(info.type)}, {"ref", TextOrNull(info.szRef)}};
+}
+
+// What the kernel has, and what the file asks for at the next start.
+void ShowBridge(const Context& context, const std::string& ifname) {
+  const std::string what = "cannot show " + ifname;
+  RequireName(what, ifname);
+  const Json stored = StoredBridgeJson(what, ifname);
+  const auto live = ReadBridge(ifname);
+  if (context.json) {
+    Json json = stored;
+    json["live"] = ToJson(live);
+    return PrintJson("bridge", json);
+  }
+  PrintTable({{{"name"}, {ifname}},
+              {{"role"}, {stored["role"].get<std::string>()}},
+              {{"with"}, {stored["ref"].is_null() ? "" : stored["ref"].get<std::string>()}},
+              {{"live"}, {live ? live->type : ""}},
+              {{"ports"}, {live ? Join(live->ports, " ") : ""}}});
+}
+
+// ---- bridge set
+
+struct WantedRole {
+  std::string role;
+  std::string ref;
+};
+
+void SetBridge(const Context& context, const std::string& ifname, const WantedRole& wanted,
+               const Addressing& addressing) {
+  const std::string what = "cannot set the bridge role of " + ifname;
+  RequireName(what, ifname);
+  if ((wanted.role == "none") != wanted.ref.empty()) {
+    throw CLI::ValidationError("REF", "name the primary port of a bridge, or the bridge of a port");
+  }
+  if (!wanted.ref.empty()) RequireName(what, wanted.ref);
+  RequireRoot(what);
+  ZARNBRIDGEINFO info{};
+  info.type = Roles().at(wanted.role);
+  ifname.copy(info.szName, sizeof info.szName - 1);
+  wanted.ref.copy(info.szRef, sizeof info.szRef - 1);
+  const bool addressed = !addressing.address.empty() || addressing.dhcp;
+  const ZARNNETIFSETTINGS settings = SettingsOf(what, ifname, addressing);
+  ForgetErrors();
+  if (ZARNNetSetBridgeConfig(addressed ? &settings : nullptr, &info) < 0) Fail(what);
+  if (context.json) PrintJson("bridge", StoredBridgeJson(what, ifname));
+}
+
+void AddBridge(CLI::App& app, Context& context) {
+  CLI::App* const group =
+      AddGroup(app, "bridge", "Lists bridges, sets the role in an interface's file");
+  CLI::App* const list = AddVerb(*group, context, "list", "Lists the bridges that are up",
+                                 "  zarnnetctl bridge list --json");
+  list->callback([&context] { ListBridge(context); });
+
+  CLI::App* const show =
+      AddVerb(*group, context, "show", "Shows the role of an interface, stored and live",
+              "  zarnnetctl bridge show br0");
+  const auto shown = AddIfname(show);
+  show->callback([&context, shown] { ShowBridge(context, *shown); });
+
+  CLI::App* const set = AddVerb(
+      *group, context, "set", "Writes the role into the interface's file, for the next start",
+      "  zarnnetctl bridge set br0 bridge eth0 --dhcp\n  zarnnetctl bridge set eth0 port br0\n"
+      "  zarnnetctl bridge set eth0 none --address 192.168.50.10/24");
+  const auto changed = AddIfname(set);
+  auto wanted = std::make_shared<WantedRole>();
+  set->add_option("ROLE", wanted->role, "none, port, bridge, or local-bridge for the local LAN")
+      ->required()
+      ->check(CLI::IsMember(Roles()));
+  set->add_option("REF", wanted->ref, "The bridge of a port, the primary port of a bridge");
+  auto addressing = std::make_shared<Addressing>();
+  CLI::Option* const address =
+      set->add_option("--address", addressing->address, "A fixed ADDRESS/PREFIX");
+  set->add_flag("--dhcp", addressing->dhcp, "An address by DHCP")->excludes(address);
+  set->add_flag("--no-boot", addressing->notOnBoot, "Not at start-up; with --address or --dhcp");
+  set->callback([&context, changed, wanted, addressing] {
+    SetBridge(context, *changed, *wanted, *addressing);
+  });
+}
+
+// ---- vlan
+
+Json VlanJson(const KOPANETVLAN& vlan) {
+  return {{"name", vlan.szName}, {"row_dev", vlan.szRowDev}, {"id", vlan.id}};
+}
+
+void ListVlan(const Context& context) {
+  Json vlans = Json::array();
+  std::vector<Row> rows{Headings({"NAME", "PARENT", "ID"})};
+  for (const KOPANETVLAN& vlan : ListVlans()) {
+    vlans.push_back(VlanJson(vlan));
+    rows.push_back({{vlan.szName}, {vlan.szRowDev}, {std::to_string(vlan.id)}});
+  }
+  if (context.json) return PrintJson("vlans", vlans);
+  PrintTable(rows);
+}
+
+void CreateVlan(const Context& context, const std::string& parent, unsigned id,
+                const Addressing& addressing) {
+  const std::string name = parent + "." + std::to_string(id);
+  const std::string what = "cannot create the VLAN " + name;
+  const ZARNNETIFSETTINGS settings = SettingsOf(what, name, addressing);
+  RequireRoot(what);
+  RequireInterface(what, parent);
+  ForgetErrors();
+  if (KOPANetVlanCreate(parent.c_str(), id, &settings) < 0) Fail(what);
+  if (context.json) PrintJson("vlan", {{"name", name}, {"row_dev", parent}, {"id", id}});
+}
+
+void RemoveVlan(const Context& context, const std::string& name) {
+  const std::string what = "cannot remove the VLAN " + name;
+  RequireRoot(what);
+  if (!ReadVlan(name)) throw Failure(what, kNotFound, "there is no VLAN '" + name + "'");
+  ForgetErrors();
+  if (KOPANetVlanRemove(name.c_str()) < 0) Fail(what);
+  if (context.json) PrintJson("vlan", nullptr);
+}
+
+void AddVlan(CLI::App& app, Context& context) {
+  CLI::App* const group = AddGroup(app, "vlan", "Lists, creates and removes VLANs");
+  CLI::App* const list =
+      AddVerb(*group, context, "list", "Lists the VLANs", "  zarnnetctl vlan list --json");
+  list->callback([&context] { ListVlan(context); });
+
+  CLI::App* const create = AddVerb(
+      *group, context, "create",
+      "Creates a VLAN, which takes over the address of its parent's file",
+      "  zarnnetctl vlan create eth0 10\n  zarnnetctl vlan create eth0 10 --address 10.0.10.2/24");
+  auto parent = std::make_shared<std::string>();
+  create->add_option("PARENT", *parent, "Interface that carries the VLAN")->required();
+  auto id = std::make_shared<unsigned>();
+  create->add_option("ID", *id, "1 to 4094")->required()->check(CLI::Range(1, 4094));
+  auto addressing = std::make_shared<Addressing>();
+  create->add_option("--address", addressing->address, "A fixed ADDRESS/PREFIX instead of DHCP");
+  create->callback(
+      [&context, parent, id, addressing] { CreateVlan(context, *parent, *id, *addressing); });
+
+  CLI::App* const remove =
+      AddVerb(*group, context, "remove", "Removes a VLAN, whose address goes to its parent",
+              "  zarnnetctl vlan remove eth0.10");
+  auto name = std::make_shared<std::string>();
+  remove->add_option("VLAN", *name, "Name of the VLAN, such as eth0.10")->required();
+  remove->callback([&context, name] { RemoveVlan(context, *name); });
+}
+
+}  // namespace
+
+void AddBridgeCommands(CLI::App& app, Context& context) {
+  AddBridge(app, context);
+  AddVlan(app, context);
+}
+
+}  // namespace tool
