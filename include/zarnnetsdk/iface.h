@@ -79,6 +79,17 @@ int KOPANetEthEnum(KOPANetIfInfo *pList, int max);
  */
 int KOPANetInterfaceEnum(KOPANetIfInfo *pList, int max, unsigned int kind);
 
+/**
+ * The record of one interface, up or down, as KOPANetGetInterfaceInfo() fills it; what has no value is zero.
+ * @return 0; -1, the record left alone, with 0x0D00, 0xBC00 (the kernel knows no such interface) or 0x8100 (no
+ *         socket)
+ */
+int ZARNNetIFGetInfo(const char *szIfname, KOPANetIfInfo *pInfo);
+
+/** The same, and the configured address as ZARNNetIFGetIPConfig() reads it. @return 0; -1, both records left alone,
+ * as either of the two */
+int ZARNNetIFGetInfoEx(const char *szIfname, KOPANetIfInfo *pInfo, ZARNNETIFADDR *pConfig);
+
 /** Is the interface among those that KOPANetGetInterfaceInfo() lists? @return 1, or 0 with 0xBC00 */
 int ZARNNetIsDevTypeMatch(const char *szIfname, unsigned int selector);
 
@@ -274,7 +285,8 @@ extern const ZARNBRIDGEINFO grgTopologyIFInfo[4][4];
  */
 uint32_t KOPANetTopologyGet(KOPANETTOPOLOGY *pInfo);
 
-/** Stores the name of the record as net_topology. @return 0 or -1 */
+/** Stores the name of the record as net_topology. @return 0; -1 with 0x0D00 (null, a name with blanks or line ends), or
+ * when writing fails */
 int KOPANETSetTopologyConfigs(const KOPANETTOPOLOGY *pInfo);
 
 #ifdef __cplusplus

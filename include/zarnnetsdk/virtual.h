@@ -139,6 +139,24 @@ int KOPANETGetBridgeInfoByTopology(const char *szIfname, ZARNBRIDGEINFO *pInfo, 
  */
 int ZARNNetGetBridgeConfig(const char *szIfname, ZARNNETIFSETTINGS *pSettings, ZARNBRIDGEINFO *pInfo);
 
+/**
+ * Writes an interface's part in a bridge into its file, and its address settings where they are given. The type
+ * is 1 none, 2 bridge, 3 bridge of the local LAN, 4 port; szRef the primary port (2, 3) or the bridge (4). The
+ * file is made where there is none, otherwise kept beside itself with ".saved" at its end.
+ * @param pSettings  null leaves the address alone; its szName is not used
+ * @return 0; -1 with 0x0D00 (null record, unfit name or text, another type), 0x0200, or when writing fails
+ * Program: /bin/cp.
+ */
+int ZARNNetSetBridgeConfig(const ZARNNETIFSETTINGS *pSettings, const ZARNBRIDGEINFO *pInfo);
+
+/**
+ * Makes a port of a bridge an interface of its own again, in its file: TYPE and BRIDGE go, the address settings
+ * come, ONBOOT is yes whatever blOnBoot says. The file is kept beside itself with ".saved" at its end.
+ * @return 0; -1 with 0x0D00 (null record, unfit name or text), 0x0200, or when writing fails
+ * Program: /bin/cp.
+ */
+int ZARNNetDisableBridgeSlave(const ZARNNETIFSETTINGS *pSettings);
+
 /** Does ZARNNetGetBridgeConfig() read this type? @return 1 or 0 */
 int ZARNNetIsIfBridgeType(const char *szIfname, uint32_t role);
 

@@ -25,6 +25,11 @@ inline constexpr char kGogocFolder[] = "/etc/gogoc";
 inline constexpr char kGogocConf[] = "/etc/gogoc/gogoc.conf";
 inline constexpr char kTunnelPassword[] = "/etc/gogoc/.tunnel_passwd";
 
+// New content on its way into an interface file.
+inline constexpr char kVlanTemplate[] = "/etc/sysconfig/network-scripts/VLAN_XXXXXX";
+inline constexpr char kVlanParentTemplate[] = "/etc/sysconfig/network-scripts/DEVICE_XXXXXX";
+inline constexpr char kVlanRemovedTemplate[] = "/etc/sysconfig/network-scripts/DEV_XXXXXX";
+
 inline std::string Ifcfg(std::string_view ifname) {
   return std::string(kIfcfgPrefix).append(ifname);
 }
@@ -78,6 +83,8 @@ inline std::string AcceptRa(std::string_view ifname) {
 inline constexpr char kIp[] = "/sbin/ip";
 inline constexpr char kIfconfig[] = "/sbin/ifconfig";
 inline constexpr char kRoute[] = "/sbin/route";
+inline constexpr char kFirewall[] = "/usr/zarn/bin/zarnfirewall";
+inline constexpr char kTrafficControl[] = "/usr/zarn/bin/tctool";
 inline constexpr char kStart[] = "/sbin/start";
 inline constexpr char kInitctl[] = "/sbin/initctl";
 inline constexpr char kStop[] = "/sbin/stop";

@@ -22,9 +22,11 @@ void SyncFolderOf(const std::string& path) {
 
 }  // namespace
 
-Rewrite::Rewrite(std::string path)
+Rewrite::Rewrite(std::string path) : Rewrite(path, path + ".XXXXXX") {}
+
+Rewrite::Rewrite(std::string path, std::string nameTemplate)
     : path_(std::move(path)),
-      name_(path_ + ".XXXXXX"),
+      name_(std::move(nameTemplate)),
       file_(KOPACFileTempFileOpen(name_.data())),
       made_(file_ != nullptr) {}
 
@@ -53,6 +55,10 @@ bool Rewrite::TakeEffect() {
   made_ = false;
   SyncFolderOf(path_);
   return true;
+}
+
+bool Rewrite::SetTargetMode(mode_t mode) const {
+  return ::chmod(path_.c_str(), mode) == 0;
 }
 
 }  // namespace frame

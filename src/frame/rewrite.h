@@ -15,6 +15,8 @@ namespace frame {
 class Rewrite {
  public:
   explicit Rewrite(std::string path);
+  // With a temporary file of another name; the template, in the same folder, ends with XXXXXX.
+  Rewrite(std::string path, std::string nameTemplate);
   ~Rewrite();
   Rewrite(const Rewrite&) = delete;
   Rewrite& operator=(const Rewrite&) = delete;
@@ -23,6 +25,7 @@ class Rewrite {
   [[nodiscard]] bool SetMode(mode_t mode);  // before Fill(): nobody else reads a part of it
   [[nodiscard]] bool Fill(std::string_view content);
   [[nodiscard]] bool TakeEffect();
+  [[nodiscard]] bool SetTargetMode(mode_t mode) const;  // after TakeEffect()
 
  private:
   std::string path_;

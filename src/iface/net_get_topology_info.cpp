@@ -79,6 +79,8 @@ FRAME_NO_EXCEPTIONS(0U)
 int KOPANETSetTopologyConfigs(const KOPANETTOPOLOGY* pInfo) try {
   if (pInfo == nullptr) return FRAME_FAIL(kBadParameter, -1);
   const std::string name(FieldText(pInfo->szName));
+  // An empty name is no topology's, and may be stored.
+  if (!name.empty() && IsUnfitName(name.c_str())) return FRAME_FAIL(kBadParameter, -1);
   return KOPACINFOSetKeyValue(kTopologyKey, name.c_str()) < 0 ? -1 : 0;
 }
 FRAME_NO_EXCEPTIONS(-1)

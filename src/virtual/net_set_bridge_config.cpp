@@ -1,0 +1,70 @@
+// Writes the part in a bridge, and the address settings, into an interface's file.
+#include <string>
+
+#include <zarnnetsdk/virtual.h>
+
+#include "frame/file.h"
+#include "frame/key_file.h"
+#include "frame/log.h"
+#include "frame/paths.h"
+#include "frame/text.h"
+#include "virtual/roles.h"
+#include "virtual/settings_keys.h"
+
+using namespace frame;
+
+namespace {
+
+bool SetRole(uint32_t type, const char* reference, KeyEdit* edit) {
+  switch (type) {
+    case bridge::kStandalone:
+      edit->Drop(bridge::kTypeKey).Drop(bridge::kPrimaryKey).Drop(bridge::kBridgeKey);
+      break;
+    case bridge::kBridge:
+    case bridge::kLocalLan:
+      edit->Set(bridge::kTypeKey, "bridge").Set(bridge::kPrimaryKey, reference);
+      edit->Drop(bridge::kBridgeKey);
+      break;
+    case bridge::kPort:
+      edit->Set(bridge::kBridgeKey, reference).Drop(bridge::kTypeKey).Drop(bridge::kPrimaryKey);
+      break;
+    default:
+      return false;
+  }
+  if (type == bridge::kLocalLan) {
+    edit->Set("LOCAL_LAN", "yes");
+  } else {
+    edit->Drop("LOCAL_LAN");
+  }
+  return true;
+}
+
+bool IsFitReference(const std::string& reference) {
+  return reference.empty() || !IsUnfitName(reference.c_str());
+}
+
+}  // namespace
+
+int ZARNNetSetBridgeConfig(const ZARNNETIFSETTINGS* pSettings, const ZARNBRIDGEINFO* pInfo) try {
+  const std::string ifname(pInfo != nullptr ? FieldText(pInfo->szName) : "");
+  const std::string reference(pInfo != nullptr ? FieldText(pInfo->szRef) : "");
+  if (IsUnfitName(ifname.c_str()) || !IsFitReference(reference) ||
+      (pSettings != nullptr && !virtual_if::IsFit(*pSettings))) {
+    LOG_ERROR("%s:%d Wrong Parameter.");
+    return FRAME_FAIL(kBadParameter, -1);
+  }
+  KeyEdit edit;
+  edit.Set("DEVICE", ifname.c_str());
+  if (!SetRole(pInfo->type, reference.c_str(), &edit)) {
+    LOG_ERROR("%s:%d Failed to set bridge config with wrong type.");
+    return FRAME_FAIL(kBadParameter, -1);
+  }
+  if (pSettings != nullptr) {
+    edit.Set("ONBOOT", pSettings->blOnBoot != 0 ? "yes" : "no");
+    virtual_if::SetAddress(*pSettings, &edit);
+  }
+  const std::string path = paths::Ifcfg(ifname);
+  if (Exists(path)) virtual_if::KeepCopy(path);
+  return edit.WriteTo(path) ? 0 : -1;
+}
+FRAME_NO_EXCEPTIONS(-1)

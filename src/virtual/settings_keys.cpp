@@ -1,0 +1,30 @@
+// Address settings on their way into an interface file.
+#include "virtual/settings_keys.h"
+
+#include "frame/command.h"
+#include "frame/paths.h"
+#include "frame/text.h"
+
+using namespace frame;
+
+bool virtual_if::IsFit(const ZARNNETIFSETTINGS& settings) {
+  if (settings.blStatic == 0) return true;
+  const std::string ip(FieldText(settings.szIP));
+  const std::string mask(FieldText(settings.szMask));
+  return !IsUnfitName(ip.c_str()) && !IsUnfitName(mask.c_str());
+}
+
+void virtual_if::SetAddress(const ZARNNETIFSETTINGS& settings, KeyEdit* edit) {
+  if (settings.blStatic == 0) {
+    edit->Set("BOOTPROTO", "dhcp").Drop("IPADDR").Drop("NETMASK");
+    return;
+  }
+  const std::string ip(FieldText(settings.szIP));
+  const std::string mask(FieldText(settings.szMask));
+  edit->Set("IPADDR", ip.c_str()).Set("NETMASK", mask.c_str()).Set("BOOTPROTO", "static");
+}
+
+void virtual_if::KeepCopy(const std::string& path) {
+  // Without the copy the change is made all the same.
+  static_cast<void>(Run(paths::kCp, "-f", path, path + ".saved"));
+}
