@@ -127,7 +127,7 @@ int ZARNNetIsPortRangeUsed(int first, int last, const char *szProto);
  * @param szHost           an address of either family, or a name
  * @param cTimeoutSeconds  at least 1. Looking a name up counts, but is not cut short: the resolver has limits of its
  *                         own
- * @return 1 as soon as an answer comes; 0 when the time is over, or with 0x0D00, 0x0900 (no socket), or a code of
+ * @return 1 as soon as an answer comes; 0 when the time is over, at once where no route leads, or with 0x0D00, 0x0900 (no socket), or a code of
  *         ZARNNetLookupIP() for a name that is not known
  */
 int BlKOPAIsConnected(const char *szHost, int cTimeoutSeconds);

@@ -171,8 +171,8 @@ int ZARNNetInternalLanNumGet(void);
  * alone: 0x0D00, 0xBC00, 0x0900, or as ZARNNetIFGetIPConfig() */
 int ZARNNetGetCard1(ZARNNETIFADDR *pConfig);
 
-/** The same, and what the kernel has (up or down). @return as ZARNNetGetCard1(); 0x8100 when the kernel does not
- * know the interface */
+/** The same, and what the kernel has (up or down). @return as ZARNNetGetCard1() and ZARNNetIFGetInfo(): neither
+ * record is touched by a failure */
 int ZARNNetGetCard1Ex(KOPANetIfInfo *pInfo, ZARNNETIFADDR *pConfig);
 
 /**

@@ -128,6 +128,7 @@ std::optional<std::vector<Probe>> MakeProbes(const addrinfo* hosts) {
 // Waits until then for an answer of any of them.
 bool AwaitAnswer(const std::vector<Probe>& probes, Clock::time_point until) {
   std::vector<pollfd> waiting;
+  waiting.reserve(probes.size());
   for (const Probe& probe : probes)
     waiting.push_back({probe.Fd(), POLLIN, 0});
   for (;;) {
@@ -141,6 +142,8 @@ bool AwaitAnswer(const std::vector<Probe>& probes, Clock::time_point until) {
 }
 
 bool Answers(const std::vector<Probe>& probes, Clock::time_point deadline) {
+  const auto isReachable = [](const Probe& probe) { return probe.Fd() >= 0; };
+  if (std::none_of(probes.begin(), probes.end(), isReachable)) return false;
   while (Clock::now() < deadline) {
     for (const Probe& probe : probes)
       probe.Ask();

@@ -21,7 +21,6 @@
 #include "frame/ovs_bonds.h"
 #include "frame/paths.h"
 #include "frame/text.h"
-#include "iface/record.h"
 
 using namespace frame;
 
@@ -57,7 +56,7 @@ std::string MasterOf(const std::string& ifname) {
 
 std::string CoverOf(const std::string& ifname) {
   if (const auto bond = OvsBondOf(ifname); bond && !bond->empty()) return *bond;
-  const std::string device = "ovs_" + ifname;
+  std::string device = "ovs_" + ifname;
   if (Exists(paths::SysVirtualNet(device))) return device;
   return MasterOf(ifname);
 }
@@ -84,17 +83,6 @@ bool ReadConfig(const std::string& ifname, ZARNNETIFADDR* config) {
   return ZARNNetIFGetIPConfig(ifname.c_str(), config) == 0;
 }
 
-bool ReadInfo(const std::string& ifname, KOPANetIfInfo* info) {
-  const InetSocket socket;
-  const auto flags = socket.Flags(ifname);
-  if (!flags) {
-    LOG_ERROR("%s:%d Failed to get flags of %s. %m", ifname.c_str());
-    return FRAME_FAIL(kRefused, false);
-  }
-  inventory::FillRecord(socket, ifname, *flags, inventory::HasCarrier(ifname, *flags), info);
-  return true;
-}
-
 // ---- writing
 
 int SetStatic(const std::string& ifname, const ZARNNETIFADDR& config) {
@@ -116,9 +104,7 @@ bool WriteDhcp(const std::string& path, const std::string& ifname) {
 }
 
 // The client gives the interface its address; the old one goes when the new one comes.
-int SetDhcp(const std::string& ifname) {
-  const std::string path = paths::Ifcfg(ifname);
-  Backup backup(path, Format(".tmp%ld", static_cast<long>(std::time(nullptr))));
+int WriteAndStartDhcp(const std::string& path, const std::string& ifname) {
   if (!WriteDhcp(path, ifname)) {
     LOG_ERROR("%s:%d Set %s error.", path.c_str());
     return FRAME_FAIL(kWrite, -1);
@@ -129,6 +115,22 @@ int SetDhcp(const std::string& ifname) {
   if (!Run(paths::kStart, "dhcp-client", instance)) {
     LOG_ERROR("%s:%d unable to start dhcp-client instance on %s", ifname.c_str());
     return FRAME_FAIL(kCommand, -1);
+  }
+  return 0;
+}
+
+int SetDhcp(const std::string& ifname) {
+  const std::string path = paths::Ifcfg(ifname);
+  const bool isNew = !Exists(path);
+  Backup backup(path, Format(".tmp%ld", static_cast<long>(std::time(nullptr))));
+  if (!isNew && !backup.Made()) {
+    LOG_ERROR("%s:%d Failed to copy %s.", path.c_str());
+    return FRAME_FAIL(kCommand, -1);
+  }
+  const int result = WriteAndStartDhcp(path, ifname);
+  if (result < 0) {
+    if (isNew) ::unlink(path.c_str());
+    return result;  // the copy takes the place of the file
   }
   if (!backup.Remove()) LOG_ERROR("%s:%d Failed to remove %s.", backup.CopyName().c_str());
   return 0;
@@ -151,7 +153,8 @@ int ZARNNetGetCard1Ex(KOPANetIfInfo* pInfo, ZARNNETIFADDR* pConfig) try {
   const auto ifname = Primary();
   KOPANetIfInfo info{};
   ZARNNETIFADDR config{};
-  if (!ifname || !ReadInfo(*ifname, &info) || !ReadConfig(*ifname, &config)) return -1;
+  if (!ifname || ZARNNetIFGetInfo(ifname->c_str(), &info) < 0 || !ReadConfig(*ifname, &config))
+    return -1;
   *pInfo = info;
   *pConfig = config;
   return 0;

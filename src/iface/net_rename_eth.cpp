@@ -4,12 +4,12 @@
 #include <cstdio>
 #include <ctime>
 #include <net/if.h>
+#include <new>
 #include <optional>
 #include <string>
 #include <unistd.h>
 
 #include <zarnnetsdk/iface.h>
-#include <zarnnetsdk/ipv4.h>
 
 #include "frame/backup.h"
 #include "frame/command.h"
@@ -20,9 +20,9 @@
 #include "frame/lock.h"
 #include "frame/log.h"
 #include "frame/paths.h"
-#include "frame/plugin_event.h"
 #include "frame/text.h"
 #include "ipv4/mtu_key.h"
+#include "virtual/rename_event.h"
 
 using namespace frame;
 
@@ -46,7 +46,8 @@ bool IsBuiltUpon(const std::string& ifname) {
 
 bool MayRename(const InetSocket& socket, const char* ifname, const char* newName) {
   const auto flags = socket.Flags(ifname);
-  if (!flags || (*flags & IFF_LOOPBACK) != 0) {
+  // The socket knows an interface by its other names too; its files do not.
+  if (!flags || (*flags & IFF_LOOPBACK) != 0 || !Exists(paths::SysNet(ifname, ""))) {
     LOG_ERROR("%s:%d No port %s", ifname);
     return FRAME_FAIL(kNotFound, false);
   }
@@ -155,22 +156,29 @@ bool RenameInKernel(const InetSocket& socket, const char* ifname, const char* ne
 
 // ---- those who follow the name
 
-// An event that fails stops nothing.
-void Announce(int stage, const char* ifname, const char* newName, int result) {
-  StringList oldNames(1);
-  StringList newNames(1);
-  PKOPAPLUGIN plugin = nullptr;
-  if (KOPACSzListPush(oldNames.Out(), ifname) < 0 || KOPACSzListPush(newNames.Out(), newName) < 0 ||
-      KOPAPluginSDKInit("net", "net/ifname_change", &plugin) < 0) {
-    LOG_ERROR_PLAIN("KOPAPluginSDKInit failed");
-    return;
+// Tells those who follow the name, before and after. An event that fails stops nothing.
+class Announcement {
+ public:
+  Announcement(const char* ifname, const char* newName) {
+    if (KOPACSzListPush(oldNames_.Out(), ifname) < 0 ||
+        KOPACSzListPush(newNames_.Out(), newName) < 0)
+      throw std::bad_alloc();
+    if (!event_.Init()) {
+      LOG_ERROR_PLAIN("KOPAPluginSDKInit failed");
+    } else if (!event_.Before(oldNames_.Get(), newNames_.Get())) {
+      LOG_ERROR_PLAIN("KOPAPluginAction failed");
+    }
   }
-  if (KOPANetIFChgPluginSetArgs(plugin, oldNames.Get(), newNames.Get(), result) < 0 ||
-      KOPAPluginAction(stage, plugin) < 0) {
-    LOG_ERROR_PLAIN("KOPAPluginAction failed");
+  void After(int result) {
+    if (!event_.After(oldNames_.Get(), newNames_.Get(), result))
+      LOG_ERROR_PLAIN("KOPAPluginAction failed");
   }
-  KOPAPluginExit(plugin);
-}
+
+ private:
+  StringList oldNames_{1};
+  StringList newNames_{1};
+  virtual_if::RenameEvent event_;
+};
 
 // The client of the old name would go on under it.
 bool StopDhcpClient(const char* ifname) {
@@ -217,11 +225,14 @@ int ZARNNetRenameEth(const char* szOld, const char* szNew) try {
   }
   const InetSocket socket;
   if (!MayRename(socket, szOld, szNew)) return -1;
-  Announce(kStageBefore, szOld, szNew, 0);
+  Announcement announcement(szOld, szNew);
   const bool onDhcp = KeyIs(paths::Ifcfg(szOld), "BOOTPROTO", "dhcp") && StopDhcpClient(szOld);
   const int result = Rename(socket, szOld, szNew);
-  if (onDhcp) StartDhcpClient(result == 0 ? szNew : szOld);
-  Announce(kStageAfter, szOld, szNew, result);
+  if (onDhcp) {
+    ::unlink(paths::DhcpInfo(szOld).c_str());  // the client writes one for the name it gets
+    StartDhcpClient(result == 0 ? szNew : szOld);
+  }
+  announcement.After(result);
   return result;
 }
 FRAME_NO_EXCEPTIONS(-1)

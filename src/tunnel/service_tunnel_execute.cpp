@@ -186,9 +186,13 @@ void LetGoOfStreams() {
 
 // ---- the caller
 
-// A child that is nobody's any more, in a caller that ignores its children, has ended too.
+// A child that is nobody's any more, in a caller that ignores its children, has ended too. One that
+// was killed could not tidy up.
 bool HasEnded(pid_t child) {
-  return ::waitpid(child, nullptr, WNOHANG) != 0;
+  int status = 0;
+  const pid_t ended = ::waitpid(child, &status, WNOHANG);
+  if (ended == child && WIFSIGNALED(status)) RemoveClientSettings();
+  return ended != 0;
 }
 
 void WaitFor(pid_t child) {

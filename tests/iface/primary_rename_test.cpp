@@ -113,6 +113,9 @@ TEST(PrimaryInterface, BadSettingsChangeNothing) {
   EXPECT_EQ((Lines{"/sbin/stop dhcp-client IFACE=eth0", "/sbin/start dhcp-client IFACE=eth0"}),
             RecordedCalls());
   EXPECT_EQ(5U, FolderEntries("/etc/sysconfig/network-scripts").size()) << "a copy stayed";
+  RemoveFile(IfcfgPath("eth0"));
+  Refused(0x2A00, [&] { return ZARNNetSetCard1(&config); });
+  EXPECT_FALSE(FileExists(IfcfgPath("eth0"))) << "there was none before";
 }
 
 namespace {
@@ -164,8 +167,10 @@ TEST_F(Rename, APortHasItsNewNameInKernelFileAndSettings) {
 
 TEST_F(Rename, ADhcpClientFollowsThePort) {
   WriteIfcfg("eth1", "DEVICE=eth1\nBOOTPROTO=dhcp\n");
+  WriteFile("/etc/dhclient/ipv4/dhcpcd-eth1.info", "IPADDR=10.1.1.1\n");
   RecordTool("/sbin/stop");
   ASSERT_EQ(0, ZARNNetRenameEth("eth1", "eth7"));
+  EXPECT_EQ(Lines{}, FolderEntries("/etc/dhclient/ipv4")) << "a lease of a name that is gone";
   EXPECT_EQ((Lines{"/sbin/stop dhcp-client IFACE=eth1", "/sbin/start dhcp-client IFACE=eth7"}),
             RecordedCalls());
 }
@@ -177,6 +182,8 @@ TEST_F(Rename, WhatCannotBeDoneLeavesEverythingAsItWas) {
     Refused(0x0D00, [&] { return ZARNNetRenameEth("eth1", bad); });
   Refused(0xBC00, [] { return ZARNNetRenameEth("eth9", "eth7"); });
   Refused(0xBC00, [] { return ZARNNetRenameEth("lo", "eth7"); });
+  Shell("ip link property add dev eth1 altname port1");
+  Refused(0xBC00, [] { return ZARNNetRenameEth("port1", "eth7"); });
   Refused(0xBB00, [] { return ZARNNetRenameEth("eth1", "eth2"); });
   Refused(0xBB00, [] { return ZARNNetRenameEth("eth1", "tun"); });
   Unchanged();

@@ -2,7 +2,10 @@
 // effects.
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <netinet/in.h>
 #include <nlohmann/json.hpp>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include "support/appliance.h"
 
@@ -574,4 +577,60 @@ TEST(Tunnel, ThePasswordGoesInByAFileOrStandardInputAndIsNeverShown) {
   EXPECT_EQ("usage", Error("tunnel set --password '" + secret + "'", kUsage)["what"]);
   EXPECT_EQ(stored, ReadFile("/etc/gogoc/.tunnel_passwd"));
   EXPECT_TRUE(Payload("tunnel set --anonymous", "tunnel")["anonymous"].get<bool>());
+}
+
+// ---- port, ping, lookup, wake, card1, rename, stat --watch
+
+TEST(Net, PortsHostsAndNamesAreTheSystems) {
+  const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(8080);
+  ASSERT_EQ(0, ::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address));
+  ASSERT_EQ(0, ::listen(listener, 1));
+  EXPECT_EQ((json{{"protocol", nullptr}, {"used", {8080}}}), Payload("port", "ports"));
+  EXPECT_EQ((json{{"protocol", "udp"}, {"used", json::array()}}),
+            Payload("port 8000-9000 --proto udp", "ports"));
+  EXPECT_EQ("8080\n", Ctl("port 8080").out);
+  for (const char* const bad : {"port 0", "port 9-8", "port 1-", "port 65536", "port --proto sctp"})
+    EXPECT_EQ("usage", Error(bad, kUsage)["what"]) << bad;
+  ::close(listener);
+  EXPECT_EQ((json{{"host", "127.0.0.1"}, {"connected", true}}), Payload("ping 127.0.0.1", "ping"));
+  ExpectFailure("ping 192.0.2.1 --timeout 1", "no answer from 192.0.2.1: waited 1 seconds");
+  WriteFile("/etc/hosts", "127.0.0.1 nas\n192.0.2.1 other\n");
+  EXPECT_EQ((json{{"name", "nas"}, {"addr", "127.0.0.1"}, {"interface", "lo"}}),
+            Payload("lookup nas", "lookup"));
+  EXPECT_EQ(json(nullptr), Payload("lookup other", "lookup")["interface"]);
+  EXPECT_EQ("0x0D00", Error("wake lo 02:00:00:00:02", kFailed)["code"]);
+}
+
+TEST(Net, ThePrimaryInterfaceIsSetAndAPortRenamed) {
+  RecordTool("/sbin/start");
+  ExpectDone("link up eth0");
+  const json fixed{{"ip", "192.168.50.10"}, {"mask", "255.255.255.0"}};
+  const json set = Payload("card1 set 192.168.50.10 255.255.255.0", "card1");
+  EXPECT_EQ("eth0", set["name"]);
+  EXPECT_EQ(fixed, set["live"]);
+  EXPECT_EQ(set, Payload("card1 get", "card1"));
+  EXPECT_EQ("0x1000", Error("card1 set 192.168.50.300/24", kFailed)["code"]);
+  EXPECT_EQ("usage", Error("card1 set dhcp 255.0.0.0", kUsage)["what"]);
+  ExpectDone("card1 set dhcp");
+  EXPECT_EQ("DEVICE=eth0\nONBOOT=yes\nBOOTPROTO=dhcp\n", ReadIfcfg("eth0"));
+  EXPECT_EQ((json{{"old", "eth3"}, {"name", "lan3"}}), Payload("rename eth3 lan3", "rename"));
+  EXPECT_TRUE(FileExists("/sys/class/net/lan3"));
+  EXPECT_EQ("0xBB00", Error("rename eth1 lan3", kFailed)["code"]);
+}
+
+TEST(Stat, WatchingShowsWhatPassedBetweenTwoLooks) {
+  Shell("ping -q -f -s 1000 -w 3 127.0.0.1 >/dev/null &");
+  const json rates = Payload("stat lo --watch --count 1 --interval 0.5", "rates");
+  ASSERT_EQ((Lines{"lo"}), Names(rates));
+  EXPECT_LT(1000, rates[0]["rx_bytes_per_second"].get<int>());
+  EXPECT_LT(0, rates[0]["tx_packets_per_second"].get<int>());
+  const Outcome twice = Ctl("stat lo --watch --count 2 --interval 0.1");
+  EXPECT_EQ(2, std::count(twice.out.begin(), twice.out.end(), '/') / 4) << twice.out;
+  EXPECT_FALSE(Contains(twice.out, "\x1b")) << "no terminal, nothing to write over";
+  Shell("script -qc '" ZARNNETCTL " stat lo --watch --count 2 --interval 0.1' /root/typed");
+  EXPECT_TRUE(Contains(ReadFile("/root/typed"), "\x1b[2F\x1b[J")) << "over the table before";
+  EXPECT_EQ("usage", Error("stat --count 2", kUsage)["what"]);
 }

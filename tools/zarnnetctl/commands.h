@@ -19,6 +19,7 @@ void AddBondCommands(CLI::App& app, Context& context);
 void AddBridgeCommands(CLI::App& app, Context& context);
 void AddTopologyCommands(CLI::App& app, Context& context);
 void AddIpv6Commands(CLI::App& app, Context& context);
+void AddNetCommands(CLI::App& app, Context& context);
 void AddStatCommands(CLI::App& app, Context& context);
 void AddTunnelCommands(CLI::App& app, Context& context);
 void AddSystemCommands(CLI::App& app, Context& context);

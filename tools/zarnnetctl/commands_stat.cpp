@@ -1,6 +1,13 @@
 // zarnnetctl stat: the traffic counters of interfaces.
 #include <algorithm>
+#include <array>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <iostream>
 #include <memory>
+#include <thread>
+#include <unistd.h>
 
 #include "commands.h"
 #include "query.h"
@@ -41,16 +48,27 @@ Row ToRow(const KOPANETSTAT& stat) {
   return row;
 }
 
-void Show(const Context& context, const std::vector<std::string>& ifnames) {
-  const std::string what = "cannot read the statistics";
-  std::vector<KOPANETSTAT> stats = ReadStatistics(what);
-  for (const std::string& ifname : ifnames)
-    RequireInterface(what, ifname);
+const char kWhat[] = "cannot read the statistics";
+
+// The counters of the interfaces named, or of all.
+std::vector<KOPANETSTAT> ReadSelected(const std::vector<std::string>& ifnames) {
+  std::vector<KOPANETSTAT> stats = ReadStatistics(kWhat);
   const auto isUnwanted = [&](const KOPANETSTAT& stat) {
     return !ifnames.empty() &&
            std::find(ifnames.begin(), ifnames.end(), stat.name) == ifnames.end();
   };
   std::erase_if(stats, isUnwanted);
+  return stats;
+}
+
+void RequireInterfaces(const std::vector<std::string>& ifnames) {
+  for (const std::string& ifname : ifnames)
+    RequireInterface(kWhat, ifname);
+}
+
+void Show(const Context& context, const std::vector<std::string>& ifnames) {
+  RequireInterfaces(ifnames);
+  const std::vector<KOPANETSTAT> stats = ReadSelected(ifnames);
   if (context.json) {
     Json list = Json::array();
     for (const KOPANETSTAT& stat : stats)
@@ -71,14 +89,146 @@ void Show(const Context& context, const std::vector<std::string>& ifnames) {
   PrintTable(rows);
 }
 
+// ---- stat --watch: the traffic of each second between two snapshots
+
+struct Watch {
+  bool on = false;
+  double interval = 1;
+  int count = 0;  // 0: without end
+};
+
+struct Snapshot {
+  std::chrono::steady_clock::time_point time;
+  std::vector<KOPANETSTAT> stats;
+};
+
+Snapshot Take(const std::vector<std::string>& ifnames) {
+  return {std::chrono::steady_clock::now(), ReadSelected(ifnames)};
+}
+
+// In bytes and packets a second.
+struct Rate {
+  std::string name;
+  double rxBytes, rxPackets, txBytes, txPackets;
+};
+
+// A counter that went back began anew, with its interface.
+double PerSecond(std::uint64_t before, std::uint64_t now, double seconds) {
+  return now < before || seconds <= 0 ? 0 : static_cast<double>(now - before) / seconds;
+}
+
+// Of the interfaces that are in both snapshots.
+std::vector<Rate> RatesBetween(const Snapshot& before, const Snapshot& now) {
+  const double seconds = std::chrono::duration<double>(now.time - before.time).count();
+  std::vector<Rate> rates;
+  for (const KOPANETSTAT& stat : now.stats) {
+    const std::string name = stat.name;
+    const auto old = std::find_if(before.stats.begin(), before.stats.end(),
+                                  [&](const KOPANETSTAT& other) { return name == other.name; });
+    if (old == before.stats.end()) continue;
+    rates.push_back({name, PerSecond(old->rxBytes, stat.rxBytes, seconds),
+                     PerSecond(old->rxPackets, stat.rxPackets, seconds),
+                     PerSecond(old->txBytes, stat.txBytes, seconds),
+                     PerSecond(old->txPackets, stat.txPackets, seconds)});
+  }
+  return rates;
+}
+
+// "1.5 M": three digits are enough to watch.
+std::string Short(double number) {
+  constexpr std::array<const char*, 5> kUnits{"", " k", " M", " G", " T"};
+  constexpr double kStep = 1000;
+  std::size_t unit = 0;
+  for (; std::round(number) >= kStep && unit + 1 < kUnits.size(); ++unit)
+    number /= kStep;
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%.*f%s", unit > 0 && number < 100 ? 1 : 0, number,
+                kUnits.at(unit));
+  return text.data();
+}
+
+void PrintRates(const std::vector<Rate>& rates) {
+  std::vector<Row> rows{{{"NAME", Tone::kHeading},
+                         {"RX B/S", Tone::kHeading},
+                         {"PACKETS/S", Tone::kHeading},
+                         {"TX B/S", Tone::kHeading},
+                         {"PACKETS/S", Tone::kHeading}}};
+  for (const Rate& rate : rates)
+    rows.push_back({{rate.name},
+                    {Short(rate.rxBytes)},
+                    {Short(rate.rxPackets)},
+                    {Short(rate.txBytes)},
+                    {Short(rate.txPackets)}});
+  PrintTable(rows);
+}
+
+void PrintRatesJson(const std::vector<Rate>& rates) {
+  Json list = Json::array();
+  for (const Rate& rate : rates) {
+    list.push_back({{"name", rate.name},
+                    {"rx_bytes_per_second", std::llround(rate.rxBytes)},
+                    {"rx_packets_per_second", std::llround(rate.rxPackets)},
+                    {"tx_bytes_per_second", std::llround(rate.txBytes)},
+                    {"tx_packets_per_second", std::llround(rate.txPackets)}});
+  }
+  PrintJson("rates", list);
+}
+
+// On a terminal each table is written over the one before.
+class Screen {
+ public:
+  void Show(const std::vector<Rate>& rates) {
+    if (onTerminal_ && lines_ > 0) std::cout << "\x1b[" << lines_ << "F\x1b[J";
+    PrintRates(rates);
+    lines_ = rates.size() + 1;
+  }
+
+ private:
+  bool onTerminal_ = ::isatty(STDOUT_FILENO) == 1;
+  std::size_t lines_ = 0;
+};
+
+// Ends with the count, with the output that nobody reads any more, or with a signal.
+void ShowRates(const Context& context, const std::vector<std::string>& ifnames,
+               const Watch& watch) {
+  RequireInterfaces(ifnames);
+  Screen screen;
+  Snapshot before = Take(ifnames);
+  for (int shown = 0; watch.count == 0 || shown < watch.count; ++shown) {
+    std::this_thread::sleep_until(before.time + std::chrono::duration<double>(watch.interval));
+    Snapshot now = Take(ifnames);
+    const std::vector<Rate> rates = RatesBetween(before, now);
+    if (context.json) {
+      PrintRatesJson(rates);
+    } else {
+      screen.Show(rates);
+    }
+    if (!std::cout.flush()) return;
+    before = std::move(now);
+  }
+}
+
 }  // namespace
 
 void AddStatCommands(CLI::App& app, Context& context) {
   CLI::App* const verb = AddVerb(app, context, "stat", "Shows the traffic counters of interfaces",
-                                 "  zarnnetctl stat\n  zarnnetctl stat eth0 --json");
+                                 "  zarnnetctl stat\n  zarnnetctl stat eth0 --json\n"
+                                 "  zarnnetctl stat --watch --interval 2");
   auto ifnames = std::make_shared<std::vector<std::string>>();
   verb->add_option("IFNAME", *ifnames, "Names of the interfaces (default: all)");
-  verb->callback([&context, ifnames] { Show(context, *ifnames); });
+  auto watch = std::make_shared<Watch>();
+  CLI::Option* const on =
+      verb->add_flag("--watch", watch->on, "Show the traffic a second, again and again");
+  verb->add_option("--interval", watch->interval, "Seconds between two looks (default: 1)")
+      ->needs(on)
+      ->check(CLI::Range(0.1, 3600.0));
+  verb->add_option("--count", watch->count, "End after so many (default: without end)")
+      ->needs(on)
+      ->check(CLI::Range(1, 1000000));
+  verb->callback([&context, ifnames, watch] {
+    if (watch->on) return ShowRates(context, *ifnames, *watch);
+    Show(context, *ifnames);
+  });
 }
 
 }  // namespace tool

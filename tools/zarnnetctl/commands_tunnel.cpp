@@ -139,7 +139,7 @@ class Secret {
 
   void Read(const std::string& what, const std::string& path, std::istream& input) {
     const bool opened = input.good();
-    input.getline(line_.data(), line_.size());
+    input.getline(line_.data(), std::streamsize{kLongest + 2});
     if (!opened || input.bad()) throw Failure(what, kCannotOpen, "cannot read '" + path + "'");
   }
 

@@ -32,10 +32,15 @@ _zarnnetctl_candidates() {
         gateway) echo "get set clear --help" ;;
         route) echo "check add del --help" ;;
         mtu | hostname) echo "get set --help" ;;
-        stat) echo "--json --help"; _zarnnetctl_interfaces ;;
+        stat) echo "--watch --interval --count --json --help"; _zarnnetctl_interfaces ;;
         link) echo "up down --help" ;;
         mac) echo "--json --local --help"; _zarnnetctl_interfaces ;;
         block) echo "get set --help" ;;
+        card1) echo "get set --help" ;;
+        port) echo "--proto --json --help" ;;
+        ping) echo "--timeout --json --help" ;;
+        lookup) echo "--json --help" ;;
+        wake | rename) echo "--json --help"; _zarnnetctl_interfaces ;;
         tunnel) echo "get set start stop restart --help" ;;
       esac
       ;;
@@ -78,7 +83,10 @@ _zarnnetctl_candidates() {
         "dns mode") echo "static auto --json --help" ;;
         gateway\ *) echo "--saved --json --help" ;;
         "ipv6 init" | "route check" | dns\ * | hostname\ *) echo "--json --help" ;;
-        stat\ *) echo "--json --help"; _zarnnetctl_interfaces ;;
+        port\ *) if [ "${!#}" = --proto ]; then echo "tcp udp"; else echo "--proto --json --help"; fi ;;
+        "card1 set") echo "dhcp --json --help" ;;
+        card1\ * | ping\ * | lookup\ * | wake\ * | rename\ *) echo "--json --help" ;;
+        stat\ *) echo "--watch --interval --count --json --help"; _zarnnetctl_interfaces ;;
         mac\ *) echo "--json --local --help" ;;
         *) echo "--json --help"; [ $# -gt 2 ] || _zarnnetctl_interfaces ;;
       esac
