@@ -1,0 +1,108 @@
+// A bond takes the DHCP service of its members over, and gives it back when it is dissolved.
+#include <string>
+
+#include <zarnnetsdk/dhcpd.h>
+
+#include "dhcpd/files.h"
+#include "frame/file.h"
+#include "frame/key_file.h"
+#include "frame/log.h"
+
+using namespace frame;
+using namespace dhcpd;
+
+namespace {
+
+constexpr int kJoin = 1;
+constexpr char kBackupKey[] = "bonding_backup_enable";
+constexpr std::size_t kValueSize = 64;
+
+bool SetKey(const std::string& path, const char* key, const char* value) {
+  return KOPACFileSetKeyValue(path.c_str(), key, value, kQuotedLine) >= 0;
+}
+
+// Switches the service off and remembers what it was.
+bool SaveFile(const std::string& path) {
+  const KeyValue enable = ReadKey(path, kEnableKey, kValueSize);
+  if (!enable.Found()) {
+    LOG_ERROR("%s:%d Failed to get %s key in [%s]", kEnableKey, path.c_str());
+    return false;
+  }
+  if (!SetKey(path, kBackupKey, enable.text.c_str())) {
+    LOG_ERROR("%s:%d Failed to set %s key in [%s]", kBackupKey, path.c_str());
+    return false;
+  }
+  if (!SetKey(path, kEnableKey, "no")) {
+    LOG_ERROR("%s:%d Failed to set %s key to \"no\" in [%s]", kEnableKey, path.c_str());
+    return false;
+  }
+  return true;
+}
+
+// Switches the service back to what was remembered, which stays in the file.
+bool RestoreFile(const std::string& path) {
+  const KeyValue backup = ReadKey(path, kBackupKey, kValueSize);
+  if (backup.Unreadable()) {
+    LOG_ERROR("%s:%d Failed to get %s key in [%s]", kBackupKey, path.c_str());
+    return false;
+  }
+  if (!backup.Found() || SetKey(path, kEnableKey, backup.text.c_str())) return true;
+  LOG_ERROR("%s:%d Failed to set %s key in [%s]", kEnableKey, path.c_str());
+  return false;
+}
+
+// Does the step to the switches of both families, where they are.
+bool ForBothFamilies(const char* ifname, bool (*step)(const std::string&)) {
+  if (IsUnfitName(ifname)) {
+    LOG_ERROR("%s:%d Restore interface is null");
+    return FRAME_FAIL(kBadParameter, false);
+  }
+  for (const char* stem : {kStemV4, kStemV6}) {
+    const std::string path = InterfaceInfo(stem, ifname);
+    if (Exists(path) && !step(path)) return false;
+  }
+  return true;
+}
+
+bool Join(const char* bond, const KOPACSZLIST* members) {
+  for (int i = 0; members != nullptr && i < members->nItem; ++i) {
+    const char* const member = KOPACSzListGet(members, i);
+    if (ForBothFamilies(member, SaveFile)) continue;
+    LOG_ERROR("%s:%d Failed to save [%s] interface's dhcp conf", member);
+    return false;
+  }
+  if (ForBothFamilies(bond, RestoreFile)) return true;
+  LOG_ERROR("%s:%d Failed to restore [%s] interface's dhcp conf", bond);
+  return false;
+}
+
+// Readers of the log know these two messages the other way round here.
+bool Dissolve(const char* bond, const KOPACSZLIST* members) {
+  if (!ForBothFamilies(bond, SaveFile)) {
+    LOG_ERROR("%s:%d Failed to restore [%s] interface's dhcp conf", bond);
+    return false;
+  }
+  for (int i = 0; members != nullptr && i < members->nItem; ++i) {
+    const char* const member = KOPACSzListGet(members, i);
+    if (ForBothFamilies(member, RestoreFile)) continue;
+    LOG_ERROR("%s:%d Failed to save [%s] interface's dhcp conf", member);
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+int DHCPDLinkAggrSet(int op, const char* bond, PKOPACSZLIST members) try {
+  if (bond == nullptr) {
+    LOG_ERROR("%s:%d Bond interface is null");
+    return FRAME_FAIL(kBadParameter, -1);
+  }
+  if (!(op == kJoin ? Join(bond, members) : Dissolve(bond, members))) return -1;
+  if (DHCPServerRestart() <
+      0) {  // it is never negative: a server that does not start fails nothing
+    LOG_ERROR("%s:%d Restart DHCP daemon \"dnsmasq\" failed");
+  }
+  return 0;
+}
+FRAME_NO_EXCEPTIONS(-1)

@@ -1,0 +1,210 @@
+// The address ranges that interfaces serve, and whether a new one would overlap with another's.
+#include <arpa/inet.h>
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include <zarnnetsdk/dhcpd.h>
+
+#include "dhcpd/files.h"
+#include "frame/containers.h"
+#include "frame/file.h"
+#include "frame/key_file.h"
+#include "frame/log.h"
+#include "frame/paths.h"
+
+using namespace frame;
+using namespace dhcpd;
+
+namespace {
+
+constexpr int kIpv4 = 0;
+
+// A chain of ranges that is freed with its owner unless it is given away.
+class RangeChain {
+ public:
+  RangeChain() = default;
+  ~RangeChain() { DHCPRangeFree(head_); }
+  RangeChain(const RangeChain&) = delete;
+  RangeChain& operator=(const RangeChain&) = delete;
+
+  [[nodiscard]] const DHCP_RANGE* Head() const { return head_; }
+  DHCP_RANGE** Out() { return &head_; }
+  [[nodiscard]] DHCP_RANGE* GiveAway() { return std::exchange(head_, nullptr); }
+  // A zeroed range at the end; null when there is no memory for it.
+  DHCP_RANGE* Append() {
+    *tail_ = static_cast<DHCP_RANGE*>(std::calloc(1, sizeof(DHCP_RANGE)));
+    DHCP_RANGE* const added = *tail_;
+    if (added != nullptr) tail_ = &added->next;
+    return added;
+  }
+
+ private:
+  DHCP_RANGE* head_ = nullptr;
+  DHCP_RANGE** tail_ = &head_;
+};
+
+std::optional<std::uint32_t> ToAddress(const std::string& text) {
+  in_addr address{};
+  if (::inet_pton(AF_INET, text.c_str(), &address) != 1) return std::nullopt;
+  return ntohl(address.s_addr);
+}
+
+// ---- ranges of an interface
+
+bool IsRange(const std::vector<std::string>& items) {
+  constexpr std::size_t kItems = 5;
+  if (items.size() != kItems || items[1].empty() || items[2].empty() || items[3].empty()) {
+    return false;
+  }
+  const auto start = ToAddress(items[1]);
+  const auto end = ToAddress(items[2]);
+  if (!start || !end) {
+    LOG_ERROR("%s:%d Failed to convert IPs [%s, %s] to in_addr", items[1].c_str(),
+              items[2].c_str());
+    return false;
+  }
+  return *start <= *end;
+}
+
+bool AppendRange(const char* ifname, unsigned subnet, RangeChain* chain) {
+  const auto items = ItemsOfKey(SubnetConf(kStemV4, ifname, subnet), kRangeKey);
+  if (items.empty()) {
+    LOG_ERROR("%s:%d Failed to get dhcp ranges from subnet [%u] in interface [%s]", subnet, ifname);
+    return false;
+  }
+  if (!IsRange(items)) {
+    LOG_ERROR("%s:%d Wrong dhcp-range key in subnet [%u] in interface [%s]", subnet, ifname);
+    return false;
+  }
+  DHCP_RANGE* const range = chain->Append();
+  if (range == nullptr) {
+    LOG_ERROR("%s:%d malloc() failed");
+    return FRAME_FAIL(kNoMemory, false);
+  }
+  CopyText(items[1], range->start);
+  CopyText(items[2], range->end);
+  CopyText(items[3], range->netmask);
+  return true;
+}
+
+// ---- conflicts
+
+struct Network {
+  std::uint32_t first;
+  std::uint32_t last;
+
+  [[nodiscard]] bool LiesWithin(const Network& other) const {
+    return other.first <= first && last <= other.last;
+  }
+};
+
+Network NetworkOf(std::uint32_t address, std::uint32_t mask) {
+  return {address & mask, address | ~mask};
+}
+
+struct Wanted {
+  const char* start;
+  const char* netmask;
+};
+
+bool Overlaps(const Wanted& wanted, const DHCP_RANGE& range) {
+  const auto start = ToAddress(wanted.start);
+  const auto mask = ToAddress(wanted.netmask);
+  const auto rangeStart = ToAddress(range.start);
+  const auto rangeMask = ToAddress(range.netmask);
+  if (!start || !mask || !rangeStart || !rangeMask) {
+    LOG_ERROR("%s:%d Failed to convert IPs [%s, %s, %s, %s] to in_addr", wanted.start, range.start,
+              wanted.netmask, range.netmask);
+    return false;
+  }
+  const Network network = NetworkOf(*start, *mask);
+  const Network served = NetworkOf(*rangeStart, *rangeMask);
+  return served.LiesWithin(network) || network.LiesWithin(served);
+}
+
+bool IsSlave(const char* ifname) {
+  const KeyValue slave = ReadKey(paths::Ifcfg(ifname), "SLAVE", 16);
+  if (slave.Unreadable()) LOG_ERROR("%s:%d Failed to get key SLAVE on %s", ifname);
+  return slave.text == "yes";
+}
+
+bool Serves(const char* ifname) {
+  return !IsSlave(ifname) && Exists(paths::Ifcfg(ifname)) &&
+         DHCPInterfaceIsEnabled(ifname, kIpv4) == 1;
+}
+
+// 1 when a range of the interface overlaps, 0 when none does, -1 when they cannot be read.
+int CompareWith(const char* ifname, const Wanted& wanted) {
+  if (IsEmpty(ifname)) {
+    LOG_ERROR("%s:%d Failed to get interface from interface list");
+    return -1;
+  }
+  if (!Serves(ifname)) return 0;
+  RangeChain ranges;
+  if (DHCPGetInterfaceRanges(ifname, ranges.Out()) < 0) {
+    LOG_ERROR("%s:%d Failed to get DHCP ranges for interface [%s]", ifname);
+    return -1;
+  }
+  for (const DHCP_RANGE* range = ranges.Head(); range != nullptr; range = range->next) {
+    if (Overlaps(wanted, *range)) return 1;
+  }
+  return 0;
+}
+
+}  // namespace
+
+int DHCPGetInterfaceRanges(const char* ifname, DHCP_RANGE** ranges) try {
+  if (IsUnfitName(ifname)) {
+    LOG_ERROR("%s:%d Wrong interface name [%s]", ifname == nullptr ? "" : ifname);
+    return FRAME_FAIL(kBadParameter, -1);
+  }
+  if (ranges == nullptr || *ranges != nullptr) {
+    LOG_ERROR("%s:%d Wrong dhcp range storage");
+    return FRAME_FAIL(kBadParameter, -1);
+  }
+  RangeChain chain;
+  unsigned count = 0;
+  for (; Exists(SubnetConf(kStemV4, ifname, count)); ++count) {
+    if (!AppendRange(ifname, count, &chain)) return -1;
+  }
+  *ranges = chain.GiveAway();
+  return static_cast<int>(count);
+}
+FRAME_NO_EXCEPTIONS(-1)
+
+void DHCPRangeFree(DHCP_RANGE* head) {
+  while (head != nullptr) {
+    DHCP_RANGE* const next = head->next;
+    std::free(head);
+    head = next;
+  }
+}
+
+int DHCPIsRangeConflict(const char* ifname, const char* start, const char* end, const char* netmask,
+                        char* conflict_if, std::size_t conflict_if_size) try {
+  if (AnyEmpty({ifname, start, end, netmask}) ||
+      (conflict_if != nullptr && conflict_if_size == 0)) {
+    LOG_ERROR("%s:%d Parameters error");
+    return FRAME_FAIL(kBadParameter, -1);
+  }
+  if (conflict_if != nullptr) CopyText("", conflict_if, conflict_if_size);
+  constexpr int kCapacity = 16;
+  StringList ifnames(kCapacity);
+  if (DHCPInterfaceListGet(ifnames.Out(), kIpv4) < 0) {
+    LOG_ERROR("%s:%d Failed to get interface list");
+    return -1;
+  }
+  for (int i = 0; i < ifnames.Count(); ++i) {
+    const char* const other = ifnames[i];
+    if (!IsEmpty(other) && std::string_view(other) == ifname) continue;
+    const int result = CompareWith(other, {start, netmask});
+    if (result < 0) return -1;
+    if (result == 0) continue;
+    if (conflict_if != nullptr) CopyText(other, conflict_if, conflict_if_size);
+    return 1;
+  }
+  return 0;
+}
+FRAME_NO_EXCEPTIONS(-1)

@@ -1,0 +1,258 @@
+// Options that go to the clients of one vendor class alone, one line of the vendor fragment each:
+// class, number and value, which may hold commas itself.
+#include <cstdio>
+#include <cstring>
+#include <optional>
+#include <string>
+
+#include <zarnnetsdk/dhcpd.h>
+
+#include "dhcpd/files.h"
+#include "frame/containers.h"
+#include "frame/error.h"
+#include "frame/file.h"
+#include "frame/log.h"
+
+using namespace frame;
+using namespace dhcpd;
+
+namespace {
+
+constexpr char kVendorConf[] = "/etc/dhcpd/dhcpd-vendor.conf";
+constexpr char kPrefix[] = "dhcp-option=vendor:";
+constexpr int kLastNumber = 254;
+constexpr std::size_t kLineSize = 1024;
+
+bool IsOptionNumber(int number) {
+  return number >= 1 && number <= kLastNumber;
+}
+
+const char* OrNothing(const char* text) {
+  return text == nullptr ? "" : text;
+}
+
+struct VendorOption {
+  std::string vendor;
+  std::string number;
+  std::string value;
+};
+
+std::optional<VendorOption> Parse(std::string_view line) {
+  const std::string text(line);
+  const auto fields = SplitFields(line, ",");
+  if (!line.starts_with(kPrefix) || fields.size() < 2) {
+    LOG_ERROR("%s:%d vendor opt line [%s] has wrong format", text.c_str());
+    return std::nullopt;
+  }
+  VendorOption option{
+      std::string(fields[0].substr(sizeof kPrefix - 1)), std::string(fields[1]), {}};
+  if (DHCPVendorCheckOptNum(option.number.c_str()) != 1) {
+    LOG_ERROR("%s:%d Wrong option number [%s]", option.number.c_str());
+    return std::nullopt;
+  }
+  const std::size_t valueAt = fields[0].size() + fields[1].size() + 2;
+  if (valueAt < line.size()) option.value = line.substr(valueAt);
+  return option;
+}
+
+// Hands the lines with the text in them, without their newlines, to a step until it answers false.
+// False as well when the file cannot be read; without a file there are no lines.
+template <class Step>
+bool ForLinesWith(const std::string& text, Step step) {
+  if (!Exists(kVendorConf)) return true;
+  const File file = OpenFile(kVendorConf, "r");
+  if (!file) {
+    LOG_ERROR("%s:%d Failed to read DHCP vendor config");
+    return FRAME_FAIL(kOpen, false);
+  }
+  char line[kLineSize];
+  while (std::fgets(line, sizeof line, file.get()) != nullptr) {
+    line[std::strcspn(line, "\n")] = '\0';
+    if (std::strstr(line, text.c_str()) != nullptr && !step(line)) return false;
+  }
+  return true;
+}
+
+bool MakeFolderOrLog() {
+  if (MakeFolder()) return true;
+  LOG_ERROR("%s:%d Failed to mkdir [%s]", kFolder);
+  return false;
+}
+
+// Removes the lines that begin with this text and end there or go on with a comma.
+bool RemoveLines(const std::string& beginning) {
+  return !Exists(kVendorConf) || KOPACFileRemoveKey(kVendorConf, beginning.c_str()) >= 0;
+}
+
+bool AddLine(const char* vendor, const char* number, const char* value) {
+  const std::string line = Format("%s%s,%s,%s", kPrefix, vendor, number, value);
+  return KOPACFileAddLine(kVendorConf, nullptr, line.c_str(), 0) >= 0;
+}
+
+bool HasUnfitValues(const KOPACSZHASH* options, const StringList& numbers) {
+  for (int i = 0; i < numbers.Count(); ++i) {
+    const char* const value = KOPACSzHashGetValue(options, numbers[i]);
+    if (value != nullptr && HasControlCharacters(value)) return true;
+  }
+  return false;
+}
+
+bool AddOption(const char* vendor, const char* number, const char* value) {
+  if (value == nullptr) {
+    LOG_ERROR("%s:%d Failed to set vendor [%s] option, hash error", vendor);
+    return false;
+  }
+  if (DHCPVendorCheckOptNum(number) != 1) {
+    LOG_ERROR("%s:%d Failed to set vendor [%s] option, Wrong option number [%s]", vendor, number);
+    return FRAME_FAIL(kBadParameter, false);
+  }
+  if (AddLine(vendor, number, value)) return true;
+  LOG_ERROR("%s:%d Faild to set vendor [%s] option: KOPACFileAddLine() erorr", vendor);
+  return false;
+}
+
+int ReplaceVendor(const char* vendor, const KOPACSZHASH* options, const StringList& numbers) {
+  if (!MakeFolderOrLog()) return -1;
+  if (!RemoveLines(std::string(kPrefix) + vendor)) {
+    LOG_ERROR("%s:%d Failed to set vendor [%s] option: remove old config", vendor);
+    return -1;
+  }
+  for (int i = 0; i < numbers.Count(); ++i) {
+    if (!AddOption(vendor, numbers[i], KOPACSzHashGetValue(options, numbers[i]))) return -1;
+  }
+  return 0;
+}
+
+void LogSetFailure(const char* vendor) {
+  LOG_ERROR("%s:%d Failed to set vendor [%s] option: parameter error", vendor);
+}
+
+void LogSetFailure(const char* vendor, int number) {
+  LOG_ERROR("%s:%d Failed to set vendor [%s] option [#%d]: parameter error", vendor, number);
+}
+
+// The vendor of a line: from the first colon up to the next comma.
+std::optional<std::string> VendorOf(std::string_view line) {
+  const std::size_t colon = line.find(':');
+  if (colon == 0 || colon == std::string_view::npos) return std::nullopt;
+  const std::string_view rest = line.substr(colon + 1);
+  const std::string_view vendor = rest.substr(0, rest.find(','));
+  return vendor.empty() ? std::nullopt : std::optional(std::string(vendor));
+}
+
+}  // namespace
+
+int DHCPVendorCheckOptNum(const char* text) {
+  if (IsEmpty(text)) return 0;
+  const auto number = ToNumber(text);
+  return number && *number >= 1 && *number <= kLastNumber ? 1 : 0;
+}
+
+int DHCPVendorEnum(PKOPACSZLIST* vendors) try {
+  if (vendors == nullptr || *vendors == nullptr) {
+    LOG_ERROR("%s:%d Failed to enum vendors: parameter error");
+    return FRAME_FAIL(kBadParameter, -1);
+  }
+  const bool all = ForLinesWith(kPrefix, [vendors](const char* line) {
+    const auto vendor = VendorOf(line);
+    if (!vendor) {
+      LOG_DETAIL("%s:%d wrong format [%s] in DHCP vendor config", line);
+      return true;
+    }
+    if (KOPACSzListFind(*vendors, vendor->c_str()) >= 0) return true;
+    if (KOPACSzListPush(vendors, vendor->c_str()) >= 0) return true;
+    LOG_ERROR("%s:%d Failed to add vendor [%s] to list", vendor->c_str());
+    return FRAME_FAIL(kNoMemory, false);
+  });
+  return all ? 0 : -1;
+}
+FRAME_NO_EXCEPTIONS(-1)
+
+int DHCPVendorGetVendor(const char* vendor, PKOPACSZHASH* options) try {
+  if (IsEmpty(vendor) || options == nullptr) {
+    // Only told: callers that ask for nothing get what there is of it.
+    LOG_ERROR("%s:%d Failed to get vendor option: parameter error");
+  }
+  const std::string wanted = Format("%s%s,", kPrefix, OrNothing(vendor));
+  const bool all = ForLinesWith(wanted, [options](const char* line) {
+    const auto option = Parse(line);
+    if (!option) return false;
+    if (options != nullptr &&
+        KOPACSzHashSetValue(options, option->number.c_str(), option->value.c_str()) >= 0) {
+      return true;
+    }
+    LOG_ERROR("%s:%d Failed to get vendor option: generate vendor hash error");
+    return false;
+  });
+  return all ? 0 : -1;
+}
+FRAME_NO_EXCEPTIONS(-1)
+
+// A line is found by the text in it: number 1 finds that of number 12 where it comes first.
+int DHCPVendorGetVendorOpt(const char* vendor, int number, char* value, std::size_t size) try {
+  if (IsEmpty(vendor) || !IsOptionNumber(number) || value == nullptr || size == 0) {
+    LOG_ERROR("%s:%d get vendor [%s] option [#%d] failed: wrong input format", OrNothing(vendor),
+              number);
+    return FRAME_FAIL(kBadParameter, -1);
+  }
+  if (!Exists(kVendorConf)) return 0;
+  constexpr int kContains = 0x402;
+  const std::string wanted = Format("%s%s,%d", kPrefix, vendor, number);
+  char line[kLineSize] = "";
+  const int found = KOPACFileGetLine(kVendorConf, wanted.c_str(), line, sizeof line, kContains);
+  if (found < 0) {
+    LOG_ERROR("%s:%d KOPACFileGetLine() failed");
+    return FRAME_FAIL(kRead, -1);
+  }
+  if (found == 0) {
+    LOG_DETAIL("%s:%d No match [%s] line in DHCP vendor config", wanted.c_str());
+    return 0;
+  }
+  const auto option = Parse(line);
+  if (!option) return -1;
+  CopyText(option->value, value, size);
+  return 1;
+}
+FRAME_NO_EXCEPTIONS(-1)
+
+int DHCPVendorSetVendor(const char* vendor, PKOPACSZHASH options) try {
+  if (IsEmpty(vendor) || HasControlCharacters(vendor) || options == nullptr) {
+    LogSetFailure(OrNothing(vendor));
+    return FRAME_FAIL(kBadParameter, -1);
+  }
+  StringList numbers(kLastNumber);
+  if (KOPACSzHashEnumKey(options, numbers.Out()) < 0) {
+    LOG_ERROR("%s:%d Failed to set vendor [%s] option: KOPACSzHashEnumKey() error", vendor);
+    return -1;
+  }
+  if (HasUnfitValues(options, numbers)) {
+    LogSetFailure(vendor);
+    return FRAME_FAIL(kBadParameter, -1);
+  }
+  return ReplaceVendor(vendor, options, numbers);
+} catch (...) {
+  LOG_ERROR("%s:%d Failed to set vendor [%s] option: KOPACSzListAlloc() error", vendor);
+  return FRAME_FAIL(kNoMemory, -1);
+}
+
+int DHCPVendorSetVendorOpt(const char* vendor, int number, const char* value) try {
+  const bool writable =
+      !HasControlCharacters(OrNothing(vendor)) && !HasControlCharacters(OrNothing(value));
+  if (IsEmpty(vendor) || !IsOptionNumber(number) || IsEmpty(value) || !writable) {
+    // Only told, unless the text would make more lines than one.
+    LogSetFailure(writable ? OrNothing(vendor) : "", number);
+    if (!writable) return FRAME_FAIL(kBadParameter, -1);
+  }
+  if (!MakeFolderOrLog()) return -1;
+  const std::string digits = std::to_string(number);
+  if (!RemoveLines(Format("%s%s,%d", kPrefix, OrNothing(vendor), number))) {
+    LOG_ERROR("%s:%d Failed to set vendor [%s] option [#%d]: remove old config", OrNothing(vendor),
+              number);
+    return -1;
+  }
+  if (AddLine(OrNothing(vendor), digits.c_str(), OrNothing(value))) return 0;
+  LOG_ERROR("%s:%d Faild to set vendor [%s] option [#%d]: KOPACFileAddLine() erorr",
+            OrNothing(vendor), number);
+  return -1;
+}
+FRAME_NO_EXCEPTIONS(-1)

@@ -1,0 +1,140 @@
+// An interface gets another name: the server's files that are named after it, and name it, follow.
+#include <algorithm>
+#include <cstdio>
+#include <string>
+
+#include <zarnnetsdk/dhcpd.h>
+
+#include "dhcpd/files.h"
+#include "frame/command.h"
+#include "frame/containers.h"
+#include "frame/file.h"
+#include "frame/log.h"
+#include "frame/paths.h"
+
+using namespace frame;
+using namespace dhcpd;
+
+namespace {
+
+struct Names {
+  const char* from;
+  const char* to;
+};
+
+// A name becomes part of a sed expression, where these would end it or bring in other text.
+bool IsUnfitForSed(const char* name) {
+  return IsUnfitName(name) || std::string_view(name).find_first_of("\\&") != std::string_view::npos;
+}
+
+bool Rename(const std::string& from, const std::string& to) {
+  if (std::rename(from.c_str(), to.c_str()) == 0) return true;
+  LOG_ERROR("%s:%d Failed to rename [%s][%s]", from.c_str(), to.c_str());
+  return FRAME_FAIL(kRename, false);
+}
+
+bool RenameIfThere(const std::string& from, const std::string& to) {
+  return !Exists(from) || Rename(from, to);
+}
+
+// The old name is an expression as it stands: a "." in it matches any character.
+bool ReplaceName(const Names& names, const std::string& path) {
+  const std::string expression = Format("s/%s/%s/g", names.from, names.to);
+  if (Run(paths::kSed, "-i", expression, path)) return true;
+  LOG_ERROR("%s:%d Failed to sed [/bin/sed -i %s %s]", expression.c_str(), path.c_str());
+  LOG_ERROR("%s:%d Failed to replace tag in [%s]", path.c_str());
+  return false;
+}
+
+// ---- the switch
+
+// That of IPv6 stays where it is.
+bool MoveSwitch(const Names& names) {
+  if (RenameIfThere(InterfaceInfo(kStemV4, names.from), InterfaceInfo(kStemV4, names.to)))
+    return true;
+  LOG_ERROR("%s:%d Failed to move interface global setting from [%s] to [%s]", names.from,
+            names.to);
+  return false;
+}
+
+// ---- subnets
+
+std::string SubnetPrefix(const char* ifname) {
+  return Format("dhcpd-%s-subnet", ifname);
+}
+
+// The entry is the prefix, the subnet up to the first ".", and the extension behind it.
+bool MoveSubnet(const Names& names, std::string_view entry) {
+  const std::string_view rest = entry.substr(SubnetPrefix(names.from).size());
+  const std::size_t dot = rest.find('.');
+  if (dot == 0 || dot == std::string_view::npos || dot + 1 == rest.size()) {
+    LOG_ERROR("%s:%d Parsing filename error!");
+    return false;
+  }
+  const std::string folder = std::string(kFolder).append("/");
+  const std::string target = folder + SubnetPrefix(names.to) + std::string(rest);
+  return Rename(folder + std::string(entry), target) && ReplaceName(names, target);
+}
+
+bool MoveListedSubnets(const Names& names) {
+  constexpr int kMostEntries = 1154;
+  StringList entries(kMostEntries);
+  const std::string prefix = SubnetPrefix(names.from);
+  if (KOPACFileEnumDir(kFolder, prefix.c_str(), entries.Out(), 0) < 0) {
+    LOG_ERROR("%s:%d bad enum [%s] in [%s]", prefix.c_str(), kFolder);
+    return false;
+  }
+  const int count = std::min(entries.Count(), kMostEntries);
+  for (int i = 0; i < count; ++i) {
+    if (!MoveSubnet(names, entries[i])) return false;
+  }
+  return true;
+}
+
+bool MoveSubnets(const Names& names) {
+  if (MoveListedSubnets(names)) return true;
+  LOG_ERROR("%s:%d Failed to move DHCP tag conf from [%s] to [%s]", names.from, names.to);
+  return false;
+}
+
+// ---- static leases, proxy auto-discovery
+
+bool MoveStaticLeases(const Names& names) {
+  if (RenameIfThere(TagConf(names.from, "static"), TagConf(names.to, "static"))) return true;
+  LOG_ERROR("%s:%d Failed to move DHCP static conf from [%s] to [%s]", names.from, names.to);
+  return false;
+}
+
+std::string ProxyFile(const char* ifname, const char* extension) {
+  return Format("%s/wpad-%s.%s", kFolder, ifname, extension);
+}
+
+bool MoveProxyFiles(const Names& names) {
+  const std::string from = ProxyFile(names.from, "conf");
+  const std::string to = ProxyFile(names.to, "conf");
+  if (Exists(from) && !(Rename(from, to) && ReplaceName(names, to))) return false;
+  return RenameIfThere(ProxyFile(names.from, "info"), ProxyFile(names.to, "info"));
+}
+
+bool MoveProxy(const Names& names) {
+  if (MoveProxyFiles(names)) return true;
+  LOG_ERROR("%s:%d Failed to move DHCP WPAD conf from [%s] to [%s]", names.from, names.to);
+  return false;
+}
+
+}  // namespace
+
+int DHCPDConfChangeInterface(const char* old_if, const char* new_if) try {
+  if (IsUnfitForSed(old_if) || IsUnfitForSed(new_if)) {
+    LOG_ERROR("%s:%d Bad parameters");
+    return FRAME_FAIL(kBadParameter, -1);
+  }
+  if (KOPACFileCheckDir(kFolder) != 1) return 0;
+  const Names names{old_if, new_if};
+  const bool moved =
+      MoveSwitch(names) && MoveSubnets(names) && MoveStaticLeases(names) && MoveProxy(names);
+  return moved ? 0 : -1;
+} catch (...) {
+  LOG_ERROR("%s:%d Can not alloc memory for string list");
+  return FRAME_FAIL(kNoMemory, -1);
+}

@@ -1,0 +1,88 @@
+// Reads one tagged subnet of an interface from its files.
+#include <cstdlib>
+
+#include <zarnnetsdk/dhcpd.h>
+
+#include "dhcpd/files.h"
+#include "frame/file.h"
+#include "frame/key_file.h"
+#include "frame/log.h"
+
+using namespace frame;
+using namespace dhcpd;
+
+namespace {
+
+// Tagged subnets have IPv4 addresses and short domains: what is longer is cut to 19 characters.
+constexpr std::size_t kFieldSize = 20;
+
+void CopyShort(std::string_view text, char* field) {
+  CopyText(text, field, kFieldSize);
+}
+
+bool ReadRange(const std::string& path, DHCP_SUBNET_CONF* conf) {
+  const auto items = ItemsOfKey(path, kRangeKey);
+  if (items.empty()) {
+    LOG_ERROR("%s:%d Failed to get key %s", kRangeKey);
+    return false;
+  }
+  if (items.size() > 1) CopyShort(items[1], conf->start);
+  if (items.size() > 2) CopyShort(items[2], conf->end);
+  if (items.size() > 3) CopyShort(items[3], conf->netmask);
+  if (items.size() > 4) conf->lease = std::atoi(items[4].c_str());
+  return true;
+}
+
+// One server or two; what is neither is no list of this file's and leaves both empty.
+bool ReadServers(const std::string& path, DHCP_SUBNET_CONF* conf) {
+  const auto items = ItemsOfLineWith(path, kDnsServer);
+  if (items.empty()) {
+    LOG_ERROR("%s:%d Failed to get key %s", kOptionKey);
+    return false;
+  }
+  if (items.size() != 3 && items.size() != 4) return true;
+  CopyShort(items[2], conf->dns1);
+  if (items.size() == 4) CopyShort(items[3], conf->dns2);
+  return true;
+}
+
+bool ReadRouter(const std::string& path, DHCP_SUBNET_CONF* conf) {
+  const auto items = ItemsOfLineWith(path, kRouter);
+  if (items.empty()) {
+    LOG_ERROR("%s:%d Failed to get key %s", kOptionKey);
+    return false;
+  }
+  CopyShort(items.back(), conf->router);
+  return true;
+}
+
+bool ReadInterface(const std::string& path, DHCP_SUBNET_CONF* conf) {
+  if (ReadKeyInto(path, kInterfaceKey, conf->interface)) return true;
+  LOG_ERROR("%s:%d Failed to get key %s in %s", kInterfaceKey, path.c_str());
+  return false;
+}
+
+}  // namespace
+
+int ZARNNetGetDhcpServerConf(const char* tag, const char* ifname, DHCP_SUBNET_CONF* conf) try {
+  if (tag == nullptr || ifname == nullptr || conf == nullptr) return 0;
+  if (IsUnfitName(tag) || IsUnfitName(ifname)) return FRAME_FAIL(kBadParameter, 0);
+  const std::string path = TagConf(ifname, tag);
+  if (!Exists(path)) {
+    LOG_ERROR("%s:%d File [%s] does not exist.", path.c_str());
+    return 0;
+  }
+  *conf = {};
+  if (!ReadRange(path, conf) || !ReadServers(path, conf) || !ReadRouter(path, conf) ||
+      !ReadInterface(path, conf)) {
+    return 0;
+  }
+  if (KeyIs(TagInfo(ifname, tag), kEnableKey, "yes")) conf->enable = 1;
+  const auto domain = ItemsOfLineWith(path, kDomainSearch);
+  if (!domain.empty()) CopyShort(domain.back(), conf->domain);
+  CopyText(tag, conf->tag);
+  return 1;
+} catch (...) {
+  LOG_ERROR("%s:%d Failed to alloc memory.");
+  return FRAME_FAIL(kNoMemory, 0);
+}

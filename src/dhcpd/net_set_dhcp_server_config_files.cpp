@@ -1,0 +1,55 @@
+// Writes one tagged subnet of an interface into its files.
+#include <string>
+
+#include <zarnnetsdk/dhcpd.h>
+
+#include "dhcpd/files.h"
+#include "frame/log.h"
+
+using namespace frame;
+using namespace dhcpd;
+
+namespace {
+
+std::string FragmentText(const DHCP_SUBNET_CONF& conf) {
+  const std::string_view tag = FieldText(conf.tag);
+  std::string text = InterfaceLine(FieldText(conf.interface));
+  text += RangeLine(tag, FieldText(conf.start), FieldText(conf.end), FieldText(conf.netmask),
+                    conf.lease);
+  text += OptionLine(tag, kRouter, FieldText(conf.router));
+  const std::string_view domain = FieldText(conf.domain);
+  if (!domain.empty()) text += OptionLine(tag, kDomainSearch, domain);
+  std::string servers(FieldText(conf.dns1));
+  if (!FieldText(conf.dns2).empty()) servers.append(",").append(FieldText(conf.dns2));
+  return text + OptionLine(tag, kDnsServer, servers);
+}
+
+bool IsFit(const DHCP_SUBNET_CONF& conf) {
+  return !IsUnfitName(std::string(FieldText(conf.interface)).c_str()) &&
+         !IsUnfitName(std::string(FieldText(conf.tag)).c_str()) && !HasUnfitTexts(conf);
+}
+
+}  // namespace
+
+int ZARNNetSetDhcpServerConfigFiles(const DHCP_SUBNET_CONF* conf, int enable) try {
+  if (conf == nullptr || !IsFit(*conf)) {
+    LOG_ERROR("%s:%d Bad parameters.");
+    return FRAME_FAIL(kBadParameter, 0);
+  }
+  if (!MakeFolder()) {
+    LOG_ERROR("%s:%d Failed to mkdir [%s]", kFolder);
+    return 0;
+  }
+  const std::string ifname(FieldText(conf->interface));
+  const std::string info = TagInfo(ifname, FieldText(conf->tag));
+  if (!ReplaceFile(info, SwitchLine(enable != 0))) {
+    LOG_ERROR("%s:%d Failed to open file [%s].", info.c_str());
+    return 0;
+  }
+  const std::string fragment = TagConf(ifname, FieldText(conf->tag));
+  if (enable == 0 || ReplaceFile(fragment, FragmentText(*conf))) return 1;
+  LOG_ERROR("%s:%d Failed to open file [%s].", fragment.c_str());
+  LOG_ERROR("%s:%d Failed to set config file of dhcp server [%s].", ifname.c_str());
+  return 0;
+}
+FRAME_NO_EXCEPTIONS(0)
