@@ -25,6 +25,13 @@ inline constexpr char kGogocFolder[] = "/etc/gogoc";
 inline constexpr char kGogocConf[] = "/etc/gogoc/gogoc.conf";
 inline constexpr char kTunnelPassword[] = "/etc/gogoc/.tunnel_passwd";
 
+inline constexpr char kPppoeConf[] = "/etc/ppp/pppoe.conf";
+inline constexpr char kPapSecrets[] = "/etc/ppp/pap-secrets";
+inline constexpr char kPapSecretsTemporary[] = "/etc/ppp/pap-secrets.tmp";
+inline constexpr char kPppoeRelayFolder[] = "/etc/sysconfig/pppoe-relay/";
+// Beside that folder, in which nothing may stand but the files of interfaces.
+inline constexpr char kPppoeRelayTemporary[] = "/etc/sysconfig/.pppoe-relay.XXXXXX";
+
 inline std::string Ifcfg(std::string_view ifname) {
   return std::string(kIfcfgPrefix).append(ifname);
 }
@@ -45,6 +52,7 @@ inline std::string Dhcp6Pid(std::string_view ifname, std::string_view action) {
 inline constexpr char kDhclientScript[] = "/etc/dhclient/dhclient-script";
 inline constexpr char kDhclientScriptCopy[] = "/var/run/dhclient-script";
 inline constexpr char kExternalIpResult[] = "/run/ddns/externalIP.result";
+inline constexpr char kPppoeIntf[] = "/tmp/zarnpppoe.intf";
 inline constexpr char kTopologyBridgeMark[] = "/tmp/net_topology_bridge";
 
 // ---- the kernel's files
@@ -87,6 +95,10 @@ inline constexpr char kArping[] = "/sbin/arping";
 inline constexpr char kNetworkScript[] = "/etc/rc.network";
 inline constexpr char kIpcalc[] = "/bin/ipcalc";
 inline constexpr char kDhclient[] = "/usr/sbin/dhclient";
+inline constexpr char kPppoeStart[] = "/usr/sbin/pppoe-start";
+inline constexpr char kPppoeStop[] = "/usr/sbin/pppoe-stop";
+inline constexpr char kPppoeStatus[] = "/usr/sbin/pppoe-status";
+inline constexpr char kPppoeRelay[] = "/usr/sbin/pppoe-relay";
 inline constexpr char kNetdTool[] = "/usr/zarn/sbin/zarnnetdtool";
 inline constexpr char kRcTun[] = "/etc/gogoc/rc.tun";
 inline constexpr char kGogoc[] = "/usr/bin/gogoc";
