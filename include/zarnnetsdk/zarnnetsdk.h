@@ -24,5 +24,6 @@
 #include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/ipv4.h>
 #include <zarnnetsdk/ipv6.h>
+#include <zarnnetsdk/pppoe.h>
 #include <zarnnetsdk/tunnel.h>
 #include <zarnnetsdk/virtual.h>

@@ -10,6 +10,7 @@ namespace frame {
 
 inline constexpr int kNetworkRead = 0x105;  // interface files, resolver files, routes, host name
 inline constexpr int kNetworkWrite = 0x106;
+inline constexpr int kSettingsRead = 0x805;
 inline constexpr int kSettingsWrite = 0x806;  // /etc/zarninfo.conf
 inline constexpr int kServicePlugin = 0x1000006;
 

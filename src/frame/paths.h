@@ -29,6 +29,12 @@ inline constexpr char kTunnelPassword[] = "/etc/gogoc/.tunnel_passwd";
 inline constexpr char kVlanTemplate[] = "/etc/sysconfig/network-scripts/VLAN_XXXXXX";
 inline constexpr char kVlanParentTemplate[] = "/etc/sysconfig/network-scripts/DEVICE_XXXXXX";
 inline constexpr char kVlanRemovedTemplate[] = "/etc/sysconfig/network-scripts/DEV_XXXXXX";
+inline constexpr char kPppoeConf[] = "/etc/ppp/pppoe.conf";
+inline constexpr char kPapSecrets[] = "/etc/ppp/pap-secrets";
+inline constexpr char kPapSecretsTemporary[] = "/etc/ppp/pap-secrets.tmp";
+inline constexpr char kPppoeRelayFolder[] = "/etc/sysconfig/pppoe-relay/";
+// Beside that folder, in which nothing may stand but the files of interfaces.
+inline constexpr char kPppoeRelayTemporary[] = "/etc/sysconfig/.pppoe-relay.XXXXXX";
 
 inline std::string Ifcfg(std::string_view ifname) {
   return std::string(kIfcfgPrefix).append(ifname);
@@ -50,6 +56,7 @@ inline std::string Dhcp6Pid(std::string_view ifname, std::string_view action) {
 inline constexpr char kDhclientScript[] = "/etc/dhclient/dhclient-script";
 inline constexpr char kDhclientScriptCopy[] = "/var/run/dhclient-script";
 inline constexpr char kExternalIpResult[] = "/run/ddns/externalIP.result";
+inline constexpr char kPppoeIntf[] = "/tmp/zarnpppoe.intf";
 inline constexpr char kTopologyBridgeMark[] = "/tmp/net_topology_bridge";
 
 // ---- the kernel's files
@@ -96,6 +103,10 @@ inline constexpr char kSed[] = "/bin/sed";
 inline constexpr char kNetworkScript[] = "/etc/rc.network";
 inline constexpr char kIpcalc[] = "/bin/ipcalc";
 inline constexpr char kDhclient[] = "/usr/sbin/dhclient";
+inline constexpr char kPppoeStart[] = "/usr/sbin/pppoe-start";
+inline constexpr char kPppoeStop[] = "/usr/sbin/pppoe-stop";
+inline constexpr char kPppoeStatus[] = "/usr/sbin/pppoe-status";
+inline constexpr char kPppoeRelay[] = "/usr/sbin/pppoe-relay";
 inline constexpr char kNetdTool[] = "/usr/zarn/sbin/zarnnetdtool";
 inline constexpr char kRcTun[] = "/etc/gogoc/rc.tun";
 inline constexpr char kGogoc[] = "/usr/bin/gogoc";

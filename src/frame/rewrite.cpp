@@ -11,7 +11,6 @@
 #include <zarncore/zarncore.h>
 
 namespace frame {
-namespace {
 
 void SyncFolderOf(const std::string& path) {
   const std::string folder = path.substr(0, path.rfind('/') + 1);
@@ -19,8 +18,6 @@ void SyncFolderOf(const std::string& path) {
       ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (fd) ::fsync(fd.Get());  // the new content is in place: a failure here could not be taken back
 }
-
-}  // namespace
 
 Rewrite::Rewrite(std::string path) : Rewrite(path, path + ".XXXXXX") {}
 

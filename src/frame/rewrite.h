@@ -9,6 +9,9 @@
 
 namespace frame {
 
+// Makes a new name of a file last through a power cut.
+void SyncFolderOf(const std::string& path);
+
 // One rewrite, step by step: each has a code of its own. The new content is collected in a
 // temporary file beside the target, which goes with this object unless it has taken the target's
 // place. Where a step answers false errno says why, and the target is as it was.

@@ -1,0 +1,137 @@
+// The interface of the PPPoE connection, and its address. Asking the scripts takes long, so their
+// answer is remembered in a file.
+#include <cstring>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <zarnnetsdk/pppoe.h>
+
+#include "frame/command.h"
+#include "frame/file.h"
+#include "frame/kernel.h"
+#include "frame/log.h"
+#include "frame/paths.h"
+#include "frame/rewrite.h"
+#include "frame/text.h"
+
+using namespace frame;
+
+namespace {
+
+constexpr char kPppPrefix[] = "ppp";
+constexpr char kMonitorPart[] = "mon.";
+constexpr int kHeaderLines = 2;
+
+// Is there a PPP interface at all? What is remembered may be that of yesterday.
+bool KernelHasPpp(LineReader* lines) {
+  for (int skipped = 0; skipped < kHeaderLines; ++skipped)
+    static_cast<void>(lines->Next());
+  while (const auto line = lines->Next()) {
+    const std::size_t colon = line->find(':');
+    if (colon == std::string_view::npos) {
+      LOG_ERROR("%s:%d input string: %s don't contain charactor :",
+                std::string(Trimmed(*line)).c_str());
+      return false;
+    }
+    const std::string_view name = Trimmed(line->substr(0, colon));
+    if (name.find(kMonitorPart) == std::string_view::npos && name.starts_with(kPppPrefix))
+      return true;
+  }
+  return false;
+}
+
+std::string WithoutNewline(std::string_view line) {
+  if (line.ends_with('\n')) line.remove_suffix(1);
+  return std::string(line);
+}
+
+// Nothing when nothing is remembered; an empty line is a line too.
+std::optional<std::string> Remembered() {
+  LineReader lines{paths::kPppoeIntf};
+  if (!lines.IsOpen()) return std::nullopt;
+  const auto line = lines.Next();
+  return line ? std::optional(WithoutNewline(*line)) : std::nullopt;
+}
+
+void Forget() {
+  ::unlink(paths::kPppoeIntf);  // mostly there is none
+}
+
+// The folder is everybody's: a link that somebody has laid there is replaced, not followed.
+void Remember(const std::string& ifname) {
+  Rewrite file(paths::kPppoeIntf);
+  const bool written = file.IsOpen() && file.SetMode(S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH) &&
+                       file.Fill(ifname + "\n") && file.TakeEffect();
+  if (!written) Forget();
+}
+
+std::string FirstWord(std::string_view line) {
+  const auto words = SplitWords(line);
+  return words.empty() ? "" : std::string(words.front());
+}
+
+// The rest of the output is read too: a script that writes to nobody would be ended by it.
+std::string InterfaceIn(std::FILE* output) {
+  std::string ifname;
+  char line[1024];
+  while (std::fgets(line, sizeof line, output) != nullptr) {
+    if (ifname.empty() && std::strstr(line, "Point-to-Point") != nullptr) ifname = FirstWord(line);
+  }
+  return ifname;
+}
+
+int Hand(const std::string& found, char* ifname, std::size_t size) {
+  CopyText(found, ifname, size);
+  if (!found.empty()) return 0;
+  LOG_DETAIL("%s:%d Failed to get real pppoe interface");
+  return -1;
+}
+
+int AskScripts(char* ifname, std::size_t size) {
+  const CommandOutput output = OutputOf(paths::kPppoeStatus);
+  if (!output) {
+    LOG_ERROR("%s:%d failed to excute cmd/usr/sbin/pppoe-status");
+    return -1;
+  }
+  const std::string found = InterfaceIn(output.get());
+  if (!found.empty()) Remember(found);
+  return Hand(found, ifname, size);
+}
+
+// ---- the address
+
+bool HandAddress(std::optional<in_addr> address, char* text, int size) {
+  if (!address) return false;
+  if (text != nullptr && size > 0) CopyText(DottedText(*address), text, static_cast<size_t>(size));
+  return true;
+}
+
+bool ReadAddress(char* ip, int ipSize, char* mask, int maskSize) {
+  char ifname[32] = "";
+  if (ZARNPPPoeIntfGet(ifname, sizeof ifname) < 0) return false;
+  const InetSocket socket;
+  return socket.IsOpen() && HandAddress(socket.Address(ifname), ip, ipSize) &&
+         HandAddress(socket.Netmask(ifname), mask, maskSize);
+}
+
+}  // namespace
+
+int ZARNPPPoeIntfGet(char* ifname, size_t size) try {
+  if (ifname == nullptr || size == 0) return FRAME_FAIL(kBadParameter, -1);
+  LineReader devices{paths::kProcNetDev};
+  if (!devices.IsOpen()) return FRAME_FAIL(kOpen, -1);
+  if (!KernelHasPpp(&devices)) return -1;
+  std::memset(ifname, 0, size);
+  if (const auto remembered = Remembered()) return Hand(*remembered, ifname, size);
+  return AskScripts(ifname, size);
+}
+FRAME_NO_EXCEPTIONS(-1)
+
+int ZARNPPPoeNetInfoGet(char* ip, int ip_size, char* mask, int mask_size) try {
+  const bool wanted = (ip != nullptr && ip_size > 0) || (mask != nullptr && mask_size > 0);
+  if (!wanted) return 0;
+  if (ReadAddress(ip, ip_size, mask, mask_size)) return 0;
+  Forget();
+  return -1;
+}
+FRAME_NO_EXCEPTIONS(-1)
