@@ -63,8 +63,9 @@ typedef struct DHCP_PXE_CONF {
  * The server is a dnsmasq of the appliance's. These functions write its fragments (".conf") and their switches
  * (".info") in /etc/dhcpd; the network script puts what is switched on together and starts the server with it. A
  * change has no effect before a restart. iptype is 0 for IPv4, 1 for IPv6. No locks; a file is replaced as a whole.
- * Every text of a record that would add a line to a file (a newline or another control character in it) is refused
- * with 0x0D00 and nothing written. Writers run /bin/mkdir for the folder. */
+ * A text that would add a line to a file (a newline or another control character in it) and a name that can be no
+ * part of a path are refused with 0x0D00 and nothing written. That and 0x0200 are the only codes; everything else,
+ * missing arguments too, is told by the result and the log. Writers run /bin/mkdir for the folder. */
 
 /** Runs "/etc/rc.network nat-start-dhcp". @return 1 when it ends with status 1, else 0 */
 int DHCPServerStart(void);
@@ -78,18 +79,18 @@ int KOPANetDHCPServerRestart(void);
 /** Is the server switched on as a whole (enable="yes" in dhcpd.info)? @return 1 or 0 */
 int DHCPIsEnabled(void);
 
-/** Is it switched on for an interface and a family? @return 1, 0 (also without a switch), or -1 with 0x0D00 */
+/** Is it switched on for an interface and a family? @return 1, 0 (also without a switch), or -1 for a wrong argument */
 int DHCPInterfaceIsEnabled(const char *ifname, int iptype);
 
-/** Switches it on (1) or off. @return 0, also when the file cannot be written, which the log tells; -1 with 0x0D00 or
- * without the folder */
+/** Switches it on (1) or off. @return 0, also when the file cannot be written, which the log tells; -1 for
+ * a wrong argument or without the folder */
 int DHCPInterfaceSetEnabled(const char *ifname, int iptype, int enable);
 
 /**
  * The interfaces that have a switch, on or off. Names with "-" or "." in them are passed over; "pxe" is among them
  * where network boot has been set.
  * @param list  replaced by a new list when there are any, the former one is freed; else left alone. May hold null
- * @return their number, or -1 with 0x0D00 or 0x0200
+ * @return their number, or -1 for a wrong argument (0x0200)
  */
 int DHCPInterfaceListGet(PKOPACSZLIST *list, int iptype);
 
@@ -107,12 +108,12 @@ int ZARNNetSetDhcpServerConfigFiles(const DHCP_SUBNET_CONF *conf, int enable);
 
 /**
  * Reads a subnet. The record's options are the caller's to free with DHCPOptionFree().
- * @return 1; 0 when there is none; -1 with 0x0D00, or when a line is missing. An IPv6 subnet that was written without
+ * @return 1; 0 when there is none; -1 for a wrong argument, or when a line is missing. An IPv6 subnet that was written without
  *         name servers cannot be read.
  */
 int DHCPTagConfGet(const char *ifname, unsigned subnet, int iptype, DHCP_SUBNET_CONF *conf);
 
-/** Reads a subnet's switch. @return 1, 0 (none; *enable is 0), or -1 with 0x0D00 */
+/** Reads a subnet's switch. @return 1, 0 (none; *enable is 0), or -1 for a wrong argument */
 int DHCPTagConfGetEnable(const char *ifname, unsigned subnet, int iptype, int *enable);
 
 /** Writes a subnet's switch: on for 1, else off. @return 0, or -1 (0x0D00, or the file cannot be written) */
@@ -120,7 +121,7 @@ int DHCPTagConfSetEnable(const char *ifname, unsigned subnet, int iptype, int en
 
 /**
  * Writes a subnet's fragment. An IPv6 subnet in mode "off" keeps the one it has.
- * @return 0; -1 with 0x0D00, when the file cannot be written, or for an option with a wrong value: the lines before it
+ * @return 0; -1 for a wrong argument, when the file cannot be written, or for an option with a wrong value: the lines before it
  *         are written then
  */
 int DHCPTagConfSetConfig(const char *ifname, unsigned subnet, int iptype, const DHCP_SUBNET_CONF *conf);
@@ -131,7 +132,7 @@ int DHCPTagConfSet(const char *ifname, unsigned subnet, int iptype, const DHCP_S
 
 /** The ranges of an interface's IPv4 subnets 0, 1, 2 ... up to the first number that is missing.
  * @param ranges  holds null; receives a chain that DHCPRangeFree() frees
- * @return their number, or -1 with 0x0D00, 0x0200, or for a range that is none */
+ * @return their number, or -1 for a wrong argument or a range that is none */
 int DHCPGetInterfaceRanges(const char *ifname, DHCP_RANGE **ranges);
 
 /** Frees a chain; null is allowed. */
@@ -141,7 +142,7 @@ void DHCPRangeFree(DHCP_RANGE *head);
  * Does the network of an address overlap with one that another interface serves? Members of a bond, interfaces
  * without a file and those switched off do not count.
  * @param conflict_if  receives that interface; may be null
- * @return 1 or 0; -1 with 0x0D00, or when the ranges of an interface cannot be read
+ * @return 1 or 0; -1 for a wrong argument, or when the ranges of an interface cannot be read
  */
 int DHCPIsRangeConflict(const char *ifname, const char *start, const char *end, const char *netmask,
                         char *conflict_if, size_t conflict_if_size);
@@ -157,19 +158,19 @@ void DHCPOptionFree(DHCP_OPTION *head);
 /** Is the text a number from 1 to 254? @return 1 or 0 */
 int DHCPVendorCheckOptNum(const char *text);
 
-/** Appends the vendor classes that have options, each once. @return 0, or -1 (0x0D00, 0x0200, 0x0900) */
+/** Appends the vendor classes that have options, each once. @return 0, or -1 */
 int DHCPVendorEnum(PKOPACSZLIST *vendors);
 
-/** Sets number and value of every option of a vendor class. @return 0, also when there are none; -1 with 0x0900, or for
+/** Sets number and value of every option of a vendor class. @return 0, also when there are none; -1 when it cannot be read, or for
  * a line that reads otherwise */
 int DHCPVendorGetVendor(const char *vendor, PKOPACSZHASH *options);
 
 /** The value of one option, cut to fit. Number 1 finds the line of number 12 where that comes first.
- * @return 1, 0 when there is none, -1 with 0x0D00 or 0x0A00, or for a line that reads otherwise */
+ * @return 1, 0 when there is none, -1 for a wrong argument, a file that cannot be read, or a line that reads otherwise */
 int DHCPVendorGetVendorOpt(const char *vendor, int number, char *value, size_t size);
 
 /** Replaces all options of a vendor class by number and value of the hash.
- * @return 0; -1 with 0x0D00 or when the file cannot be written: the former options are gone then, unless the vendor or
+ * @return 0; -1 for a wrong argument or when the file cannot be written: the former options are gone then, unless the vendor or
  *         a value was refused */
 int DHCPVendorSetVendor(const char *vendor, PKOPACSZHASH options);
 
@@ -179,17 +180,17 @@ int DHCPVendorSetVendorOpt(const char *vendor, int number, const char *value);
 
 /* ---- network boot ------------------------------------------------------------------------------------- */
 
-/** @return 0 with *enable 1 or 0; -1 with 0x0D00 */
+/** @return 0 with *enable 1 or 0; -1 for a wrong argument */
 int DHCPPXEConfGetEnable(int *enable);
 
-/** Reads the settings; all is empty when there are none. @return 0, or -1 (0x0D00, 0x0A00) */
+/** Reads the settings; all is empty when there are none. @return 0, or -1 */
 int DHCPPXEConfGet(DHCP_PXE_CONF *conf);
 
 /** Switches network boot on (1) or off. @return 0 or -1 */
 int DHCPPXEConfSetEnable(int enable);
 
 /** Writes the switch and, when it is 1, the settings of the chosen side and the fragment.
- * @return 0; -1 with 0x0D00 (a text of the chosen side is empty: the switch is written then) or when a file cannot be
+ * @return 0; -1 for a wrong argument (a text of the chosen side is empty: the switch is written then) or when a file cannot be
  *         written */
 int DHCPPXEConfSet(const DHCP_PXE_CONF *conf);
 
@@ -197,14 +198,14 @@ int DHCPPXEConfSet(const DHCP_PXE_CONF *conf);
 
 /**
  * The server's IPv4 files of an interface follow it to another name, as do the names in them. The switch of IPv6 stays.
- * @return 0, also without the folder; -1 with 0x0D00 or 0x2800, or when sed refuses: what is done stays done
+ * @return 0, also without the folder; -1 for a wrong argument, a file that cannot be renamed, or when sed refuses: what is done stays done
  * Runs /bin/sed. Does not restart the server.
  */
 int DHCPDConfChangeInterface(const char *old_if, const char *new_if);
 
 /**
  * op 1: switches the members' service off, remembering it, and the bond's to what it remembers; any other: the other
- * way round. Restarts the server. @return 0; -1 with 0x0D00, or when a switch cannot be read or written
+ * way round. Restarts the server. @return 0; -1 for a wrong argument, or when a switch cannot be read or written
  */
 int DHCPDLinkAggrSet(int op, const char *bond, PKOPACSZLIST members);
 

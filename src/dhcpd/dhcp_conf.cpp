@@ -120,7 +120,7 @@ int WriteV6(const char* ifname, unsigned subnet, const DHCP_SUBNET_CONF& conf) {
   if (mode == kOff) return 0;
   if (mode != "ra-only" && mode != "ra-stateless" && mode != kStateful) {
     LOG_ERROR("%s:%d Wrong dhcpv6 type [%s]", std::string(mode).c_str());
-    return FRAME_FAIL(kBadParameter, -1);
+    return -1;
   }
   if (!MakeFolderOrLog()) return -1;
   const std::string tag = Format("%sv6%u", ifname, subnet);
@@ -257,14 +257,14 @@ void LogUnread(const char* ifname, unsigned subnet, bool v6) {
 }  // namespace
 
 int DHCPTagConfGet(const char* ifname, unsigned subnet, int iptype, DHCP_SUBNET_CONF* conf) try {
-  if (IsUnfitName(ifname) || conf == nullptr) {
+  if (IsRefusedName(ifname) || conf == nullptr) {
     LOG_ERROR("%s:%d Wrong parameters");
-    return FRAME_FAIL(kBadParameter, -1);
+    return -1;
   }
   const char* const stem = StemOf(iptype);
   if (stem == nullptr) {
     LOG_ERROR("%s:%d Wrong or unsupported DHCPD ip type");
-    return FRAME_FAIL(kBadParameter, -1);
+    return -1;
   }
   if (!Exists(SubnetConf(stem, ifname, subnet))) return 0;
   *conf = {};
@@ -278,9 +278,9 @@ FRAME_NO_EXCEPTIONS(-1)
 
 int DHCPTagConfGetEnable(const char* ifname, unsigned subnet, int iptype, int* enable) try {
   const char* const stem = StemOf(iptype);
-  if (IsUnfitName(ifname) || enable == nullptr || stem == nullptr) {
+  if (IsRefusedName(ifname) || enable == nullptr || stem == nullptr) {
     LOG_ERROR("%s:%d Wrong parameters");
-    return FRAME_FAIL(kBadParameter, -1);
+    return -1;
   }
   const std::string path = SubnetInfo(stem, ifname, subnet);
   const bool exists = Exists(path);
@@ -291,9 +291,9 @@ FRAME_NO_EXCEPTIONS(-1)
 
 int DHCPTagConfSetEnable(const char* ifname, unsigned subnet, int iptype, int enable) try {
   const char* const stem = StemOf(iptype);
-  if (IsUnfitName(ifname) || stem == nullptr) {
+  if (IsRefusedName(ifname) || stem == nullptr) {
     LOG_ERROR("%s:%d Wrong parameters");
-    return FRAME_FAIL(kBadParameter, -1);
+    return -1;
   }
   if (!MakeFolderOrLog()) return -1;
   return ReplaceFileOrLog(SubnetInfo(stem, ifname, subnet), SwitchLine(enable == 1)) ? 0 : -1;
@@ -304,11 +304,11 @@ int DHCPTagConfSetConfig(const char* ifname, unsigned subnet, int iptype,
                          const DHCP_SUBNET_CONF* conf) try {
   if (StemOf(iptype) == nullptr) {
     LOG_ERROR("%s:%d Wrong DHCP ip type");
-    return FRAME_FAIL(kBadParameter, -1);
+    return -1;
   }
-  if (IsUnfitName(ifname) || conf == nullptr || HasUnfitTexts(*conf)) {
+  if (IsRefusedName(ifname) || conf == nullptr || RefusesTexts(*conf)) {
     LOG_ERROR("%s:%d Bad parameters.");
-    return FRAME_FAIL(kBadParameter, -1);
+    return -1;
   }
   return iptype == kIpv6 ? WriteV6(ifname, subnet, *conf) : WriteV4(ifname, subnet, *conf);
 }
@@ -316,9 +316,9 @@ FRAME_NO_EXCEPTIONS(-1)
 
 int DHCPTagConfSet(const char* ifname, unsigned subnet, int iptype,
                    const DHCP_SUBNET_CONF* conf) try {
-  if (IsUnfitName(ifname) || conf == nullptr || HasUnfitTexts(*conf)) {
+  if (IsRefusedName(ifname) || conf == nullptr || RefusesTexts(*conf)) {
     LOG_ERROR("%s:%d parameter error");
-    return FRAME_FAIL(kBadParameter, -1);
+    return -1;
   }
   if (DHCPTagConfSetEnable(ifname, subnet, iptype, conf->enable) < 0) {
     LOG_ERROR("%s:%d Failed to set to dhcp server info file [%s].", ifname);

@@ -53,9 +53,9 @@ bool RestoreFile(const std::string& path) {
 
 // Does the step to the switches of both families, where they are.
 bool ForBothFamilies(const char* ifname, bool (*step)(const std::string&)) {
-  if (IsUnfitName(ifname)) {
+  if (IsRefusedName(ifname)) {
     LOG_ERROR("%s:%d Restore interface is null");
-    return FRAME_FAIL(kBadParameter, false);
+    return false;
   }
   for (const char* stem : {kStemV4, kStemV6}) {
     const std::string path = InterfaceInfo(stem, ifname);
@@ -96,7 +96,7 @@ bool Dissolve(const char* bond, const KOPACSZLIST* members) {
 int DHCPDLinkAggrSet(int op, const char* bond, PKOPACSZLIST members) try {
   if (bond == nullptr) {
     LOG_ERROR("%s:%d Bond interface is null");
-    return FRAME_FAIL(kBadParameter, -1);
+    return -1;
   }
   if (!(op == kJoin ? Join(bond, members) : Dissolve(bond, members))) return -1;
   if (DHCPServerRestart() <

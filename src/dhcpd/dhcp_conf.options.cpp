@@ -339,13 +339,13 @@ bool dhcpd::ReadOptions(const char* subnetName, const std::string& path, DHCP_OP
   *chain = nullptr;
   if (IsEmpty(subnetName)) {
     LOG_ERROR("%s:%d Wrong input parameter when get user-defined dhcp option");
-    return FRAME_FAIL(kBadParameter, false);
+    return false;
   }
   if (!Exists(path)) return true;
   const File file = OpenFile(path, "r");
   if (!file) {
     LOG_ERROR("%s:%d Failed to open DHCP config [%s] for reading", path.c_str());
-    return FRAME_FAIL(kOpen, false);
+    return false;
   }
   OwnedOption options;
   if (!ReadAll(file.get(), &options)) return false;

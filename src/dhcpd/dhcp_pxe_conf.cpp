@@ -51,10 +51,10 @@ bool ReadServer(DHCP_PXE_CONF* conf) {
 
 // ---- written
 
-bool HasUnfitTexts(const DHCP_PXE_CONF& conf) {
-  return HasControlCharacters(FieldText(conf.local_bootloader)) ||
-         HasControlCharacters(FieldText(conf.remote_bootloader)) ||
-         HasControlCharacters(FieldText(conf.remote_tftp_server_ip));
+bool RefusesTexts(const DHCP_PXE_CONF& conf) {
+  return RefusesText(FieldText(conf.local_bootloader)) ||
+         RefusesText(FieldText(conf.remote_bootloader)) ||
+         RefusesText(FieldText(conf.remote_tftp_server_ip));
 }
 
 bool IsComplete(const DHCP_PXE_CONF& conf) {
@@ -109,7 +109,7 @@ int WriteFiles(const DHCP_PXE_CONF& conf) {
 }  // namespace
 
 int DHCPPXEConfGetEnable(int* enable) try {
-  if (enable == nullptr) return FRAME_FAIL(kBadParameter, -1);
+  if (enable == nullptr) return -1;
   *enable = KeyIs(kSetting, kEnableKey, "yes") ? 1 : 0;
   return 0;
 }
@@ -118,7 +118,7 @@ FRAME_NO_EXCEPTIONS(-1)
 int DHCPPXEConfGet(DHCP_PXE_CONF* conf) try {
   if (conf == nullptr) {
     LOG_ERROR("%s:%d DHCPPXEConfGet() cannot store to NULL structure");
-    return FRAME_FAIL(kBadParameter, -1);
+    return -1;
   }
   *conf = {};
   static_cast<void>(DHCPPXEConfGetEnable(&conf->enable));
@@ -129,7 +129,7 @@ int DHCPPXEConfGet(DHCP_PXE_CONF* conf) try {
     return 0;
   }
   LOG_ERROR("%s:%d Failed to get pxe config");
-  return FRAME_FAIL(kRead, -1);
+  return -1;
 }
 FRAME_NO_EXCEPTIONS(-1)
 
@@ -146,11 +146,11 @@ FRAME_NO_EXCEPTIONS(-1)
 int DHCPPXEConfSet(const DHCP_PXE_CONF* conf) try {
   if (conf == nullptr) {
     LOG_ERROR("%s:%d no interface parameter");
-    return FRAME_FAIL(kBadParameter, -1);
+    return -1;
   }
-  if (HasUnfitTexts(*conf)) {
+  if (RefusesTexts(*conf)) {
     LOG_ERROR("%s:%d Failed to set config file of dhcp pxe server.");
-    return FRAME_FAIL(kBadParameter, -1);
+    return -1;
   }
   if (DHCPPXEConfSetEnable(conf->enable) < 0) {
     LOG_ERROR("%s:%d Failed to set info file of dhcp pxe server.");
@@ -159,6 +159,6 @@ int DHCPPXEConfSet(const DHCP_PXE_CONF* conf) try {
   if (conf->enable != 1) return 0;
   if (IsComplete(*conf)) return WriteFiles(*conf);
   LOG_ERROR("%s:%d Failed to set config file of dhcp pxe server.");
-  return FRAME_FAIL(kBadParameter, -1);
+  return -1;
 }
 FRAME_NO_EXCEPTIONS(-1)

@@ -156,13 +156,13 @@ int CompareWith(const char* ifname, const Wanted& wanted) {
 }  // namespace
 
 int DHCPGetInterfaceRanges(const char* ifname, DHCP_RANGE** ranges) try {
-  if (IsUnfitName(ifname)) {
+  if (IsRefusedName(ifname)) {
     LOG_ERROR("%s:%d Wrong interface name [%s]", ifname == nullptr ? "" : ifname);
-    return FRAME_FAIL(kBadParameter, -1);
+    return -1;
   }
   if (ranges == nullptr || *ranges != nullptr) {
     LOG_ERROR("%s:%d Wrong dhcp range storage");
-    return FRAME_FAIL(kBadParameter, -1);
+    return -1;
   }
   RangeChain chain;
   unsigned count = 0;
@@ -187,7 +187,7 @@ int DHCPIsRangeConflict(const char* ifname, const char* start, const char* end, 
   if (AnyEmpty({ifname, start, end, netmask}) ||
       (conflict_if != nullptr && conflict_if_size == 0)) {
     LOG_ERROR("%s:%d Parameters error");
-    return FRAME_FAIL(kBadParameter, -1);
+    return -1;
   }
   if (conflict_if != nullptr) CopyText("", conflict_if, conflict_if_size);
   constexpr int kCapacity = 16;

@@ -31,13 +31,13 @@ int RunServer(const char* verb) {
 
 // What the switch of an interface needs: a name that is one, and a family that there is.
 bool IsSwitch(const char* ifname, int ipType) {
-  if (IsUnfitName(ifname)) {
+  if (IsRefusedName(ifname)) {
     LOG_ERROR("%s:%d no interface is given");
-    return FRAME_FAIL(kBadParameter, false);
+    return false;
   }
   if (StemOf(ipType) == nullptr) {
     LOG_ERROR("%s:%d Wrong DHCPD ip type");
-    return FRAME_FAIL(kBadParameter, false);
+    return false;
   }
   return true;
 }
@@ -109,11 +109,11 @@ FRAME_NO_EXCEPTIONS(-1)
 int DHCPInterfaceListGet(PKOPACSZLIST* list, int iptype) try {
   if (list == nullptr) {
     LOG_ERROR("%s:%d Parameter error");
-    return FRAME_FAIL(kBadParameter, -1);
+    return -1;
   }
   if (StemOf(iptype) == nullptr) {
     LOG_ERROR("%s:%d Wrong DHCPD ip type");
-    return FRAME_FAIL(kBadParameter, -1);
+    return -1;
   }
   const InfoFiles files(StemOf(iptype));
   if (files.Failed()) {

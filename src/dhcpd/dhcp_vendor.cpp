@@ -63,7 +63,7 @@ bool ForLinesWith(const std::string& text, Step step) {
   const File file = OpenFile(kVendorConf, "r");
   if (!file) {
     LOG_ERROR("%s:%d Failed to read DHCP vendor config");
-    return FRAME_FAIL(kOpen, false);
+    return false;
   }
   char line[kLineSize];
   while (std::fgets(line, sizeof line, file.get()) != nullptr) {
@@ -89,10 +89,10 @@ bool AddLine(const char* vendor, const char* number, const char* value) {
   return KOPACFileAddLine(kVendorConf, nullptr, line.c_str(), 0) >= 0;
 }
 
-bool HasUnfitValues(const KOPACSZHASH* options, const StringList& numbers) {
+bool RefusesValues(const KOPACSZHASH* options, const StringList& numbers) {
   for (int i = 0; i < numbers.Count(); ++i) {
     const char* const value = KOPACSzHashGetValue(options, numbers[i]);
-    if (value != nullptr && HasControlCharacters(value)) return true;
+    if (value != nullptr && RefusesText(value)) return true;
   }
   return false;
 }
@@ -104,7 +104,7 @@ bool AddOption(const char* vendor, const char* number, const char* value) {
   }
   if (DHCPVendorCheckOptNum(number) != 1) {
     LOG_ERROR("%s:%d Failed to set vendor [%s] option, Wrong option number [%s]", vendor, number);
-    return FRAME_FAIL(kBadParameter, false);
+    return false;
   }
   if (AddLine(vendor, number, value)) return true;
   LOG_ERROR("%s:%d Faild to set vendor [%s] option: KOPACFileAddLine() erorr", vendor);
@@ -151,7 +151,7 @@ int DHCPVendorCheckOptNum(const char* text) {
 int DHCPVendorEnum(PKOPACSZLIST* vendors) try {
   if (vendors == nullptr || *vendors == nullptr) {
     LOG_ERROR("%s:%d Failed to enum vendors: parameter error");
-    return FRAME_FAIL(kBadParameter, -1);
+    return -1;
   }
   const bool all = ForLinesWith(kPrefix, [vendors](const char* line) {
     const auto vendor = VendorOf(line);
@@ -193,7 +193,7 @@ int DHCPVendorGetVendorOpt(const char* vendor, int number, char* value, std::siz
   if (IsEmpty(vendor) || !IsOptionNumber(number) || value == nullptr || size == 0) {
     LOG_ERROR("%s:%d get vendor [%s] option [#%d] failed: wrong input format", OrNothing(vendor),
               number);
-    return FRAME_FAIL(kBadParameter, -1);
+    return -1;
   }
   if (!Exists(kVendorConf)) return 0;
   constexpr int kContains = 0x402;
@@ -202,7 +202,7 @@ int DHCPVendorGetVendorOpt(const char* vendor, int number, char* value, std::siz
   const int found = KOPACFileGetLine(kVendorConf, wanted.c_str(), line, sizeof line, kContains);
   if (found < 0) {
     LOG_ERROR("%s:%d KOPACFileGetLine() failed");
-    return FRAME_FAIL(kRead, -1);
+    return -1;
   }
   if (found == 0) {
     LOG_DETAIL("%s:%d No match [%s] line in DHCP vendor config", wanted.c_str());
@@ -216,18 +216,18 @@ int DHCPVendorGetVendorOpt(const char* vendor, int number, char* value, std::siz
 FRAME_NO_EXCEPTIONS(-1)
 
 int DHCPVendorSetVendor(const char* vendor, PKOPACSZHASH options) try {
-  if (IsEmpty(vendor) || HasControlCharacters(vendor) || options == nullptr) {
+  if (IsEmpty(vendor) || RefusesText(vendor) || options == nullptr) {
     LogSetFailure(OrNothing(vendor));
-    return FRAME_FAIL(kBadParameter, -1);
+    return -1;
   }
   StringList numbers(kLastNumber);
   if (KOPACSzHashEnumKey(options, numbers.Out()) < 0) {
     LOG_ERROR("%s:%d Failed to set vendor [%s] option: KOPACSzHashEnumKey() error", vendor);
     return -1;
   }
-  if (HasUnfitValues(options, numbers)) {
+  if (RefusesValues(options, numbers)) {
     LogSetFailure(vendor);
-    return FRAME_FAIL(kBadParameter, -1);
+    return -1;
   }
   return ReplaceVendor(vendor, options, numbers);
 } catch (...) {
@@ -236,12 +236,11 @@ int DHCPVendorSetVendor(const char* vendor, PKOPACSZHASH options) try {
 }
 
 int DHCPVendorSetVendorOpt(const char* vendor, int number, const char* value) try {
-  const bool writable =
-      !HasControlCharacters(OrNothing(vendor)) && !HasControlCharacters(OrNothing(value));
+  const bool writable = !RefusesText(OrNothing(vendor)) && !RefusesText(OrNothing(value));
   if (IsEmpty(vendor) || !IsOptionNumber(number) || IsEmpty(value) || !writable) {
     // Only told, unless the text would make more lines than one.
     LogSetFailure(writable ? OrNothing(vendor) : "", number);
-    if (!writable) return FRAME_FAIL(kBadParameter, -1);
+    if (!writable) return -1;
   }
   if (!MakeFolderOrLog()) return -1;
   const std::string digits = std::to_string(number);

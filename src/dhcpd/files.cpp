@@ -8,6 +8,7 @@
 #include <zarncore/zarncore.h>
 
 #include "frame/command.h"
+#include "frame/error.h"
 #include "frame/key_file.h"
 #include "frame/paths.h"
 #include "frame/rewrite.h"
@@ -40,6 +41,20 @@ bool HasUnfitTexts(const DHCP_OPTION& option) {
   for (int i = 0; option.values != nullptr && i < option.values->nItem; ++i) {
     const char* const value = KOPACSzListGet(option.values, i);
     if (value == nullptr || HasControlCharacters(value)) return true;
+  }
+  return false;
+}
+
+bool HasUnfitTexts(const DHCP_SUBNET_CONF& conf) {
+  for (const std::string_view text :
+       {FieldText(conf.start), FieldText(conf.end), FieldText(conf.interface),
+        FieldText(conf.domain), FieldText(conf.dns1), FieldText(conf.dns2),
+        FieldText(conf.dns_more), FieldText(conf.netmask), FieldText(conf.router),
+        FieldText(conf.tag), FieldText(conf.v6mode)}) {
+    if (HasControlCharacters(text)) return true;
+  }
+  for (const DHCP_OPTION* option = conf.options; option != nullptr; option = option->next) {
+    if (HasUnfitTexts(*option)) return true;
   }
   return false;
 }
@@ -114,18 +129,17 @@ bool HasControlCharacters(std::string_view text) {
                      [](unsigned char character) { return std::iscntrl(character) != 0; });
 }
 
-bool HasUnfitTexts(const DHCP_SUBNET_CONF& conf) {
-  for (const std::string_view text :
-       {FieldText(conf.start), FieldText(conf.end), FieldText(conf.interface),
-        FieldText(conf.domain), FieldText(conf.dns1), FieldText(conf.dns2),
-        FieldText(conf.dns_more), FieldText(conf.netmask), FieldText(conf.router),
-        FieldText(conf.tag), FieldText(conf.v6mode)}) {
-    if (HasControlCharacters(text)) return true;
-  }
-  for (const DHCP_OPTION* option = conf.options; option != nullptr; option = option->next) {
-    if (HasUnfitTexts(*option)) return true;
-  }
-  return false;
+bool IsRefusedName(const char* name) {
+  if (IsEmpty(name)) return true;
+  return IsUnfitName(name) && !FRAME_FAIL(kBadParameter, false);
+}
+
+bool RefusesText(std::string_view text) {
+  return HasControlCharacters(text) && !FRAME_FAIL(kBadParameter, false);
+}
+
+bool RefusesTexts(const DHCP_SUBNET_CONF& conf) {
+  return HasUnfitTexts(conf) && !FRAME_FAIL(kBadParameter, false);
 }
 
 }  // namespace dhcpd

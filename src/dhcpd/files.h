@@ -66,8 +66,15 @@ std::vector<std::string> ItemsOfLineWith(const std::string& path, const char* te
 // The value of the key, split the same way. Empty without the key.
 std::vector<std::string> ItemsOfKey(const std::string& path, const char* key);
 
-// Could one of the record's texts add a line to a file? A record that could is never written.
+// ---- what is never written
+// A text that would add a line to a file, or lead out of the folder, is refused with 0x0D00. That
+// is the only code of this family: what is just missing or of an unknown kind is told by result and
+// log.
+
 bool HasControlCharacters(std::string_view text);
-bool HasUnfitTexts(const DHCP_SUBNET_CONF& conf);
+// These set the code and answer true when they refuse; an empty name is true too, without a code.
+bool IsRefusedName(const char* name);
+bool RefusesText(std::string_view text);
+bool RefusesTexts(const DHCP_SUBNET_CONF& conf);
 
 }  // namespace dhcpd

@@ -24,13 +24,15 @@ struct Names {
 
 // A name becomes part of a sed expression, where these would end it or bring in other text.
 bool IsUnfitForSed(const char* name) {
-  return IsUnfitName(name) || std::string_view(name).find_first_of("\\&") != std::string_view::npos;
+  if (IsRefusedName(name)) return true;
+  const bool unfit = std::string_view(name).find_first_of("\\&") != std::string_view::npos;
+  return unfit && !FRAME_FAIL(kBadParameter, false);
 }
 
 bool Rename(const std::string& from, const std::string& to) {
   if (std::rename(from.c_str(), to.c_str()) == 0) return true;
   LOG_ERROR("%s:%d Failed to rename [%s][%s]", from.c_str(), to.c_str());
-  return FRAME_FAIL(kRename, false);
+  return false;
 }
 
 bool RenameIfThere(const std::string& from, const std::string& to) {
@@ -127,7 +129,7 @@ bool MoveProxy(const Names& names) {
 int DHCPDConfChangeInterface(const char* old_if, const char* new_if) try {
   if (IsUnfitForSed(old_if) || IsUnfitForSed(new_if)) {
     LOG_ERROR("%s:%d Bad parameters");
-    return FRAME_FAIL(kBadParameter, -1);
+    return -1;
   }
   if (KOPACFileCheckDir(kFolder) != 1) return 0;
   const Names names{old_if, new_if};

@@ -66,7 +66,7 @@ bool ReadInterface(const std::string& path, DHCP_SUBNET_CONF* conf) {
 
 int ZARNNetGetDhcpServerConf(const char* tag, const char* ifname, DHCP_SUBNET_CONF* conf) try {
   if (tag == nullptr || ifname == nullptr || conf == nullptr) return 0;
-  if (IsUnfitName(tag) || IsUnfitName(ifname)) return FRAME_FAIL(kBadParameter, 0);
+  if (IsRefusedName(tag) || IsRefusedName(ifname)) return 0;
   const std::string path = TagConf(ifname, tag);
   if (!Exists(path)) {
     LOG_ERROR("%s:%d File [%s] does not exist.", path.c_str());

@@ -25,8 +25,8 @@ std::string FragmentText(const DHCP_SUBNET_CONF& conf) {
 }
 
 bool IsFit(const DHCP_SUBNET_CONF& conf) {
-  return !IsUnfitName(std::string(FieldText(conf.interface)).c_str()) &&
-         !IsUnfitName(std::string(FieldText(conf.tag)).c_str()) && !HasUnfitTexts(conf);
+  return !IsRefusedName(std::string(FieldText(conf.interface)).c_str()) &&
+         !IsRefusedName(std::string(FieldText(conf.tag)).c_str()) && !RefusesTexts(conf);
 }
 
 }  // namespace
@@ -34,7 +34,7 @@ bool IsFit(const DHCP_SUBNET_CONF& conf) {
 int ZARNNetSetDhcpServerConfigFiles(const DHCP_SUBNET_CONF* conf, int enable) try {
   if (conf == nullptr || !IsFit(*conf)) {
     LOG_ERROR("%s:%d Bad parameters.");
-    return FRAME_FAIL(kBadParameter, 0);
+    return 0;
   }
   if (!MakeFolder()) {
     LOG_ERROR("%s:%d Failed to mkdir [%s]", kFolder);
