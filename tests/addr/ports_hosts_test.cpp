@@ -211,3 +211,11 @@ TEST_F(Lan, AWakeFrameIsBroadcastAndHasTheAddressSixteenTimes) {
   Refused(-1, 0xBC00, [] { return KOPANetEtherWake("eth9", "00:1a:2b:3c:4d:5e"); });
   Refused(-1, 0x2A00, [] { return KOPANetEtherWake("eth1", "00:1a:2b:3c:4d:5e"); });  // down
 }
+
+TEST(Conflict, TheSecondHostsAddressIsInUseAndAFreeOneIsNot) {
+  Shell("ip link add br0 type bridge; ip link set eth0 master br0 up; ip link set br0 up");
+  Shell("ip address add 192.168.50.10/24 dev br0");
+  EXPECT_EQ(1, ZARNIIpConflict("br0", "192.168.50.1")) << LogText();
+  EXPECT_EQ(0, ZARNIIpConflict("br0", "192.168.50.77")) << LogText();
+  EXPECT_EQ(0, ZARNIIpConflict("br0", "192.168.50.10")) << "its own";
+}

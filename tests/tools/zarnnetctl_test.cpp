@@ -634,3 +634,71 @@ TEST(Stat, WatchingShowsWhatPassedBetweenTwoLooks) {
   EXPECT_TRUE(Contains(ReadFile("/root/typed"), "\x1b[2F\x1b[J")) << "over the table before";
   EXPECT_EQ("usage", Error("stat --count 2", kUsage)["what"]);
 }
+
+// ---- bond, bridge, vlan, topology, tree
+
+TEST(Bridge, TheRoleInTheFileAndTheBridgeInTheKernelAreShown) {
+  Shell("ip link add br0 type bridge; ip link set br0 up; ip link set eth1 master br0 up");
+  WriteIfcfg("br0", "");
+  WriteIfcfg("eth1", "IPADDR=10.0.0.1\nNETMASK=255.0.0.0\nBOOTPROTO=static");
+  ExpectDone("bridge set br0 bridge eth1 --address 192.168.60.1/24");
+  ExpectDone("bridge set eth1 port br0");
+  const json port{{"name", "eth1"}, {"role", "port"}, {"ref", "br0"}};
+  EXPECT_EQ(port, Payload("bridge set eth1 port br0", "bridge"));
+  const std::string file = ReadFile(std::string(kScripts) + "/ifcfg-eth1");
+  EXPECT_TRUE(Contains(file, "BRIDGE=br0\n") && Contains(file, "IPADDR=10.0.0.1\n")) << file;
+  const json live{{"type", "bridge"}, {"ref", "eth1"}, {"ports", {"eth1"}}};
+  const json shown = Payload("bridge show br0", "bridge");
+  EXPECT_EQ("bridge", shown["role"]);
+  EXPECT_EQ(live, shown["live"]);
+  EXPECT_EQ("br0", Payload("bridge list", "bridges")[0]["name"]);
+  EXPECT_EQ("usage", Error("bridge set eth1 port", kUsage)["what"]);
+  EXPECT_EQ("0x1000", Error("bridge set eth1 none --address 300.1.1.1/8", kFailed)["code"]);
+  EXPECT_EQ(file, ReadFile(std::string(kScripts) + "/ifcfg-eth1"));
+}
+
+TEST(Tree, StandsOnWhatIsBelow) {
+  Shell("ip link add br0 type bridge; ip link set br0 up; ip link set eth1 master br0 up");
+  Shell("ip link set eth2 master br0; ip address add 192.168.60.1/24 dev br0");
+  WriteIfcfg("br0", "TYPE=bridge\nPRIMARY=eth1\n");
+  const std::string drawn = Ctl("tree").out;
+  const std::size_t at = drawn.find("br0 (bridge)\n├─ 192.168.60.1/24\n");
+  ASSERT_NE(std::string::npos, at) << drawn;
+  EXPECT_TRUE(Contains(drawn.substr(at), "├─ eth1\n") && Contains(drawn.substr(at), "└─ eth2\n"))
+      << drawn;
+  EXPECT_FALSE(Contains(drawn, "\neth1")) << "ports stand below their bridge alone";
+  const json tree = Payload("tree", "tree");
+  const auto bridge = std::find_if(tree.begin(), tree.end(),
+                                   [](const json& node) { return node["name"] == "br0"; });
+  ASSERT_NE(tree.end(), bridge);
+  EXPECT_EQ(2U, (*bridge)["below"].size());
+}
+
+TEST(Topology, IsStoredAndShown) {
+  WriteFile("/etc/zarninfo.conf", "support_net_topology=\"yes\"\n");
+  ExpectDone("topology set bridge");
+  EXPECT_EQ("support_net_topology=\"yes\"\nnet_topology=\"bridge\"\n",
+            ReadFile("/etc/zarninfo.conf"));
+  const json topology = Payload("topology get", "topology");
+  EXPECT_EQ(json(2), topology["id"]);
+  EXPECT_EQ("br0", topology["uplink"]);
+  EXPECT_EQ(3U, topology["layout"].size());
+  EXPECT_EQ("usage", Error("topology set mesh", kUsage)["what"]);
+}
+
+TEST(Bond, AndVlanRefuseWhatCannotBe) {
+  EXPECT_EQ(json::array(), Payload("bond list", "bonds"));
+  EXPECT_EQ(json::array(), Payload("vlan list", "vlans"));
+  const std::string file = ReadFile(std::string(kScripts) + "/ifcfg-eth0");
+  EXPECT_EQ("0xBC00", Error("bond show bond0", kFailed)["code"]);
+  EXPECT_EQ("0xBC00", Error("bond delete bond0", kFailed)["code"]);
+  EXPECT_EQ("0xBC00", Error("bond set bond0 eth0 eth9", kFailed)["code"]);
+  EXPECT_EQ("0xBB00", Error("bond set bond0 eth0 eth0", kFailed)["code"]);
+  EXPECT_EQ("usage", Error("bond set bond0 eth0", kUsage)["what"]);
+  EXPECT_EQ("usage", Error("bond set bond0 --mode fast eth0 eth1", kUsage)["what"]);
+  EXPECT_EQ("0xBC00", Error("vlan create eth9 10", kFailed)["code"]);
+  EXPECT_EQ("usage", Error("vlan create eth0 4095", kUsage)["what"]);
+  EXPECT_EQ("0xBC00", Error("vlan remove eth0.10", kFailed)["code"]);
+  EXPECT_EQ(file, ReadFile(std::string(kScripts) + "/ifcfg-eth0"));
+  EXPECT_EQ(Lines{}, Events());
+}
