@@ -1,8 +1,12 @@
 // The appliance's own programs, which the library only calls: the network script with bridges,
 // bonds and VLANs, the DHCP server and what a client gets from it, the address probe.
+#include <cstring>
 #include <gtest/gtest.h>
 #include <sstream>
 
+#include <zarnnetsdk/zarnnetsdk.h>
+
+#include "frame/containers.h"
 #include "support/appliance.h"
 
 using namespace test;
@@ -102,6 +106,54 @@ TEST(DhcpServer, GivesAClientWhatTheFragmentSays) {
   }
   if (HasFailure())
     ADD_FAILURE() << lease << Shell("cat /tmp/client.log /var/log/appliance/dhcp-server.log");
+}
+
+// The library's records, the server that runs from them, and clients on both sides of the LAN.
+TEST(DhcpServer, GivesClientsWhatTheRecordSays) {
+  Shell("ip address add 192.168.60.1/24 dev eth0");
+  BringUp("eth0");
+  SwitchOn("dhcpd");
+  DHCP_OPTION routes{};
+  routes.number = 121;
+  std::strcpy(routes.name, "classless-static-route");
+  frame::StringList route(2);
+  route.Add("10.0.0.0/8");
+  route.Add("192.168.60.254");
+  routes.values = *route.Out();
+  DHCP_OPTION mtu{26, "mtu", "1400", nullptr, &routes};
+  frame::StringList clocks(1);
+  clocks.Add("192.168.60.7");
+  DHCP_OPTION time{42, "ntp-server", "", *clocks.Out(), &mtu};
+  DHCP_SUBNET_CONF subnet{};
+  subnet.enable = 1;
+  subnet.lease = 3600;
+  std::strcpy(subnet.start, "192.168.60.50");
+  std::strcpy(subnet.end, "192.168.60.60");
+  std::strcpy(subnet.netmask, "255.255.255.0");
+  std::strcpy(subnet.router, "192.168.60.1");
+  std::strcpy(subnet.domain, "lan.example");
+  std::strcpy(subnet.dns1, "192.168.60.1");
+  std::strcpy(subnet.dns2, "192.168.60.2");
+  subnet.options = &time;
+  ASSERT_EQ(0, DHCPTagConfSet("eth0", 0, 0, &subnet)) << LogText();
+  ASSERT_EQ(0, DHCPInterfaceSetEnabled("eth0", 0, 1));
+  ASSERT_EQ(0, KOPANetDHCPServerRestart());
+  const std::string lease = Lease();
+  EXPECT_TRUE(Has(lease, "new_ip_address='192.168.60.5") || Has(lease, "='192.168.60.60'"));
+  for (const std::string_view line :
+       {"new_subnet_mask='255.255.255.0'", "new_routers='192.168.60.1'",
+        "new_domain_name='lan.example'", "new_domain_search='lan.example.'",
+        "new_domain_name_servers='192.168.60.1 192.168.60.2'", "new_interface_mtu='1400'",
+        "new_ntp_servers='192.168.60.7'", "new_routes='8 10 192 168 60 254'",
+        "new_dhcp_lease_time='3600'"}) {
+    EXPECT_TRUE(Has(lease, std::string(line) + "\n")) << line << "\n" << lease;
+  }
+  Shell("for port in 0 1; do ip -n lan link set lan$port type bridge_slave isolated off; done");
+  BringUp("eth1");
+  ZARNNETIFADDR offered{};
+  std::strcpy(offered.szName, "eth1");
+  EXPECT_EQ(0, ZARNIGetDHCPTestNetInfo(&offered)) << LogText();
+  EXPECT_EQ(1, KOPAIsIpInRange(offered.szIP, "192.168.60.50", "192.168.60.60", 2)) << offered.szIP;
 }
 
 TEST(DhcpServer, ServesWhatIsSwitchedOnAndLeavesOutWhatHasNoValue) {
