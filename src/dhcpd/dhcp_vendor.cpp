@@ -208,6 +208,7 @@ int DHCPVendorGetVendorOpt(const char* vendor, int number, char* value, std::siz
     LOG_DETAIL("%s:%d No match [%s] line in DHCP vendor config", wanted.c_str());
     return 0;
   }
+  line[std::strcspn(line, "\n")] = '\0';
   const auto option = Parse(line);
   if (!option) return -1;
   CopyText(option->value, value, size);
@@ -239,7 +240,7 @@ int DHCPVendorSetVendorOpt(const char* vendor, int number, const char* value) tr
   const bool writable = !RefusesText(OrNothing(vendor)) && !RefusesText(OrNothing(value));
   if (IsEmpty(vendor) || !IsOptionNumber(number) || IsEmpty(value) || !writable) {
     // Only told, unless the text would make more lines than one.
-    LogSetFailure(writable ? OrNothing(vendor) : "", number);
+    LogSetFailure(HasControlCharacters(OrNothing(vendor)) ? "" : OrNothing(vendor), number);
     if (!writable) return -1;
   }
   if (!MakeFolderOrLog()) return -1;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstring>
 #include <sys/stat.h>
 
 #include <zarncore/zarncore.h>
@@ -116,7 +117,7 @@ std::vector<std::string> ItemsOfLineWith(const std::string& path, const char* te
   constexpr int kContains = 0x402;
   char line[kLineSize] = "";
   if (KOPACFileGetLine(path.c_str(), text, line, sizeof line, kContains) <= 0) return {};
-  return Items(line);
+  return Items(std::string_view(line).substr(0, std::strcspn(line, "\n")));
 }
 
 std::vector<std::string> ItemsOfKey(const std::string& path, const char* key) {
