@@ -18,6 +18,8 @@ void AddRouteCommands(CLI::App& app, Context& context);
 void AddBondCommands(CLI::App& app, Context& context);
 void AddBridgeCommands(CLI::App& app, Context& context);
 void AddTopologyCommands(CLI::App& app, Context& context);
+void AddDhcpdCommands(CLI::App& app, Context& context);
+void AddDhcpdSubnetCommands(CLI::App& dhcpd, Context& context);
 void AddIpv6Commands(CLI::App& app, Context& context);
 void AddNetCommands(CLI::App& app, Context& context);
 void AddStatCommands(CLI::App& app, Context& context);

@@ -29,12 +29,6 @@ ZARNNETIFSETTINGS SettingsOf(const std::string& what, const std::string& ifname,
   return settings;
 }
 
-void RequireName(const std::string& what, const std::string& name) {
-  if (name.empty() || name.size() > 15 || name.find('/') != std::string::npos) {
-    throw Failure(what, kOutOfRange, "'" + name + "' cannot be the name of an interface");
-  }
-}
-
 // ---- bridge list, bridge show
 
 Json NamedBridgeJson(const std::string& name) {

@@ -89,6 +89,7 @@ int Run(int argc, char** argv) {
   AddBondCommands(app, context);
   AddBridgeCommands(app, context);
   AddTopologyCommands(app, context);
+  AddDhcpdCommands(app, context);
   AddNetCommands(app, context);
   AddStatCommands(app, context);
   AddSystemCommands(app, context);

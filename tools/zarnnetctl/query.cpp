@@ -70,6 +70,12 @@ void RequireIpv4(const std::string& what, const std::string& text) {
   throw Failure(what, kMalformedAddress, "'" + text + "' is not the IPv4 address of a host");
 }
 
+void RequireName(const std::string& what, const std::string& name) {
+  if (name.empty() || name.size() > 15 || name.find('/') != std::string::npos) {
+    throw Failure(what, kOutOfRange, "'" + name + "' cannot be the name of an interface");
+  }
+}
+
 void RequireInterface(const std::string& what, const std::string& ifname) {
   if (KernelHas(ifname)) return;
   throw Failure(what, kNotFound, "there is no interface '" + ifname + "'");

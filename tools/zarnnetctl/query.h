@@ -34,6 +34,8 @@ bool HasFile(const std::string& ifname);
 void RequireIpv4(const std::string& what, const std::string& text);
 // Octal and hexadecimal parts pass the library, and the programs behind it read them otherwise.
 bool IsPlainDotted(const std::string& text);
+// Throws unless the text can be the name of an interface, whether there is one or not.
+void RequireName(const std::string& what, const std::string& name);
 // Throws unless the kernel has the interface.
 void RequireInterface(const std::string& what, const std::string& ifname);
 

@@ -1,0 +1,344 @@
+// zarnnetctl dhcpd: the built-in DHCP server's switches and restart, ranges, vendor classes and
+// network boot.
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <map>
+
+#include "commands.h"
+#include "dhcp_options.h"
+#include "list.h"
+#include "query.h"
+
+namespace tool {
+namespace {
+
+constexpr int kIpv4 = 0;
+constexpr int kIpv6 = 1;
+
+// ---- status, enable, disable, restart
+
+Json SwitchesJson(const std::string& what) {
+  std::map<std::string, Json> switches;
+  for (const int type : {kIpv4, kIpv6}) {
+    NameList ifnames;
+    ForgetErrors();
+    if (DHCPInterfaceListGet(ifnames.Out(), type) < 0) Fail(what);
+    for (const std::string& ifname : ifnames.Items()) {
+      // The switch of network boot has a name like an interface's.
+      if (ifname == "pxe") continue;
+      Json& entry =
+          switches.try_emplace(ifname, Json{{"name", ifname}, {"ipv4", false}, {"ipv6", false}})
+              .first->second;
+      entry[type == kIpv4 ? "ipv4" : "ipv6"] = DHCPInterfaceIsEnabled(ifname.c_str(), type) == 1;
+    }
+  }
+  Json list = Json::array();
+  for (const auto& [name, entry] : switches)
+    list.push_back(entry);
+  return list;
+}
+
+Json StatusJson() {
+  return {{"enabled", DHCPIsEnabled() == 1},
+          {"interfaces", SwitchesJson("cannot read the switches of the DHCP server")}};
+}
+
+Cell OnOff(const Json& value) {
+  return value.get<bool>() ? Cell{"on", Tone::kGood} : Cell{"off", Tone::kBad};
+}
+
+void Status(const Context& context) {
+  const Json status = StatusJson();
+  if (context.json) return PrintJson("dhcpd", status);
+  std::vector<Row> rows{Headings({"SERVER", "IPV4", "IPV6"})};
+  rows.push_back({{"all"}, OnOff(status["enabled"]), OnOff(status["enabled"])});
+  for (const Json& entry : status["interfaces"])
+    rows.push_back(
+        {{entry["name"].get<std::string>()}, OnOff(entry["ipv4"]), OnOff(entry["ipv6"])});
+  PrintTable(rows);
+}
+
+void Switch(const Context& context, const std::string& ifname, bool v6, bool on) {
+  const std::string what =
+      std::string("cannot ") + (on ? "enable" : "disable") + " the DHCP server on " + ifname;
+  RequireName(what, ifname);
+  RequireRoot(what);
+  const int type = v6 ? kIpv6 : kIpv4;
+  ForgetErrors();
+  // The library answers 0 for a file that it cannot write: what the file says is what counts.
+  if (DHCPInterfaceSetEnabled(ifname.c_str(), type, on ? 1 : 0) < 0 ||
+      (DHCPInterfaceIsEnabled(ifname.c_str(), type) == 1) != on)
+    Fail(what);
+  if (context.json) PrintJson("dhcpd", StatusJson());
+}
+
+void Restart(const Context& context) {
+  const std::string what = "cannot restart the DHCP server";
+  RequireRoot(what);
+  ForgetErrors();
+  if (KOPANetDHCPServerRestart() != 0) {
+    throw Failure(what, std::nullopt,
+                  "the network script refused; the server that ran goes on with its old settings");
+  }
+  if (context.json) PrintJson("dhcpd", StatusJson());
+}
+
+void AddSwitch(CLI::App& group, Context& context, bool on) {
+  const std::string name = on ? "enable" : "disable";
+  CLI::App* const verb =
+      AddVerb(group, context, name, on ? "Serves an interface" : "Stops serving an interface",
+              "  zarnnetctl dhcpd " + name + " eth0\n  zarnnetctl dhcpd " + name + " eth0 -6");
+  const auto ifname = AddIfname(verb);
+  auto v6 = std::make_shared<bool>(false);
+  verb->add_flag("-6", *v6, "IPv6 instead of IPv4");
+  verb->callback([&context, ifname, v6, on] { Switch(context, *ifname, *v6, on); });
+}
+
+// ---- option list
+
+void ListOptions(const Context& context) {
+  Json options = Json::array();
+  std::vector<Row> rows{Headings({"NUMBER", "NAME", "VALUES"})};
+  for (const DhcpOption& option : DhcpOptions()) {
+    const bool list = DHCPOptionIsListValue(option.number) == 1;
+    options.push_back({{"number", option.number}, {"name", option.name}, {"list", list}});
+    rows.push_back({{std::to_string(option.number)}, {option.name}, {list ? "list" : "one"}});
+  }
+  if (context.json) return PrintJson("options", options);
+  PrintTable(rows);
+}
+
+// ---- range check
+
+struct Range {
+  std::string start, end, netmask;
+};
+
+void CheckRange(const Context& context, const std::string& ifname, const Range& range) {
+  const std::string what = "cannot check the range";
+  RequireName(what, ifname);
+  RequireIpv4(what, range.start);
+  RequireIpv4(what, range.end);
+  if (BlKOPAIsValidIpMask(range.netmask.c_str()) != 1 || !IsPlainDotted(range.netmask))
+    throw Failure(what, kMalformedAddress, "'" + range.netmask + "' is not a netmask");
+  std::array<char, 16> other{};
+  ForgetErrors();
+  const int result = DHCPIsRangeConflict(ifname.c_str(), range.start.c_str(), range.end.c_str(),
+                                         range.netmask.c_str(), other.data(), other.size());
+  if (result < 0) Fail(what);
+  if (context.json) {
+    return PrintJson("range", {{"conflict", result == 1}, {"interface", TextOrNull(other.data())}});
+  }
+  PrintTable(
+      {{{range.start + " - " + range.end},
+        result == 1 ? Cell{std::string("conflicts with a range on ") + other.data(), Tone::kBad}
+                    : Cell{"free", Tone::kGood}}});
+}
+
+void AddRange(CLI::App& app, Context& context) {
+  CLI::App* const group = AddGroup(app, "range", "Checks address ranges");
+  CLI::App* const check =
+      AddVerb(*group, context, "check", "Does another interface serve this network?",
+              "  zarnnetctl dhcpd range check eth0 192.168.50.100 192.168.50.150 255.255.255.0");
+  const auto ifname = AddIfname(check);
+  auto range = std::make_shared<Range>();
+  check->add_option("START", range->start, "First address")->required();
+  check->add_option("END", range->end, "Last address")->required();
+  check->add_option("NETMASK", range->netmask, "Its netmask")->required();
+  check->callback([&context, ifname, range] { CheckRange(context, *ifname, *range); });
+}
+
+// ---- vendor
+
+// A hash of the library's, let go at the end of its scope.
+class Hash {
+ public:
+  Hash() : hash_(KOPACSzHashAlloc(256)) {
+    if (hash_ == nullptr) throw std::bad_alloc();
+  }
+  ~Hash() { KOPACSzHashFree(hash_); }
+  Hash(const Hash&) = delete;
+  Hash& operator=(const Hash&) = delete;
+
+  void Set(const std::string& key, const std::string& value) {
+    if (KOPACSzHashSetValue(&hash_, key.c_str(), value.c_str()) < 0) throw std::bad_alloc();
+  }
+  [[nodiscard]] PKOPACSZHASH* Out() { return &hash_; }
+  [[nodiscard]] std::map<int, std::string> Options() const {
+    NameList keys;
+    if (KOPACSzHashEnumKey(hash_, keys.Out()) < 0) throw std::bad_alloc();
+    std::map<int, std::string> options;
+    for (const std::string& key : keys.Items())
+      options[std::stoi(key)] = KOPACSzHashGetValue(hash_, key.c_str());
+    return options;
+  }
+
+ private:
+  PKOPACSZHASH hash_;
+};
+
+Json VendorJson(const std::string& vendor) {
+  Hash hash;
+  ForgetErrors();
+  if (DHCPVendorGetVendor(vendor.c_str(), hash.Out()) < 0)
+    Fail("cannot read the vendor class " + vendor);
+  Json options = Json::array();
+  for (const auto& [number, value] : hash.Options())
+    options.push_back({{"number", number}, {"value", value}});
+  return {{"name", vendor}, {"options", options}};
+}
+
+void ListVendors(const Context& context) {
+  NameList vendors;
+  ForgetErrors();
+  if (DHCPVendorEnum(vendors.Out()) < 0) Fail("cannot list the vendor classes");
+  if (context.json) return PrintJson("vendors", vendors.Items());
+  std::vector<Row> rows;
+  for (const std::string& vendor : vendors.Items())
+    rows.push_back({{vendor}});
+  PrintTable(rows);
+}
+
+void ShowVendor(const Context& context, const std::string& vendor) {
+  const Json json = VendorJson(vendor);
+  if (context.json) return PrintJson("vendor", json);
+  std::vector<Row> rows;
+  for (const Json& option : json["options"])
+    rows.push_back({{option["number"].dump()}, {option["value"].get<std::string>()}});
+  PrintTable(rows);
+}
+
+// A class without options is none: it goes.
+void SetVendor(const Context& context, const std::string& vendor,
+               const std::vector<std::string>& options) {
+  const std::string what = "cannot set the vendor class " + vendor;
+  if (vendor.empty() || vendor.find(',') != std::string::npos)
+    throw Failure(what, kOutOfRange, "its name must be a text without commas");
+  Hash hash;
+  for (const std::string& text : options) {
+    const std::size_t equals = text.find('=');
+    if (equals == std::string::npos || equals + 1 == text.size() ||
+        DHCPVendorCheckOptNum(text.substr(0, equals).c_str()) != 1) {
+      throw CLI::ValidationError("OPTION", "give NUMBER=VALUE with a number of 1 to 254");
+    }
+    hash.Set(text.substr(0, equals), text.substr(equals + 1));
+  }
+  RequireRoot(what);
+  ForgetErrors();
+  if (DHCPVendorSetVendor(vendor.c_str(), *hash.Out()) < 0) Fail(what);
+  if (context.json) PrintJson("vendor", VendorJson(vendor));
+}
+
+std::shared_ptr<std::string> AddVendorName(CLI::App* verb) {
+  auto vendor = std::make_shared<std::string>();
+  verb->add_option("VENDOR", *vendor, "The class that clients name themselves")->required();
+  return vendor;
+}
+
+void AddVendor(CLI::App& app, Context& context) {
+  CLI::App* const group = AddGroup(app, "vendor", "Options for the clients of one vendor class");
+  CLI::App* const list = AddVerb(*group, context, "list", "Lists the classes that have options",
+                                 "  zarnnetctl dhcpd vendor list");
+  list->callback([&context] { ListVendors(context); });
+  CLI::App* const show = AddVerb(*group, context, "show", "Shows the options of a class",
+                                 "  zarnnetctl dhcpd vendor show Example");
+  const auto shown = AddVendorName(show);
+  show->callback([&context, shown] { ShowVendor(context, *shown); });
+  CLI::App* const set =
+      AddVerb(*group, context, "set", "Replaces the options of a class; without any it goes",
+              "  zarnnetctl dhcpd vendor set Example 43=01:04:00 60=Example");
+  const auto changed = AddVendorName(set);
+  auto options = std::make_shared<std::vector<std::string>>();
+  set->add_option("OPTION", *options, "NUMBER=VALUE");
+  set->callback([&context, changed, options] { SetVendor(context, *changed, *options); });
+}
+
+// ---- pxe
+
+Json PxeJson() {
+  DHCP_PXE_CONF conf{};
+  ForgetErrors();
+  if (DHCPPXEConfGet(&conf) < 0) Fail("cannot read the settings of network boot");
+  return {{"enabled", conf.enable == 1},
+          {"remote", conf.is_remote_tftp != 0},
+          {"local_loader", TextOrNull(conf.local_bootloader)},
+          {"remote_loader", TextOrNull(conf.remote_bootloader)},
+          {"server", TextOrNull(conf.remote_tftp_server_ip)}};
+}
+
+void ShowPxe(const Context& context) {
+  const Json pxe = PxeJson();
+  if (context.json) return PrintJson("pxe", pxe);
+  const auto text = [&pxe](const char* name) {
+    return pxe[name].is_null() ? std::string() : pxe[name].get<std::string>();
+  };
+  const bool remote = pxe["remote"].get<bool>();
+  PrintTable({{{"network boot"}, OnOff(pxe["enabled"])},
+              {{"loader"}, {text(remote ? "remote_loader" : "local_loader")}},
+              {{"from"}, {remote ? text("server") : "the appliance"}}});
+}
+
+struct WantedPxe {
+  bool off = false;
+  std::string loader, server;
+};
+
+void SetPxe(const Context& context, const WantedPxe& wanted) {
+  const std::string what = "cannot set network boot";
+  if (wanted.off != wanted.loader.empty())
+    throw CLI::ValidationError("LOADER", "give the name of the boot file, or --off");
+  if (!wanted.server.empty()) RequireIpv4(what, wanted.server);
+  DHCP_PXE_CONF conf{};
+  conf.enable = wanted.off ? 0 : 1;
+  conf.is_remote_tftp = wanted.server.empty() ? 0 : 1;
+  auto& loader = wanted.server.empty() ? conf.local_bootloader : conf.remote_bootloader;
+  if (wanted.loader.size() >= sizeof loader)
+    throw Failure(what, kOutOfRange, "the name of the boot file is too long");
+  wanted.loader.copy(loader, sizeof loader - 1);
+  wanted.server.copy(conf.remote_tftp_server_ip, sizeof conf.remote_tftp_server_ip - 1);
+  RequireRoot(what);
+  ForgetErrors();
+  if (DHCPPXEConfSet(&conf) < 0) Fail(what);
+  if (context.json) PrintJson("pxe", PxeJson());
+}
+
+void AddPxe(CLI::App& app, Context& context) {
+  CLI::App* const group = AddGroup(app, "pxe", "Network boot");
+  CLI::App* const show =
+      AddVerb(*group, context, "show", "Shows the settings", "  zarnnetctl dhcpd pxe show");
+  show->callback([&context] { ShowPxe(context); });
+  CLI::App* const set = AddVerb(*group, context, "set", "Sets the boot file, or switches it off",
+                                "  zarnnetctl dhcpd pxe set pxelinux.0\n"
+                                "  zarnnetctl dhcpd pxe set pxelinux.0 --server 192.168.50.2\n"
+                                "  zarnnetctl dhcpd pxe set --off");
+  auto wanted = std::make_shared<WantedPxe>();
+  set->add_option("LOADER", wanted->loader, "Name of the boot file on its TFTP server");
+  set->add_option("--server", wanted->server, "A remote TFTP server instead of the appliance");
+  set->add_flag("--off", wanted->off, "No network boot; the settings stay");
+  set->callback([&context, wanted] { SetPxe(context, *wanted); });
+}
+
+}  // namespace
+
+void AddDhcpdCommands(CLI::App& app, Context& context) {
+  CLI::App* const group = AddGroup(app, "dhcpd", "The built-in DHCP server");
+  CLI::App* const status =
+      AddVerb(*group, context, "status", "Shows what is switched on", "  zarnnetctl dhcpd status");
+  status->callback([&context] { Status(context); });
+  AddSwitch(*group, context, true);
+  AddSwitch(*group, context, false);
+  CLI::App* const restart = AddVerb(*group, context, "restart", "Puts the settings into effect",
+                                    "  zarnnetctl dhcpd restart");
+  restart->callback([&context] { Restart(context); });
+  AddDhcpdSubnetCommands(*group, context);
+  CLI::App* const options = AddGroup(*group, "option", "The options of an IPv4 subnet");
+  CLI::App* const list =
+      AddVerb(*options, context, "list", "Lists them", "  zarnnetctl dhcpd option list");
+  list->callback([&context] { ListOptions(context); });
+  AddRange(*group, context);
+  AddVendor(*group, context);
+  AddPxe(*group, context);
+}
+
+}  // namespace tool

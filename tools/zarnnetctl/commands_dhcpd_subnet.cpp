@@ -1,0 +1,398 @@
+// zarnnetctl dhcpd subnet: the subnets that the built-in DHCP server serves, by options or as JSON.
+#include <algorithm>
+#include <cstring>
+#include <iostream>
+#include <memory>
+
+#include "commands.h"
+#include "dhcp_options.h"
+#include "list.h"
+#include "query.h"
+
+namespace tool {
+namespace {
+
+constexpr int kIpv4 = 0;
+constexpr int kIpv6 = 1;
+constexpr int kDefaultLease = 3600;
+
+// Which subnet a verb is about.
+struct Target {
+  std::string ifname;
+  unsigned number = 0;
+  bool v6 = false;
+
+  [[nodiscard]] int Type() const { return v6 ? kIpv6 : kIpv4; }
+  [[nodiscard]] std::string What(const std::string& verb) const {
+    return "cannot " + verb + (v6 ? " IPv6" : " IPv4") + " subnet " + std::to_string(number) +
+           " of " + ifname;
+  }
+};
+
+// A record with its options, which it owns.
+struct Subnet {
+  DHCP_SUBNET_CONF record{};
+  std::vector<std::unique_ptr<NameList>> lists;
+  std::vector<std::unique_ptr<DHCP_OPTION>> options;
+};
+
+template <std::size_t N>
+void Fill(const std::string& what, const std::string& name, const std::string& text,
+          char (&field)[N]) {
+  if (text.size() >= N) {
+    throw Failure(what, kOutOfRange,
+                  name + " must be shorter than " + std::to_string(N) + " characters");
+  }
+  std::memset(field, 0, N);
+  text.copy(field, N - 1);
+}
+
+void AddOption(const std::string& what, const std::string& name,
+               const std::vector<std::string>& values, Subnet* subnet) {
+  const int number = DhcpOptionNumber(name);
+  if (number == 0) throw Failure(what, kOutOfRange, "there is no option '" + name + "'");
+  auto option = std::make_unique<DHCP_OPTION>();
+  option->number = number;
+  Fill(what, "the name of an option", name, option->name);
+  if (DHCPOptionIsListValue(number) == 1) {
+    auto list = std::make_unique<NameList>();
+    for (const std::string& value : values)
+      list->Add(value);
+    option->values = list->Get();
+    subnet->lists.push_back(std::move(list));
+  } else {
+    Fill(what, "the value of " + name, Join(values, ","), option->value);
+  }
+  if (!subnet->options.empty()) subnet->options.back()->next = option.get();
+  subnet->options.push_back(std::move(option));
+  subnet->record.options = subnet->options.front().get();
+}
+
+void SetServers(const std::string& what, const std::vector<std::string>& servers,
+                DHCP_SUBNET_CONF* record) {
+  const auto at = [&servers](std::size_t i) { return i < servers.size() ? servers[i] : ""; };
+  Fill(what, "a name server", at(0), record->dns1);
+  Fill(what, "a name server", at(1), record->dns2);
+  const auto rest = servers.size() > 2
+                        ? std::vector<std::string>(servers.begin() + 2, servers.end())
+                        : std::vector<std::string>();
+  Fill(what, "the further name servers", Join(rest, ","), record->dns_more);
+}
+
+// ---- reading
+
+std::optional<DHCP_SUBNET_CONF> Read(const Target& target) {
+  const std::string what = target.What("read");
+  DHCP_SUBNET_CONF record{};
+  ForgetErrors();
+  const int result = DHCPTagConfGet(target.ifname.c_str(), target.number, target.Type(), &record);
+  if (result < 0) {
+    throw Failure(what, std::nullopt, "its file is damaged, or names no name server");
+  }
+  return result == 1 ? std::optional(record) : std::nullopt;
+}
+
+DHCP_SUBNET_CONF Require(const Target& target) {
+  const auto record = Read(target);
+  if (!record) throw Failure(target.What("show"), kNotFound, "there is no such subnet");
+  return *record;
+}
+
+Json OptionJson(const DHCP_OPTION& option) {
+  Json values = Json::array();
+  for (int i = 0; option.values != nullptr && i < option.values->nItem; ++i)
+    values.push_back(KOPACSzListGet(option.values, i));
+  if (option.values == nullptr) values.push_back(option.value);
+  return {{"number", option.number}, {"name", option.name}, {"values", values}};
+}
+
+Json ServersJson(const DHCP_SUBNET_CONF& record) {
+  Json servers = Json::array();
+  for (const char* server : {record.dns1, record.dns2}) {
+    if (*server != '\0') servers.push_back(server);
+  }
+  return servers;
+}
+
+Json ToJson(const Target& target, const DHCP_SUBNET_CONF& record) {
+  Json options = Json::array();
+  for (const DHCP_OPTION* option = record.options; option != nullptr; option = option->next)
+    options.push_back(OptionJson(*option));
+  Json json{{"interface", target.ifname},
+            {"number", target.number},
+            {"family", target.v6 ? 6 : 4},
+            {"enable", record.enable == 1},
+            {"start", TextOrNull(record.start)},
+            {"end", TextOrNull(record.end)},
+            {"lease", record.lease},
+            {"dns", ServersJson(record)}};
+  if (target.v6) {
+    json["mode"] = TextOrNull(record.v6mode);
+    return json;
+  }
+  json["netmask"] = TextOrNull(record.netmask);
+  json["router"] = TextOrNull(record.router);
+  json["domain"] = TextOrNull(record.domain);
+  json["options"] = options;
+  return json;
+}
+
+Json ReadJson(const Target& target) {
+  const DHCP_SUBNET_CONF record = Require(target);
+  const std::unique_ptr<DHCP_OPTION, decltype(&DHCPOptionFree)> options(record.options,
+                                                                        &DHCPOptionFree);
+  return ToJson(target, record);
+}
+
+std::string TextOf(const Json& value) {
+  if (value.is_string()) return value.get<std::string>();
+  return value.is_null() ? "" : value.dump();
+}
+
+void Show(const Context& context, const Target& target) {
+  const Json subnet = ReadJson(target);
+  if (context.json) return PrintJson("subnet", subnet);
+  std::vector<Row> rows;
+  for (const auto& [name, value] : subnet.items()) {
+    if (name == "options") continue;
+    const bool list = value.is_array();
+    rows.push_back(
+        {{name}, {list ? Join(value.get<std::vector<std::string>>(), " ") : TextOf(value)}});
+  }
+  for (const Json& option : subnet.value("options", Json::array())) {
+    rows.push_back({{option["name"].get<std::string>()},
+                    {Join(option["values"].get<std::vector<std::string>>(), " ")}});
+  }
+  PrintTable(rows);
+}
+
+// ---- list
+
+void CollectSubnets(const std::string& ifname, bool v6, Json* subnets) {
+  for (Target target{ifname, 0, v6};; ++target.number) {
+    int enable = 0;
+    const int result = DHCPTagConfGetEnable(ifname.c_str(), target.number, target.Type(), &enable);
+    if (result < 0) Fail(target.What("read"));
+    if (result == 0) return;
+    subnets->push_back(
+        {{"number", target.number}, {"family", v6 ? 6 : 4}, {"enable", enable == 1}});
+  }
+}
+
+void List(const Context& context, const std::string& ifname) {
+  RequireName("cannot list the subnets of " + ifname, ifname);
+  Json subnets = Json::array();
+  ForgetErrors();
+  for (const bool v6 : {false, true})
+    CollectSubnets(ifname, v6, &subnets);
+  if (context.json) return PrintJson("subnets", subnets);
+  std::vector<Row> rows{Headings({"NUMBER", "FAMILY", "SERVED"})};
+  for (const Json& subnet : subnets) {
+    const bool on = subnet["enable"].get<bool>();
+    rows.push_back({{TextOf(subnet["number"])},
+                    {subnet["family"] == 6 ? "IPv6" : "IPv4"},
+                    {on ? "yes" : "no", on ? Tone::kGood : Tone::kBad}});
+  }
+  PrintTable(rows);
+}
+
+// ---- set
+
+// What the command line gives; what it does not give stays.
+struct Given {
+  std::string document;
+  std::optional<std::string> start, end, netmask, router, domain, mode;
+  std::optional<std::vector<std::string>> dns;
+  std::optional<int> lease;
+  std::vector<std::string> options;
+  bool enable = false;
+  bool disable = false;
+};
+
+void CopyOptions(const DHCP_SUBNET_CONF& stored, const std::string& what, Subnet* subnet) {
+  for (const DHCP_OPTION* option = stored.options; option != nullptr; option = option->next) {
+    std::vector<std::string> values;
+    for (int i = 0; option->values != nullptr && i < option->values->nItem; ++i)
+      values.emplace_back(KOPACSzListGet(option->values, i));
+    if (option->values == nullptr) values.emplace_back(option->value);
+    AddOption(what, option->name, values, subnet);
+  }
+}
+
+// The stored subnet, or a new one that is served.
+void Begin(const Target& target, bool keepOptions, Subnet* subnet) {
+  const auto stored = Read(target);
+  if (!stored) {
+    subnet->record.lease = kDefaultLease;
+    subnet->record.enable = 1;
+    return;
+  }
+  const std::unique_ptr<DHCP_OPTION, decltype(&DHCPOptionFree)> owner(stored->options,
+                                                                      &DHCPOptionFree);
+  subnet->record = *stored;
+  subnet->record.options = nullptr;
+  if (keepOptions) CopyOptions(*stored, target.What("set"), subnet);
+}
+
+std::vector<std::string> SplitAtCommas(const std::string& text) {
+  std::vector<std::string> parts;
+  for (std::size_t at = 0; at <= text.size();) {
+    const std::size_t comma = std::min(text.find(',', at), text.size());
+    parts.push_back(text.substr(at, comma - at));
+    at = comma + 1;
+  }
+  return parts;
+}
+
+void ApplyOptions(const std::string& what, const Given& given, Subnet* subnet) {
+  for (const std::string& text : given.options) {
+    const std::size_t equals = text.find('=');
+    if (equals == std::string::npos) {
+      throw CLI::ValidationError("--option", "give NAME=VALUE[,VALUE...]");
+    }
+    AddOption(what, text.substr(0, equals), SplitAtCommas(text.substr(equals + 1)), subnet);
+  }
+}
+
+template <std::size_t N>
+void FillIfGiven(const std::string& what, const std::string& name,
+                 const std::optional<std::string>& text, char (&field)[N]) {
+  if (text) Fill(what, name, *text, field);
+}
+
+void ApplyGiven(const std::string& what, const Given& given, Subnet* subnet) {
+  DHCP_SUBNET_CONF& record = subnet->record;
+  FillIfGiven(what, "the start", given.start, record.start);
+  FillIfGiven(what, "the end", given.end, record.end);
+  FillIfGiven(what, "the netmask", given.netmask, record.netmask);
+  FillIfGiven(what, "the router", given.router, record.router);
+  FillIfGiven(what, "the domain", given.domain, record.domain);
+  FillIfGiven(what, "the mode", given.mode, record.v6mode);
+  if (given.dns) SetServers(what, *given.dns, &record);
+  if (given.lease) record.lease = *given.lease;
+  if (given.enable || given.disable) record.enable = given.enable ? 1 : 0;
+  ApplyOptions(what, given, subnet);
+}
+
+// ---- a whole subnet as JSON
+
+[[noreturn]] void RefuseDocument(const std::string& what, const std::string& problem) {
+  throw Failure(what, kOutOfRange, "the JSON document is no subnet: " + problem);
+}
+
+Json ReadDocument(const std::string& what) {
+  Json document = Json::parse(std::cin, nullptr, false);
+  if (document.is_object() && document.contains("subnet")) document = document["subnet"];
+  if (!document.is_object()) RefuseDocument(what, "it is not an object");
+  static const std::vector<std::string> known{"interface", "number", "family", "enable", "start",
+                                              "end",       "lease",  "dns",    "mode",   "netmask",
+                                              "router",    "domain", "options"};
+  for (const auto& [name, value] : document.items()) {
+    if (std::find(known.begin(), known.end(), name) == known.end())
+      RefuseDocument(what, "unknown field '" + name + "'");
+  }
+  return document;
+}
+
+void RequireSame(const std::string& what, const Target& target, const Json& document) {
+  const bool same = document.value("interface", Json(target.ifname)) == target.ifname &&
+                    document.value("number", Json(target.number)) == target.number &&
+                    document.value("family", Json(target.v6 ? 6 : 4)) == (target.v6 ? 6 : 4);
+  if (!same) RefuseDocument(what, "it is another subnet's");
+}
+
+template <std::size_t N>
+void FillFrom(const std::string& what, const Json& document, const char* name, char (&field)[N]) {
+  const Json value = document.value(name, Json());
+  if (!value.is_null()) Fill(what, name, value.get<std::string>(), field);
+}
+
+void ApplyDocument(const std::string& what, const Json& document, Subnet* subnet) try {
+  DHCP_SUBNET_CONF& record = subnet->record;
+  record.enable = document.value("enable", true) ? 1 : 0;
+  record.lease = document.value("lease", kDefaultLease);
+  FillFrom(what, document, "start", record.start);
+  FillFrom(what, document, "end", record.end);
+  FillFrom(what, document, "netmask", record.netmask);
+  FillFrom(what, document, "router", record.router);
+  FillFrom(what, document, "domain", record.domain);
+  FillFrom(what, document, "mode", record.v6mode);
+  SetServers(what, document.value("dns", std::vector<std::string>()), &record);
+  for (const Json& option : document.value("options", Json::array())) {
+    AddOption(what, option.at("name").get<std::string>(),
+              option.at("values").get<std::vector<std::string>>(), subnet);
+  }
+} catch (const Json::exception&) {
+  RefuseDocument(what, "a field is of the wrong type");
+}
+
+void Set(const Context& context, const Target& target, const Given& given) {
+  const std::string what = target.What("set");
+  RequireName(what, target.ifname);
+  RequireRoot(what);
+  Subnet subnet;
+  if (given.document == "-") {
+    const Json document = ReadDocument(what);
+    RequireSame(what, target, document);
+    ApplyDocument(what, document, &subnet);
+  } else {
+    Begin(target, given.options.empty(), &subnet);
+    ApplyGiven(what, given, &subnet);
+  }
+  ForgetErrors();
+  if (DHCPTagConfSet(target.ifname.c_str(), target.number, target.Type(), &subnet.record) < 0)
+    Fail(what);
+  if (context.json) PrintJson("subnet", ToJson(target, subnet.record));
+}
+
+std::shared_ptr<Target> AddTarget(CLI::App* verb) {
+  auto target = std::make_shared<Target>();
+  verb->add_option("IFNAME", target->ifname, "Interface that serves the subnet")->required();
+  verb->add_option("NUMBER", target->number, "0, 1, 2 ...")->required();
+  verb->add_flag("-6", target->v6, "The IPv6 subnet of this number");
+  return target;
+}
+
+void AddSet(CLI::App& group, Context& context) {
+  CLI::App* const set = AddVerb(
+      group, context, "set", "Makes or changes a subnet; dhcpd restart puts it into effect",
+      "  zarnnetctl dhcpd subnet set eth0 0 --start 192.168.50.100 --end 192.168.50.150 \\\n"
+      "    --netmask 255.255.255.0 --router 192.168.50.1 --dns 192.168.50.1 --option mtu=1400\n"
+      "  zarnnetctl dhcpd subnet show eth0 0 --json | zarnnetctl dhcpd subnet set eth0 0 -");
+  const auto target = AddTarget(set);
+  auto given = std::make_shared<Given>();
+  set->add_option("DOCUMENT", given->document, "-: the whole subnet as JSON on standard input")
+      ->check(CLI::IsMember({"-"}));
+  set->add_option("--start", given->start, "First address");
+  set->add_option("--end", given->end, "Last address");
+  set->add_option("--netmask", given->netmask, "Netmask (IPv4)");
+  set->add_option("--router", given->router, "Default gateway of the clients (IPv4)");
+  set->add_option("--domain", given->domain, "Domain of the clients (IPv4)");
+  set->add_option("--dns", given->dns, "Name servers, in order of use");
+  set->add_option("--lease", given->lease, "Seconds of a lease (3600)")
+      ->check(CLI::Range(120, 2147483647));
+  set->add_option("--mode", given->mode, "IPv6: off, ra-only, ra-stateless or stateful")
+      ->check(CLI::IsMember({"off", "ra-only", "ra-stateless", "stateful"}));
+  set->add_option("--option", given->options,
+                  "NAME=VALUE[,VALUE...]; those given replace the stored ones");
+  CLI::Option* const enable = set->add_flag("--enable", given->enable, "Serve it");
+  set->add_flag("--disable", given->disable, "Keep it without serving it")->excludes(enable);
+  set->callback([&context, target, given] { Set(context, *target, *given); });
+}
+
+}  // namespace
+
+void AddDhcpdSubnetCommands(CLI::App& dhcpd, Context& context) {
+  CLI::App* const group = AddGroup(dhcpd, "subnet", "Lists, shows and sets the subnets served");
+  CLI::App* const list = AddVerb(*group, context, "list", "Lists the subnets of an interface",
+                                 "  zarnnetctl dhcpd subnet list eth0");
+  const auto listed = AddIfname(list);
+  list->callback([&context, listed] { List(context, *listed); });
+  CLI::App* const show = AddVerb(*group, context, "show", "Shows one subnet",
+                                 "  zarnnetctl dhcpd subnet show eth0 0 --json");
+  const auto target = AddTarget(show);
+  show->callback([&context, target] { Show(context, *target); });
+  AddSet(*group, context);
+}
+
+}  // namespace tool
