@@ -3,76 +3,21 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
-#include <nlohmann/json.hpp>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include "support/appliance.h"
+#include "ctl.h"
 
 using namespace test;
 using nlohmann::json;
 
 namespace {
 
-constexpr int kFailed = 1;
-constexpr int kUsage = 2;
 const char kScripts[] = "/etc/sysconfig/network-scripts";
-
-struct Outcome {
-  int status;
-  std::string out;
-  std::string err;
-};
-
-// Runs zarnnetctl as a shell would: words may be quoted, a redirection of the output may end the
-// line.
-Outcome Ctl(const std::string& words) {
-  const std::string status =
-      Shell("{ " ZARNNETCTL " " + words + "; } >/tmp/ctl.out 2>/tmp/ctl.err; echo $?");
-  return {std::stoi(status), ReadFile("/tmp/ctl.out"), ReadFile("/tmp/ctl.err")};
-}
 
 // Without it the kernel takes a second to make sure of each IPv6 address.
 void SkipDuplicateDetection(const std::string& ifname) {
   Shell("echo 0 >/proc/sys/net/ipv6/conf/" + ifname + "/dad_transmits");
-}
-
-// The payload of a verb that is to succeed.
-json Payload(const std::string& words, const std::string& name) {
-  const Outcome outcome = Ctl(words + " --json");
-  EXPECT_EQ(0, outcome.status) << words << ": " << outcome.err;
-  EXPECT_EQ("", outcome.err) << words;
-  const json whole = json::parse(outcome.out, nullptr, false);
-  EXPECT_EQ(2U, whole.size()) << outcome.out;
-  EXPECT_EQ(json(1), whole.value("schema", json())) << outcome.out;
-  return whole.value(name, json());
-}
-
-// The error of a verb that is to fail with JSON asked for, and to print nothing else.
-json Error(const std::string& words, int status) {
-  const Outcome outcome = Ctl(words + " --json");
-  EXPECT_EQ(status, outcome.status) << words;
-  EXPECT_EQ("", outcome.out) << words;
-  const json whole = json::parse(outcome.err, nullptr, false);
-  EXPECT_EQ(json(1), whole.value("schema", json())) << outcome.err;
-  return whole.value("error", json::object());
-}
-
-void ExpectDone(const std::string& words) {
-  const Outcome outcome = Ctl(words);
-  EXPECT_EQ(0, outcome.status) << words;
-  EXPECT_EQ("", outcome.out + outcome.err) << words;
-}
-
-void ExpectFailure(const std::string& words, const std::string& message) {
-  const Outcome outcome = Ctl(words);
-  EXPECT_EQ(kFailed, outcome.status) << words;
-  EXPECT_EQ("", outcome.out) << words;
-  EXPECT_EQ("zarnnetctl: " + message + "\n", outcome.err);
-}
-
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
 }
 
 std::string Addresses(const std::string& ifname) {

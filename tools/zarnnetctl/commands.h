@@ -24,6 +24,7 @@ void AddIpv6Commands(CLI::App& app, Context& context);
 void AddNetCommands(CLI::App& app, Context& context);
 void AddStatCommands(CLI::App& app, Context& context);
 void AddTunnelCommands(CLI::App& app, Context& context);
+void AddPppoeCommands(CLI::App& app, Context& context);
 void AddSystemCommands(CLI::App& app, Context& context);
 
 // A group of verbs, of which one must follow.

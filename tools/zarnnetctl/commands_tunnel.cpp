@@ -2,17 +2,16 @@
 // file or from standard input, where no other process sees it, and is never shown.
 #include <array>
 #include <cstring>
-#include <fstream>
-#include <iostream>
 #include <optional>
-#include <termios.h>
 #include <unistd.h>
 
 #include <zarncore/zarncore.h>
 
 #include "commands.h"
 #include "network_lock.h"
+#include "put.h"
 #include "query.h"
+#include "secret.h"
 
 namespace tool {
 namespace {
@@ -88,80 +87,12 @@ void Get(const Context& context) {
 
 // ---- tunnel set
 
-// What is typed on a terminal is not shown there.
-class HiddenInput {
- public:
-  HiddenInput() : onTerminal_(::tcgetattr(STDIN_FILENO, &before_) == 0) {
-    if (!onTerminal_) return;
-    std::cerr << "Password: " << std::flush;
-    termios hidden = before_;
-    hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-    ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden);
-  }
-  ~HiddenInput() {
-    if (!onTerminal_) return;
-    ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &before_);
-    std::cerr << '\n';
-  }
-  HiddenInput(const HiddenInput&) = delete;
-  HiddenInput& operator=(const HiddenInput&) = delete;
-
- private:
-  termios before_{};
-  bool onTerminal_;
-};
-
-// A password on its way into the settings; nothing of it stays behind.
-class Secret {
- public:
-  // The first line of the file.
-  Secret(const std::string& what, const std::string& path) {
-    if (path == "-") {
-      const HiddenInput hidden;
-      Read(what, path, std::cin);
-    } else {
-      std::ifstream file(path);
-      Read(what, path, file);
-    }
-    if (::strnlen(line_.data(), line_.size()) > kLongest)
-      throw Failure(what, kOutOfRange, "the password has more than 31 characters");
-  }
-  ~Secret() { ::explicit_bzero(line_.data(), line_.size()); }
-  Secret(const Secret&) = delete;
-  Secret& operator=(const Secret&) = delete;
-
-  void CopyTo(ZARNTUNNELCONF* record) const {
-    std::memcpy(record->szPassword, line_.data(), sizeof record->szPassword);
-  }
-
- private:
-  static constexpr std::size_t kLongest = sizeof ZARNTUNNELCONF::szPassword - 1;
-
-  void Read(const std::string& what, const std::string& path, std::istream& input) {
-    const bool opened = input.good();
-    input.getline(line_.data(), std::streamsize{kLongest + 2});
-    if (!opened || input.bad()) throw Failure(what, kCannotOpen, "cannot read '" + path + "'");
-  }
-
-  std::array<char, kLongest + 2> line_{};  // room to see that one is longer
-};
-
 struct Wanted {
   std::string server;
   std::string user;
   std::string passwordFile;
   bool anonymous = false;
 };
-
-template <std::size_t N>
-void Put(const std::string& what, const std::string& name, const std::string& text,
-         char (&field)[N]) {
-  if (text.size() >= N)
-    throw Failure(what, kOutOfRange,
-                  "the " + name + " has more than " + std::to_string(N - 1) + " characters");
-  std::memset(field, 0, N);
-  text.copy(field, N - 1);
-}
 
 void Apply(const std::string& what, const Wanted& wanted, const std::optional<Secret>& secret,
            ZARNTUNNELCONF* record) {
@@ -173,7 +104,7 @@ void Apply(const std::string& what, const Wanted& wanted, const std::optional<Se
   }
   if (!wanted.user.empty() || secret) record->blAnonymous = 0;
   if (!wanted.user.empty()) Put(what, "user id", wanted.user, record->szUserId);
-  if (secret) secret->CopyTo(record);
+  if (secret) secret->CopyTo(record->szPassword);
 }
 
 void Set(const Context& context, const Wanted& wanted) {

@@ -41,6 +41,8 @@ _zarnnetctl_candidates() {
         ping) echo "--timeout --json --help" ;;
         lookup) echo "--json --help" ;;
         wake | rename) echo "--json --help"; _zarnnetctl_interfaces ;;
+        pppoe) echo "get set start stop status --help" ;;
+        pppoe-relay) echo "get set apply clear --help" ;;
         tunnel) echo "get set start stop restart --help" ;;
       esac
       ;;
@@ -65,6 +67,19 @@ _zarnnetctl_candidates() {
             echo "--server --anonymous --user --password-file --json --help"
           fi
           ;;
+        "pppoe set")
+          case ${!#} in
+            --interface) _zarnnetctl_interfaces ;;
+            --password-file) compgen -f -- "" ;;
+            *) echo "--interface --user --mtu --default-route --no-default-route --password-file --json --help" ;;
+          esac
+          ;;
+        "pppoe-relay set")
+          if [ "${!#}" = --server ]; then _zarnnetctl_interfaces; else
+            echo "--server --enable --disable --json --help"; [ $# -gt 2 ] || _zarnnetctl_interfaces
+          fi
+          ;;
+        pppoe\ * | "pppoe-relay clear") echo "--json --help" ;;
         tunnel\ *) echo "--json --help" ;;
         "bond set")
           if [ "${!#}" = --mode ]; then

@@ -85,6 +85,7 @@ int Run(int argc, char** argv) {
   AddIpv6Commands(app, context);
   AddDnsCommands(app, context);
   AddRouteCommands(app, context);
+  AddPppoeCommands(app, context);
   AddTunnelCommands(app, context);
   AddBondCommands(app, context);
   AddBridgeCommands(app, context);

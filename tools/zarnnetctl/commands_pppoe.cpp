@@ -1,0 +1,318 @@
+// zarnnetctl pppoe and pppoe-relay: the account that is dialled with, its client, and the relays.
+// The password is read from a file or from standard input, and is never shown.
+#include <array>
+#include <cstring>
+#include <optional>
+#include <strings.h>
+
+#include <zarncore/zarncore.h>
+
+#include "commands.h"
+#include "network_lock.h"
+#include "put.h"
+#include "query.h"
+#include "secret.h"
+
+namespace tool {
+namespace {
+
+constexpr char kInfo[] = "/etc/zarninfo.conf";
+constexpr char kConnection[] = "pppoe-connect";
+constexpr char kRelay[] = "/usr/sbin/pppoe-relay";
+
+// ---- pppoe get
+
+// The record does not outlive its use: it has the password in clear.
+struct Account {
+  PPPOE_CONF record{};
+  bool stored;
+
+  Account() : stored(PPPoEConfigGet(&record) == 0) {}
+  ~Account() { ::explicit_bzero(&record, sizeof record); }
+  Account(const Account&) = delete;
+  Account& operator=(const Account&) = delete;
+
+  [[nodiscard]] bool HasUser() const { return stored && *record.user != '\0'; }
+};
+
+Json AccountJson(const std::string& what) {
+  const Account account;
+  if (!account.stored) throw Failure(what, std::nullopt, "no account is stored, or not readable");
+  return {{"interface", TextOrNull(account.record.eth)},
+          {"user", TextOrNull(account.record.user)},
+          {"has_password", *account.record.password != '\0'},
+          {"mtu", TextOrNull(account.record.mtu)},
+          {"default_route", account.record.defaultroute == 1}};
+}
+
+std::string CellText(const Json& value) {
+  return value.is_null() ? "" : value.get<std::string>();
+}
+
+std::string YesNo(const Json& value) {
+  return value.get<bool>() ? "yes" : "no";
+}
+
+void Get(const Context& context) {
+  const std::string what = "cannot read the PPPoE account";
+  RequireRoot(what);
+  const Json account = AccountJson(what);
+  if (context.json) return PrintJson("pppoe", account);
+  PrintTable({{{"interface"}, {CellText(account["interface"])}},
+              {{"user"}, {CellText(account["user"])}},
+              {{"password"}, {account["has_password"].get<bool>() ? "stored" : "none"}},
+              {{"mtu"}, {CellText(account["mtu"])}},
+              {{"default route"}, {YesNo(account["default_route"])}}});
+}
+
+// ---- pppoe set
+
+struct Wanted {
+  std::string interface;
+  std::string user;
+  std::string passwordFile;
+  std::optional<int> mtu;
+  bool defaultRoute = false;
+  bool noDefaultRoute = false;
+
+  [[nodiscard]] bool IsEmpty() const {
+    return interface.empty() && user.empty() && passwordFile.empty() && !mtu && !defaultRoute &&
+           !noDefaultRoute;
+  }
+};
+
+// An account without an interface or a name would be stored over what could not be read.
+void RequireComplete(const std::string& what, const PPPOE_CONF& record) {
+  if (*record.eth == '\0' || *record.user == '\0')
+    throw Failure(what, kOutOfRange, "no account is stored yet: give --interface and --user");
+}
+
+void Apply(const std::string& what, const Wanted& wanted, const std::optional<Secret>& secret,
+           PPPOE_CONF* record) {
+  if (!wanted.interface.empty()) Put(what, "interface", wanted.interface, record->eth);
+  if (!wanted.user.empty()) Put(what, "user name", wanted.user, record->user);
+  if (wanted.mtu) Put(what, "MTU", std::to_string(*wanted.mtu), record->mtu);
+  if (*record->mtu == '\0') Put(what, "MTU", "1492", record->mtu);  // Ethernet's, less the headers
+  if (wanted.defaultRoute || wanted.noDefaultRoute) record->defaultroute = wanted.defaultRoute;
+  if (secret) secret->CopyTo(record->password);
+  RequireComplete(what, *record);
+}
+
+void Set(const Context& context, const Wanted& wanted) {
+  const std::string what = "cannot change the PPPoE account";
+  if (wanted.IsEmpty()) throw CLI::ValidationError("pppoe set", "give what is to change");
+  RequireRoot(what);
+  if (!wanted.interface.empty()) RequireInterface(what, wanted.interface);
+  {
+    std::optional<Secret> secret;  // had before the lock: somebody may have to type it
+    if (!wanted.passwordFile.empty()) secret.emplace(what, wanted.passwordFile);
+    const NetworkLock lock(what);
+    Account account;
+    Apply(what, wanted, secret, &account.record);
+    ForgetErrors();
+    if (PPPoEConfigSet(&account.record) < 0) Fail(what);
+  }
+  if (context.json) PrintJson("pppoe", AccountJson(what));
+}
+
+// ---- pppoe status, start, stop
+
+bool IsEnabled() {
+  constexpr char kYes[] = "yes";
+  std::array<char, 64> value{};
+  return KOPACFileGetKeyValue(kInfo, "pppoe_enable", value.data(), value.size(), 0) > 0 &&
+         ::strcasecmp(value.data(), kYes) == 0;
+}
+
+// The library's own check ends a client that is not meant to run; a look leaves it alone.
+Json StatusJson() {
+  std::array<char, 16> ifname{};
+  std::array<char, 16> ip{};
+  std::array<char, 16> mask{};
+  const bool known = ZARNPPPoeIntfGet(ifname.data(), ifname.size()) == 0;
+  const bool live =
+      known && ZARNPPPoeNetInfoGet(ip.data(), ip.size(), mask.data(), mask.size()) == 0;
+  return {{"enabled", IsEnabled()},
+          {"running", KOPACPs(kConnection, nullptr, 0) > 0},
+          {"interface", TextOrNull(known ? ifname.data() : "")},
+          {"address", live ? ToJson(Address{ip.data(), mask.data()}) : Json()}};
+}
+
+void Status(const Context& context) {
+  const Json status = StatusJson();
+  if (context.json) return PrintJson("pppoe_status", status);
+  const Json& address = status["address"];
+  const std::string live =
+      address.is_null() ? "" : AddressText({CellText(address["ip"]), CellText(address["mask"])});
+  PrintTable({{{"enabled"}, {YesNo(status["enabled"])}},
+              {{"running"}, {YesNo(status["running"])}},
+              {{"interface"}, {CellText(status["interface"])}},
+              {{"address"}, {live}}});
+}
+
+std::string StartProblem(int result) {
+  constexpr int kPassedOn = 19;
+  if (!Account().HasUser()) return "no account is stored; see zarnnetctl pppoe set";
+  if (result == kPassedOn) return "the start script ended with status 19";
+  return "the start script failed; see the system log";
+}
+
+void Execute(const Context& context, bool start) {
+  const std::string what = start ? "cannot start PPPoE" : "cannot stop PPPoE";
+  RequireRoot(what);
+  ForgetErrors();
+  const int result = ZARNPPPoEService(start ? 1 : 0);
+  if (result != 0 && !start) Fail(what);
+  if (result != 0) throw Failure(what, std::nullopt, StartProblem(result));
+  if (context.json) PrintJson("pppoe_status", StatusJson());
+}
+
+// ---- pppoe-relay
+
+PPPOE_RELAY_CONF ReadRelay(const std::string& what, const std::string& ifname) {
+  PPPOE_RELAY_CONF conf{};
+  ForgetErrors();
+  if (ZARNNetGetPPPoERelayConfig(ifname.c_str(), &conf) < 0) Fail(what);
+  return conf;
+}
+
+Json RelayJson(const std::string& what, const std::string& ifname) {
+  const PPPOE_RELAY_CONF conf = ReadRelay(what, ifname);
+  const std::string process = std::string(kRelay) + " -C " + ifname;
+  return {{"name", ifname},
+          {"enabled", conf.enable == 1},
+          {"server", TextOrNull(conf.server)},
+          {"running", KOPACIsProcAlive(process.c_str()) == 1}};
+}
+
+void RelayGet(const Context& context, const std::string& ifname) {
+  const std::string what = "cannot read the PPPoE relay of '" + ifname + "'";
+  RequireRoot(what);  // reading makes the file where there is none
+  RequireInterface(what, ifname);
+  const Json relay = RelayJson(what, ifname);
+  if (context.json) return PrintJson("pppoe_relay", relay);
+  PrintTable({{{"enabled"}, {YesNo(relay["enabled"])}},
+              {{"server"}, {CellText(relay["server"])}},
+              {{"running"}, {YesNo(relay["running"])}}});
+}
+
+struct WantedRelay {
+  std::string ifname;
+  std::string server;
+  bool enable = false;
+  bool disable = false;
+};
+
+void RelaySet(const Context& context, const WantedRelay& wanted) {
+  const std::string what = "cannot set the PPPoE relay of '" + wanted.ifname + "'";
+  if (wanted.server.empty() && !wanted.enable && !wanted.disable)
+    throw CLI::ValidationError("pppoe-relay set", "give what is to change");
+  RequireRoot(what);
+  RequireInterface(what, wanted.ifname);
+  if (!wanted.server.empty()) RequireInterface(what, wanted.server);
+  {
+    const NetworkLock lock(what);
+    PPPOE_RELAY_CONF conf = ReadRelay(what, wanted.ifname);
+    if (!wanted.server.empty()) Put(what, "server", wanted.server, conf.server);
+    if (wanted.enable || wanted.disable) conf.enable = wanted.enable ? 1 : 0;
+    if (conf.enable == 1 && (*conf.server == '\0' || wanted.ifname == conf.server))
+      throw Failure(what, kOutOfRange, "the server must be on another interface: give --server");
+    ForgetErrors();
+    if (ZARNNetSetPPPoERelayConfig(wanted.ifname.c_str(), &conf) < 0) Fail(what);
+  }
+  if (context.json) PrintJson("pppoe_relay", RelayJson(what, wanted.ifname));
+}
+
+void RelayApply(const Context& context, const std::string& ifname) {
+  const std::string what = ifname.empty() ? "cannot apply the PPPoE relays"
+                                          : "cannot apply the PPPoE relay of '" + ifname + "'";
+  RequireRoot(what);
+  if (!ifname.empty()) RequireInterface(what, ifname);
+  ForgetErrors();
+  const int result = ifname.empty() ? ZARNNetApplyPPPoERelayConfigAll()
+                                    : ZARNNetApplyPPPoERelayConfig(ifname.c_str());
+  if (result < 0) Fail(what);
+  if (context.json) PrintJson("pppoe_relays_applied", TextOrNull(ifname));
+}
+
+void RelayClear(const Context& context) {
+  const std::string what = "cannot clear the PPPoE relays";
+  RequireRoot(what);
+  ForgetErrors();
+  if (ZARNNetClearPPPoERelayConfigAll() < 0) Fail(what);
+  if (context.json) PrintJson("pppoe_relays", Json::array());
+}
+
+// ---- the command line
+
+void AddSet(CLI::App* group, Context& context) {
+  CLI::App* const set =
+      AddVerb(*group, context, "set", "Changes what is named of the account; the rest stays",
+              "  zarnnetctl pppoe set --interface eth1 --user bob --password-file /root/secret\n"
+              "  zarnnetctl pppoe set --mtu 1452 --default-route");
+  constexpr int kLeastMtu = 68;
+  constexpr int kMostMtu = 1500;
+  auto wanted = std::make_shared<Wanted>();
+  set->add_option("--interface", wanted->interface, "The interface to dial on");
+  set->add_option("--user", wanted->user, "Name of the account");
+  set->add_option("--mtu", wanted->mtu, "MTU of the link")->check(CLI::Range(kLeastMtu, kMostMtu));
+  CLI::Option* const route =
+      set->add_flag("--default-route", wanted->defaultRoute, "The link becomes the default route");
+  set->add_flag("--no-default-route", wanted->noDefaultRoute, "It does not")->excludes(route);
+  set->add_option("--password-file", wanted->passwordFile,
+                  "The password: the first line of this file; - is standard input");
+  set->callback([&context, wanted] { Set(context, *wanted); });
+}
+
+void AddClient(CLI::App& app, Context& context) {
+  CLI::App* const group = AddGroup(app, "pppoe", "Reads, sets and runs the PPPoE client");
+  AddVerb(*group, context, "get", "Shows the account, without its password",
+          "  zarnnetctl pppoe get")
+      ->callback([&context] { Get(context); });
+  AddSet(group, context);
+  AddVerb(*group, context, "start", "Dials, and does so at each boot", "  zarnnetctl pppoe start")
+      ->callback([&context] { Execute(context, true); });
+  AddVerb(*group, context, "stop", "Hangs up", "  zarnnetctl pppoe stop")->callback([&context] {
+    Execute(context, false);
+  });
+  AddVerb(*group, context, "status", "Shows whether the client runs, and its address",
+          "  zarnnetctl pppoe status")
+      ->callback([&context] { Status(context); });
+}
+
+void AddRelay(CLI::App& app, Context& context) {
+  CLI::App* const group =
+      AddGroup(app, "pppoe-relay", "Hands the PPPoE discovery of clients on to another interface");
+  CLI::App* const get = AddVerb(*group, context, "get", "Shows the relay of an interface",
+                                "  zarnnetctl pppoe-relay get eth1");
+  get->callback([&context, ifname = AddIfname(get)] { RelayGet(context, *ifname); });
+
+  CLI::App* const set = AddVerb(*group, context, "set", "Stores what is named; the rest stays",
+                                "  zarnnetctl pppoe-relay set eth1 --server eth0 --enable");
+  auto wanted = std::make_shared<WantedRelay>();
+  set->add_option("IFNAME", wanted->ifname, "The interface with the clients")->required();
+  set->add_option("--server", wanted->server, "The interface on the server's side");
+  CLI::Option* const enable = set->add_flag("--enable", wanted->enable, "Relay");
+  set->add_flag("--disable", wanted->disable, "Do not relay")->excludes(enable);
+  set->callback([&context, wanted] { RelaySet(context, *wanted); });
+
+  CLI::App* const apply =
+      AddVerb(*group, context, "apply", "Starts or ends the relays as the settings say",
+              "  zarnnetctl pppoe-relay apply\n  zarnnetctl pppoe-relay apply eth1");
+  auto ifname = std::make_shared<std::string>();
+  apply->add_option("IFNAME", *ifname, "Only this interface");
+  apply->callback([&context, ifname] { RelayApply(context, *ifname); });
+
+  AddVerb(*group, context, "clear", "Deletes the settings of all relays; those that run stay",
+          "  zarnnetctl pppoe-relay clear")
+      ->callback([&context] { RelayClear(context); });
+}
+
+}  // namespace
+
+void AddPppoeCommands(CLI::App& app, Context& context) {
+  AddClient(app, context);
+  AddRelay(app, context);
+}
+
+}  // namespace tool

@@ -1,0 +1,61 @@
+// Reads a password, without echo where it is typed.
+#include "secret.h"
+
+#include <fstream>
+#include <iostream>
+#include <termios.h>
+#include <unistd.h>
+
+#include "failure.h"
+
+namespace tool {
+namespace {
+
+// What is typed on a terminal is not shown there.
+class HiddenInput {
+ public:
+  HiddenInput() : onTerminal_(::tcgetattr(STDIN_FILENO, &before_) == 0) {
+    if (!onTerminal_) return;
+    std::cerr << "Password: " << std::flush;
+    termios hidden = before_;
+    hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+    ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden);
+  }
+  ~HiddenInput() {
+    if (!onTerminal_) return;
+    ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &before_);
+    std::cerr << '\n';
+  }
+  HiddenInput(const HiddenInput&) = delete;
+  HiddenInput& operator=(const HiddenInput&) = delete;
+
+ private:
+  termios before_{};
+  bool onTerminal_;
+};
+
+}  // namespace
+
+Secret::Secret(const std::string& what, const std::string& path) {
+  if (path == "-") {
+    const HiddenInput hidden;
+    Read(what, path, std::cin);
+  } else {
+    std::ifstream file(path);
+    Read(what, path, file);
+  }
+  if (::strnlen(line_.data(), line_.size()) >= kSize)
+    throw Failure(what, kOutOfRange, "the password has more than 31 characters");
+}
+
+Secret::~Secret() {
+  ::explicit_bzero(line_.data(), line_.size());
+}
+
+void Secret::Read(const std::string& what, const std::string& path, std::istream& input) {
+  const bool opened = input.good();
+  input.getline(line_.data(), static_cast<std::streamsize>(line_.size()));
+  if (!opened || input.bad()) throw Failure(what, kCannotOpen, "cannot read '" + path + "'");
+}
+
+}  // namespace tool
