@@ -440,6 +440,10 @@ TEST(DhcpExtras, VendorOptionsAndNetworkBoot) {
   List vendors;
   ASSERT_EQ(0, DHCPVendorEnum(vendors.items.Out()));
   EXPECT_EQ((Lines{"Examples", "Example"}), Items(vendors));
+  frame::StringHash options(4);
+  KOPACSzHashSetValue(options.Out(), "7", "seven");
+  ASSERT_EQ(0, DHCPVendorSetVendor("Example", *options.Out()));
+  EXPECT_EQ(kept + "dhcp-option=vendor:Example,7,seven\n", Read("dhcpd-vendor.conf"));
   for (const auto& [text, valid] :
        {std::pair{"0", 0}, {"1", 1}, {"254", 1}, {"255", 0}, {"12a", 0}, {"", 0}})
     EXPECT_EQ(valid, DHCPVendorCheckOptNum(text)) << text;
