@@ -1,5 +1,6 @@
 // The further options of an IPv4 subnet: which there are, what values they take, how they are read.
 #include <algorithm>
+#include <arpa/inet.h>
 #include <array>
 #include <charconv>
 #include <cstdio>
@@ -109,8 +110,12 @@ bool IsUnsigned(std::string_view text) {
   return error == std::errc() && end == text.data() + text.size();
 }
 
+// Plainly dotted as well: octal and hexadecimal parts would keep the server from starting.
 bool IsAddress(std::string_view text) {
-  return BlKOPAIsIpAddr(std::string(text).c_str()) == 1;
+  const std::string address(text);
+  in_addr parsed{};
+  return BlKOPAIsIpAddr(address.c_str()) == 1 &&
+         ::inet_pton(AF_INET, address.c_str(), &parsed) == 1;
 }
 
 bool IsNodeType(std::string_view text) {

@@ -108,13 +108,13 @@ TEST(Services, AreAskedThroughTheInitTools) {
       RecordedCalls());
   EXPECT_GT(0, KOPAServiceReload("--help"));
   int run = -1;
-  EXPECT_GT(0, KOPAServicecfgRunKeyGet("zarntunnel", &run));
-  WriteFile("/etc/zarnservice/zarntunnel.conf", "run=yes\n");
-  EXPECT_EQ(0, KOPAServicecfgRunKeyGet("zarntunnel", &run));
+  EXPECT_GT(0, KOPAServicecfgRunKeyGet("zarnother", &run));
+  WriteFile("/etc/zarnservice/zarnother.conf", "run=yes\n");
+  EXPECT_EQ(0, KOPAServicecfgRunKeyGet("zarnother", &run));
   EXPECT_EQ(1, run);
-  WriteFile("/etc/zarnservice/zarntunnel.conf", "run=no\n");
-  EXPECT_EQ(0, KOPAServicecfgRunKeyGet("zarntunnel", &run));
+  WriteFile("/etc/zarnservice/zarnother.conf", "run=no\n");
+  EXPECT_EQ(0, KOPAServicecfgRunKeyGet("zarnother", &run));
   EXPECT_EQ(2, run);
-  WriteFile("/etc/zarnservice/zarntunnel.conf", "run=perhaps\n");
-  EXPECT_GT(0, KOPAServicecfgRunKeyGet("zarntunnel", &run));
+  WriteFile("/etc/zarnservice/zarnother.conf", "run=perhaps\n");
+  EXPECT_GT(0, KOPAServicecfgRunKeyGet("zarnother", &run));
 }

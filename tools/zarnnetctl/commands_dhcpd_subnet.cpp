@@ -326,6 +326,27 @@ void ApplyDocument(const std::string& what, const Json& document, Subnet* subnet
   RefuseDocument(what, "a field is of the wrong type");
 }
 
+// The writer takes every text, and an address that is none would keep the server from starting.
+void RequireAddress(const std::string& what, const Target& target, const char* text) {
+  if (*text == '\0') return;
+  if (!target.v6) return RequireIpv4(what, text);
+  if (BlKOPAIsv6IpAddrValid(text) == 1) return;
+  throw Failure(what, kMalformedAddress, "'" + std::string(text) + "' is not an IPv6 address");
+}
+
+void RequireServable(const std::string& what, const Target& target,
+                     const DHCP_SUBNET_CONF& record) {
+  const bool ranged = !target.v6 || std::string(record.v6mode) == "stateful";
+  if (ranged && (*record.start == '\0' || *record.end == '\0'))
+    throw Failure(what, kOutOfRange, "give the first and the last address");
+  if (target.v6 && *record.v6mode == '\0') throw Failure(what, kOutOfRange, "give a mode");
+  for (const char* text : {record.start, record.end, record.router, record.dns1, record.dns2})
+    RequireAddress(what, target, text);
+  if (!target.v6 && (BlKOPAIsValidIpMask(record.netmask) != 1 || !IsPlainDotted(record.netmask)))
+    throw Failure(what, kMalformedAddress,
+                  "'" + std::string(record.netmask) + "' is not a netmask");
+}
+
 void Set(const Context& context, const Target& target, const Given& given) {
   const std::string what = target.What("set");
   RequireName(what, target.ifname);
@@ -339,6 +360,7 @@ void Set(const Context& context, const Target& target, const Given& given) {
     Begin(target, given.options.empty(), &subnet);
     ApplyGiven(what, given, &subnet);
   }
+  RequireServable(what, target, subnet.record);
   ForgetErrors();
   if (DHCPTagConfSet(target.ifname.c_str(), target.number, target.Type(), &subnet.record) < 0)
     Fail(what);

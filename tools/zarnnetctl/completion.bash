@@ -22,6 +22,7 @@ _zarnnetctl_candidates() {
         if) echo "list show --help" ;;
         ip) echo "get set flush --help" ;;
         ipv6) echo "get set add del init --help" ;;
+        dhcpd) echo "status enable disable restart subnet option range vendor pxe --help" ;;
         bond) echo "list show set delete --help" ;;
         bridge) echo "list show set --help" ;;
         vlan) echo "list create remove --help" ;;
@@ -81,6 +82,13 @@ _zarnnetctl_candidates() {
           ;;
         pppoe\ * | "pppoe-relay clear") echo "--json --help" ;;
         tunnel\ *) echo "--json --help" ;;
+        "dhcpd subnet") [ $# -gt 2 ] && _zarnnetctl_interfaces || echo "list show set --help" ;;
+        "dhcpd vendor") echo "list show set --help" ;;
+        "dhcpd pxe") echo "show set --help" ;;
+        "dhcpd option") echo "list --help" ;;
+        "dhcpd range") [ $# -gt 2 ] && _zarnnetctl_interfaces || echo "check --help" ;;
+        "dhcpd status" | "dhcpd restart") echo "--json --help" ;;
+        "dhcpd enable" | "dhcpd disable") echo "-6 --json --help"; [ $# -gt 2 ] || _zarnnetctl_interfaces ;;
         "bond set")
           if [ "${!#}" = --mode ]; then
             echo "balance-alb 802.3ad balance-xor active-backup balance-rr"
