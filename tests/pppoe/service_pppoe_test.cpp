@@ -1,0 +1,207 @@
+// The PPPoE client: files byte for byte, the password nowhere else, real processes and a real link.
+#include <csignal>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <syslog.h>
+
+#include <zarnnetsdk/pppoe.h>
+
+#include "support/appliance.h"
+#include "support/children.h"
+
+using namespace test;
+
+namespace {
+
+const char kConf[] = "/etc/ppp/pppoe.conf";
+const char kSecrets[] = "/etc/ppp/pap-secrets";
+const char kTemporary[] = "/etc/ppp/pap-secrets.tmp";
+const char kInfo[] = "/etc/zarninfo.conf";
+const char kConcentrator[] = "/etc/ppp/concentrator";
+
+PPPOE_CONF Account(const std::string& user, const std::string& password) {
+  PPPOE_CONF conf{};
+  std::strcpy(conf.eth, "eth0");
+  std::strcpy(conf.mtu, "1492");
+  user.copy(conf.user, sizeof conf.user - 1);
+  password.copy(conf.password, sizeof conf.password - 1);
+  conf.defaultroute = 1;
+  return conf;
+}
+
+bool Has(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+}  // namespace
+
+TEST(PppoeConfig, StandsInBothFilesQuotedAndComesBack) {
+  WriteFile(kConf, "# made by hand\nETH=eth9\nDNSTYPE=SERVER");
+  WriteFile(kSecrets, "'a'\t*\t'1'\n'b'\t*\t'2'\n'c'\t*\t'3'\n", 0644);
+  WriteFile(kTemporary, "left behind", 0644);
+  const PPPOE_CONF conf = Account("o'neil", "pass word");
+  ASSERT_EQ(0, PPPoEConfigSet(&conf)) << LogText();
+  EXPECT_EQ(
+      "# made by hand\nETH=eth0\nDNSTYPE=SERVER\nDEFAULTROUTE=yes\nUSER='o'\"'\"'neil'\nMTU=1492\n",
+      ReadFile(kConf));
+  EXPECT_EQ("'o'\"'\"'neil'\t*\t'pass word'\n", ReadFile(kSecrets));
+  EXPECT_EQ(0600, FileMode(kSecrets));
+  EXPECT_FALSE(FileExists(kTemporary));
+  const struct {
+    std::string user;
+    std::string password;
+  } accounts[] = {{"o'neil", "'"},
+                  {"a b*c", "* '*' \"x\""},
+                  {R"(back\slash)", R"(\'\\)"},
+                  {"#first", "#secret"},
+                  {std::string(255, 'x'), std::string(31, 'y')},
+                  {"tr ail ", " sp aces "},
+                  {"$HOME`id`", "$(reboot);"}};
+  for (const auto& account : accounts) {
+    const PPPOE_CONF set = Account(account.user, account.password);
+    ASSERT_EQ(0, PPPoEConfigSet(&set)) << account.user;
+    PPPOE_CONF got{};
+    EXPECT_EQ(0, PPPoEConfigGet(&got));
+    EXPECT_EQ(account.user, got.user);
+    EXPECT_EQ(account.password, got.password) << ReadFile(kSecrets);
+    EXPECT_STREQ("1492", got.mtu);
+    EXPECT_EQ(1, got.defaultroute);
+  }
+}
+
+TEST(PppoeConfig, IsReadFromWhatOthersWrote) {
+  PPPOE_CONF got{};
+  WriteFile(kConf, "ETH=eth1\nDEFAULTROUTE=no");
+  EXPECT_EQ(0, PPPoEConfigGet(&got));
+  EXPECT_STREQ("eth1", got.eth);
+  EXPECT_STREQ("", got.user);
+  WriteFile(kConf, "ETH=eth1\nUSER='joe'\nMTU=1400\n");
+  EXPECT_EQ(-1, PPPoEConfigGet(&got)) << "no secrets";
+  WriteFile(kSecrets, "# 'joe' * 'no'\n'jo'\t*\t'no'\n  'joe'   *  'yes' 10.0.0.1\n'joe' * 'late'");
+  EXPECT_EQ(0, PPPoEConfigGet(&got));
+  EXPECT_STREQ("joe", got.user);
+  EXPECT_STREQ("yes", got.password);
+  WriteFile(kSecrets, "'ann' * 'x'\n");
+  EXPECT_EQ(0, PPPoEConfigGet(&got));
+  EXPECT_STREQ("", got.password);
+  WriteFile(kConf, "");
+  EXPECT_EQ(-1, PPPoEConfigGet(&got));
+  EXPECT_EQ(-1, PPPoEConfigGet(nullptr));
+  EXPECT_EQ(1, LogCount(LOG_ERR, "PPPoEConfigGet ", "bad parameter PPPoEConf")) << LogText();
+}
+
+TEST(PppoeConfig, ThePasswordIsInNoLogArgumentOrReadableFileWhateverFails) {
+  const std::string secret = "f1nd-me-not";
+  const auto search = [&secret](const char* when) {
+    EXPECT_EQ("", Shell("grep -rlF " + secret + " /etc /run /tmp /var 2>/dev/null | grep -vx " +
+                        kSecrets))
+        << when;
+    EXPECT_FALSE(Has(LogText(), secret)) << when;
+    EXPECT_FALSE(Has(KOPACErrorGetFile() == nullptr ? "" : KOPACErrorGetFile(), secret)) << when;
+  };
+  WriteFile(kConf, "ETH=eth0\n");
+  WriteFile(kSecrets, "old\n", 0600);
+  for (const std::string bad : {"\n", "\r", "\x7f"}) {
+    PPPOE_CONF conf = Account("joe" + bad, secret);
+    EXPECT_EQ(-1, PPPoEConfigSet(&conf));
+    EXPECT_EQ(0x0D00, KOPACErrGet());
+    conf = Account("joe", secret + bad + "x");
+    EXPECT_EQ(-1, PPPoEConfigSet(&conf));
+  }
+  EXPECT_EQ("ETH=eth0\n", ReadFile(kConf));
+  EXPECT_EQ("old\n", ReadFile(kSecrets));
+  search("refused");
+  const PPPOE_CONF conf = Account("joe", secret);
+  RemoveFile(kSecrets);
+  WriteFile(std::string(kSecrets) + "/folder", "");
+  EXPECT_EQ(-1, PPPoEConfigSet(&conf)) << "no rename";
+  search("not renamed");
+  EXPECT_FALSE(FileExists(kTemporary));
+  RemoveFile(kSecrets);
+  WriteFile(std::string(kTemporary) + "/folder", "");
+  EXPECT_EQ(-1, PPPoEConfigSet(&conf)) << "no temporary";
+  RemoveFile(kTemporary);
+  EXPECT_EQ(0, PPPoEConfigSet(&conf));
+  EXPECT_EQ(0, ZARNPPPoEService(1)) << LogText();
+  EXPECT_FALSE(Has(Shell("cat /proc/[0-9]*/cmdline | tr '\\0' ' '"), secret));
+  EXPECT_EQ(0, ZARNPPPoEService(0));
+  search("stored");
+}
+
+TEST(PppoeConfig, TheSecretsAreNeverReadableForOthersWhileTheyAreWritten) {
+  ::umask(0);
+  const pid_t writer = Start([] {
+    const PPPOE_CONF conf = Account("joe", "secret");
+    for (int i = 0; i < 300; ++i) {
+      if (PPPoEConfigSet(&conf) != 0) return 1;
+    }
+    return 0;
+  });
+  int seen = 0;
+  int status = 0;
+  while (::waitpid(writer, &status, WNOHANG) == 0) {
+    for (const char* path : {kSecrets, kTemporary}) {
+      const int mode = FileMode(path);
+      if (mode == -1) continue;
+      ++seen;
+      ASSERT_EQ(0600, mode) << path;
+    }
+  }
+  EXPECT_EQ(0, status);
+  EXPECT_LT(10, seen);
+}
+
+TEST(PppoeService, StartsStopsAndKeepsTheSwitchInStep) {
+  WriteFile(kConf, "ETH=eth0\n");
+  EXPECT_EQ(0, ZARNPPPoECheckStatus(0)) << "never switched on";
+  EXPECT_EQ(-1, ZARNPPPoEService(2));
+  EXPECT_EQ(0x0D00, KOPACErrGet());
+  EXPECT_EQ(1, LogCount(LOG_ERR, "service_pppoe", "Invaild Argument ((op == 1 || op == 0))=[0]\n"))
+      << LogText();
+  WriteFile(kConcentrator, "refuse\n");
+  EXPECT_EQ(-1, ZARNPPPoEService(1));
+  EXPECT_EQ("pppoe_enable=\"no\"\n", ReadFile(kInfo));
+  WriteFile(kConcentrator, "running\n");
+  EXPECT_EQ(19, ZARNPPPoEService(1));
+  EXPECT_EQ("pppoe_enable=\"no\"\n", ReadFile(kInfo));
+  RemoveFile(kConcentrator);
+  ASSERT_EQ(0, ZARNPPPoEService(1)) << LogText();
+  EXPECT_EQ("pppoe_enable=\"yes\"\n", ReadFile(kInfo));
+  EXPECT_EQ(1, ZARNPPPoECheckStatus(0));
+  char ifname[16] = "";
+  char ip[20] = "";
+  char mask[20] = "";
+  EXPECT_EQ(0, ZARNPPPoeIntfGet(ifname, sizeof ifname)) << LogText();
+  EXPECT_STREQ("ppp0", ifname);
+  EXPECT_EQ("ppp0\n", ReadFile("/tmp/zarnpppoe.intf"));
+  EXPECT_EQ(0, ZARNPPPoeNetInfoGet(ip, sizeof ip, mask, sizeof mask));
+  EXPECT_STREQ("10.67.0.10", ip);
+  EXPECT_STREQ("255.255.255.255", mask);
+  EXPECT_EQ(0, ZARNPPPoeNetInfoGet(nullptr, 0, mask, 0));
+  WriteFile("/tmp/zarnpppoe.intf", "ppp7\n");
+  EXPECT_EQ(-1, ZARNPPPoeNetInfoGet(ip, sizeof ip, nullptr, 0));
+  EXPECT_FALSE(FileExists("/tmp/zarnpppoe.intf")) << "what was remembered is wrong";
+  EXPECT_EQ(0, KOPADisablePPPoEOnIf("eth1"));
+  EXPECT_EQ(1, ZARNPPPoECheckStatus(0));
+  EXPECT_EQ(0, KOPADisablePPPoEOnIf("eth0"));
+  EXPECT_EQ("pppoe_enable=\"no\"\n", ReadFile(kInfo));
+  EXPECT_EQ(0, ZARNPPPoECheckStatus(0));
+  EXPECT_EQ(-1, ZARNPPPoeIntfGet(ifname, sizeof ifname)) << "the kernel has none";
+}
+
+TEST(PppoeService, TheStatusSetsRightWhatIsOutOfStep) {
+  WriteFile(kInfo, "pppoe_enable=\"Yes\"\n");
+  EXPECT_EQ(0, ZARNPPPoECheckStatus(0));
+  EXPECT_EQ("pppoe_enable=\"Yes\"\n", ReadFile(kInfo));
+  EXPECT_EQ(0, ZARNPPPoECheckStatus(1));
+  EXPECT_EQ("pppoe_enable=\"no\"\n", ReadFile(kInfo));
+  ASSERT_EQ(0, ZARNPPPoEService(1));
+  WriteFile(kInfo, "pppoe_enable=\"no\"\n");
+  EXPECT_EQ(0, ZARNPPPoECheckStatus(0));
+  EXPECT_EQ(0, KOPACPs("pppoe-connect", nullptr, 0)) << "one that runs although it is not meant to";
+  const LockHolder other(0x806);
+  EXPECT_EQ(-1, ZARNPPPoECheckStatus(1));
+  EXPECT_EQ(-1, KOPADisablePPPoEOnIf(nullptr));
+  EXPECT_EQ(0x0D00, KOPACErrGet());
+}
