@@ -108,13 +108,13 @@ TEST(Services, AreAskedThroughTheInitTools) {
       RecordedCalls());
   EXPECT_GT(0, KOPAServiceReload("--help"));
   int run = -1;
+  RemoveFile("/etc/zarnservice/zarntunnel.conf");
   EXPECT_GT(0, KOPAServicecfgRunKeyGet("zarntunnel", &run));
-  WriteFile("/etc/zarnservice/zarntunnel.conf", "run=yes\n");
-  EXPECT_EQ(0, KOPAServicecfgRunKeyGet("zarntunnel", &run));
-  EXPECT_EQ(1, run);
-  WriteFile("/etc/zarnservice/zarntunnel.conf", "run=no\n");
-  EXPECT_EQ(0, KOPAServicecfgRunKeyGet("zarntunnel", &run));
-  EXPECT_EQ(2, run);
+  for (const auto& [value, wanted] : {std::pair{"yes", 1}, {"no", 2}}) {
+    WriteFile("/etc/zarnservice/zarntunnel.conf", std::string("run=") + value + "\n");
+    EXPECT_EQ(0, KOPAServicecfgRunKeyGet("zarntunnel", &run));
+    EXPECT_EQ(wanted, run);
+  }
   WriteFile("/etc/zarnservice/zarntunnel.conf", "run=perhaps\n");
   EXPECT_GT(0, KOPAServicecfgRunKeyGet("zarntunnel", &run));
 }
