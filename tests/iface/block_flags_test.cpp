@@ -1,12 +1,11 @@
 // Block flags: the keys, their counter, the lock on the file.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <syslog.h>
-#include <unistd.h>
 
 #include <zarnnetsdk/iface.h>
 
 #include "support/appliance.h"
+#include "support/children.h"
 
 using namespace test;
 
@@ -50,22 +49,17 @@ TEST(BlockFlags, TwoProcessesLoseNoCount) {
   WriteIfcfg("eth0", "DEVICE=eth0\n");
   constexpr int kRounds = 25;
   const auto toggle = [](unsigned flag) {
-    const pid_t child = ::fork();
-    if (child == 0) {
+    return Start([=] {
       int failures = 0;
       for (int i = 0; i < kRounds; ++i) {
         failures -= ZARNNetIFBlockSet("eth0", flag, 1);
         if (i + 1 < kRounds) failures -= ZARNNetIFBlockSet("eth0", flag, 0);
       }
-      ::_exit(failures == 0 ? 0 : 1);
-    }
-    return child;
+      return failures;
+    });
   };
-  for (const pid_t child : {toggle(ZARNNET_BLOCK_HA), toggle(ZARNNET_BLOCK_AHA)}) {
-    int status = 0;
-    ASSERT_EQ(child, ::waitpid(child, &status, 0));
-    EXPECT_EQ(0, status);
-  }
+  for (const pid_t child : {toggle(ZARNNET_BLOCK_HA), toggle(ZARNNET_BLOCK_AHA)})
+    EXPECT_EQ(0, ExitStatusOf(child));
   EXPECT_EQ(3, ZARNNetIFBlockGet("eth0"));
   EXPECT_NE(std::string::npos, ReadIfcfg("eth0").find("BLOCK_CNT=2\n"));
 }

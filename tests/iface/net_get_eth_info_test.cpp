@@ -23,16 +23,12 @@ std::string Link(const char* ifname) {
 
 }  // namespace
 
-TEST(EthInfo, IsWhatTheKernelsDriversTell) {
+TEST(EthInfo, IsWhatTheKernelsDriversTellAlsoPoorOnes) {
   BringUp("eth0");
   Shell("ip link add br7 type bridge");
   EXPECT_EQ("0: 10000 1 1 0", Link("eth0"));
   EXPECT_EQ("0: 10000 1 0 0", Link("eth1")) << "a port that is down";
   EXPECT_EQ("0: -1 -1 0", Link("br7").substr(0, 10));
-}
-
-TEST(EthInfo, PoorDriversAreAskedForWhatTheyKnow) {
-  BringUp("eth0");
   const struct {
     PoorDriver driver;
     const char* answer;

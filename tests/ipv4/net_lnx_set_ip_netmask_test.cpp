@@ -1,14 +1,11 @@
 // The fixed address of an interface: file and kernel change together or not at all.
-#include <csignal>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <syslog.h>
-#include <thread>
-#include <unistd.h>
 
 #include <zarnnetsdk/ipv4.h>
 
 #include "support/appliance.h"
+#include "support/children.h"
 
 using namespace test;
 
@@ -101,14 +98,10 @@ TEST(StaticAddress, BadArgumentsChangeNothing) {
 TEST(StaticAddress, AKilledCallerLeavesAWholeFile) {
   WriteIfcfg("eth0", kBond);
   for (int delay = 0; delay < 24; ++delay) {
-    const pid_t child = ::fork();
-    if (child == 0) {
-      ZARNILnxSetIPNetmask("eth0", "192.168.50.10", "255.255.255.0");
-      ::_exit(0);
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(delay));
-    ::kill(child, SIGKILL);
-    ::waitpid(child, nullptr, 0);
+    const pid_t child =
+        Start([] { return ZARNILnxSetIPNetmask("eth0", "192.168.50.10", "255.255.255.0"); });
+    ::poll(nullptr, 0, delay);
+    KillAndReap(child);
     const std::string text = ReadIfcfg("eth0");
     const bool whole = text == kBond || text.ends_with("NETMASK=255.255.255.0\n");
     EXPECT_TRUE(whole) << "after " << delay << " ms: " << text;

@@ -1,16 +1,13 @@
 // Configuring IPv6: file, switch, DHCPv6 client, address and route in the real kernel, and back
 // again on failure.
-#include <algorithm>
 #include <gtest/gtest.h>
-#include <sstream>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <syslog.h>
-#include <unistd.h>
 
 #include <zarnnetsdk/ipv6.h>
 
 #include "support/appliance.h"
+#include "support/children.h"
 
 using namespace test;
 
@@ -70,17 +67,7 @@ TEST_F(V6Set, EveryTypeComesBackAsItWasSet) {
     ASSERT_EQ(0, ZARNNetIPv6ConfSet("eth0", c.type, fixed ? "FD00::5" : nullptr, fixed ? 64 : 0,
                                     fixed ? "fe80::1" : nullptr))
         << c.keys << LogText();
-    Lines wanted, written;
-    std::string line;
-    for (std::istringstream text(std::string("DEVICE=eth0\n") + c.keys);
-         std::getline(text, line);) {
-      wanted.push_back(line);
-    }
-    for (std::istringstream text(ReadIfcfg("eth0")); std::getline(text, line);)
-      written.push_back(line);
-    std::sort(wanted.begin(), wanted.end());
-    std::sort(written.begin(), written.end());
-    EXPECT_EQ(wanted, written);
+    EXPECT_EQ(std::string("DEVICE=eth0\n") + c.keys, ReadIfcfg("eth0"));
     EXPECT_EQ(c.accept, ReadFile(kSwitch)) << c.keys;
     EXPECT_EQ(Lines{c.job}, RecordedCalls());
     int type = -1;
@@ -147,9 +134,10 @@ TEST_F(V6Set, ARouteLearnedFromARouterMakesWay) {
 
 TEST_F(V6Set, CallsOfSeveralProcessesFollowEachOther) {
   for (int i = 0; i < 6; ++i) {
-    if (::fork() != 0) continue;
-    const std::string address = "fd00::1" + std::to_string(i);
-    ::_exit(ZARNNetIPv6ConfSet("eth0", 3, address.c_str(), 64, i % 2 == 0 ? "fe80::1" : "fe80::2"));
+    Start([=] {
+      const std::string address = "fd00::1" + std::to_string(i);
+      return ZARNNetIPv6ConfSet("eth0", 3, address.c_str(), 64, i % 2 == 0 ? "fe80::1" : "fe80::2");
+    });
   }
   int status = 0;
   while (::wait(&status) > 0)
