@@ -38,7 +38,8 @@ uint32_t ZARNNetLinkAggrStringToMode(const char *szMode);
 /** The name of a mode id. @return static text, "unknown" for any id but 1 to 8 */
 const char *ZARNNetLinkAggrModeToString(uint32_t mode);
 
-/** Is the bonding driver there (one line in /sys/class/net/bonding_masters)? @return 1, 0, or -1 for a failed read */
+/** Can a line be read from /sys/class/net/bonding_masters? @return 1; 0 without the bonding driver, and with it as
+ * long as there is no bond; -1 for a failed read */
 int ZARNNetLinkAggrExist(void);
 
 /** Appends the kernel's bonds that have slaves to *ppList.
