@@ -20,22 +20,20 @@ constexpr char kPassword[] = "it's #a secret";
 
 // On the second host, in folders of its own: both ends write their process
 // numbers to /run.
-void StartConcentrator(const std::string &account) {
+void StartConcentrator(const std::string& account) {
   const std::string folder = "/etc/netns/lan/ppp/";
   WriteFile(folder + "pppoe-server-options",
             "require-pap\nlcp-echo-interval 10\nlcp-echo-failure 3\n");
-  WriteFile(folder + "pap-secrets",
-            "\"" + account + "\" * \"" + kPassword + "\" *\n", 0600);
+  WriteFile(folder + "pap-secrets", "\"" + account + "\" * \"" + kPassword + "\" *\n", 0600);
   WriteFile(folder + "options", "auth\nlock\n");
   Do("ip netns exec lan unshare --mount sh -c 'mount -t tmpfs run /run; exec "
      "pppoe-server -I lan -L 10.67.0.1 -R 10.67.0.10"
      " -N 4 -C concentrator -F' >/var/log/concentrator 2>&1 </dev/null &");
-  ASSERT_TRUE(Within(10, [] {
-    return Contains(Shell("pppoe-discovery -I eth0"), "concentrator");
-  }));
+  ASSERT_TRUE(
+      Within(10, [] { return Contains(Shell("pppoe-discovery -I eth0"), "concentrator"); }));
 }
 
-PPPOE_CONF Account(const char *user) {
+PPPOE_CONF Account(const char* user) {
   PPPOE_CONF conf{};
   std::snprintf(conf.eth, sizeof conf.eth, "eth0");
   std::snprintf(conf.user, sizeof conf.user, "%s", user);
@@ -45,7 +43,7 @@ PPPOE_CONF Account(const char *user) {
   return conf;
 }
 
-} // namespace
+}  // namespace
 
 TEST(PPPoE, ASessionComesUpIsToldOfAndEnds) {
   BringUp("eth0");
@@ -64,8 +62,7 @@ TEST(PPPoE, ASessionComesUpIsToldOfAndEnds) {
       << LogText() << Shell("/usr/sbin/pppoe-status");
   EXPECT_STREQ("ppp0", ifname);
   char address[20] = "", mask[20] = "";
-  EXPECT_EQ(0, ZARNPPPoeNetInfoGet(address, sizeof address, mask, sizeof mask))
-      << LogText();
+  EXPECT_EQ(0, ZARNPPPoeNetInfoGet(address, sizeof address, mask, sizeof mask)) << LogText();
   const auto link = Ip("address show dev ppp0");
   ASSERT_EQ(1u, link.size());
   EXPECT_EQ(1480, link[0]["mtu"]);
@@ -82,15 +79,13 @@ TEST(PPPoE, ASessionComesUpIsToldOfAndEnds) {
   EXPECT_EQ(0, KOPADisablePPPoEOnIf("eth0")) << LogText();
   EXPECT_TRUE(Within(10, [] { return !FileExists("/sys/class/net/ppp0"); }));
   EXPECT_EQ(0, ZARNPPPoECheckStatus(0));
-  EXPECT_EQ(-1,
-            ZARNPPPoeNetInfoGet(address, sizeof address, mask, sizeof mask));
+  EXPECT_EQ(-1, ZARNPPPoeNetInfoGet(address, sizeof address, mask, sizeof mask));
 }
 
 TEST(PPPoE, AWrongPasswordGetsNoSession) {
   BringUp("eth0");
   StartConcentrator("somebody-else");
-  WriteFile("/etc/ppp/pppoe.conf",
-            std::string(kScriptSettings) + "CONNECT_TIMEOUT=8\n");
+  WriteFile("/etc/ppp/pppoe.conf", std::string(kScriptSettings) + "CONNECT_TIMEOUT=8\n");
   const PPPOE_CONF conf = Account("o'neil@line");
   ASSERT_EQ(0, PPPoEConfigSet(&conf)) << LogText();
   EXPECT_EQ(-1, ZARNPPPoEService(1));
@@ -106,8 +101,7 @@ TEST(PPPoE, TheRelayTakesAHostBehindTheBridgeToTheConcentrator) {
      "ip link add br0 type bridge; ip link set eth1 master br0 up; ip link set "
      "br0 up");
   WriteIfcfg("br0", "DEVICE=br0\nTYPE=bridge\nPRIMARY=eth1\nLOCAL_LAN=yes\n");
-  const std::string discover =
-      "ip netns exec home pppoe-discovery -I lan1 -t 1";
+  const std::string discover = "ip netns exec home pppoe-discovery -I lan1 -t 1";
   EXPECT_FALSE(Contains(Shell(discover), "concentrator"));
 
   PPPOE_RELAY_CONF conf{};
@@ -115,16 +109,14 @@ TEST(PPPoE, TheRelayTakesAHostBehindTheBridgeToTheConcentrator) {
   std::snprintf(conf.server, sizeof conf.server, "eth0");
   ASSERT_EQ(0, ZARNNetSetPPPoERelayConfig("br0", &conf)) << LogText();
   ASSERT_EQ(0, ZARNNetApplyPPPoERelayConfig("br0")) << LogText();
-  EXPECT_TRUE(Within(10, [&] {
-    return Contains(Shell(discover), "concentrator");
-  })) << Shell("ps ax");
-  const std::string before = Shell("pgrep -f pppoe-relay");
+  EXPECT_TRUE(Within(10, [&] { return Contains(Shell(discover), "concentrator"); }))
+      << Shell("ps ax");
+  const std::string before = Shell("pgrep -x pppoe-relay");
   EXPECT_EQ(0, ZARNNetApplyPPPoERelayConfigAll()) << LogText();
-  EXPECT_EQ(before, Shell("pgrep -f pppoe-relay"));
+  EXPECT_EQ(before, Shell("pgrep -x pppoe-relay"));
 
   conf.enable = 0;
   ASSERT_EQ(0, ZARNNetSetPPPoERelayConfig("br0", &conf));
   ASSERT_EQ(0, ZARNNetApplyPPPoERelayConfig("br0")) << LogText();
-  EXPECT_TRUE(Within(5, [] { return Shell("pgrep -x pppoe-relay").empty(); }))
-      << Shell("ps ax");
+  EXPECT_TRUE(Within(5, [] { return Shell("pgrep -x pppoe-relay").empty(); })) << Shell("ps ax");
 }

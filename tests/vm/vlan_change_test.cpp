@@ -1,6 +1,7 @@
 // A VLAN through its life: made on a port, reached from the tagged side,
 // removed.
 #include <cstdlib>
+
 #include <zarnnetsdk/zarnnetsdk.h>
 
 #include "machine.h"
@@ -9,27 +10,25 @@ using namespace test;
 
 namespace {
 
-std::string Address(const std::string &ifname) {
+std::string Address(const std::string& ifname) {
   const auto link = Ip("-4 address show dev " + ifname);
   return link.empty() || link[0]["addr_info"].empty()
              ? ""
              : link[0]["addr_info"][0]["local"].get<std::string>();
 }
 
-bool TaggedSideReaches(const std::string &address) {
+bool TaggedSideReaches(const std::string& address) {
   return Within(10, [&] {
-    return Contains(Shell("ip netns exec lan ping -c 1 -W 1 " + address),
-                    "1 received");
+    return Contains(Shell("ip netns exec lan ping -c 1 -W 1 " + address), "1 received");
   });
 }
 
-} // namespace
+}  // namespace
 
 TEST(VlanChange, MadeReachedAndRemoved) {
   SleepForReal();
   Do("/etc/rc.network start eth0");
-  ASSERT_EQ(0, ZARNILnxSetIPNetmask("eth0", "192.168.50.10", "255.255.255.0"))
-      << LogText();
+  ASSERT_EQ(0, ZARNILnxSetIPNetmask("eth0", "192.168.50.10", "255.255.255.0")) << LogText();
   ZARNNETIFSETTINGS settings{};
   settings.blStatic = 1;
   std::snprintf(settings.szIP, sizeof settings.szIP, "10.10.0.1");
@@ -46,7 +45,7 @@ TEST(VlanChange, MadeReachedAndRemoved) {
      "tagged");
   EXPECT_TRUE(TaggedSideReaches("10.10.0.1")) << Shell("ip -d address");
 
-  KOPANETVLAN *list = nullptr;
+  KOPANETVLAN* list = nullptr;
   int count = 0;
   ASSERT_EQ(0, KOPANetVlanEnum(&list, &count));
   ASSERT_EQ(1, count);
