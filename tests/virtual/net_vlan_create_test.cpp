@@ -94,6 +94,41 @@ TEST_F(VlanChange, MovesTheAddressesToTheVlanAndBack) {
   EXPECT_EQ(Lines{}, Temporary());
 }
 
+// One record for all who are told, and what the start script finds when it runs.
+TEST_F(VlanChange, TakesItsStepsInOneOrder) {
+  WriteFile("/usr/zarn/plugins/net/ifname_change/10-order",
+            "#!/bin/sh\necho event $1 >>/run/recorded-calls\n", 0755);
+  WriteFile("/etc/rc.network",
+            "#!/bin/sh\n[ -e " + IfcfgPath("eth1.20") +
+                " ] && files=new || files=old\necho $* $files >>/run/recorded-calls\n",
+            0755);
+  WriteFile("/etc/dhcpd/dhcpd-eth1-subnet0.conf", "interface=eth1\n");
+  RecordTool("/bin/sed");
+  ASSERT_EQ(0, KOPANetVlanCreate("eth1", 20, &kStatic)) << LogText();
+  const std::string names = " eth1 eth1.20";
+  EXPECT_EQ((Lines{"event pre", "stop eth1 old", "start" + names + " new",
+                   std::string(kFirewall) + " --change-adapter" + names,
+                   std::string(kFirewall) + " --change-security-adapter" + names,
+                   "/usr/zarn/bin/tctool -change_interface" + names,
+                   "/bin/sed -i s/eth1/eth1.20/g /etc/dhcpd/dhcpd-eth1.20-subnet0.conf",
+                   "nat-restart-dhcp new", "event post"}),
+            RecordedCalls());
+}
+
+TEST_F(VlanChange, FollowersThatFailAreToldToAllAndEndIt) {
+  WriteFile("/etc/rc.network", "#!/bin/sh\n[ $1 != nat-restart-dhcp ]\n", 0755);
+  EXPECT_EQ(-1, KOPANetVlanCreate("eth1", 20, &kStatic));
+  EXPECT_EQ(Event("post", "eth1", "eth1.20", -1), Events().back());
+  RecordTool("/usr/zarn/bin/tctool", 1);
+  WriteFile("/etc/dhcpd/dhcpd-eth1.20.info", "");
+  EXPECT_EQ(-1, KOPANetVlanRemove("eth1.20"));
+  EXPECT_EQ(1, LogCount(LOG_ERR, "net_vlan_remove",
+                        "Failed to /usr/zarn/bin/tctool -change_interface eth1.20 eth1"))
+      << LogText();
+  EXPECT_TRUE(FileExists("/etc/dhcpd/dhcpd-eth1.20.info")) << "not moved";
+  EXPECT_EQ(Event("post", "eth1.20", "eth1", -1), Events().back());
+}
+
 TEST_F(VlanChange, LongAndEmptyFilesKeepEveryLine) {
   std::string lines;
   for (int i = 0; i < 40; ++i)
