@@ -7,6 +7,7 @@
 
 #include "frame/command.h"
 #include "frame/file.h"
+#include "frame/ifcfg_keys.h"
 #include "frame/key_file.h"
 #include "frame/log.h"
 #include "frame/paths.h"
@@ -46,11 +47,11 @@ int ZARNIGetDHCPTestNetInfo(ZARNNETIFADDR* info) try {
   if (IsUnfitName(ifname.c_str())) return FRAME_FAIL(kBadParameter, -1);
   if (!EnsureClientScript() || !RunTrial(ifname)) return -1;
   const std::string result = paths::DhcpInfo(ifname);
-  if (!ReadKeyInto(result, "IPADDR", info->szIP)) {
+  if (!ReadKeyInto(result, keys::kIpAddr, info->szIP)) {
     LOG_ERROR_FUNC("%s(%d) KOPACFileGetKeyValue(IPADDR) failed(%X).", KOPACErrGet());
     return -1;
   }
-  if (!ReadKeyInto(result, "NETMASK", info->szMask)) {
+  if (!ReadKeyInto(result, keys::kNetmask, info->szMask)) {
     LOG_ERROR_FUNC("%s(%d) KOPACFileGetKeyValue(NETMASK) failed(%X).", KOPACErrGet());
     return -1;
   }

@@ -5,6 +5,7 @@
 #include <zarnnetsdk/dhcpd.h>
 
 #include "frame/file.h"
+#include "frame/ifcfg_keys.h"
 #include "frame/key_file.h"
 #include "frame/lock.h"
 #include "frame/log.h"
@@ -21,12 +22,13 @@ int BlZARNLnxIsDHCP(const char* ifname) try {
     return 0;
   }
   const std::string path = paths::Ifcfg(ifname);
-  const KeyValue proto = ReadKey(path, "BOOTPROTO", 16);
+  const KeyValue proto = ReadKey(path, keys::kBootProto, 16);
   if (proto.Found()) return proto.text == "dhcp" ? 1 : 0;
   LOG_ERROR_FUNC("%s(%d) Get BOOTPROTO failed.(%X)", KOPACErrGet());
   // Readers come by here all the time, so a file without the key is repaired on the way; an
   // interface without a file stays without one.
-  if (Exists(path) && KOPACFileSetKeyValue(path.c_str(), "BOOTPROTO", "static", kBareLine) < 0) {
+  if (Exists(path) &&
+      KOPACFileSetKeyValue(path.c_str(), keys::kBootProto, "static", kBareLine) < 0) {
     LOG_ERROR_FUNC("%s(%d) KOPACFileSetKeyValue(%s, BOOTPROTO, static) failed.(%X)", path.c_str(),
                    KOPACErrGet());
   }

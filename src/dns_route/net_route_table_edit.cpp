@@ -13,6 +13,7 @@
 
 #include "frame/command.h"
 #include "frame/file.h"
+#include "frame/ifcfg_keys.h"
 #include "frame/kernel.h"
 #include "frame/key_file.h"
 #include "frame/lock.h"
@@ -91,11 +92,11 @@ bool IsInstalledByOthers(const std::string& device, bool dhcp) {
 int EditFromFile(unsigned op, const std::string& path, const std::string& device) {
   char ip[20] = "";
   char netmask[20] = "";
-  if (!ReadKeyInto(path, "IPADDR", ip)) {
+  if (!ReadKeyInto(path, keys::kIpAddr, ip)) {
     LOG_ERROR("%s:%d Get IP from %s fail", path.c_str());
     return -1;
   }
-  if (!ReadKeyInto(path, "NETMASK", netmask)) {
+  if (!ReadKeyInto(path, keys::kNetmask, netmask)) {
     LOG_ERROR("%s:%d Get netmask from %s fail", path.c_str());
     return -1;
   }

@@ -13,6 +13,7 @@
 
 #include "frame/backup.h"
 #include "frame/command.h"
+#include "frame/ifcfg_keys.h"
 #include "frame/kernel.h"
 #include "frame/key_file.h"
 #include "frame/lock.h"
@@ -95,11 +96,11 @@ int SetStatic(const std::string& ifname, const ZARNNETIFADDR& config) {
 
 bool WriteDhcp(const std::string& path, const std::string& ifname) {
   return KeyEdit()
-      .Set("DEVICE", ifname.c_str())
-      .Set("ONBOOT", "yes")
-      .Set("BOOTPROTO", "dhcp")
-      .Drop("IPADDR")
-      .Drop("NETMASK")
+      .Set(keys::kDevice, ifname.c_str())
+      .Set(keys::kOnBoot, "yes")
+      .Set(keys::kBootProto, "dhcp")
+      .Drop(keys::kIpAddr)
+      .Drop(keys::kNetmask)
       .WriteTo(path);
 }
 

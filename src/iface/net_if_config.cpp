@@ -6,6 +6,7 @@
 #include <zarnnetsdk/iface.h>
 
 #include "frame/file.h"
+#include "frame/ifcfg_keys.h"
 #include "frame/key_file.h"
 #include "frame/lock.h"
 #include "frame/log.h"
@@ -20,7 +21,8 @@ constexpr std::int32_t kDhcp = 0;
 constexpr std::int32_t kStatic = 1;
 
 bool ReadAddressAndMask(const std::string& path, ZARNNETIFADDR* info) {
-  return ReadKeyInto(path, "IPADDR", info->szIP) && ReadKeyInto(path, "NETMASK", info->szMask);
+  return ReadKeyInto(path, keys::kIpAddr, info->szIP) &&
+         ReadKeyInto(path, keys::kNetmask, info->szMask);
 }
 
 }  // namespace
@@ -32,7 +34,7 @@ int ZARNNetIfIsStaticIP(const char* szIfname) try {
     LOG_ERROR("%s:%d KOPACFileLock() failed.(%X)", KOPACErrGet());
     return 0;
   }
-  const KeyValue proto = ReadKey(paths::Ifcfg(szIfname), "BOOTPROTO", 16);
+  const KeyValue proto = ReadKey(paths::Ifcfg(szIfname), keys::kBootProto, 16);
   if (!proto.Found()) {
     LOG_ERROR("%s:%d Get BOOTPROTO key failed.(%X)", KOPACErrGet());
     return 0;

@@ -1,4 +1,5 @@
 // The interfaces that are up: all of them, or the Ethernet ports alone.
+#include <optional>
 #include <string>
 
 #include <zarnnetsdk/iface.h>
@@ -10,7 +11,14 @@
 
 using namespace frame;
 
-int KOPANetEthEnum(KOPANetIfInfo* pList, int max) try {
+namespace {
+
+// Has the interface carrier, for those that belong on the list; nothing for the others.
+using Carrier = std::optional<bool> (*)(const InetSocket& socket, const std::string& ifname,
+                                        short flags);
+
+// The interfaces that are up, in the order of the statistics table.
+int ListUp(KOPANetIfInfo* list, int max, Carrier carrierOf) {
   if (max < 0) return FRAME_FAIL(kBadParameter, -1);
   const auto names = ListNetDev();
   if (!names) return -1;
@@ -19,36 +27,37 @@ int KOPANetEthEnum(KOPANetIfInfo* pList, int max) try {
   int count = 0;
   for (const std::string& ifname : *names) {
     if (count >= max) break;
-    if (!ifname.starts_with("eth")) continue;
     const auto flags = socket.Flags(ifname);
-    if (!flags || (*flags & IFF_UP) == 0 || socket.VlanParent(ifname)) continue;
-    if (pList != nullptr) {
-      pList[count] = KOPANetIfInfo{};
-      inventory::FillRecord(socket, ifname, *flags, (*flags & IFF_RUNNING) != 0, &pList[count]);
+    if (!flags || (*flags & IFF_UP) == 0) continue;
+    const auto carrier = carrierOf(socket, ifname, *flags);
+    if (!carrier) continue;
+    if (list != nullptr) {
+      list[count] = KOPANetIfInfo{};
+      inventory::FillRecord(socket, ifname, *flags, *carrier, &list[count]);
     }
     ++count;
   }
   return count;
 }
+
+std::optional<bool> CarrierOfPort(const InetSocket& socket, const std::string& ifname,
+                                  short flags) {
+  if (!ifname.starts_with("eth") || socket.VlanParent(ifname)) return std::nullopt;
+  return (flags & IFF_RUNNING) != 0;
+}
+
+std::optional<bool> CarrierOfAny(const InetSocket& /*socket*/, const std::string& ifname,
+                                 short flags) {
+  if ((flags & IFF_LOOPBACK) != 0) return std::nullopt;
+  return inventory::HasCarrier(ifname, flags);
+}
+
+}  // namespace
+
+int KOPANetEthEnum(KOPANetIfInfo* pList, int max) try { return ListUp(pList, max, CarrierOfPort); }
 FRAME_NO_EXCEPTIONS(-1)
 
 int KOPANetInterfaceEnum(KOPANetIfInfo* pList, int max, unsigned int /*kind*/) try {
-  if (max < 0) return FRAME_FAIL(kBadParameter, -1);
-  const auto names = ListNetDev();
-  if (!names) return -1;
-  const InetSocket socket;
-  if (!socket.IsOpen()) return -1;
-  int count = 0;
-  for (const std::string& ifname : *names) {
-    if (count >= max) break;
-    const auto flags = socket.Flags(ifname);
-    if (!flags || (*flags & IFF_UP) == 0 || (*flags & IFF_LOOPBACK) != 0) continue;
-    if (pList != nullptr) {
-      const bool carrier = inventory::HasCarrier(ifname, *flags);
-      inventory::FillRecord(socket, ifname, *flags, carrier, &pList[count]);
-    }
-    ++count;
-  }
-  return count;
+  return ListUp(pList, max, CarrierOfAny);
 }
 FRAME_NO_EXCEPTIONS(-1)

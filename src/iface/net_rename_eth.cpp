@@ -15,6 +15,7 @@
 #include "frame/command.h"
 #include "frame/containers.h"
 #include "frame/file.h"
+#include "frame/ifcfg_keys.h"
 #include "frame/kernel.h"
 #include "frame/key_file.h"
 #include "frame/lock.h"
@@ -76,7 +77,7 @@ class FileMove {
     if (!exists_) return;
     backup_.emplace(paths::Ifcfg(ifname), BackupSuffix());
     moved_ = backup_->Made() && std::rename(paths::Ifcfg(ifname).c_str(), newPath_.c_str()) == 0 &&
-             KOPACFileSetKeyValue(newPath_.c_str(), "DEVICE", newName, kBareLine) >= 0;
+             KOPACFileSetKeyValue(newPath_.c_str(), keys::kDevice, newName, kBareLine) >= 0;
   }
   ~FileMove() {
     if (exists_ && !kept_) ::unlink(newPath_.c_str());  // the backup takes the old name again
@@ -226,7 +227,7 @@ int ZARNNetRenameEth(const char* szOld, const char* szNew) try {
   const InetSocket socket;
   if (!MayRename(socket, szOld, szNew)) return -1;
   Announcement announcement(szOld, szNew);
-  const bool onDhcp = KeyIs(paths::Ifcfg(szOld), "BOOTPROTO", "dhcp") && StopDhcpClient(szOld);
+  const bool onDhcp = KeyIs(paths::Ifcfg(szOld), keys::kBootProto, "dhcp") && StopDhcpClient(szOld);
   const int result = Rename(socket, szOld, szNew);
   if (onDhcp) {
     ::unlink(paths::DhcpInfo(szOld).c_str());  // the client writes one for the name it gets

@@ -5,6 +5,7 @@
 #include <zarnnetsdk/ipv4.h>
 
 #include "frame/file.h"
+#include "frame/ifcfg_keys.h"
 #include "frame/kernel.h"
 #include "frame/log.h"
 #include "frame/paths.h"
@@ -12,11 +13,7 @@
 
 using namespace frame;
 
-namespace {
-
-constexpr char kAddressKey[] = "IPADDR";
-
-}  // namespace
+namespace {}  // namespace
 
 int ZARNILnxGetIP(const char* szIfname, char* szBuf, int cbBuf) try {
   if (IsEmpty(szIfname) || szBuf == nullptr || cbBuf <= 0) return FRAME_FAIL(kBadParameter, -1);
@@ -36,11 +33,11 @@ int ZARNILnxGetIPFromCfg(const char* szIfname, char* szBuf, int cbBuf) try {
     return 0;
   }
   const int length =
-      KOPACFileGetKeyValue(path.c_str(), kAddressKey, szBuf, static_cast<std::size_t>(cbBuf), 0);
+      KOPACFileGetKeyValue(path.c_str(), keys::kIpAddr, szBuf, static_cast<std::size_t>(cbBuf), 0);
   if (length > 0) return 1;
   *szBuf = '\0';
   if (length < 0) {
-    LOG_ERROR("%s:%d Failed to get [%s] from [%s], zarnerr=[0x%04X]", kAddressKey, path.c_str(),
+    LOG_ERROR("%s:%d Failed to get [%s] from [%s], zarnerr=[0x%04X]", keys::kIpAddr, path.c_str(),
               KOPACErrGet());
     return -1;
   }

@@ -10,6 +10,7 @@
 
 #include "frame/backup.h"
 #include "frame/command.h"
+#include "frame/ifcfg_keys.h"
 #include "frame/key_file.h"
 #include "frame/log.h"
 #include "frame/paths.h"
@@ -22,11 +23,11 @@ namespace {
 bool WriteStaticAddress(const std::string& path, const char* ifname, const char* ip,
                         const char* netmask) {
   return KeyEdit()
-      .Set("DEVICE", ifname)
-      .Set("ONBOOT", "yes")
-      .Set("IPADDR", ip)
-      .Set("NETMASK", netmask)
-      .Set("BOOTPROTO", "static")
+      .Set(keys::kDevice, ifname)
+      .Set(keys::kOnBoot, "yes")
+      .Set(keys::kIpAddr, ip)
+      .Set(keys::kNetmask, netmask)
+      .Set(keys::kBootProto, "static")
       .Drop("MASTER")
       .Drop("SLAVE")
       .WriteTo(path);

@@ -3,12 +3,14 @@
 
 #include <string>
 
+#include "frame/ifcfg_keys.h"
+
 namespace virtual_if {
 
-inline constexpr char kDevice[] = "DEVICE";
-inline constexpr char kOnBoot[] = "ONBOOT";
+using frame::keys::kBootProto;
+using frame::keys::kDevice;
+using frame::keys::kOnBoot;
 inline constexpr char kUserCtl[] = "USERCTL";
-inline constexpr char kBootProto[] = "BOOTPROTO";
 inline constexpr char kMaster[] = "MASTER";
 inline constexpr char kSlave[] = "SLAVE";
 inline constexpr char kBondingOpts[] = "BONDING_OPTS";

@@ -4,6 +4,7 @@
 #include <zarnnetsdk/virtual.h>
 
 #include "frame/error.h"
+#include "frame/ifcfg_keys.h"
 #include "frame/key_file.h"
 #include "frame/paths.h"
 #include "frame/text.h"
@@ -18,7 +19,7 @@ int ZARNNetDisableBridgeSlave(const ZARNNETIFSETTINGS* pSettings) try {
     return FRAME_FAIL(kBadParameter, -1);
   }
   KeyEdit edit;
-  edit.Set("DEVICE", ifname.c_str()).Set("ONBOOT", "yes");
+  edit.Set(keys::kDevice, ifname.c_str()).Set(keys::kOnBoot, "yes");
   virtual_if::SetAddress(*pSettings, &edit);
   edit.Drop(bridge::kBridgeKey).Drop(bridge::kTypeKey);
   const std::string path = paths::Ifcfg(ifname);

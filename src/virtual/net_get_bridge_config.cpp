@@ -3,6 +3,7 @@
 #include <zarnnetsdk/virtual.h>
 
 #include "frame/file.h"
+#include "frame/ifcfg_keys.h"
 #include "frame/key_file.h"
 #include "frame/log.h"
 #include "frame/paths.h"
@@ -41,11 +42,11 @@ void ReadAddress(const std::string& path, const char* key, char (&field)[N]) {
 void ReadSettings(const char* ifname, const std::string& path, ZARNNETIFSETTINGS* settings) {
   *settings = ZARNNETIFSETTINGS{};
   CopyText(ifname, settings->szName);
-  settings->blOnBoot = KeyIs(path, "ONBOOT", "yes") ? 1 : 0;
-  settings->blStatic = KeyIs(path, "BOOTPROTO", "static") ? 1 : 0;
+  settings->blOnBoot = KeyIs(path, keys::kOnBoot, "yes") ? 1 : 0;
+  settings->blStatic = KeyIs(path, keys::kBootProto, "static") ? 1 : 0;
   if (settings->blStatic == 0) return;
-  ReadAddress(path, "IPADDR", settings->szIP);
-  ReadAddress(path, "NETMASK", settings->szMask);
+  ReadAddress(path, keys::kIpAddr, settings->szIP);
+  ReadAddress(path, keys::kNetmask, settings->szMask);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <zarnnetsdk/virtual.h>
 
 #include "frame/error.h"
+#include "frame/ifcfg_keys.h"
 #include "frame/key_file.h"
 #include "frame/text.h"
 #include "virtual/interface_keys.h"
@@ -20,9 +21,9 @@ int ZARNNetLinkAggrConfUpdateBootProto(const char* szPath, PKOPACSZHASH* ppSet) 
     if (strcasecmp(kept, value.text.c_str()) == 0) return 0;
   }
   if (KOPACSzHashSetValue(ppSet, virtual_if::kBootProto, "dhcp") < 0 ||
-      KOPACSzHashSetValue(ppSet, "IPADDR", "") < 0) {
+      KOPACSzHashSetValue(ppSet, keys::kIpAddr, "") < 0) {
     return -1;
   }
-  return KOPACSzHashSetValue(ppSet, "NETMASK", "");
+  return KOPACSzHashSetValue(ppSet, keys::kNetmask, "");
 }
 FRAME_NO_EXCEPTIONS(-1)

@@ -4,6 +4,7 @@
 #include <zarnnetsdk/virtual.h>
 
 #include "frame/file.h"
+#include "frame/ifcfg_keys.h"
 #include "frame/key_file.h"
 #include "frame/log.h"
 #include "frame/paths.h"
@@ -54,13 +55,13 @@ int ZARNNetSetBridgeConfig(const ZARNNETIFSETTINGS* pSettings, const ZARNBRIDGEI
     return FRAME_FAIL(kBadParameter, -1);
   }
   KeyEdit edit;
-  edit.Set("DEVICE", ifname.c_str());
+  edit.Set(keys::kDevice, ifname.c_str());
   if (!SetRole(pInfo->type, reference.c_str(), &edit)) {
     LOG_ERROR("%s:%d Failed to set bridge config with wrong type.");
     return FRAME_FAIL(kBadParameter, -1);
   }
   if (pSettings != nullptr) {
-    edit.Set("ONBOOT", pSettings->blOnBoot != 0 ? "yes" : "no");
+    edit.Set(keys::kOnBoot, pSettings->blOnBoot != 0 ? "yes" : "no");
     virtual_if::SetAddress(*pSettings, &edit);
   }
   const std::string path = paths::Ifcfg(ifname);

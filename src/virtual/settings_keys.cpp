@@ -2,6 +2,7 @@
 #include "virtual/settings_keys.h"
 
 #include "frame/command.h"
+#include "frame/ifcfg_keys.h"
 #include "frame/paths.h"
 #include "frame/text.h"
 
@@ -16,12 +17,14 @@ bool virtual_if::IsFit(const ZARNNETIFSETTINGS& settings) {
 
 void virtual_if::SetAddress(const ZARNNETIFSETTINGS& settings, KeyEdit* edit) {
   if (settings.blStatic == 0) {
-    edit->Set("BOOTPROTO", "dhcp").Drop("IPADDR").Drop("NETMASK");
+    edit->Set(keys::kBootProto, "dhcp").Drop(keys::kIpAddr).Drop(keys::kNetmask);
     return;
   }
   const std::string ip(FieldText(settings.szIP));
   const std::string mask(FieldText(settings.szMask));
-  edit->Set("IPADDR", ip.c_str()).Set("NETMASK", mask.c_str()).Set("BOOTPROTO", "static");
+  edit->Set(keys::kIpAddr, ip.c_str())
+      .Set(keys::kNetmask, mask.c_str())
+      .Set(keys::kBootProto, "static");
 }
 
 void virtual_if::KeepCopy(const std::string& path) {

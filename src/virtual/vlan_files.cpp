@@ -7,6 +7,7 @@
 
 #include "frame/error.h"
 #include "frame/file.h"
+#include "frame/ifcfg_keys.h"
 #include "frame/key_file.h"
 #include "frame/paths.h"
 #include "frame/text.h"
@@ -44,14 +45,14 @@ std::string Line(const char* key, std::string_view value) {
 
 std::string vlan::FileOf(const KOPANETVLAN& vlan, const ZARNNETIFSETTINGS& settings) {
   constexpr std::size_t kValueSize = 1024;
-  std::string text = Line("DEVICE", FieldText(vlan.szName)) +
+  std::string text = Line(keys::kDevice, FieldText(vlan.szName)) +
                      Line("VLAN_ROW_DEVICE", FieldText(vlan.szRowDev)) +
-                     Line("VLAN_ID", std::to_string(vlan.id)) + Line("ONBOOT", "yes");
+                     Line("VLAN_ID", std::to_string(vlan.id)) + Line(keys::kOnBoot, "yes");
   if (settings.blStatic != 0) {
-    text += Line("BOOTPROTO", "static") + Line("IPADDR", FieldText(settings.szIP)) +
-            Line("NETMASK", FieldText(settings.szMask));
+    text += Line(keys::kBootProto, "static") + Line(keys::kIpAddr, FieldText(settings.szIP)) +
+            Line(keys::kNetmask, FieldText(settings.szMask));
   } else {
-    text += Line("BOOTPROTO", "dhcp");
+    text += Line(keys::kBootProto, "dhcp");
   }
   const std::string parent = paths::Ifcfg(FieldText(vlan.szRowDev));
   for (const char* key : {"IPV6INIT", "IPV6ADDR", "IPV6PREFIXLENG", "IPV6_DEFAULTGW", "IPV6DNS"}) {
@@ -66,7 +67,7 @@ std::optional<std::string> vlan::ParentFileUnder(const std::string& parent) {
   auto text = Lines(
       paths::Ifcfg(parent),
       {"BOOTPROTO=", "IPADDR=", "NETMASK=", "IPV6INIT=", "IPV6_DEFAULTGW=", "IPV6DNS="}, false);
-  if (text) *text += Line("BOOTPROTO", "none") + Line("IPV6INIT", "off");
+  if (text) *text += Line(keys::kBootProto, "none") + Line("IPV6INIT", "off");
   return text;
 }
 

@@ -1,12 +1,12 @@
 // zarnnetctl dhcpd subnet: the subnets that the built-in DHCP server serves, by options or as JSON.
 #include <algorithm>
-#include <cstring>
 #include <iostream>
 #include <memory>
 
 #include "commands.h"
 #include "dhcp_options.h"
 #include "list.h"
+#include "put.h"
 #include "query.h"
 
 namespace tool {
@@ -36,24 +36,13 @@ struct Subnet {
   std::vector<std::unique_ptr<DHCP_OPTION>> options;
 };
 
-template <std::size_t N>
-void Fill(const std::string& what, const std::string& name, const std::string& text,
-          char (&field)[N]) {
-  if (text.size() >= N) {
-    throw Failure(what, kOutOfRange,
-                  name + " must be shorter than " + std::to_string(N) + " characters");
-  }
-  std::memset(field, 0, N);
-  text.copy(field, N - 1);
-}
-
 void AddOption(const std::string& what, const std::string& name,
                const std::vector<std::string>& values, Subnet* subnet) {
   const int number = DhcpOptionNumber(name);
   if (number == 0) throw Failure(what, kOutOfRange, "there is no option '" + name + "'");
   auto option = std::make_unique<DHCP_OPTION>();
   option->number = number;
-  Fill(what, "the name of an option", name, option->name);
+  Put(what, "name of an option", name, option->name);
   if (DHCPOptionIsListValue(number) == 1) {
     auto list = std::make_unique<NameList>();
     for (const std::string& value : values)
@@ -61,7 +50,7 @@ void AddOption(const std::string& what, const std::string& name,
     option->values = list->Get();
     subnet->lists.push_back(std::move(list));
   } else {
-    Fill(what, "the value of " + name, Join(values, ","), option->value);
+    Put(what, "value of " + name, Join(values, ","), option->value);
   }
   if (!subnet->options.empty()) subnet->options.back()->next = option.get();
   subnet->options.push_back(std::move(option));
@@ -71,12 +60,12 @@ void AddOption(const std::string& what, const std::string& name,
 void SetServers(const std::string& what, const std::vector<std::string>& servers,
                 DHCP_SUBNET_CONF* record) {
   const auto at = [&servers](std::size_t i) { return i < servers.size() ? servers[i] : ""; };
-  Fill(what, "a name server", at(0), record->dns1);
-  Fill(what, "a name server", at(1), record->dns2);
+  Put(what, "name server", at(0), record->dns1);
+  Put(what, "name server", at(1), record->dns2);
   const auto rest = servers.size() > 2
                         ? std::vector<std::string>(servers.begin() + 2, servers.end())
                         : std::vector<std::string>();
-  Fill(what, "the further name servers", Join(rest, ","), record->dns_more);
+  Put(what, "further name servers", Join(rest, ","), record->dns_more);
 }
 
 // ---- reading
@@ -257,17 +246,17 @@ void ApplyOptions(const std::string& what, const Given& given, Subnet* subnet) {
 template <std::size_t N>
 void FillIfGiven(const std::string& what, const std::string& name,
                  const std::optional<std::string>& text, char (&field)[N]) {
-  if (text) Fill(what, name, *text, field);
+  if (text) Put(what, name, *text, field);
 }
 
 void ApplyGiven(const std::string& what, const Given& given, Subnet* subnet) {
   DHCP_SUBNET_CONF& record = subnet->record;
-  FillIfGiven(what, "the start", given.start, record.start);
-  FillIfGiven(what, "the end", given.end, record.end);
-  FillIfGiven(what, "the netmask", given.netmask, record.netmask);
-  FillIfGiven(what, "the router", given.router, record.router);
-  FillIfGiven(what, "the domain", given.domain, record.domain);
-  FillIfGiven(what, "the mode", given.mode, record.v6mode);
+  FillIfGiven(what, "start", given.start, record.start);
+  FillIfGiven(what, "end", given.end, record.end);
+  FillIfGiven(what, "netmask", given.netmask, record.netmask);
+  FillIfGiven(what, "router", given.router, record.router);
+  FillIfGiven(what, "domain", given.domain, record.domain);
+  FillIfGiven(what, "mode", given.mode, record.v6mode);
   if (given.dns) SetServers(what, *given.dns, &record);
   if (given.lease) record.lease = *given.lease;
   if (given.enable || given.disable) record.enable = given.enable ? 1 : 0;
@@ -304,7 +293,7 @@ void RequireSame(const std::string& what, const Target& target, const Json& docu
 template <std::size_t N>
 void FillFrom(const std::string& what, const Json& document, const char* name, char (&field)[N]) {
   const Json value = document.value(name, Json());
-  if (!value.is_null()) Fill(what, name, value.get<std::string>(), field);
+  if (!value.is_null()) Put(what, name, value.get<std::string>(), field);
 }
 
 void ApplyDocument(const std::string& what, const Json& document, Subnet* subnet) try {
