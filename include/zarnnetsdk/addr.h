@@ -3,6 +3,7 @@
 #pragma once
 
 #include <stdint.h>
+
 #include <zarncore/zarncore.h>
 
 #ifdef __cplusplus
@@ -16,13 +17,13 @@ extern "C" {
  * @param rgPart  receives the parts, first part first
  * @return how many parts were read: 4 for a whole address; 0x1000 is set for fewer
  */
-int cKOPAISepIP(const char *szIP, unsigned int rgPart[4]);
+int cKOPAISepIP(const char* szIP, unsigned int rgPart[4]);
 
 /**
  * Is the text the IPv4 address of a host (first part not 127 and not above 223)?
  * @return 1, or 0 with 0x1000
  */
-int BlKOPAIsIpAddr(const char *szIP);
+int BlKOPAIsIpAddr(const char* szIP);
 
 /**
  * The prefix length of a netmask given as four numbers.
@@ -35,10 +36,10 @@ int cKOPAICalMask(const unsigned int rgPart[4]);
  * "255.255.255.0"), which is never longer than what was given.
  * @return 1, or 0 with 0x1000
  */
-int BlKOPAIsIpMask(char *szMask);
+int BlKOPAIsIpMask(char* szMask);
 
 /** Is the text a non-zero contiguous netmask? The text is left alone. @return 1 or 0; null logs and sets 0x0D00 */
-int BlKOPAIsValidIpMask(const char *szMask);
+int BlKOPAIsValidIpMask(const char* szMask);
 
 /**
  * "a.b.c.d/N" to "network/netmask", N from 1 to 32.
@@ -46,51 +47,51 @@ int BlKOPAIsValidIpMask(const char *szMask);
  * @param szOut  receives the result, at least 64 bytes; null: szIn, 64 bytes, is overwritten
  * @return 0, or -1 with 0x0D00 (null, no "/") or 0x1000 (malformed)
  */
-int ErrKOPASubnetToIpMask(char *szIn, char *szOut);
+int ErrKOPASubnetToIpMask(char* szIn, char* szOut);
 
 /** "a.b.c.d/m.m.m.m" to "network/N"; arguments and results as ErrKOPASubnetToIpMask(). */
-int ErrKOPAIpMaskToSubnet(char *szIn, char *szOut);
+int ErrKOPAIpMaskToSubnet(char* szIn, char* szOut);
 
 /** The number of one-bits of a dotted netmask, contiguous or not. @return 0 to 32, or -1 */
-int ZARNNetNetmaskToPrefix(const char *szMask);
+int ZARNNetNetmaskToPrefix(const char* szMask);
 
 /** Is the text an IPv6 address, with or without "/" and a prefix length of 0 to 128? @return 1 or 0 */
-int BlKOPAIsv6IpAddrValid(const char *szIP);
+int BlKOPAIsv6IpAddrValid(const char* szIP);
 
 /** Is the text a host name: a letter or "_", then letters, digits, "_" or "-", at most 15 in all? @return 1 or 0 */
-int BlKOPAIsHostname(const char *szName);
+int BlKOPAIsHostname(const char* szName);
 
 /** Is the text one label of a mail domain: not empty, no blank or control character, none of "(),.:;<>[]\@? @return 1 or 0 */
-int BlKOPAIsAtom(const char *szAtom);
+int BlKOPAIsAtom(const char* szAtom);
 
 /** Is the text a domain: atoms joined by single dots, at most 511 characters? @return 1 or 0 */
-int BlKOPAIsDomain(const char *szDomain);
+int BlKOPAIsDomain(const char* szDomain);
 
 /**
  * Do two addresses lie in one subnet? All three texts are IPv4, or all three IPv6.
  * @return 1; 0 also for text that does not parse or mixed families; a null argument sets 0x0D00
  */
-int ZARNNetIsSameSubnet(const char *szAddr1, const char *szAddr2, const char *szMask);
+int ZARNNetIsSameSubnet(const char* szAddr1, const char* szAddr2, const char* szMask);
 
 /**
  * Does an address lie between two others, bounds included? The bounds may come in either order.
  * @param family  AF_INET or AF_INET6
  * @return 1, 0, or -1 when a text does not parse or the family is unknown
  */
-int KOPAIsIpInRange(const char *szAddr, const char *szStart, const char *szEnd, int family);
+int KOPAIsIpInRange(const char* szAddr, const char* szStart, const char* szEnd, int family);
 
 /** Is the IPv4 address private, loopback or link-local? @return 1 or 0 */
-int ZARNNetIsPrivateIP(const char *szIP);
+int ZARNNetIsPrivateIP(const char* szIP);
 
 /** The family of an address text. @return AF_INET (2), AF_INET6 (10) or 0 */
-int ZARNNetGetAddrType(const char *szIP);
+int ZARNNetGetAddrType(const char* szIP);
 
 /**
  * A number as dotted text.
  * @param value  the address, first part in the top byte
  * @return text in one static buffer that the next call overwrites, in whatever thread
  */
-const char *ZARNNetNtoa(uint32_t value);
+const char* ZARNNetNtoa(uint32_t value);
 
 /**
  * The broadcast address of a subnet, asked of /bin/ipcalc -b.
@@ -99,10 +100,10 @@ const char *ZARNNetNtoa(uint32_t value);
  * @param cbOut   size of szOut in bytes; also bounds the line that is read from ipcalc
  * @return 0; -1 with 0x0D00 for a missing argument, or when ipcalc is missing or prints no usable line
  */
-int ZARNNetCalBroadcast(const char *szAddr, char *szOut, int cbOut);
+int ZARNNetCalBroadcast(const char* szAddr, char* szOut, int cbOut);
 
 /** The network address of a subnet, asked of /bin/ipcalc -n; as ZARNNetCalBroadcast(). */
-int ZARNNetCalNetwork(const char *szAddr, char *szOut, int cbOut);
+int ZARNNetCalNetwork(const char* szAddr, char* szOut, int cbOut);
 
 /* ---- ports, hosts ---------------------------------------------------------------------------------- */
 
@@ -116,10 +117,10 @@ int ZARNNetCalNetwork(const char *szAddr, char *szOut, int cbOut);
  * @return how many there are, which may exceed cPort; -1 with 0x0D00, or 0x0900 or 0x0A00 for a table of the kernel
  *         (/proc/net/tcp, tcp6, udp, udp6; those of IPv6 may be missing)
  */
-int ZARNNetGetPortUsedInRange(int first, int last, const char *szProto, int *rgPort, int cPort);
+int ZARNNetGetPortUsedInRange(int first, int last, const char* szProto, int* rgPort, int cPort);
 
 /** Is a port of the range taken, in the sense of ZARNNetGetPortUsedInRange()? @return 1, 0, or -1 as there */
-int ZARNNetIsPortRangeUsed(int first, int last, const char *szProto);
+int ZARNNetIsPortRangeUsed(int first, int last, const char* szProto);
 
 /**
  * Does a host answer an ICMP echo? Each of its addresses is asked at once and then every second, so that one lost
@@ -130,7 +131,7 @@ int ZARNNetIsPortRangeUsed(int first, int last, const char *szProto);
  * @return 1 as soon as an answer comes; 0 when the time is over, at once where no route leads, or with 0x0D00, 0x0900 (no socket), or a code of
  *         ZARNNetLookupIP() for a name that is not known
  */
-int BlKOPAIsConnected(const char *szHost, int cTimeoutSeconds);
+int BlKOPAIsConnected(const char* szHost, int cTimeoutSeconds);
 
 /**
  * The address of a host, from the system's resolver (/etc/hosts, name servers).
@@ -138,7 +139,7 @@ int BlKOPAIsConnected(const char *szHost, int cTimeoutSeconds);
  * @return 0; -1 with 0x0D00 (also when none fits), 0xBC00 (no such host, or none with an address), 0x8100 (the
  *         resolver failed) or 0x0200
  */
-int ZARNNetLookupIP(const char *szHost, char *szIP, int cbIP);
+int ZARNNetLookupIP(const char* szHost, char* szIP, int cbIP);
 
 /**
  * The interface that has an address of either family, with any prefix; "fe80::1%eth0" looks at eth0 alone.
@@ -146,7 +147,7 @@ int ZARNNetLookupIP(const char *szHost, char *szIP, int cbIP);
  * @return 0; -1 with 0x0D00 (also for a buffer that would cut the name), 0x1000 (no address), 0xBC00 (nobody has it)
  *         or 0x8100
  */
-int ZARNNetIP2If(const char *szIP, char *szIfname, int cbIfname);
+int ZARNNetIP2If(const char* szIP, char* szIfname, int cbIfname);
 
 /**
  * Sends the frame that wakes a machine over an interface, which has to be up: broadcast, ethertype 0x0842, six bytes
@@ -155,11 +156,11 @@ int ZARNNetIP2If(const char *szIP, char *szIfname, int cbIfname);
  * @return 0 when it was sent; -1 with 0x0D00, 0xBC00 (no such interface), 0x0900 (no packet socket) or 0x2A00 (not
  *         sent)
  */
-int KOPANetEtherWake(const char *szIfname, const char *szMac);
+int KOPANetEtherWake(const char* szIfname, const char* szMac);
 /* ---- addresses in use ------------------------------------------------------------------------------- */
 
 /** Told of a conflict: the interface, and the address that another host has. */
-typedef void (*PFNIPCONFLICT)(const char *szIfname, const char *szAddr);
+typedef void (*PFNIPCONFLICT)(const char* szIfname, const char* szAddr);
 
 /**
  * Asks the network of each interface whether another host uses an address, with /sbin/arping (3 seconds an
@@ -171,13 +172,14 @@ typedef void (*PFNIPCONFLICT)(const char *szIfname, const char *szAddr);
  * @return 1 with any conflict, else 0, also for entries that could not be asked; -1 with 0x0D00 (no interfaces,
  *         lists of different length) or 0x0200
  */
-int IpConflictDetectInternal(const KOPACSZLIST *pIfnames, const KOPACSZLIST *pAddrs, PFNIPCONFLICT pfnConflict);
+int IpConflictDetectInternal(const KOPACSZLIST* pIfnames, const KOPACSZLIST* pAddrs,
+                             PFNIPCONFLICT pfnConflict);
 
 /**
  * IpConflictDetectInternal() for one address that an interface may get. The address it already has is none.
  * @return 1, 0, or -1 (0x0D00 for a missing argument)
  */
-int ZARNIIpConflict(const char *szIfname, const char *szAddr);
+int ZARNIIpConflict(const char* szIfname, const char* szAddr);
 
 /**
  * Is the configured address of a bond (kernel or Open vSwitch) that of a member other than its first?
@@ -185,7 +187,7 @@ int ZARNIIpConflict(const char *szIfname, const char *szAddr);
  * @param cbOutPort  size of szOutPort in bytes; the terminator is written when it is above 4
  * @return 1 (szOutPort filled), 0, or -1 (0x0D00; bond or a configured address cannot be read)
  */
-int ZARNNetBondIPConflict(const char *szBond, char *szOutPort, int cbOutPort);
+int ZARNNetBondIPConflict(const char* szBond, char* szOutPort, int cbOutPort);
 
 #ifdef __cplusplus
 }

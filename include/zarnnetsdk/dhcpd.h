@@ -4,6 +4,7 @@
 
 #include <stddef.h>
 #include <stdint.h>
+
 #include <zarncore/zarncore.h>
 #include <zarnhacore/zarnhacore.h>
 
@@ -15,11 +16,11 @@ extern "C" {
 
 /** One option of an IPv4 subnet beyond router, DNS servers and domain; freed with DHCPOptionFree(). */
 typedef struct DHCP_OPTION {
-  int32_t number;     /* 1 to 254 */
-  char name[52];      /* the server's name of the option, at most 49 characters */
-  char value[1024];   /* of an option with one value */
+  int32_t number;      /* 1 to 254 */
+  char name[52];       /* the server's name of the option, at most 49 characters */
+  char value[1024];    /* of an option with one value */
   PKOPACSZLIST values; /* of an option with a list of values, else null */
-  struct DHCP_OPTION *next;
+  struct DHCP_OPTION* next;
 } DHCP_OPTION;
 
 /** One served subnet of one interface. */
@@ -39,7 +40,7 @@ typedef struct DHCP_SUBNET_CONF {
   char reserved2[256];
   char tag[20];
   char v6mode[16]; /* "off", "ra-only", "ra-stateless" or "stateful" */
-  DHCP_OPTION *options;
+  DHCP_OPTION* options;
 } DHCP_SUBNET_CONF;
 
 /** The range of one IPv4 subnet; freed with DHCPRangeFree(). */
@@ -47,7 +48,7 @@ typedef struct DHCP_RANGE {
   char start[16];
   char end[16];
   char netmask[16];
-  struct DHCP_RANGE *next;
+  struct DHCP_RANGE* next;
 } DHCP_RANGE;
 
 /** Network boot. */
@@ -80,11 +81,11 @@ int KOPANetDHCPServerRestart(void);
 int DHCPIsEnabled(void);
 
 /** Is it switched on for an interface and a family? @return 1, 0 (also without a switch), or -1 for a wrong argument */
-int DHCPInterfaceIsEnabled(const char *ifname, int iptype);
+int DHCPInterfaceIsEnabled(const char* ifname, int iptype);
 
 /** Switches it on (1) or off. @return 0, also when the file cannot be written, which the log tells; -1 for
  * a wrong argument or without the folder */
-int DHCPInterfaceSetEnabled(const char *ifname, int iptype, int enable);
+int DHCPInterfaceSetEnabled(const char* ifname, int iptype, int enable);
 
 /**
  * The interfaces that have a switch, on or off. Names with "-" or "." in them are passed over; "pxe" is among them
@@ -92,17 +93,17 @@ int DHCPInterfaceSetEnabled(const char *ifname, int iptype, int enable);
  * @param list  replaced by a new list when there are any, the former one is freed; else left alone. May hold null
  * @return their number, or -1 for a wrong argument (0x0200)
  */
-int DHCPInterfaceListGet(PKOPACSZLIST *list, int iptype);
+int DHCPInterfaceListGet(PKOPACSZLIST* list, int iptype);
 
 /* ---- tagged subnets (IPv4) ---------------------------------------------------------------------------- */
 
 /** Reads dhcpd-IFNAME-TAG.conf and .info. Addresses and the domain are cut to 19 characters.
  * @return 1; 0 with 0x0D00 for an unfit name, or when the file or a line of it is missing (domain and switch may be) */
-int ZARNNetGetDhcpServerConf(const char *tag, const char *ifname, DHCP_SUBNET_CONF *conf);
+int ZARNNetGetDhcpServerConf(const char* tag, const char* ifname, DHCP_SUBNET_CONF* conf);
 
 /** Writes the switch and, when enable is not 0, the fragment of conf->interface and conf->tag.
  * @return 1; 0 with 0x0D00, or when a file cannot be written: the switch may be written then */
-int ZARNNetSetDhcpServerConfigFiles(const DHCP_SUBNET_CONF *conf, int enable);
+int ZARNNetSetDhcpServerConfigFiles(const DHCP_SUBNET_CONF* conf, int enable);
 
 /* ---- numbered subnets --------------------------------------------------------------------------------- */
 
@@ -111,32 +112,33 @@ int ZARNNetSetDhcpServerConfigFiles(const DHCP_SUBNET_CONF *conf, int enable);
  * @return 1; 0 when there is none; -1 for a wrong argument, or when a line is missing. An IPv6 subnet that was written without
  *         name servers cannot be read.
  */
-int DHCPTagConfGet(const char *ifname, unsigned subnet, int iptype, DHCP_SUBNET_CONF *conf);
+int DHCPTagConfGet(const char* ifname, unsigned subnet, int iptype, DHCP_SUBNET_CONF* conf);
 
 /** Reads a subnet's switch. @return 1, 0 (none; *enable is 0), or -1 for a wrong argument */
-int DHCPTagConfGetEnable(const char *ifname, unsigned subnet, int iptype, int *enable);
+int DHCPTagConfGetEnable(const char* ifname, unsigned subnet, int iptype, int* enable);
 
 /** Writes a subnet's switch: on for 1, else off. @return 0, or -1 (0x0D00, or the file cannot be written) */
-int DHCPTagConfSetEnable(const char *ifname, unsigned subnet, int iptype, int enable);
+int DHCPTagConfSetEnable(const char* ifname, unsigned subnet, int iptype, int enable);
 
 /**
  * Writes a subnet's fragment. An IPv6 subnet in mode "off" keeps the one it has.
  * @return 0; -1 for a wrong argument, when the file cannot be written, or for an option with a wrong value: the lines before it
  *         are written then
  */
-int DHCPTagConfSetConfig(const char *ifname, unsigned subnet, int iptype, const DHCP_SUBNET_CONF *conf);
+int DHCPTagConfSetConfig(const char* ifname, unsigned subnet, int iptype,
+                         const DHCP_SUBNET_CONF* conf);
 
 /** Writes the switch (conf->enable), then the fragment. @return as those two; the switch stays when the fragment
  * fails */
-int DHCPTagConfSet(const char *ifname, unsigned subnet, int iptype, const DHCP_SUBNET_CONF *conf);
+int DHCPTagConfSet(const char* ifname, unsigned subnet, int iptype, const DHCP_SUBNET_CONF* conf);
 
 /** The ranges of an interface's IPv4 subnets 0, 1, 2 ... up to the first number that is missing.
  * @param ranges  holds null; receives a chain that DHCPRangeFree() frees
  * @return their number, or -1 for a wrong argument or a range that is none */
-int DHCPGetInterfaceRanges(const char *ifname, DHCP_RANGE **ranges);
+int DHCPGetInterfaceRanges(const char* ifname, DHCP_RANGE** ranges);
 
 /** Frees a chain; null is allowed. */
-void DHCPRangeFree(DHCP_RANGE *head);
+void DHCPRangeFree(DHCP_RANGE* head);
 
 /**
  * Does the network of an address overlap with one that another interface serves? Members of a bond, interfaces
@@ -144,47 +146,47 @@ void DHCPRangeFree(DHCP_RANGE *head);
  * @param conflict_if  receives that interface; may be null
  * @return 1 or 0; -1 for a wrong argument, or when the ranges of an interface cannot be read
  */
-int DHCPIsRangeConflict(const char *ifname, const char *start, const char *end, const char *netmask,
-                        char *conflict_if, size_t conflict_if_size);
+int DHCPIsRangeConflict(const char* ifname, const char* start, const char* end, const char* netmask,
+                        char* conflict_if, size_t conflict_if_size);
 
 /** Does the option take a list of values? @return 1 or 0 */
 int DHCPOptionIsListValue(int number);
 
 /** Frees a chain of options with their lists; null is allowed. */
-void DHCPOptionFree(DHCP_OPTION *head);
+void DHCPOptionFree(DHCP_OPTION* head);
 
 /* ---- vendor classes ----------------------------------------------------------------------------------- */
 
 /** Is the text a number from 1 to 254? @return 1 or 0 */
-int DHCPVendorCheckOptNum(const char *text);
+int DHCPVendorCheckOptNum(const char* text);
 
 /** Appends the vendor classes that have options, each once. @return 0, or -1 */
-int DHCPVendorEnum(PKOPACSZLIST *vendors);
+int DHCPVendorEnum(PKOPACSZLIST* vendors);
 
 /** Sets number and value of every option of a vendor class. @return 0, also when there are none; -1 when it cannot be read, or for
  * a line that reads otherwise */
-int DHCPVendorGetVendor(const char *vendor, PKOPACSZHASH *options);
+int DHCPVendorGetVendor(const char* vendor, PKOPACSZHASH* options);
 
 /** The value of one option, cut to fit. Number 1 finds the line of number 12 where that comes first.
  * @return 1, 0 when there is none, -1 for a wrong argument, a file that cannot be read, or a line that reads otherwise */
-int DHCPVendorGetVendorOpt(const char *vendor, int number, char *value, size_t size);
+int DHCPVendorGetVendorOpt(const char* vendor, int number, char* value, size_t size);
 
 /** Replaces all options of a vendor class by number and value of the hash.
  * @return 0; -1 for a wrong argument or when the file cannot be written: the former options are gone then, unless the vendor or
  *         a value was refused */
-int DHCPVendorSetVendor(const char *vendor, PKOPACSZHASH options);
+int DHCPVendorSetVendor(const char* vendor, PKOPACSZHASH options);
 
 /** Replaces one option. An empty vendor or value and a number out of range are logged and written all the same.
  * @return 0, or -1 (0x0D00 for a text with a control character; the file cannot be written) */
-int DHCPVendorSetVendorOpt(const char *vendor, int number, const char *value);
+int DHCPVendorSetVendorOpt(const char* vendor, int number, const char* value);
 
 /* ---- network boot ------------------------------------------------------------------------------------- */
 
 /** @return 0 with *enable 1 or 0; -1 for a wrong argument */
-int DHCPPXEConfGetEnable(int *enable);
+int DHCPPXEConfGetEnable(int* enable);
 
 /** Reads the settings; all is empty when there are none. @return 0, or -1 */
-int DHCPPXEConfGet(DHCP_PXE_CONF *conf);
+int DHCPPXEConfGet(DHCP_PXE_CONF* conf);
 
 /** Switches network boot on (1) or off. @return 0 or -1 */
 int DHCPPXEConfSetEnable(int enable);
@@ -192,7 +194,7 @@ int DHCPPXEConfSetEnable(int enable);
 /** Writes the switch and, when it is 1, the settings of the chosen side and the fragment.
  * @return 0; -1 for a wrong argument (a text of the chosen side is empty: the switch is written then) or when a file cannot be
  *         written */
-int DHCPPXEConfSet(const DHCP_PXE_CONF *conf);
+int DHCPPXEConfSet(const DHCP_PXE_CONF* conf);
 
 /* ---- changes of interfaces ---------------------------------------------------------------------------- */
 
@@ -201,13 +203,13 @@ int DHCPPXEConfSet(const DHCP_PXE_CONF *conf);
  * @return 0, also without the folder; -1 for a wrong argument, a file that cannot be renamed, or when sed refuses: what is done stays done
  * Runs /bin/sed. Does not restart the server.
  */
-int DHCPDConfChangeInterface(const char *old_if, const char *new_if);
+int DHCPDConfChangeInterface(const char* old_if, const char* new_if);
 
 /**
  * op 1: switches the members' service off, remembering it, and the bond's to what it remembers; any other: the other
  * way round. Restarts the server. @return 0; -1 for a wrong argument, or when a switch cannot be read or written
  */
-int DHCPDLinkAggrSet(int op, const char *bond, PKOPACSZLIST members);
+int DHCPDLinkAggrSet(int op, const char* bond, PKOPACSZLIST members);
 
 /* ---- the client ------------------------------------------------------------------------------------- */
 
@@ -219,14 +221,14 @@ int DHCPDLinkAggrSet(int op, const char *bond, PKOPACSZLIST members);
  *         left no address
  * Runs /usr/sbin/dhclient --zarn_test, and /bin/cp once for its script.
  */
-int ZARNIGetDHCPTestNetInfo(ZARNNETIFADDR *info);
+int ZARNIGetDHCPTestNetInfo(ZARNNETIFADDR* info);
 
 /**
  * Does the interface's file say BOOTPROTO=dhcp? A file without the key is repaired to BOOTPROTO=static.
  * Reads, and repairs, under the shared network lock.
  * @return 1 or 0; 0 also without a name (0x0D00) or a file, or when the lock is not had within 5 seconds
  */
-int BlZARNLnxIsDHCP(const char *ifname);
+int BlZARNLnxIsDHCP(const char* ifname);
 
 #ifdef __cplusplus
 }

@@ -26,22 +26,22 @@ extern "C" {
 int ZARNNetDNSListSet(PKOPACSZLIST pList);
 
 /** The same with one server. @return as ZARNNetDNSListSet() */
-int ZARNNetDNSSet(const char *szAddr);
+int ZARNNetDNSSet(const char* szAddr);
 
 /** Stores the mode, "static" or "auto", and rebuilds the resolver file.
  * @return 0, or -1: 0x0D00 (another mode), or what ZARNNetDNSUpdate() fails with; the mode stays stored then */
-int ZARNNetDNSModeSet(const char *szMode);
+int ZARNNetDNSModeSet(const char* szMode);
 
 /** The fixed servers; none without a file. @return 0; -1 with 0x0D00 (no list) or 0x0200 */
-int ZARNNetStaticDNSListGet(PKOPACSZLIST *ppList);
+int ZARNNetStaticDNSListGet(PKOPACSZLIST* ppList);
 
 /** The servers of the resolver file; none without a file. Reads under the shared network lock.
  * @return 0; -1 with 0x0D00 (no list), 0x0400 (lock not had within 5 seconds) or 0x0200 */
-int ZARNNetDNSListGet(PKOPACSZLIST *ppList);
+int ZARNNetDNSListGet(PKOPACSZLIST* ppList);
 
 /** The first server of the resolver file, empty when there is none. @return as ZARNNetDNSListGet(); the
  * buffer is left alone on failure */
-int ZARNNetDNSGet(char *szBuf, int cbBuf);
+int ZARNNetDNSGet(char* szBuf, int cbBuf);
 
 /**
  * Replaces /etc/resolv.conf (mode 0644) by these servers and lines. Takes no lock.
@@ -68,17 +68,17 @@ int ZARNNetDNSUpdate(void);
  * default route; a setter changes one of the two. No locks, no events. */
 
 /** The stored gateway, empty when there is none. @return 0, or -1 (0x0D00, or the file cannot be read) */
-int ZARNNetDefaultGatewayGetConf(char *szBuf, int cbBuf);
+int ZARNNetDefaultGatewayGetConf(char* szBuf, int cbBuf);
 
 /** Stores the gateway; null or empty removes it. @return 0 or -1 */
-int ZARNNetDefaultGatewaySetConf(const char *szGateway);
+int ZARNNetDefaultGatewaySetConf(const char* szGateway);
 
 /**
  * Replaces the kernel's default route; null or empty only removes it.
  * @return 0; -1 with 0x2A00 when the kernel does not take the gateway, and the old route is gone then
  * Runs /sbin/route.
  */
-int ZARNNetDefaultGatewaySet(const char *szGateway);
+int ZARNNetDefaultGatewaySet(const char* szGateway);
 
 /**
  * The kernel's default route.
@@ -87,13 +87,13 @@ int ZARNNetDefaultGatewaySet(const char *szGateway);
  * @return 0, also without a default route (the buffers are left alone then: clear them first); -1 with 0x0D00 (a
  *         buffer without room), 0x0900 (/proc/net/route) or 0x4000 (a line of it that reads otherwise)
  */
-int DefaultGatewayGet(char *szGateway, int cbGateway, char *szIfname, int cbIfname);
+int DefaultGatewayGet(char* szGateway, int cbGateway, char* szIfname, int cbIfname);
 
 /** The gateway alone. @return as DefaultGatewayGet() */
-int ZARNNetDefaultGatewayGet(char *szBuf, int cbBuf);
+int ZARNNetDefaultGatewayGet(char* szBuf, int cbBuf);
 
 /** The interface alone. @return as DefaultGatewayGet() */
-int ZARNNetDefaultGatewayInterfaceGet(char *szBuf, int cbBuf);
+int ZARNNetDefaultGatewayInterfaceGet(char* szBuf, int cbBuf);
 
 /* ---- subnet routes ------------------------------------------------------------------------------------
  * The route to an interface's own subnet, with the interface's address as its source. op is 0 to install
@@ -102,7 +102,7 @@ int ZARNNetDefaultGatewayInterfaceGet(char *szBuf, int cbBuf);
 
 /** Installs or removes the route that an address and its netmask make. @return 0; -1 with 0x0D00 for an
  * argument that is null or does not parse, or another op */
-int NetRoutetableEdit(unsigned int op, const char *szIP, const char *szMask, const char *szIfname);
+int NetRoutetableEdit(unsigned int op, const char* szIP, const char* szMask, const char* szIfname);
 
 /**
  * The same for an interface with the address of its lease (/etc/dhclient/ipv4/dhcpcd-IFNAME.info) on DHCP,
@@ -110,7 +110,7 @@ int NetRoutetableEdit(unsigned int op, const char *szIP, const char *szMask, con
  * interfaces of kind 2 (KOPANetGetInterfaceInfo()) have such a route; op 0 leaves those on DHCP alone.
  * @return 0, also when there is nothing to do; -1 with 0x0D00, or without a lease, an address or a netmask
  */
-int NetRoutetableHandler(unsigned int op, const char *szIfname);
+int NetRoutetableHandler(unsigned int op, const char* szIfname);
 
 /**
  * Removes the subnet routes of all interfaces that are up without carrier, unless just one interface is up.

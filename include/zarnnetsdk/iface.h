@@ -2,6 +2,7 @@
 #pragma once
 
 #include <stdint.h>
+
 #include <zarnhacore/zarnhacore.h>
 #include <zarnnetsdk/virtual.h>
 
@@ -25,10 +26,10 @@ enum {
  * @param value  0 clears; 1 sets; any other value writes "no" and still counts, for callers that rely on it
  * @return 0 or -1 (0x0D00: null or empty name)
  */
-int ZARNNetIFBlockSet(const char *szIfname, unsigned int mask, int value);
+int ZARNNetIFBlockSet(const char* szIfname, unsigned int mask, int value);
 
 /** The flags that are set. @return the mask, 0 while BLOCK_CNT is 0 or absent; -1 with 0x0D00 for no name */
-int ZARNNetIFBlockGet(const char *szIfname);
+int ZARNNetIFBlockGet(const char* szIfname);
 
 /* ---- inventory ----------------------------------------------------------------------------------- */
 
@@ -36,12 +37,12 @@ int ZARNNetIFBlockGet(const char *szIfname);
 typedef struct KOPANetIfInfo {
   char name[16];
   unsigned char mac[6];
-  char ip[64];          /* dotted IPv4 address, empty without one */
-  uint32_t reserved1;   /* not filled */
-  int32_t link;         /* 2 with carrier, 0 without */
-  int32_t flags;        /* the kernel's IFF_... flags, as a signed 16-bit value */
+  char ip[64];           /* dotted IPv4 address, empty without one */
+  uint32_t reserved1;    /* not filled */
+  int32_t link;          /* 2 with carrier, 0 without */
+  int32_t flags;         /* the kernel's IFF_... flags, as a signed 16-bit value */
   uint32_t reserved2[3]; /* not filled */
-  char mask[20];        /* dotted netmask */
+  char mask[20];         /* dotted netmask */
 } KOPANetIfInfo;
 
 /**
@@ -61,13 +62,13 @@ typedef struct KOPANetIfInfo {
  * both, the rest is missing. A null list counts them.
  * Reads /proc/net/dev once, /sys/class/net, and the interface ioctls over one socket.
  */
-int KOPANetGetInterfaceInfo(KOPANetIfInfo *pList, int max, unsigned int selector);
+int KOPANetGetInterfaceInfo(KOPANetIfInfo* pList, int max, unsigned int selector);
 
 /**
  * Lists the Ethernet ports (names that begin with "eth", up, no VLAN); records are zeroed first.
  * @return the number found, -1 with 0x0D00 (max below 0) or 0x0200 (no statistics)
  */
-int KOPANetEthEnum(KOPANetIfInfo *pList, int max);
+int KOPANetEthEnum(KOPANetIfInfo* pList, int max);
 
 /**
  * Lists every interface that is up but the loopback, in natural name order: bond members, bridge ports and
@@ -77,21 +78,21 @@ int KOPANetEthEnum(KOPANetIfInfo *pList, int max);
  * @param kind   0; there are no others, and it is not looked at
  * @return the number found; -1 with 0x0D00 (max below 0), 0x0200, or 0x0900 (/proc/net/dev)
  */
-int KOPANetInterfaceEnum(KOPANetIfInfo *pList, int max, unsigned int kind);
+int KOPANetInterfaceEnum(KOPANetIfInfo* pList, int max, unsigned int kind);
 
 /**
  * The record of one interface, up or down, as KOPANetGetInterfaceInfo() fills it; what has no value is zero.
  * @return 0; -1, the record left alone, with 0x0D00, 0xBC00 (the kernel knows no such interface) or 0x8100 (no
  *         socket)
  */
-int ZARNNetIFGetInfo(const char *szIfname, KOPANetIfInfo *pInfo);
+int ZARNNetIFGetInfo(const char* szIfname, KOPANetIfInfo* pInfo);
 
 /** The same, and the configured address as ZARNNetIFGetIPConfig() reads it. @return 0; -1, both records left alone,
  * as either of the two */
-int ZARNNetIFGetInfoEx(const char *szIfname, KOPANetIfInfo *pInfo, ZARNNETIFADDR *pConfig);
+int ZARNNetIFGetInfoEx(const char* szIfname, KOPANetIfInfo* pInfo, ZARNNETIFADDR* pConfig);
 
 /** Is the interface among those that KOPANetGetInterfaceInfo() lists? @return 1, or 0 with 0xBC00 */
-int ZARNNetIsDevTypeMatch(const char *szIfname, unsigned int selector);
+int ZARNNetIsDevTypeMatch(const char* szIfname, unsigned int selector);
 
 /** How many interfaces KOPANetGetInterfaceInfo() counts. @return the number or -1 */
 int ZARNNetEnumCard(unsigned int selector);
@@ -131,18 +132,18 @@ int KOPANetStatGetAll(PKOPANETSTATLIST pList);
 void KOPANetStatFree(PKOPANETSTATLIST pList);
 
 /** The kernel's IPv4 address and netmask, in network byte order. @return 1, or 0 on any failure */
-int KOPANetGetIfCfg(const char *szIfname, uint32_t *pAddr, uint32_t *pMask);
+int KOPANetGetIfCfg(const char* szIfname, uint32_t* pAddr, uint32_t* pMask);
 
 /** Sets the kernel's IPv4 address, then the netmask, in network byte order; no file. @return 1 or 0 */
-int KOPANetSetIfCfg(const char *szIfname, const uint32_t *pAddr, const uint32_t *pMask);
+int KOPANetSetIfCfg(const char* szIfname, const uint32_t* pAddr, const uint32_t* pMask);
 
 /* ---- configuration ------------------------------------------------------------------------------- */
 
 /** Does the interface's file say BOOTPROTO=static? Reads under the shared network lock. @return 1 or 0 */
-int ZARNNetIfIsStaticIP(const char *szIfname);
+int ZARNNetIfIsStaticIP(const char* szIfname);
 
 /** Does the interface's file say LOCAL_LAN=yes? @return 1 or 0 */
-int KOPANetIFIsLocalLan(const char *szIfname);
+int KOPANetIFIsLocalLan(const char* szIfname);
 
 /**
  * The configured address: that of the lease (/etc/dhclient/ipv4/dhcpcd-IFNAME.info) for an interface on
@@ -150,7 +151,7 @@ int KOPANetIFIsLocalLan(const char *szIfname);
  * without a lease it answers 0 with bootProto alone filled. Reads under the shared network lock.
  * @return 0; -1 with 0x0D00, 0x0400 (lock), or when an address or a mask is missing
  */
-int ZARNNetIFGetIPConfig(const char *szIfname, ZARNNETIFADDR *pNetInfo);
+int ZARNNetIFGetIPConfig(const char* szIfname, ZARNNETIFADDR* pNetInfo);
 
 /**
  * Appends the interfaces that the factory settings make the local LAN (local_lan of /etc.defaults/zarninfo.conf,
@@ -158,7 +159,7 @@ int ZARNNetIFGetIPConfig(const char *szIfname, ZARNNETIFADDR *pNetInfo);
  * @return their number, 0 without the setting; -1 with 0x0D00, 0x0900 (no factory settings), 0x0100 (more than 32
  *         names: none is appended) or 0x0200
  */
-int KOPANetGetLocalLanConfig(PKOPACSZLIST *ppList);
+int KOPANetGetLocalLanConfig(PKOPACSZLIST* ppList);
 
 /** How many LAN ports are built in (kernel count, else the factory settings' maxlanport, else 1). @return count or -1 */
 int ZARNNetInternalLanNumGet(void);
@@ -169,11 +170,11 @@ int ZARNNetInternalLanNumGet(void);
 
 /** Its name, MAC address and configured address, as ZARNNetIFGetIPConfig() reads it. @return 0; -1, the record left
  * alone: 0x0D00, 0xBC00, 0x0900, or as ZARNNetIFGetIPConfig() */
-int ZARNNetGetCard1(ZARNNETIFADDR *pConfig);
+int ZARNNetGetCard1(ZARNNETIFADDR* pConfig);
 
 /** The same, and what the kernel has (up or down). @return as ZARNNetGetCard1() and ZARNNetIFGetInfo(): neither
  * record is touched by a failure */
-int ZARNNetGetCard1Ex(KOPANetIfInfo *pInfo, ZARNNETIFADDR *pConfig);
+int ZARNNetGetCard1Ex(KOPANetIfInfo* pInfo, ZARNNETIFADDR* pConfig);
 
 /**
  * Gives it a fixed address (bootProto 1, as ZARNILnxSetIPNetmask() does), or DHCP (bootProto 0: its file says
@@ -185,31 +186,31 @@ int ZARNNetGetCard1Ex(KOPANetIfInfo *pInfo, ZARNNETIFADDR *pConfig);
  *         0x0B00 (file), 0x2A00 (the client does not start) or after a failed step of ZARNILnxSetIPNetmask()
  * Programs: /bin/cp, /sbin/start and /sbin/stop dhcp-client.
  */
-int ZARNNetSetCard1(const ZARNNETIFADDR *pConfig);
+int ZARNNetSetCard1(const ZARNNETIFADDR* pConfig);
 
 /* ---- state ---------------------------------------------------------------------------------------- */
 
 /** Is the interface administratively up? @return 1 or 0, 0 also when there is none of that name */
-int ZARNNetIsIFUp(const char *szIfname);
+int ZARNNetIsIFUp(const char* szIfname);
 
 /** Changes the kernel's flags: change >= 0 sets those bits, change < 0 keeps only the bits of change - 1
  * (-1 clears bit 0). @return 1 or 0 */
-int KOPANetISetIfFlags(const char *szIfname, int change);
+int KOPANetISetIfFlags(const char* szIfname, int change);
 
 /** Brings the interface up. @return 1 or 0 */
-int KOPANetIfUp(const char *szIfname);
+int KOPANetIfUp(const char* szIfname);
 
 /** Takes the interface down. @return 1 or 0 */
-int KOPANetIfDown(const char *szIfname);
+int KOPANetIfDown(const char* szIfname);
 
 /** Takes the interface down, if it is up, and brings it up. @return 1 or 0 */
-int KOPANetReInitIf(const char *szIfname);
+int KOPANetReInitIf(const char* szIfname);
 
 /** Has the interface carrier? An Open vSwitch bond has when one of its slaves has. @return 1, 0 or -1 */
-int ZARNNetIfIsLink(const char *szIfname);
+int ZARNNetIfIsLink(const char* szIfname);
 
 /** Is the interface a passive member of a bond? @return 1 or 0 */
-int ZARNNetIfIsBondingPassive(const char *szIfname);
+int ZARNNetIfIsBondingPassive(const char* szIfname);
 
 /**
  * The MAC address of port eth<index> as "02:00:00:00:00:10".
@@ -218,11 +219,11 @@ int ZARNNetIfIsBondingPassive(const char *szIfname);
  * @return 0; 1 bad arguments (0x0D00) or the port's own address unreadable with blLocal set; 2 the same
  *         with blLocal 0; 3 no shared address; 4 an appliance with two controller heads
  */
-int KOPANetGetMacAddr(int index, char *szBuf, int cbBuf, int blLocal);
+int KOPANetGetMacAddr(int index, char* szBuf, int cbBuf, int blLocal);
 
 /** The MAC address of the port behind an interface: a VLAN's parent, a bond's first slave, the interface
  * under an Open vSwitch device. @return as KOPANetGetMacAddr(); 1 also when there is no such port */
-int KOPANetGetMacAddrByInterface(const char *szIfname, char *szBuf, int cbBuf, int blLocal);
+int KOPANetGetMacAddrByInterface(const char* szIfname, char* szBuf, int cbBuf, int blLocal);
 
 /** A port's link as its driver tells it. */
 typedef struct ZARNNETETHINFO {
@@ -239,13 +240,13 @@ typedef struct ZARNNETETHINFO {
  *         the record left alone
  * Asks the driver through the socket ioctls, and reads /sys/class/net/IFNAME when it gives no answer.
  */
-int ZARNNetGetEthInfo(const char *szIfname, ZARNNETETHINFO *pInfo);
+int ZARNNetGetEthInfo(const char* szIfname, ZARNNETETHINFO* pInfo);
 
 /** Fires net/if_link_up, stage 5: INTERFACE. @return 0; -1 with 0x0D00, or when the event could not be delivered */
-int KOPANetIfLinkUpEvent(const char *szIfname);
+int KOPANetIfLinkUpEvent(const char* szIfname);
 
 /** Fires net/if_link_down, stage 5: INTERFACE. @return as KOPANetIfLinkUpEvent() */
-int KOPANetIfLinkDownEvent(const char *szIfname);
+int KOPANetIfLinkDownEvent(const char* szIfname);
 
 /**
  * Gives a port another name: in the kernel, in its file (ifcfg-OLD becomes ifcfg-NEW, with DEVICE=NEW) and of its MTU
@@ -259,7 +260,7 @@ int KOPANetIfLinkDownEvent(const char *szIfname);
  * Holds the exclusive network lock, and that on the settings (waits up to 5 seconds for each). Programs: /bin/cp,
  * /sbin/start and /sbin/stop dhcp-client.
  */
-int ZARNNetRenameEth(const char *szOld, const char *szNew);
+int ZARNNetRenameEth(const char* szOld, const char* szNew);
 
 /* ---- topology -------------------------------------------------------------------------------------- */
 
@@ -283,11 +284,11 @@ extern const ZARNBRIDGEINFO grgTopologyIFInfo[4][4];
  *               one in force; a VLAN over the uplink takes the uplink's place in the copy
  * @return the id, 0 (and pInfo left alone) where support_net_topology is not "yes"
  */
-uint32_t KOPANetTopologyGet(KOPANETTOPOLOGY *pInfo);
+uint32_t KOPANetTopologyGet(KOPANETTOPOLOGY* pInfo);
 
 /** Stores the name of the record as net_topology. @return 0; -1 with 0x0D00 (null, a name with blanks or line ends), or
  * when writing fails */
-int KOPANETSetTopologyConfigs(const KOPANETTOPOLOGY *pInfo);
+int KOPANETSetTopologyConfigs(const KOPANETTOPOLOGY* pInfo);
 
 #ifdef __cplusplus
 }

@@ -21,8 +21,8 @@ extern "C" {
  * Adding an address that the interface does not have fires net/ipv4_change or net/ipv6_change first.
  * Runs /sbin/ip, /sbin/ifconfig, /bin/ipcalc, and zarnnetdtool when the same IPv4 address is set again.
  */
-int ZARNNetSetIP(const char *szType, const char *szIfname, const char *szIP, unsigned int prefix,
-                 const char *szAction);
+int ZARNNetSetIP(const char* szType, const char* szIfname, const char* szIP, unsigned int prefix,
+                 const char* szAction);
 
 /**
  * Gives the interface a fixed IPv4 address, in its file and in the kernel. On failure the file is put
@@ -32,21 +32,21 @@ int ZARNNetSetIP(const char *szType, const char *szIfname, const char *szIP, uns
  * Writes ifcfg-IFNAME (DEVICE, ONBOOT, IPADDR, NETMASK, BOOTPROTO; drops MASTER and SLAVE). Runs /bin/cp,
  * /sbin/stop dhcp-client and what ZARNNetSetIP() runs. Takes no lock: the caller serialises.
  */
-int ZARNILnxSetIPNetmask(const char *szIfname, const char *szIP, const char *szMask);
+int ZARNILnxSetIPNetmask(const char* szIfname, const char* szIP, const char* szMask);
 
 /** The address the kernel has. @return 1; 0 with "0.0.0.0" in the buffer; -1 with 0x0D00 */
-int ZARNILnxGetIP(const char *szIfname, char *szBuf, int cbBuf);
+int ZARNILnxGetIP(const char* szIfname, char* szBuf, int cbBuf);
 
 /** The configured address: of the lease on DHCP, of the interface's file otherwise.
  * @return 1; 0 without an address (buffer emptied) or without a file (buffer left alone); -1 on failure */
-int ZARNILnxGetIPFromCfg(const char *szIfname, char *szBuf, int cbBuf);
+int ZARNILnxGetIPFromCfg(const char* szIfname, char* szBuf, int cbBuf);
 
 /** Removes all addresses of one family from the kernel; szType is "-4" or "-6". @return 0 or -1 */
-int ZARNNetFlushIP(const char *szType, const char *szIfname);
+int ZARNNetFlushIP(const char* szType, const char* szIfname);
 
 /** The appliance's address as seen from the internet, asked of /usr/zarn/sbin/ddnsd -e.
  * @return a 16-byte text to be freed with free(), or null */
-char *ZARNExternalIPGet(void);
+char* ZARNExternalIPGet(void);
 
 /* ---- MTU --------------------------------------------------------------------------------------------
  * An MTU is decimal text. It is stored in /etc/zarninfo.conf under "IFNAME_mtu" (of a name, the first 16
@@ -54,7 +54,7 @@ char *ZARNExternalIPGet(void);
 
 /** The stored MTU, "1500" when none is stored. Takes no lock.
  * @return 0; -1 with 0x0D00, or when the file cannot be read */
-int ZARNConfGetMTUValue(const char *szIfname, char *szBuf, int cbBuf);
+int ZARNConfGetMTUValue(const char* szIfname, char* szBuf, int cbBuf);
 
 /**
  * Stores the MTU of an interface, of a VLAN under its parent's name first. No kernel change.
@@ -62,7 +62,7 @@ int ZARNConfGetMTUValue(const char *szIfname, char *szBuf, int cbBuf);
  *         the lock or a write failed (of the two writes of a VLAN the other is done all the same)
  * Writes under the settings lock (waits up to 5 seconds).
  */
-int ZARNConfSetMTUValue(const char *szMTU, const char *szIfname);
+int ZARNConfSetMTUValue(const char* szMTU, const char* szIfname);
 
 /**
  * Sets the MTU in the kernel, of a VLAN on its parent first, of a bond on its members in order until one
@@ -71,7 +71,7 @@ int ZARNConfSetMTUValue(const char *szMTU, const char *szIfname);
  * @return 0; -1 with 0x0D00 (also a name of more than 16 characters), 0x8100 (a VLAN that is its own
  *         parent), or when the kernel refuses
  */
-int ZARNNetSetMTUEth(const char *szMTU, const char *szIfname);
+int ZARNNetSetMTUEth(const char* szMTU, const char* szIfname);
 
 /**
  * Gives an interface an MTU: fires net/mtu_change, stores the MTU, sets it in the kernel, waits 5 seconds for
@@ -80,15 +80,15 @@ int ZARNNetSetMTUEth(const char *szMTU, const char *szIfname);
  * @return 0; -1 with 0x0D00 or the code of the step that failed. The setting stays when the kernel refuses;
  *         the second event is fired after a failure only for an Open vSwitch bond.
  */
-int ZARNNetSetMTUValue(const char *szMTU, const char *szIfname);
+int ZARNNetSetMTUValue(const char* szMTU, const char* szIfname);
 
 /** The kernel's MTU of this very interface. @return it; 0 when there is none of that name; -1 (0x0D00, a name
  * of more than 16 characters, no socket) */
-int ZARNGetMTU(const char *szIfname);
+int ZARNGetMTU(const char* szIfname);
 
 /** The MTU in force: of a bond, the largest of its members'. @return as ZARNGetMTU(), or -1 when the interface
  * under an Open vSwitch device, or a bond's member, cannot be told */
-int ZARNGetMTUSetting(const char *szIfname);
+int ZARNGetMTUSetting(const char* szIfname);
 
 /* ---- host name -------------------------------------------------------------------------------------- */
 
@@ -101,7 +101,7 @@ int ZARNGetMTUSetting(const char *szIfname);
  *         0x0B00 (write), 0x2800 (rename), or after a failed command or event. Earlier steps stay done; each
  *         file is then the old one or the new one.
  */
-int ZARNLnxSetHostname(const char *szHostname);
+int ZARNLnxSetHostname(const char* szHostname);
 
 /**
  * The kernel's host name up to its first dot. Holds the shared network lock (waits up to 5 seconds).
@@ -109,7 +109,7 @@ int ZARNLnxSetHostname(const char *szHostname);
  * @return 1; 0 with an empty text when the kernel has none; -1 with 0x0D00, 0x0400 (lock) or 0x8100 (kernel,
  *         or a name too long)
  */
-int ZARNLnxGetHostname(char *szBuf);
+int ZARNLnxGetHostname(char* szBuf);
 
 /* ---- change hooks: each fires one event of the plugin category "net" -------------------------------
  * stage is 4 before the change and 5 after it. A hook answers 0, or -1 when the event could not be set
@@ -120,28 +120,28 @@ int ZARNLnxGetHostname(char *szBuf);
  * NEW_ADDRESS, PREFIX_LENGTH ("-1" for IPv4), IS_LINK ("true" or "false").
  * @return 0, or -1; 0x0D00 for another type or a prefix out of range
  */
-int ZARNNetIPChangePreHook(int type, const char *szIfname, const char *szOld, const char *szNew,
+int ZARNNetIPChangePreHook(int type, const char* szIfname, const char* szOld, const char* szNew,
                            unsigned int prefix);
 
 /** Fires net/dns_config_change: INTERFACE, NITEMS, DNS_1 ... DNS_n. */
-int ZARNNetDnsConfigChangeHook(int stage, const char *szIfname, const KOPACSZLIST *pServers);
+int ZARNNetDnsConfigChangeHook(int stage, const char* szIfname, const KOPACSZLIST* pServers);
 
 /** Fires net/dns_change: NITEMS, DNS_1 ... DNS_n. */
-int ZARNNetDNSChangeHook(int stage, const KOPACSZLIST *pServers);
+int ZARNNetDNSChangeHook(int stage, const KOPACSZLIST* pServers);
 
 /** Fires net/gateway_config_change: TYPE, INTERFACE, GATEWAY_OLD, GATEWAY_NEW. */
-int ZARNNetGatewayConfigChangeHook(int stage, const char *szType, const char *szIfname,
-                                   const char *szOld, const char *szNew);
+int ZARNNetGatewayConfigChangeHook(int stage, const char* szType, const char* szIfname,
+                                   const char* szOld, const char* szNew);
 
 /** Fires net/hostname_change, after the change: HOSTNAME. */
-int ZARNNetHostnameChangeHook(const char *szHostname);
+int ZARNNetHostnameChangeHook(const char* szHostname);
 
 /** Fires net/mtu_change: IFACE, MTU_VALUE (text). */
-int ZARNNetMTUChangeHook(const char *szIfname, const char *szMTU, int stage);
+int ZARNNetMTUChangeHook(const char* szIfname, const char* szMTU, int stage);
 
 /** Sets the arguments of an open net/ifname_change event: ORIGIN_IFNAME and IFNAME (lists), RESULT. @return 0 or -1 */
-int KOPANetIFChgPluginSetArgs(PKOPAPLUGIN pPlugin, const KOPACSZLIST *pOldNames,
-                              const KOPACSZLIST *pNewNames, int result);
+int KOPANetIFChgPluginSetArgs(PKOPAPLUGIN pPlugin, const KOPACSZLIST* pOldNames,
+                              const KOPACSZLIST* pNewNames, int result);
 
 /**
  * Tells the services in one event, "service", before and after, which kinds of change took place.

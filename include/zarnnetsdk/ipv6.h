@@ -29,8 +29,8 @@ enum {
  *         is unknown; -1 with 0x0D00 (null or a buffer too small), or for a file that cannot be read or a
  *         prefix that is no number (the outputs hold what was read before)
  */
-int ZARNNetIPv6ConfGet(const char *szIfname, int *pType, char *szAddr, int cbAddr, int *pPrefix, char *szGateway,
-                       int cbGateway);
+int ZARNNetIPv6ConfGet(const char* szIfname, int* pType, char* szAddr, int cbAddr, int* pPrefix,
+                       char* szGateway, int cbGateway);
 
 /**
  * Configures IPv6 on an interface, in its file and in the running system.
@@ -54,7 +54,8 @@ int ZARNNetIPv6ConfGet(const char *szIfname, int *pType, char *szAddr, int cbAdd
  * Programs: /bin/cp, /sbin/start, /sbin/stop, /sbin/ip. Fires net/ipv6_change for a new address.
  * Holds the lock on the interface's file throughout (waits up to 30 seconds for it).
  */
-int ZARNNetIPv6ConfSet(const char *szIfname, int type, const char *szAddr, int prefix, const char *szGateway);
+int ZARNNetIPv6ConfSet(const char* szIfname, int type, const char* szAddr, int prefix,
+                       const char* szGateway);
 
 /**
  * Run at start-up: sets accept_ra of every interface that has a file, except loopback, passive bond members
@@ -71,17 +72,17 @@ int ZARNNetIpv6Init(void);
  * @return 0; -1 with 0x0D00 (prefix, null address, null name) or for another cmd or a failed address; the
  *         exit status of "/sbin/ip -6 route" with a gateway
  */
-int ZARNNetIPv6IPAction(int cmd, const char *szIfname, const char *szAddr, unsigned int prefix,
-                        const char *szGateway);
+int ZARNNetIPv6IPAction(int cmd, const char* szIfname, const char* szAddr, unsigned int prefix,
+                        const char* szGateway);
 
 /* ---- addresses and switches ------------------------------------------------------------------------ */
 
 /** One IPv6 address of an interface. */
 typedef struct ZARNNETV6ADDR {
-  char szAddr[46];  /* compressed text */
-  uint32_t prefix;  /* prefix length */
-  uint32_t scope;   /* the kernel's scope; 0x20 is link-local */
-  uint32_t flags;   /* the kernel's address flags; 0x40 is tentative */
+  char szAddr[46]; /* compressed text */
+  uint32_t prefix; /* prefix length */
+  uint32_t scope;  /* the kernel's scope; 0x20 is link-local */
+  uint32_t flags;  /* the kernel's address flags; 0x40 is tentative */
 } ZARNNETV6ADDR;
 
 /**
@@ -89,21 +90,21 @@ typedef struct ZARNNETV6ADDR {
  * @param rgAddr  receives the first cAddr of them; unused records are cleared
  * @return how many there are, which may exceed cAddr; -1 with 0x0D00 or 0x0900
  */
-int ZARNLnxV6IPGet(const char *szIfname, ZARNNETV6ADDR *rgAddr, int cAddr);
+int ZARNLnxV6IPGet(const char* szIfname, ZARNNETV6ADDR* rgAddr, int cAddr);
 
 /**
  * Switches IPv6 off (action 1) or on (anything else) for one interface. After switching on it waits up to
  * 5 seconds while a link-local address looks tentative; running out of patience is no failure.
  * @return 0, also for an interface that is not switched (a bond); -1
  */
-int ZARNLnxIPv6ProcAction(const char *szIfname, unsigned int action);
+int ZARNLnxIPv6ProcAction(const char* szIfname, unsigned int action);
 
 /** Drops all IPv6 addresses of an interface by switching IPv6 off and, unless its file says IPV6INIT=off,
  * on again. @return 0, or -1 (0x0D00: no name) */
-int ZARNLnxIPv6FlushAddr(const char *szIfname);
+int ZARNLnxIPv6FlushAddr(const char* szIfname);
 
 /** Do two addresses agree in their first prefix (0 to 128) bits? @return 1, 0, or -1 for bad input */
-int ZARNNetIPv6IsSameSubnet(const char *szAddrA, const char *szAddrB, unsigned int prefix);
+int ZARNNetIPv6IsSameSubnet(const char* szAddrA, const char* szAddrB, unsigned int prefix);
 
 #ifdef __cplusplus
 }

@@ -24,7 +24,7 @@ typedef struct PPPOE_CONF {
  * Without a USER only eth and defaultroute are filled; without a line for the account user and password stay empty.
  * @return 0; -1 for a null record, an ETH that is not set, or a file that cannot be read. No code is set
  */
-int PPPoEConfigGet(PPPOE_CONF *conf);
+int PPPoEConfigGet(PPPOE_CONF* conf);
 
 /**
  * Stores the account: the keys ETH, DEFAULTROUTE, USER and MTU one after the other in /etc/ppp/pppoe.conf, then
@@ -33,7 +33,7 @@ int PPPoEConfigGet(PPPOE_CONF *conf);
  * @return 0; -1, with 0x0D00 for a null record, or a text with a control character or without its terminator in
  *         it: nothing is written then. Later failures leave the secrets as they were, and the keys written so far
  */
-int PPPoEConfigSet(const PPPOE_CONF *conf);
+int PPPoEConfigSet(const PPPOE_CONF* conf);
 
 /**
  * Starts the client with /usr/sbin/pppoe-start, or stops it with /usr/sbin/pppoe-stop, and keeps pppoe_enable of
@@ -59,20 +59,20 @@ int ZARNPPPoECheckStatus(int fix);
  * @return 0; -1 when the kernel has no interface "ppp...", or nobody knows it; 0x0D00 for a null or empty buffer,
  *         0x0900 when /proc/net/dev cannot be opened
  */
-int ZARNPPPoeIntfGet(char *ifname, size_t size);
+int ZARNPPPoeIntfGet(char* ifname, size_t size);
 
 /**
  * The address and the netmask of the PPP interface, dotted. A null buffer or a size below 1 is one that is not
  * wanted. A failure forgets the remembered name of the interface.
  * @return 0, also when neither is wanted; -1
  */
-int ZARNPPPoeNetInfoGet(char *ip, int ip_size, char *mask, int mask_size);
+int ZARNPPPoeNetInfoGet(char* ip, int ip_size, char* mask, int mask_size);
 
 /**
  * Stops the client if it runs on this interface.
  * @return 0, also when it does not run or runs on another; -1, with 0x0D00 for a null name
  */
-int KOPADisablePPPoEOnIf(const char *ifname);
+int KOPADisablePPPoEOnIf(const char* ifname);
 
 /* ---- the relay: one process /usr/sbin/pppoe-relay for each interface with clients ----------------------- */
 
@@ -84,21 +84,21 @@ typedef struct PPPOE_RELAY_CONF {
 
 /** Reads the settings of an interface; makes the folder (0755) and an empty file where there is none: not enabled, no
  * server. @return 0 or -1 (0x0D00 for a name that can be no file's) */
-int ZARNNetGetPPPoERelayConfig(const char *ifname, PPPOE_RELAY_CONF *conf);
+int ZARNNetGetPPPoERelayConfig(const char* ifname, PPPOE_RELAY_CONF* conf);
 
 /** Stores the settings of an interface; enable other than 1 is stored as not enabled. No process is touched.
  * @return 0; -1 (0x0D00 for a name that can be no file's, or a server that can be no interface's) */
-int ZARNNetSetPPPoERelayConfig(const char *ifname, const PPPOE_RELAY_CONF *conf);
+int ZARNNetSetPPPoERelayConfig(const char* ifname, const PPPOE_RELAY_CONF* conf);
 
 /** Do both say the same? Servers count also where neither is enabled. @return 1 or 0; null is 0 */
-int ZARNNetIsSamePPPoERelayConfig(const PPPOE_RELAY_CONF *a, const PPPOE_RELAY_CONF *b);
+int ZARNNetIsSamePPPoERelayConfig(const PPPOE_RELAY_CONF* a, const PPPOE_RELAY_CONF* b);
 
 /**
  * Starts, restarts or ends the relay process of an interface so that it is as the settings say. It runs when they
  * enable it, the interface is up and has a role that may relay, and is left alone when it runs with the same server.
  * @return 0; -1: the settings cannot be read, the process cannot be started or ended
  */
-int ZARNNetApplyPPPoERelayConfig(const char *ifname);
+int ZARNNetApplyPPPoERelayConfig(const char* ifname);
 
 /** The same for every interface with a file (up to 128), in the order of their names, up to the first that fails.
  * @return 0 or -1 */

@@ -9,10 +9,10 @@ extern "C" {
 
 /** What the user sets for the tunnel. */
 typedef struct ZARNTUNNELCONF {
-  uint8_t blAnonymous;  /* 1: no login; the user id and the password are empty */
-  char szServer[256];   /* the tunnel broker */
+  uint8_t blAnonymous; /* 1: no login; the user id and the password are empty */
+  char szServer[256];  /* the tunnel broker */
   char szUserId[256];
-  char szPassword[32];  /* in clear, at most 31 characters */
+  char szPassword[32]; /* in clear, at most 31 characters */
 } ZARNTUNNELCONF;
 
 /**
@@ -23,7 +23,7 @@ typedef struct ZARNTUNNELCONF {
  *         a null record, a run state that cannot be read or is neither, or an interface file that cannot be read (the
  *         record is cleared then). No code is set
  */
-int ZARNTunnelConfigGet(ZARNTUNNELCONF *pConf);
+int ZARNTunnelConfigGet(ZARNTUNNELCONF* pConf);
 
 /**
  * Stores what differs from the settings that are there: the password (only with a login) as 64 enciphered bytes in
@@ -32,7 +32,7 @@ int ZARNTunnelConfigGet(ZARNTUNNELCONF *pConf);
  * @return 0; -1, with 0x0D00 for a null record, a text with a control character in it or a text without its
  *         terminator: nothing is written then. Other failures are told to the log; the password may be stored by then
  */
-int ZARNTunnelConfigSet(const ZARNTUNNELCONF *pConf);
+int ZARNTunnelConfigSet(const ZARNTUNNELCONF* pConf);
 
 enum { ZARNTUNNEL_START = 0, ZARNTUNNEL_STOP = 1, ZARNTUNNEL_RESTART = 2 };
 
@@ -53,7 +53,7 @@ enum { ZARNTUNNEL_START = 0, ZARNTUNNEL_STOP = 1, ZARNTUNNEL_RESTART = 2 };
  *         is ended; with 0x0D00, before anything is done, for settings that ZARNTunnelConfigSet() would refuse
  * Not to be run twice at once: both would write and remove the same file.
  */
-int ZARNTunnelExecute(int action, const ZARNTUNNELCONF *pConf);
+int ZARNTunnelExecute(int action, const ZARNTUNNELCONF* pConf);
 
 /** The present hour of the week in local time: 0 is Sunday 00:00 to 00:59, 167 is Saturday 23:00 to 23:59. */
 int ZARNSchedGetNowIndex(void);

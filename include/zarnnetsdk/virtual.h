@@ -3,6 +3,7 @@
 
 #include <stddef.h>
 #include <stdint.h>
+
 #include <zarncore/zarncore.h>
 
 #ifdef __cplusplus
@@ -24,19 +25,19 @@ typedef struct ZARNLINKAGGROPT {
 
 /** One bonding mode. An Open vSwitch mode has no kernel options: its pointers are null. */
 typedef struct ZARNBONDDESC {
-  const char *szKernelMode;  /* the kernel's number of the mode, as text */
-  const char *szName;
-  const char *szBondingOpts; /* value of BONDING_OPTS, double quotes included */
+  const char* szKernelMode; /* the kernel's number of the mode, as text */
+  const char* szName;
+  const char* szBondingOpts; /* value of BONDING_OPTS, double quotes included */
 } ZARNBONDDESC;
 
 /** The modes, indexed by mode id 0 to 8; row 0 is empty. */
 extern const ZARNBONDDESC grgBondDesc[9];
 
 /** The mode id of a name; only the beginning is compared ("802.3ad 4" is 2). @return 1 to 8, or 0; null is 0 */
-uint32_t ZARNNetLinkAggrStringToMode(const char *szMode);
+uint32_t ZARNNetLinkAggrStringToMode(const char* szMode);
 
 /** The name of a mode id. @return static text, "unknown" for any id but 1 to 8 */
-const char *ZARNNetLinkAggrModeToString(uint32_t mode);
+const char* ZARNNetLinkAggrModeToString(uint32_t mode);
 
 /** Can a line be read from /sys/class/net/bonding_masters? @return 1; 0 without the bonding driver, and with it as
  * long as there is no bond; -1 for a failed read */
@@ -44,21 +45,21 @@ int ZARNNetLinkAggrExist(void);
 
 /** Appends the kernel's bonds that have slaves to *ppList.
  * @return the number of bonds, with or without slaves; 0 without the driver; -1 (0x0D00, 0x0200, 0x0A00) */
-int ZARNNetLinkAggrEnum(PKOPACSZLIST *ppList);
+int ZARNNetLinkAggrEnum(PKOPACSZLIST* ppList);
 
 /** Appends the slaves of a kernel bond to *ppSlaves. @return their number; -1 (0x0D00, 0x0900, 0x0A00) */
-int ZARNNetLinkAggrPhyGet(const char *szBond, PKOPACSZLIST *ppSlaves);
+int ZARNNetLinkAggrPhyGet(const char* szBond, PKOPACSZLIST* ppSlaves);
 
 /**
  * Reads a bond: of the kernel from sysfs, of Open vSwitch ("ovs_bond...") from its interface file.
  * @return 0, also for an interface that is no bond (mode 0, no slaves); otherwise -1 (kernel) or 1 (Open
  *         vSwitch); 0x0D00, 0x0200, 0x0900, 0x0A00
  */
-int ZARNNetLinkAggrGet(const char *szBond, ZARNLINKAGGROPT *pOpt);
+int ZARNNetLinkAggrGet(const char* szBond, ZARNLINKAGGROPT* pOpt);
 
 /** Adds a slave to the record, sorted. @return 0 (the error state is 0xBC00 all the same); -1 with 0x0D00,
  * 0xBB00 (already there) or 0xBD00 (32 slaves) */
-int ZARNNetLinkAggrOptSlsaveAdd(ZARNLINKAGGROPT *pOpt, const char *szSlave);
+int ZARNNetLinkAggrOptSlsaveAdd(ZARNLINKAGGROPT* pOpt, const char* szSlave);
 
 /**
  * Creates, changes or deletes a kernel bond: rewrites the interface files of bond and slaves, and restarts them
@@ -71,7 +72,7 @@ int ZARNNetLinkAggrOptSlsaveAdd(ZARNLINKAGGROPT *pOpt, const char *szSlave);
  * @return 0; -1 with 0x0D00 (record), 0x0200, 0x0900, 0x2A00: the slaves' files are put back, and the interfaces
  *         are started again all the same
  */
-int ZARNNetLinkAggrSet(ZARNLINKAGGROPT *pOpt);
+int ZARNNetLinkAggrSet(ZARNLINKAGGROPT* pOpt);
 
 /**
  * Makes an interface's file that of a slave, or of an interface of its own again. The file as it was stays beside
@@ -80,21 +81,21 @@ int ZARNNetLinkAggrSet(ZARNLINKAGGROPT *pOpt);
  * @param szMaster  the bond; not used to leave
  * @return 0, or -1 (0x0D00, 0x0200, or the file cannot be written)
  */
-int ZARNNetLinkAggrConfSetSlave(const char *szSlave, int blJoin, const char *szMaster);
+int ZARNNetLinkAggrConfSetSlave(const char* szSlave, int blJoin, const char* szMaster);
 
 /**
  * Removes a bond's file and releases every interface whose file names it as MASTER. Its settings go to the first
  * slave of the record, or to the first one found. Slaves keep their ".saved" files.
  * @return 0, or -1 (0x0D00, 0x0200, 0x0900 folder, 0x2A00 copy): the slaves' files are put back
  */
-int ZARNNetLinkAggrConfDel(ZARNLINKAGGROPT *pOpt);
+int ZARNNetLinkAggrConfDel(ZARNLINKAGGROPT* pOpt);
 
 /**
  * Adds to the keys to set what makes the BOOTPROTO of a file "static" or "dhcp"; "dhcp", and no address, for any
  * other value. Writes nothing.
  * @return 0, or negative (0x0D00 for a missing argument, no memory)
  */
-int ZARNNetLinkAggrConfUpdateBootProto(const char *szPath, PKOPACSZHASH *ppSet);
+int ZARNNetLinkAggrConfUpdateBootProto(const char* szPath, PKOPACSZHASH* ppSet);
 
 /* ---- bridges ---------------------------------------------------------------------------------------- */
 
@@ -115,22 +116,22 @@ typedef struct ZARNNETIFSETTINGS {
 } ZARNNETIFSETTINGS;
 
 /** Is the interface a bridge? @return 1 or 0 */
-int KOPANetBridgeIfIsMaster(const char *szIfname);
+int KOPANetBridgeIfIsMaster(const char* szIfname);
 
 /** Is the interface a port of a bridge? @return 1 or 0 */
-int KOPANetBridgeIfIsSlave(const char *szIfname);
+int KOPANetBridgeIfIsSlave(const char* szIfname);
 
 /** Appends the ports of a bridge to *ppList. @return their number, or -1 */
-int KOPANetBridgeSlaveEnum(const char *szBridge, PKOPACSZLIST *ppList);
+int KOPANetBridgeSlaveEnum(const char* szBridge, PKOPACSZLIST* ppList);
 
 /** Appends the bridges of role 2 or 3 to *ppList; null only counts. @return their number; -1 with 0x0200 */
-int KOPANetEnumBridge(PKOPACSZLIST *ppList, uint32_t role);
+int KOPANetEnumBridge(PKOPACSZLIST* ppList, uint32_t role);
 
 /** The part of an interface as the kernel has it. @return 1 to 4, 0 while it is down; pInfo may be null */
-int KOPANETGetBridgeInfo(const char *szIfname, ZARNBRIDGEINFO *pInfo);
+int KOPANETGetBridgeInfo(const char* szIfname, ZARNBRIDGEINFO* pInfo);
 
 /** The part of an interface in topology 1 to 3. @return its role, or 0; pInfo may be null */
-int KOPANETGetBridgeInfoByTopology(const char *szIfname, ZARNBRIDGEINFO *pInfo, uint32_t kind);
+int KOPANETGetBridgeInfoByTopology(const char* szIfname, ZARNBRIDGEINFO* pInfo, uint32_t kind);
 
 /**
  * Reads the interface's file. Either output may be null, not both. The type is 3 or 2 for TYPE=bridge;
@@ -138,7 +139,8 @@ int KOPANETGetBridgeInfoByTopology(const char *szIfname, ZARNBRIDGEINFO *pInfo, 
  * compare against it.
  * @return 0, or -1 (both outputs null, no file)
  */
-int ZARNNetGetBridgeConfig(const char *szIfname, ZARNNETIFSETTINGS *pSettings, ZARNBRIDGEINFO *pInfo);
+int ZARNNetGetBridgeConfig(const char* szIfname, ZARNNETIFSETTINGS* pSettings,
+                           ZARNBRIDGEINFO* pInfo);
 
 /**
  * Writes an interface's part in a bridge into its file, and its address settings where they are given. The type
@@ -148,7 +150,7 @@ int ZARNNetGetBridgeConfig(const char *szIfname, ZARNNETIFSETTINGS *pSettings, Z
  * @return 0; -1 with 0x0D00 (null record, unfit name or text, another type), 0x0200, or when writing fails
  * Program: /bin/cp.
  */
-int ZARNNetSetBridgeConfig(const ZARNNETIFSETTINGS *pSettings, const ZARNBRIDGEINFO *pInfo);
+int ZARNNetSetBridgeConfig(const ZARNNETIFSETTINGS* pSettings, const ZARNBRIDGEINFO* pInfo);
 
 /**
  * Makes a port of a bridge an interface of its own again, in its file: TYPE and BRIDGE go, the address settings
@@ -156,22 +158,22 @@ int ZARNNetSetBridgeConfig(const ZARNNETIFSETTINGS *pSettings, const ZARNBRIDGEI
  * @return 0; -1 with 0x0D00 (null record, unfit name or text), 0x0200, or when writing fails
  * Program: /bin/cp.
  */
-int ZARNNetDisableBridgeSlave(const ZARNNETIFSETTINGS *pSettings);
+int ZARNNetDisableBridgeSlave(const ZARNNETIFSETTINGS* pSettings);
 
 /** Does ZARNNetGetBridgeConfig() read this type? @return 1 or 0 */
-int ZARNNetIsIfBridgeType(const char *szIfname, uint32_t role);
+int ZARNNetIsIfBridgeType(const char* szIfname, uint32_t role);
 
 /* ---- Open vSwitch ----------------------------------------------------------------------------------- */
 
 /** @return 2 for an Open vSwitch bond ("ovs_bond..."), 1 for another Open vSwitch device, else 0 */
-int KOPANetOVSIfIsMaster(const char *szIfname);
+int KOPANetOVSIfIsMaster(const char* szIfname);
 
 /** Is the interface a member of an Open vSwitch bond? @return 1 or 0 */
-int KOPANetOVSIfIsSlave(const char *szIfname);
+int KOPANetOVSIfIsSlave(const char* szIfname);
 
 /** The interface under an Open vSwitch device: "ovs_eth0" gives "eth0". cbOut must exceed the result's
  * length. @return 0, or -1 with 0x0D00 */
-int KOPANetOVSGetOriginalIf(const char *szIfname, char *szOut, size_t cbOut);
+int KOPANetOVSGetOriginalIf(const char* szIfname, char* szOut, size_t cbOut);
 
 /* ---- VLANs ------------------------------------------------------------------------------------------ */
 
@@ -189,14 +191,14 @@ int KOPANetVlanValidId(unsigned int id);
 int KOPANetVlanExist(void);
 
 /** Asks the kernel whether an interface is a VLAN. @return 1 (record filled), 0, or -1 (0x0D00, 0x3400) */
-int KOPANetVlanGet(const char *szIfname, KOPANETVLAN *pVlan);
+int KOPANetVlanGet(const char* szIfname, KOPANETVLAN* pVlan);
 
 /** KOPANetVlanGet() for the VLAN of a parent and an id. */
-int KOPANetVlanGetByRowDev(const char *szRowDev, unsigned int id, KOPANETVLAN *pVlan);
+int KOPANetVlanGetByRowDev(const char* szRowDev, unsigned int id, KOPANETVLAN* pVlan);
 
 /** All VLANs (/proc/net/vlan/config). *ppVlan is freed with free(), null when there are none.
  * @return 0, or -1 (0x0D00, 0x0200, 0x4000) */
-int KOPANetVlanEnum(KOPANETVLAN **ppVlan, int *pcVlan);
+int KOPANetVlanEnum(KOPANETVLAN** ppVlan, int* pcVlan);
 
 /**
  * Puts a VLAN over an interface: the VLAN's file is written with the address given and the parent's IPv6 settings,
@@ -211,7 +213,7 @@ int KOPANetVlanEnum(KOPANETVLAN **ppVlan, int *pcVlan);
  *         0x0900 (the parent's file), 0x0B00 (a new file), 0x3400, 0x4000, or after a step that failed
  * Programs: /etc/rc.network, /usr/zarn/bin/zarnfirewall, /usr/zarn/bin/tctool.
  */
-int KOPANetVlanCreate(const char *szRowDev, unsigned int id, const ZARNNETIFSETTINGS *pSettings);
+int KOPANetVlanCreate(const char* szRowDev, unsigned int id, const ZARNNETIFSETTINGS* pSettings);
 
 /**
  * Removes a VLAN: its address settings go back into the parent's file, its own file and MTU setting are deleted,
@@ -219,7 +221,7 @@ int KOPANetVlanCreate(const char *szRowDev, unsigned int id, const ZARNNETIFSETT
  * @return 0; -1 with 0x0D00 (no name), 0x0900 (a file cannot be read), 0x0B00 (the new file), 0x3400, or when it
  *         is no VLAN or a step failed
  */
-int KOPANetVlanRemove(const char *szVlan);
+int KOPANetVlanRemove(const char* szVlan);
 
 #ifdef __cplusplus
 }
