@@ -21,6 +21,7 @@
 #include <zarnnetsdk/addr.h>
 #include <zarnnetsdk/dhcpd.h>
 #include <zarnnetsdk/dns_route.h>
+#include <zarnnetsdk/error.h>
 #include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/ipv4.h>
 #include <zarnnetsdk/ipv6.h>

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <limits>
 
-#include "frame/kernel.h"
+#include "frame/os/kernel.h"
 
 namespace addr {
 

@@ -8,8 +8,9 @@
 #include <zarnnetsdk/ipv4.h>
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/log.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
 
 using namespace frame;
 
@@ -49,28 +50,29 @@ int Compare(std::string_view port, bool ovs, const std::string& bondAddress) {
 
 }  // namespace
 
-int ZARNNetBondIPConflict(const char* szBond, char* szOutPort, int cbOutPort) try {
-  if (IsUnfitName(szBond) || szOutPort == nullptr || cbOutPort < 1) {
-    return FRAME_FAIL(kBadParameter, -1);
-  }
-  ZARNLINKAGGROPT record{};
-  if (ZARNNetLinkAggrGet(szBond, &record) != 0) {
-    LOG_ERROR("%s:%d get %s information failed", szBond);
-    return -1;
-  }
-  const auto bondAddress = ConfiguredAddress(szBond);
-  if (!bondAddress) {
-    LOG_ERROR("%s:%d get %s's IP failed", szBond);
-    return -1;
-  }
-  const bool ovs = KOPANetOVSIfIsMaster(szBond) == kOvsBond;
-  // A bond takes its settings from its first member, which may still show them.
-  for (int i = 1; i < record.cSlave; ++i) {
-    const std::string_view port = FieldText(record.rgszSlave[i]);
-    const int same = Compare(port, ovs, *bondAddress);
-    if (same == 1) GiveOutPort(port, szOutPort, cbOutPort);
-    if (same != 0) return same;
-  }
-  return 0;
+int ZARNNetBondIPConflict(const char* szBond, char* szOutPort, int cbOutPort) {
+  return Boundary(-1, [&]() -> int {
+    if (IsUnfitName(szBond) || szOutPort == nullptr || cbOutPort < 1) {
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    }
+    ZARNLINKAGGROPT record{};
+    if (ZARNNetLinkAggrGet(szBond, &record) != 0) {
+      LOG_ERROR("%s:%d get %s information failed", szBond);
+      return -1;
+    }
+    const auto bondAddress = ConfiguredAddress(szBond);
+    if (!bondAddress) {
+      LOG_ERROR("%s:%d get %s's IP failed", szBond);
+      return -1;
+    }
+    const bool ovs = KOPANetOVSIfIsMaster(szBond) == kOvsBond;
+    // A bond takes its settings from its first member, which may still show them.
+    for (int i = 1; i < record.cSlave; ++i) {
+      const std::string_view port = FieldText(record.rgszSlave[i]);
+      const int same = Compare(port, ovs, *bondAddress);
+      if (same == 1) GiveOutPort(port, szOutPort, cbOutPort);
+      if (same != 0) return same;
+    }
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -8,10 +8,11 @@
 
 #include <zarnnetsdk/addr.h>
 
-#include "frame/command.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/command.h"
 
 using namespace frame;
 
@@ -62,21 +63,23 @@ int Answer(const std::optional<std::string>& address, const char* szAddr, char* 
 
 }  // namespace
 
-int ZARNNetCalBroadcast(const char* szAddr, char* szOut, int cbOut) try {
-  if (IsMissing(szAddr, szOut, cbOut)) return FRAME_FAIL(kBadParameter, -1);
-  const auto line = FirstLine("-b", szAddr, cbOut);
-  const auto address = line ? ValueOf(Trimmed(*line), "BROADCAST=") : std::nullopt;
-  return Answer(address, szAddr, szOut, cbOut);
+int ZARNNetCalBroadcast(const char* szAddr, char* szOut, int cbOut) {
+  return Boundary(-1, [&]() -> int {
+    if (IsMissing(szAddr, szOut, cbOut)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const auto line = FirstLine("-b", szAddr, cbOut);
+    const auto address = line ? ValueOf(Trimmed(*line), "BROADCAST=") : std::nullopt;
+    return Answer(address, szAddr, szOut, cbOut);
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int ZARNNetCalNetwork(const char* szAddr, char* szOut, int cbOut) try {
-  if (IsMissing(szAddr, szOut, cbOut)) return FRAME_FAIL(kBadParameter, -1);
-  const auto line = FirstLine("-n", szAddr, cbOut);
-  // It is the caller's buffer that is trimmed here, not the line: a line that begins with a blank
-  // is no answer, and a failed call leaves the trimmed text. Callers were written against both.
-  if (line) TrimInPlace(szOut, static_cast<std::size_t>(cbOut));
-  const auto address = line ? ValueOf(*line, "NETWORK=") : std::nullopt;
-  return Answer(address, szAddr, szOut, cbOut);
+int ZARNNetCalNetwork(const char* szAddr, char* szOut, int cbOut) {
+  return Boundary(-1, [&]() -> int {
+    if (IsMissing(szAddr, szOut, cbOut)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const auto line = FirstLine("-n", szAddr, cbOut);
+    // It is the caller's buffer that is trimmed here, not the line: a line that begins with a blank
+    // is no answer, and a failed call leaves the trimmed text. Callers were written against both.
+    if (line) TrimInPlace(szOut, static_cast<std::size_t>(cbOut));
+    const auto address = line ? ValueOf(*line, "NETWORK=") : std::nullopt;
+    return Answer(address, szAddr, szOut, cbOut);
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

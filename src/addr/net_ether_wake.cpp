@@ -13,9 +13,10 @@
 
 #include <zarnnetsdk/addr.h>
 
-#include "frame/file.h"
-#include "frame/log.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/os/file.h"
 
 using namespace frame;
 
@@ -64,32 +65,33 @@ int Send(unsigned ifindex, const std::vector<unsigned char>& text, const char* i
   const Descriptor socket(::socket(AF_PACKET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
   if (!socket) {
     LOG_ERROR("%s:%d Failed to open packet socket. %m");
-    return FRAME_FAIL(kOpen, -1);
+    return Fail(ZARNNETERR_OPEN, -1);
   }
   const int on = 1;
   if (::setsockopt(socket.Get(), SOL_SOCKET, SO_BROADCAST, &on, sizeof on) != 0) {
     LOG_ERROR("%s:%d Failed to enable broadcast. %m");
-    return FRAME_FAIL(kCommand, -1);
+    return Fail(ZARNNETERR_COMMAND, -1);
   }
   const sockaddr_ll to = Everybody(ifindex);
   const ssize_t sent = ::sendto(socket.Get(), text.data(), text.size(), 0,
                                 reinterpret_cast<const sockaddr*>(&to), sizeof to);
   if (sent == static_cast<ssize_t>(text.size())) return 0;
   LOG_ERROR("%s:%d Failed to send on %s. %m", ifname);
-  return FRAME_FAIL(kCommand, -1);
+  return Fail(ZARNNETERR_COMMAND, -1);
 }
 
 }  // namespace
 
-int KOPANetEtherWake(const char* szIfname, const char* szMac) try {
-  if (IsUnfitName(szIfname) || IsEmpty(szMac)) return FRAME_FAIL(kBadParameter, -1);
-  const auto mac = ParseMac(szMac);
-  if (!mac) return FRAME_FAIL(kBadParameter, -1);
-  const unsigned ifindex = ::if_nametoindex(szIfname);
-  if (ifindex == 0) {
-    LOG_ERROR("%s:%d No interface %s", szIfname);
-    return FRAME_FAIL(kNotFound, -1);
-  }
-  return Send(ifindex, WakeText(*mac), szIfname);
+int KOPANetEtherWake(const char* szIfname, const char* szMac) {
+  return Boundary(-1, [&]() -> int {
+    if (IsUnfitName(szIfname) || IsEmpty(szMac)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const auto mac = ParseMac(szMac);
+    if (!mac) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const unsigned ifindex = ::if_nametoindex(szIfname);
+    if (ifindex == 0) {
+      LOG_ERROR("%s:%d No interface %s", szIfname);
+      return Fail(ZARNNETERR_NOT_FOUND, -1);
+    }
+    return Send(ifindex, WakeText(*mac), szIfname);
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -10,8 +10,9 @@
 
 #include <zarnnetsdk/addr.h>
 
-#include "frame/log.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
 
 using namespace frame;
 
@@ -64,24 +65,27 @@ bool Has(const ifaddrs& entry, const Wanted& wanted) {
 
 }  // namespace
 
-int ZARNNetIP2If(const char* szIP, char* szIfname, int cbIfname) try {
-  if (IsEmpty(szIP) || szIfname == nullptr || cbIfname <= 0) return FRAME_FAIL(kBadParameter, -1);
-  const auto wanted = Parse(szIP);
-  if (!wanted) return FRAME_FAIL(kMalformedAddress, -1);
-  ifaddrs* list = nullptr;
-  if (::getifaddrs(&list) != 0) {
-    LOG_ERROR("%s:%d Failed to list the addresses. %m");
-    return FRAME_FAIL(kRefused, -1);
-  }
-  const Interfaces interfaces(list);
-  for (const ifaddrs* entry = list; entry != nullptr; entry = entry->ifa_next) {
-    if (!Has(*entry, *wanted)) continue;
-    const std::string_view name = NameOf(*entry);
-    // A name that is cut is another interface's.
-    if (name.size() >= static_cast<std::size_t>(cbIfname)) return FRAME_FAIL(kBadParameter, -1);
-    CopyText(name, szIfname, static_cast<std::size_t>(cbIfname));
-    return 0;
-  }
-  return FRAME_FAIL(kNotFound, -1);
+int ZARNNetIP2If(const char* szIP, char* szIfname, int cbIfname) {
+  return Boundary(-1, [&]() -> int {
+    if (IsEmpty(szIP) || szIfname == nullptr || cbIfname <= 0)
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const auto wanted = Parse(szIP);
+    if (!wanted) return Fail(ZARNNETERR_MALFORMED_ADDRESS, -1);
+    ifaddrs* list = nullptr;
+    if (::getifaddrs(&list) != 0) {
+      LOG_ERROR("%s:%d Failed to list the addresses. %m");
+      return Fail(ZARNNETERR_REFUSED, -1);
+    }
+    const Interfaces interfaces(list);
+    for (const ifaddrs* entry = list; entry != nullptr; entry = entry->ifa_next) {
+      if (!Has(*entry, *wanted)) continue;
+      const std::string_view name = NameOf(*entry);
+      // A name that is cut is another interface's.
+      if (name.size() >= static_cast<std::size_t>(cbIfname))
+        return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+      CopyText(name, szIfname, static_cast<std::size_t>(cbIfname));
+      return 0;
+    }
+    return Fail(ZARNNETERR_NOT_FOUND, -1);
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -5,14 +5,15 @@
 #include <zarnnetsdk/addr.h>
 #include <zarnnetsdk/ipv4.h>
 
-#include "frame/command.h"
-#include "frame/containers.h"
-#include "frame/kernel.h"
-#include "frame/key_file.h"
-#include "frame/log.h"
-#include "frame/net_dev.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/facts/net_dev.h"
+#include "frame/model/paths.h"
+#include "frame/os/command.h"
+#include "frame/os/containers.h"
+#include "frame/os/kernel.h"
+#include "frame/os/key_file.h"
 
 using namespace frame;
 
@@ -126,37 +127,40 @@ int ProbeOne(const char* ifname, const char* address) {
 }  // namespace
 
 int IpConflictDetectInternal(const KOPACSZLIST* pIfnames, const KOPACSZLIST* pAddrs,
-                             PFNIPCONFLICT pfnConflict) try {
-  if (pIfnames == nullptr || (pAddrs != nullptr && pAddrs->nItem != pIfnames->nItem)) {
-    return FRAME_FAIL(kBadParameter, -1);
-  }
-  const Macs macs = OwnMacs();
-  int result = 0;
-  for (int i = 0; i < pIfnames->nItem; ++i) {
-    const char* const ifname = KOPACSzListGet(pIfnames, i);
-    const char* const given = pAddrs != nullptr ? KOPACSzListGet(pAddrs, i) : nullptr;
-    const std::string address = AddressFor(ifname, given);
-    if (address.empty() || !IsInUse(ifname, address.c_str(), macs)) continue;
-    result = 1;
-    if (pfnConflict != nullptr) pfnConflict(ifname, address.c_str());
-  }
-  return result;
+                             PFNIPCONFLICT pfnConflict) {
+  return Boundary(-1, [&]() -> int {
+    if (pIfnames == nullptr || (pAddrs != nullptr && pAddrs->nItem != pIfnames->nItem)) {
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    }
+    const Macs macs = OwnMacs();
+    int result = 0;
+    for (int i = 0; i < pIfnames->nItem; ++i) {
+      const char* const ifname = KOPACSzListGet(pIfnames, i);
+      const char* const given = pAddrs != nullptr ? KOPACSzListGet(pAddrs, i) : nullptr;
+      const std::string address = AddressFor(ifname, given);
+      if (address.empty() || !IsInUse(ifname, address.c_str(), macs)) continue;
+      result = 1;
+      if (pfnConflict != nullptr) pfnConflict(ifname, address.c_str());
+    }
+    return result;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int ZARNIIpConflict(const char* szIfname, const char* szAddr) try {
-  if (AnyEmpty({szIfname, szAddr})) return FRAME_FAIL(kBadParameter, -1);
-  char own[256] = "";
-  const int got = ZARNILnxGetIP(szIfname, own, sizeof own);
-  if (got < 0) {
-    LOG_ERROR_FUNC("%s(%d) ZARNILnxGetIP failed.(%X)", KOPACErrGet());
-    return got;
-  }
-  if (got > 0 && std::string_view(own) == szAddr) return 0;
-  const int result = ProbeOne(szIfname, szAddr);
-  if (result == 1) LOG_DETAIL_PLAIN("%s is conflict at %s", szAddr, szIfname);
-  return result;
-} catch (...) {
-  LOG_ERROR("%s:%d Failed to alloc list.");
-  return FRAME_FAIL(kNoMemory, -1);
+int ZARNIIpConflict(const char* szIfname, const char* szAddr) {
+  return Boundary(
+      -1,
+      [&](const Place& at) -> int {
+        if (AnyEmpty({szIfname, szAddr})) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+        char own[256] = "";
+        const int got = ZARNILnxGetIP(szIfname, own, sizeof own);
+        if (got < 0) {
+          LOG_ERROR_FUNC(at, "%s(%d) ZARNILnxGetIP failed.(%X)", KOPACErrGet());
+          return got;
+        }
+        if (got > 0 && std::string_view(own) == szAddr) return 0;
+        const int result = ProbeOne(szIfname, szAddr);
+        if (result == 1) LOG_DETAIL_PLAIN("%s is conflict at %s", szAddr, szIfname);
+        return result;
+      },
+      [&] { LOG_ERROR("%s:%d Failed to alloc list."); });
 }

@@ -15,9 +15,10 @@
 #include <zarnnetsdk/addr.h>
 
 #include "addr/resolved.h"
-#include "frame/file.h"
-#include "frame/log.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/os/file.h"
 
 using namespace frame;
 
@@ -155,16 +156,17 @@ bool Answers(const std::vector<Probe>& probes, Clock::time_point deadline) {
 
 }  // namespace
 
-int BlKOPAIsConnected(const char* szHost, int cTimeoutSeconds) try {
-  if (IsUnfitName(szHost) || cTimeoutSeconds <= 0) return FRAME_FAIL(kBadParameter, 0);
-  const auto deadline = Clock::now() + std::chrono::seconds(cTimeoutSeconds);
-  const addr::Addresses addresses = addr::Resolve(szHost);
-  if (!addresses) return 0;
-  const auto probes = MakeProbes(addresses.get());
-  if (!probes) {
-    LOG_ERROR("%s:%d Failed to open a socket for an echo. %m");
-    return FRAME_FAIL(kOpen, 0);
-  }
-  return Answers(*probes, deadline) ? 1 : 0;
+int BlKOPAIsConnected(const char* szHost, int cTimeoutSeconds) {
+  return Boundary(0, [&]() -> int {
+    if (IsUnfitName(szHost) || cTimeoutSeconds <= 0) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
+    const auto deadline = Clock::now() + std::chrono::seconds(cTimeoutSeconds);
+    const addr::Addresses addresses = addr::Resolve(szHost);
+    if (!addresses) return 0;
+    const auto probes = MakeProbes(addresses.get());
+    if (!probes) {
+      LOG_ERROR("%s:%d Failed to open a socket for an echo. %m");
+      return Fail(ZARNNETERR_OPEN, 0);
+    }
+    return Answers(*probes, deadline) ? 1 : 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(0)

@@ -4,8 +4,9 @@
 
 #include <zarnnetsdk/addr.h>
 
-#include "frame/error.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/error.h"
+#include "frame/base/text.h"
 
 using namespace frame;
 
@@ -29,27 +30,32 @@ bool IsAtom(std::string_view text) {
 }  // namespace
 
 int BlKOPAIsHostname(const char* szName) {
-  constexpr std::size_t kLongest = 15;
-  if (IsEmpty(szName)) return 0;
-  const std::string_view name(szName);
-  if (name.size() > kLongest || IsDigit(name.front()) || name.front() == '-') return 0;
-  const bool fits = std::all_of(name.begin(), name.end(), [](char c) {
-    return IsLetter(c) || IsDigit(c) || c == '_' || c == '-';
+  return Boundary(0, [&]() -> int {
+    constexpr std::size_t kLongest = 15;
+    if (IsEmpty(szName)) return 0;
+    const std::string_view name(szName);
+    if (name.size() > kLongest || IsDigit(name.front()) || name.front() == '-') return 0;
+    const bool fits = std::all_of(name.begin(), name.end(), [](char c) {
+      return IsLetter(c) || IsDigit(c) || c == '_' || c == '-';
+    });
+    return fits ? 1 : 0;
   });
-  return fits ? 1 : 0;
 }
 
 int BlKOPAIsAtom(const char* szAtom) {
-  if (szAtom == nullptr) return FRAME_FAIL(kBadParameter, 0);
-  return IsAtom(szAtom) ? 1 : 0;
+  return Boundary(0, [&]() -> int {
+    if (szAtom == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
+    return IsAtom(szAtom) ? 1 : 0;
+  });
 }
 
-int BlKOPAIsDomain(const char* szDomain) try {
-  constexpr std::size_t kLongest = 511;
-  if (szDomain == nullptr) return FRAME_FAIL(kBadParameter, 0);
-  const std::string_view domain(szDomain);
-  if (domain.size() > kLongest) return 0;
-  const auto labels = SplitFields(domain, ".");
-  return std::all_of(labels.begin(), labels.end(), IsAtom) ? 1 : 0;
+int BlKOPAIsDomain(const char* szDomain) {
+  return Boundary(0, [&]() -> int {
+    constexpr std::size_t kLongest = 511;
+    if (szDomain == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
+    const std::string_view domain(szDomain);
+    if (domain.size() > kLongest) return 0;
+    const auto labels = SplitFields(domain, ".");
+    return std::all_of(labels.begin(), labels.end(), IsAtom) ? 1 : 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(0)

@@ -6,42 +6,49 @@
 #include <zarnnetsdk/addr.h>
 
 #include "addr/address.h"
-#include "frame/log.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
 
 using namespace frame;
 
 int ZARNNetIsSameSubnet(const char* szAddr1, const char* szAddr2, const char* szMask) {
-  if (szAddr1 == nullptr || szAddr2 == nullptr || szMask == nullptr) {
-    return FRAME_FAIL(kBadParameter, 0);
-  }
-  const auto first = addr::Parse(szAddr1);
-  const auto second = addr::Parse(szAddr2);
-  const auto mask = addr::Parse(szMask);
-  if (!first || !second || !mask) return 0;
-  if (first->family != second->family || first->family != mask->family) return 0;
-  for (std::size_t i = 0; i < mask->bytes.size(); ++i) {
-    if (((first->bytes[i] ^ second->bytes[i]) & mask->bytes[i]) != 0) return 0;
-  }
-  return 1;
+  return Boundary(-1, [&]() -> int {
+    if (szAddr1 == nullptr || szAddr2 == nullptr || szMask == nullptr) {
+      return Fail(ZARNNETERR_BAD_PARAMETER, 0);
+    }
+    const auto first = addr::Parse(szAddr1);
+    const auto second = addr::Parse(szAddr2);
+    const auto mask = addr::Parse(szMask);
+    if (!first || !second || !mask) return 0;
+    if (first->family != second->family || first->family != mask->family) return 0;
+    for (std::size_t i = 0; i < mask->bytes.size(); ++i) {
+      if (((first->bytes[i] ^ second->bytes[i]) & mask->bytes[i]) != 0) return 0;
+    }
+    return 1;
+  });
 }
 
 int KOPAIsIpInRange(const char* szAddr, const char* szStart, const char* szEnd, int family) {
-  if (family != AF_INET && family != AF_INET6) {
-    LOG_ERROR("%s:%d Unknown address family, %d.", family);
-    return -1;
-  }
-  if (szAddr == nullptr || szStart == nullptr || szEnd == nullptr) {
-    return FRAME_FAIL(kBadParameter, -1);
-  }
-  const auto address = addr::ParseAs(family, szAddr);
-  const auto start = addr::ParseAs(family, szStart);
-  const auto end = addr::ParseAs(family, szEnd);
-  if (!address || !start || !end) return -1;
-  const auto [lowest, highest] = std::minmax(*start, *end);
-  return lowest <= *address && *address <= highest ? 1 : 0;
+  return Boundary(-1, [&]() -> int {
+    if (family != AF_INET && family != AF_INET6) {
+      LOG_ERROR("%s:%d Unknown address family, %d.", family);
+      return -1;
+    }
+    if (szAddr == nullptr || szStart == nullptr || szEnd == nullptr) {
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    }
+    const auto address = addr::ParseAs(family, szAddr);
+    const auto start = addr::ParseAs(family, szStart);
+    const auto end = addr::ParseAs(family, szEnd);
+    if (!address || !start || !end) return -1;
+    const auto [lowest, highest] = std::minmax(*start, *end);
+    return lowest <= *address && *address <= highest ? 1 : 0;
+  });
 }
 
 int ZARNNetGetAddrType(const char* szIP) {
-  const auto address = addr::Parse(szIP);
-  return address ? address->family : 0;
+  return Boundary(-1, [&]() -> int {
+    const auto address = addr::Parse(szIP);
+    return address ? address->family : 0;
+  });
 }

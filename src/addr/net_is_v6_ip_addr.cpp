@@ -7,8 +7,9 @@
 #include <zarnnetsdk/addr.h>
 
 #include "addr/address.h"
-#include "frame/error.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/error.h"
+#include "frame/base/text.h"
 
 using namespace frame;
 
@@ -29,11 +30,12 @@ bool IsPrefix(std::string_view text) {
 
 }  // namespace
 
-int BlKOPAIsv6IpAddrValid(const char* szIP) try {
-  if (szIP == nullptr) return FRAME_FAIL(kBadParameter, 0);
-  const std::string_view text(szIP);
-  const std::size_t slash = text.find('/');
-  if (slash == std::string_view::npos) return IsAddress(text) ? 1 : 0;
-  return IsAddress(text.substr(0, slash)) && IsPrefix(text.substr(slash + 1)) ? 1 : 0;
+int BlKOPAIsv6IpAddrValid(const char* szIP) {
+  return Boundary(0, [&]() -> int {
+    if (szIP == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
+    const std::string_view text(szIP);
+    const std::size_t slash = text.find('/');
+    if (slash == std::string_view::npos) return IsAddress(text) ? 1 : 0;
+    return IsAddress(text.substr(0, slash)) && IsPrefix(text.substr(slash + 1)) ? 1 : 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(0)

@@ -6,8 +6,9 @@
 #include <zarnnetsdk/addr.h>
 
 #include "addr/resolved.h"
-#include "frame/log.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
 
 using namespace frame;
 
@@ -15,11 +16,11 @@ namespace {
 
 void SetCode(int error) {
   if (error == EAI_MEMORY) {
-    FRAME_SET_ERROR(kNoMemory);
+    SetError(ZARNNETERR_NO_MEMORY);
   } else if (error == EAI_NONAME || error == EAI_NODATA) {
-    FRAME_SET_ERROR(kNotFound);
+    SetError(ZARNNETERR_NOT_FOUND);
   } else {
-    FRAME_SET_ERROR(kRefused);
+    SetError(ZARNNETERR_REFUSED);
   }
 }
 
@@ -36,22 +37,24 @@ addr::Addresses addr::Resolve(const char* host) {
   return nullptr;
 }
 
-int ZARNNetLookupIP(const char* szHost, char* szIP, int cbIP) try {
-  if (IsUnfitName(szHost) || szIP == nullptr || cbIP <= 0) return FRAME_FAIL(kBadParameter, -1);
-  const addr::Addresses addresses = addr::Resolve(szHost);
-  if (!addresses) return -1;
-  for (const addrinfo* entry = addresses.get(); entry != nullptr; entry = entry->ai_next) {
-    std::array<char, NI_MAXHOST> text{};
-    if (::getnameinfo(entry->ai_addr, entry->ai_addrlen, text.data(), text.size(), nullptr, 0,
-                      NI_NUMERICHOST) != 0) {
-      continue;
+int ZARNNetLookupIP(const char* szHost, char* szIP, int cbIP) {
+  return Boundary(-1, [&]() -> int {
+    if (IsUnfitName(szHost) || szIP == nullptr || cbIP <= 0)
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const addr::Addresses addresses = addr::Resolve(szHost);
+    if (!addresses) return -1;
+    for (const addrinfo* entry = addresses.get(); entry != nullptr; entry = entry->ai_next) {
+      std::array<char, NI_MAXHOST> text{};
+      if (::getnameinfo(entry->ai_addr, entry->ai_addrlen, text.data(), text.size(), nullptr, 0,
+                        NI_NUMERICHOST) != 0) {
+        continue;
+      }
+      const std::string_view address(text.data());
+      if (address.size() >= static_cast<std::size_t>(cbIP)) continue;
+      CopyText(address, szIP, static_cast<std::size_t>(cbIP));
+      return 0;
     }
-    const std::string_view address(text.data());
-    if (address.size() >= static_cast<std::size_t>(cbIP)) continue;
-    CopyText(address, szIP, static_cast<std::size_t>(cbIP));
-    return 0;
-  }
-  LOG_ERROR("%s:%d No address of %s fits into %d bytes", szHost, cbIP);
-  return FRAME_FAIL(kBadParameter, -1);
+    LOG_ERROR("%s:%d No address of %s fits into %d bytes", szHost, cbIP);
+    return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

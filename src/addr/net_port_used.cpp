@@ -9,10 +9,11 @@
 
 #include <zarnnetsdk/addr.h>
 
-#include "frame/file.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/file.h"
 
 using namespace frame;
 
@@ -47,13 +48,13 @@ bool ReadTable(const char* path, bool mayLack, Ports* ports) {
   if (!lines.IsOpen()) {
     if (mayLack && errno == ENOENT) return true;
     LOG_ERROR("%s:%d Failed to open %s. %m", path);
-    return FRAME_FAIL(kOpen, false);
+    return Fail(ZARNNETERR_OPEN, false);
   }
   while (const auto line = lines.Next())
     TakeLine(*line, ports);
   if (!lines.Failed()) return true;
   LOG_ERROR("%s:%d Failed to read %s.", path);
-  return FRAME_FAIL(kRead, false);
+  return Fail(ZARNNETERR_READ, false);
 }
 
 struct Protocols {
@@ -86,24 +87,26 @@ bool IsRange(int first, int last) {
 
 }  // namespace
 
-int ZARNNetGetPortUsedInRange(int first, int last, const char* szProto, int* rgPort,
-                              int cPort) try {
-  const auto protocols = ProtocolsOf(szProto);
-  if (!IsRange(first, last) || !protocols || cPort < 0 || (rgPort == nullptr && cPort > 0))
-    return FRAME_FAIL(kBadParameter, -1);
-  const auto used = UsedPorts(*protocols);
-  if (!used) return -1;
-  int count = 0;
-  for (int port = first; port <= last; ++port) {
-    if (!used->test(static_cast<std::size_t>(port))) continue;
-    if (count < cPort) rgPort[count] = port;
-    ++count;
-  }
-  return count;
+int ZARNNetGetPortUsedInRange(int first, int last, const char* szProto, int* rgPort, int cPort) {
+  return Boundary(-1, [&]() -> int {
+    const auto protocols = ProtocolsOf(szProto);
+    if (!IsRange(first, last) || !protocols || cPort < 0 || (rgPort == nullptr && cPort > 0))
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const auto used = UsedPorts(*protocols);
+    if (!used) return -1;
+    int count = 0;
+    for (int port = first; port <= last; ++port) {
+      if (!used->test(static_cast<std::size_t>(port))) continue;
+      if (count < cPort) rgPort[count] = port;
+      ++count;
+    }
+    return count;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
 int ZARNNetIsPortRangeUsed(int first, int last, const char* szProto) {
-  const int count = ZARNNetGetPortUsedInRange(first, last, szProto, nullptr, 0);
-  return count > 0 ? 1 : count;
+  return Boundary(-1, [&]() -> int {
+    const int count = ZARNNetGetPortUsedInRange(first, last, szProto, nullptr, 0);
+    return count > 0 ? 1 : count;
+  });
 }

@@ -7,8 +7,9 @@
 #include <zarnnetsdk/addr.h>
 
 #include "addr/dotted.h"
-#include "frame/error.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/error.h"
+#include "frame/base/text.h"
 
 using namespace frame;
 
@@ -34,7 +35,7 @@ std::optional<std::uint32_t> ReadAddress(const std::string& text) {
   unsigned part[4];
   if (cKOPAISepIP(text.c_str(), part) != 4) return std::nullopt;
   if (std::any_of(part, part + 4, [](unsigned number) { return number > 255; })) {
-    FRAME_SET_ERROR(kMalformedAddress);
+    SetError(ZARNNETERR_MALFORMED_ADDRESS);
     return std::nullopt;
   }
   return addr::ToValue(part);
@@ -45,7 +46,7 @@ std::optional<std::uint32_t> ReadPrefix(const std::string& text) {
   const char* rest = text.c_str();
   const auto prefix = addr::TakeNumber(&rest);
   if (!prefix || *rest != '\0' || *prefix < 1 || *prefix > 32) {
-    FRAME_SET_ERROR(kMalformedAddress);
+    SetError(ZARNNETERR_MALFORMED_ADDRESS);
     return std::nullopt;
   }
   return ~std::uint32_t{0} << (32 - *prefix);
@@ -57,29 +58,31 @@ void Answer(const std::string& subnet, char* szIn, char* szOut) {
 
 }  // namespace
 
-int ErrKOPASubnetToIpMask(char* szIn, char* szOut) try {
-  const auto halves = SplitAtSlash(szIn);
-  if (!halves) return FRAME_FAIL(kBadParameter, -1);
-  const auto address = ReadAddress(halves->address);
-  if (!address) return -1;
-  const auto mask = ReadPrefix(halves->size);
-  if (!mask) return -1;
-  Answer(addr::DottedText(*address & *mask) + '/' + addr::DottedText(*mask), szIn, szOut);
-  return 0;
+int ErrKOPASubnetToIpMask(char* szIn, char* szOut) {
+  return Boundary(-1, [&]() -> int {
+    const auto halves = SplitAtSlash(szIn);
+    if (!halves) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const auto address = ReadAddress(halves->address);
+    if (!address) return -1;
+    const auto mask = ReadPrefix(halves->size);
+    if (!mask) return -1;
+    Answer(addr::DottedText(*address & *mask) + '/' + addr::DottedText(*mask), szIn, szOut);
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int ErrKOPAIpMaskToSubnet(char* szIn, char* szOut) try {
-  const auto halves = SplitAtSlash(szIn);
-  if (!halves) return FRAME_FAIL(kBadParameter, -1);
-  const auto address = ReadAddress(halves->address);
-  if (!address) return -1;
-  unsigned part[4];
-  if (cKOPAISepIP(halves->size.c_str(), part) != 4) return -1;
-  const int prefix = cKOPAICalMask(part);
-  if (prefix == 0) return FRAME_FAIL(kMalformedAddress, -1);
-  Answer(addr::DottedText(*address & addr::ToValue(part)) + '/' + std::to_string(prefix), szIn,
-         szOut);
-  return 0;
+int ErrKOPAIpMaskToSubnet(char* szIn, char* szOut) {
+  return Boundary(-1, [&]() -> int {
+    const auto halves = SplitAtSlash(szIn);
+    if (!halves) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const auto address = ReadAddress(halves->address);
+    if (!address) return -1;
+    unsigned part[4];
+    if (cKOPAISepIP(halves->size.c_str(), part) != 4) return -1;
+    const int prefix = cKOPAICalMask(part);
+    if (prefix == 0) return Fail(ZARNNETERR_MALFORMED_ADDRESS, -1);
+    Answer(addr::DottedText(*address & addr::ToValue(part)) + '/' + std::to_string(prefix), szIn,
+           szOut);
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -7,9 +7,10 @@
 
 #include "dhcpd/files.h"
 #include "dhcpd/options.h"
-#include "frame/file.h"
-#include "frame/key_file.h"
-#include "frame/log.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/os/file.h"
+#include "frame/os/key_file.h"
 
 using namespace frame;
 using namespace dhcpd;
@@ -256,78 +257,82 @@ void LogUnread(const char* ifname, unsigned subnet, bool v6) {
 
 }  // namespace
 
-int DHCPTagConfGet(const char* ifname, unsigned subnet, int iptype, DHCP_SUBNET_CONF* conf) try {
-  if (IsRefusedName(ifname) || conf == nullptr) {
-    LOG_ERROR("%s:%d Wrong parameters");
+int DHCPTagConfGet(const char* ifname, unsigned subnet, int iptype, DHCP_SUBNET_CONF* conf) {
+  return Boundary(-1, [&]() -> int {
+    if (IsRefusedName(ifname) || conf == nullptr) {
+      LOG_ERROR("%s:%d Wrong parameters");
+      return -1;
+    }
+    const char* const stem = StemOf(iptype);
+    if (stem == nullptr) {
+      LOG_ERROR("%s:%d Wrong or unsupported DHCPD ip type");
+      return -1;
+    }
+    if (!Exists(SubnetConf(stem, ifname, subnet))) return 0;
+    *conf = {};
+    static_cast<void>(DHCPTagConfGetEnable(ifname, subnet, iptype, &conf->enable));
+    const bool v6 = iptype == kIpv6;
+    if (v6 ? ReadV6(ifname, subnet, conf) : ReadV4(ifname, subnet, conf)) return 1;
+    LogUnread(ifname, subnet, v6);
     return -1;
-  }
-  const char* const stem = StemOf(iptype);
-  if (stem == nullptr) {
-    LOG_ERROR("%s:%d Wrong or unsupported DHCPD ip type");
-    return -1;
-  }
-  if (!Exists(SubnetConf(stem, ifname, subnet))) return 0;
-  *conf = {};
-  static_cast<void>(DHCPTagConfGetEnable(ifname, subnet, iptype, &conf->enable));
-  const bool v6 = iptype == kIpv6;
-  if (v6 ? ReadV6(ifname, subnet, conf) : ReadV4(ifname, subnet, conf)) return 1;
-  LogUnread(ifname, subnet, v6);
-  return -1;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int DHCPTagConfGetEnable(const char* ifname, unsigned subnet, int iptype, int* enable) try {
-  const char* const stem = StemOf(iptype);
-  if (IsRefusedName(ifname) || enable == nullptr || stem == nullptr) {
-    LOG_ERROR("%s:%d Wrong parameters");
-    return -1;
-  }
-  const std::string path = SubnetInfo(stem, ifname, subnet);
-  const bool exists = Exists(path);
-  *enable = exists && KeyIs(path, kEnableKey, "yes") ? 1 : 0;
-  return exists ? 1 : 0;
+int DHCPTagConfGetEnable(const char* ifname, unsigned subnet, int iptype, int* enable) {
+  return Boundary(-1, [&]() -> int {
+    const char* const stem = StemOf(iptype);
+    if (IsRefusedName(ifname) || enable == nullptr || stem == nullptr) {
+      LOG_ERROR("%s:%d Wrong parameters");
+      return -1;
+    }
+    const std::string path = SubnetInfo(stem, ifname, subnet);
+    const bool exists = Exists(path);
+    *enable = exists && KeyIs(path, kEnableKey, "yes") ? 1 : 0;
+    return exists ? 1 : 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int DHCPTagConfSetEnable(const char* ifname, unsigned subnet, int iptype, int enable) try {
-  const char* const stem = StemOf(iptype);
-  if (IsRefusedName(ifname) || stem == nullptr) {
-    LOG_ERROR("%s:%d Wrong parameters");
-    return -1;
-  }
-  if (!MakeFolderOrLog()) return -1;
-  return ReplaceFileOrLog(SubnetInfo(stem, ifname, subnet), SwitchLine(enable == 1)) ? 0 : -1;
+int DHCPTagConfSetEnable(const char* ifname, unsigned subnet, int iptype, int enable) {
+  return Boundary(-1, [&]() -> int {
+    const char* const stem = StemOf(iptype);
+    if (IsRefusedName(ifname) || stem == nullptr) {
+      LOG_ERROR("%s:%d Wrong parameters");
+      return -1;
+    }
+    if (!MakeFolderOrLog()) return -1;
+    return ReplaceFileOrLog(SubnetInfo(stem, ifname, subnet), SwitchLine(enable == 1)) ? 0 : -1;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
 int DHCPTagConfSetConfig(const char* ifname, unsigned subnet, int iptype,
-                         const DHCP_SUBNET_CONF* conf) try {
-  if (StemOf(iptype) == nullptr) {
-    LOG_ERROR("%s:%d Wrong DHCP ip type");
-    return -1;
-  }
-  if (IsRefusedName(ifname) || conf == nullptr || RefusesTexts(*conf)) {
-    LOG_ERROR("%s:%d Bad parameters.");
-    return -1;
-  }
-  return iptype == kIpv6 ? WriteV6(ifname, subnet, *conf) : WriteV4(ifname, subnet, *conf);
+                         const DHCP_SUBNET_CONF* conf) {
+  return Boundary(-1, [&]() -> int {
+    if (StemOf(iptype) == nullptr) {
+      LOG_ERROR("%s:%d Wrong DHCP ip type");
+      return -1;
+    }
+    if (IsRefusedName(ifname) || conf == nullptr || RefusesTexts(*conf)) {
+      LOG_ERROR("%s:%d Bad parameters.");
+      return -1;
+    }
+    return iptype == kIpv6 ? WriteV6(ifname, subnet, *conf) : WriteV4(ifname, subnet, *conf);
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int DHCPTagConfSet(const char* ifname, unsigned subnet, int iptype,
-                   const DHCP_SUBNET_CONF* conf) try {
-  if (IsRefusedName(ifname) || conf == nullptr || RefusesTexts(*conf)) {
-    LOG_ERROR("%s:%d parameter error");
-    return -1;
-  }
-  if (DHCPTagConfSetEnable(ifname, subnet, iptype, conf->enable) < 0) {
-    LOG_ERROR("%s:%d Failed to set to dhcp server info file [%s].", ifname);
-    return -1;
-  }
-  if (DHCPTagConfSetConfig(ifname, subnet, iptype, conf) < 0) {
-    LOG_ERROR("%s:%d Failed to set config file of dhcp server [%s].", ifname);
-    return -1;
-  }
-  return 0;
+int DHCPTagConfSet(const char* ifname, unsigned subnet, int iptype, const DHCP_SUBNET_CONF* conf) {
+  return Boundary(-1, [&]() -> int {
+    if (IsRefusedName(ifname) || conf == nullptr || RefusesTexts(*conf)) {
+      LOG_ERROR("%s:%d parameter error");
+      return -1;
+    }
+    if (DHCPTagConfSetEnable(ifname, subnet, iptype, conf->enable) < 0) {
+      LOG_ERROR("%s:%d Failed to set to dhcp server info file [%s].", ifname);
+      return -1;
+    }
+    if (DHCPTagConfSetConfig(ifname, subnet, iptype, conf) < 0) {
+      LOG_ERROR("%s:%d Failed to set config file of dhcp server [%s].", ifname);
+      return -1;
+    }
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -4,9 +4,10 @@
 #include <zarnnetsdk/dhcpd.h>
 
 #include "dhcpd/files.h"
-#include "frame/file.h"
-#include "frame/key_file.h"
-#include "frame/log.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/os/file.h"
+#include "frame/os/key_file.h"
 
 using namespace frame;
 using namespace dhcpd;
@@ -93,16 +94,17 @@ bool Dissolve(const char* bond, const KOPACSZLIST* members) {
 
 }  // namespace
 
-int DHCPDLinkAggrSet(int op, const char* bond, PKOPACSZLIST members) try {
-  if (bond == nullptr) {
-    LOG_ERROR("%s:%d Bond interface is null");
-    return -1;
-  }
-  if (!(op == kJoin ? Join(bond, members) : Dissolve(bond, members))) return -1;
-  if (DHCPServerRestart() <
-      0) {  // it is never negative: a server that does not start fails nothing
-    LOG_ERROR("%s:%d Restart DHCP daemon \"dnsmasq\" failed");
-  }
-  return 0;
+int DHCPDLinkAggrSet(int op, const char* bond, PKOPACSZLIST members) {
+  return Boundary(-1, [&]() -> int {
+    if (bond == nullptr) {
+      LOG_ERROR("%s:%d Bond interface is null");
+      return -1;
+    }
+    if (!(op == kJoin ? Join(bond, members) : Dissolve(bond, members))) return -1;
+    if (DHCPServerRestart() <
+        0) {  // it is never negative: a server that does not start fails nothing
+      LOG_ERROR("%s:%d Restart DHCP daemon \"dnsmasq\" failed");
+    }
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -14,8 +14,9 @@
 
 #include "dhcpd/files.h"
 #include "dhcpd/options.h"
-#include "frame/file.h"
-#include "frame/log.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/os/file.h"
 
 using namespace frame;
 using namespace dhcpd;
@@ -290,7 +291,7 @@ bool ReadAll(std::FILE* file, OwnedOption* chain) {
     line[std::strcspn(line, "\n")] = '\0';
     OwnedOption option;
     const Outcome outcome = ReadLine(line, &option);
-    if (outcome == Outcome::kNoMemory) return FRAME_FAIL(kNoMemory, false);
+    if (outcome == Outcome::kNoMemory) return Fail(ZARNNETERR_NO_MEMORY, false);
     if (outcome == Outcome::kPassedOver) continue;
     DHCP_OPTION* const added = option.release();
     if (last == nullptr) {
@@ -359,19 +360,21 @@ bool dhcpd::ReadOptions(const char* subnetName, const std::string& path, DHCP_OP
   return true;
 } catch (...) {
   LOG_ERROR("%s:%d Failed to alloc list when get user-defined dhcp option");
-  return FRAME_FAIL(kNoMemory, false);
+  return Fail(ZARNNETERR_NO_MEMORY, false);
 }
 
 int DHCPOptionIsListValue(int number) {
-  const Option* const option = FindNumber(number);
-  return option != nullptr && IsList(option->kind) ? 1 : 0;
+  return Boundary(0, [&]() -> int {
+    const Option* const option = FindNumber(number);
+    return option != nullptr && IsList(option->kind) ? 1 : 0;
+  });
 }
 
 void DHCPOptionFree(DHCP_OPTION* head) {
-  while (head != nullptr) {
-    DHCP_OPTION* const next = head->next;
-    if (head->values != nullptr) KOPACSzListFree(head->values);
-    std::free(head);
-    head = next;
-  }
+  Boundary([&] {
+    while (head != nullptr) {
+      KOPACSzListFree(head->values);
+      std::free(std::exchange(head, head->next));
+    }
+  });
 }

@@ -4,9 +4,10 @@
 #include <zarnnetsdk/dhcpd.h>
 
 #include "dhcpd/files.h"
-#include "frame/file.h"
-#include "frame/key_file.h"
-#include "frame/log.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/os/file.h"
+#include "frame/os/key_file.h"
 
 using namespace frame;
 using namespace dhcpd;
@@ -108,57 +109,61 @@ int WriteFiles(const DHCP_PXE_CONF& conf) {
 
 }  // namespace
 
-int DHCPPXEConfGetEnable(int* enable) try {
-  if (enable == nullptr) return -1;
-  *enable = KeyIs(kSetting, kEnableKey, "yes") ? 1 : 0;
-  return 0;
-}
-FRAME_NO_EXCEPTIONS(-1)
-
-int DHCPPXEConfGet(DHCP_PXE_CONF* conf) try {
-  if (conf == nullptr) {
-    LOG_ERROR("%s:%d DHCPPXEConfGet() cannot store to NULL structure");
-    return -1;
-  }
-  *conf = {};
-  static_cast<void>(DHCPPXEConfGetEnable(&conf->enable));
-  if (!Exists(kSetting)) return 0;
-  conf->is_remote_tftp = KeyIs(kSetting, kRemoteKey, "yes") ? 1 : 0;
-  if (ReadLoader(kLocalLoaderKey, conf->local_bootloader) &&
-      ReadLoader(kRemoteLoaderKey, conf->remote_bootloader) && ReadServer(conf)) {
+int DHCPPXEConfGetEnable(int* enable) {
+  return Boundary(-1, [&]() -> int {
+    if (enable == nullptr) return -1;
+    *enable = KeyIs(kSetting, kEnableKey, "yes") ? 1 : 0;
     return 0;
-  }
-  LOG_ERROR("%s:%d Failed to get pxe config");
-  return -1;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int DHCPPXEConfSetEnable(int enable) try {
-  if (!MakeFolderOrLog()) return -1;
-  const char* const value = YesOrNo(enable == 1);
-  for (const char* path : {kSetting, kInfo}) {
-    if (KOPACFileSetKeyValue(path, kEnableKey, value, kQuotedLine) < 0) return -1;
-  }
-  return 0;
-}
-FRAME_NO_EXCEPTIONS(-1)
-
-int DHCPPXEConfSet(const DHCP_PXE_CONF* conf) try {
-  if (conf == nullptr) {
-    LOG_ERROR("%s:%d no interface parameter");
+int DHCPPXEConfGet(DHCP_PXE_CONF* conf) {
+  return Boundary(-1, [&]() -> int {
+    if (conf == nullptr) {
+      LOG_ERROR("%s:%d DHCPPXEConfGet() cannot store to NULL structure");
+      return -1;
+    }
+    *conf = {};
+    static_cast<void>(DHCPPXEConfGetEnable(&conf->enable));
+    if (!Exists(kSetting)) return 0;
+    conf->is_remote_tftp = KeyIs(kSetting, kRemoteKey, "yes") ? 1 : 0;
+    if (ReadLoader(kLocalLoaderKey, conf->local_bootloader) &&
+        ReadLoader(kRemoteLoaderKey, conf->remote_bootloader) && ReadServer(conf)) {
+      return 0;
+    }
+    LOG_ERROR("%s:%d Failed to get pxe config");
     return -1;
-  }
-  if (RefusesTexts(*conf)) {
+  });
+}
+
+int DHCPPXEConfSetEnable(int enable) {
+  return Boundary(-1, [&]() -> int {
+    if (!MakeFolderOrLog()) return -1;
+    const char* const value = YesOrNo(enable == 1);
+    for (const char* path : {kSetting, kInfo}) {
+      if (KOPACFileSetKeyValue(path, kEnableKey, value, kQuotedLine) < 0) return -1;
+    }
+    return 0;
+  });
+}
+
+int DHCPPXEConfSet(const DHCP_PXE_CONF* conf) {
+  return Boundary(-1, [&]() -> int {
+    if (conf == nullptr) {
+      LOG_ERROR("%s:%d no interface parameter");
+      return -1;
+    }
+    if (RefusesTexts(*conf)) {
+      LOG_ERROR("%s:%d Failed to set config file of dhcp pxe server.");
+      return -1;
+    }
+    if (DHCPPXEConfSetEnable(conf->enable) < 0) {
+      LOG_ERROR("%s:%d Failed to set info file of dhcp pxe server.");
+      return -1;
+    }
+    if (conf->enable != 1) return 0;
+    if (IsComplete(*conf)) return WriteFiles(*conf);
     LOG_ERROR("%s:%d Failed to set config file of dhcp pxe server.");
     return -1;
-  }
-  if (DHCPPXEConfSetEnable(conf->enable) < 0) {
-    LOG_ERROR("%s:%d Failed to set info file of dhcp pxe server.");
-    return -1;
-  }
-  if (conf->enable != 1) return 0;
-  if (IsComplete(*conf)) return WriteFiles(*conf);
-  LOG_ERROR("%s:%d Failed to set config file of dhcp pxe server.");
-  return -1;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

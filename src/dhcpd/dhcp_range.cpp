@@ -8,11 +8,12 @@
 #include <zarnnetsdk/dhcpd.h>
 
 #include "dhcpd/files.h"
-#include "frame/containers.h"
-#include "frame/file.h"
-#include "frame/key_file.h"
-#include "frame/log.h"
-#include "frame/paths.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/model/paths.h"
+#include "frame/os/containers.h"
+#include "frame/os/file.h"
+#include "frame/os/key_file.h"
 
 using namespace frame;
 using namespace dhcpd;
@@ -81,7 +82,7 @@ bool AppendRange(const char* ifname, unsigned subnet, RangeChain* chain) {
   DHCP_RANGE* const range = chain->Append();
   if (range == nullptr) {
     LOG_ERROR("%s:%d malloc() failed");
-    return FRAME_FAIL(kNoMemory, false);
+    return Fail(ZARNNETERR_NO_MEMORY, false);
   }
   CopyText(items[1], range->start);
   CopyText(items[2], range->end);
@@ -155,56 +156,57 @@ int CompareWith(const char* ifname, const Wanted& wanted) {
 
 }  // namespace
 
-int DHCPGetInterfaceRanges(const char* ifname, DHCP_RANGE** ranges) try {
-  if (IsRefusedName(ifname)) {
-    LOG_ERROR("%s:%d Wrong interface name [%s]", ifname == nullptr ? "" : ifname);
-    return -1;
-  }
-  if (ranges == nullptr || *ranges != nullptr) {
-    LOG_ERROR("%s:%d Wrong dhcp range storage");
-    return -1;
-  }
-  RangeChain chain;
-  unsigned count = 0;
-  for (; Exists(SubnetConf(kStemV4, ifname, count)); ++count) {
-    if (!AppendRange(ifname, count, &chain)) return -1;
-  }
-  *ranges = chain.GiveAway();
-  return static_cast<int>(count);
+int DHCPGetInterfaceRanges(const char* ifname, DHCP_RANGE** ranges) {
+  return Boundary(-1, [&]() -> int {
+    if (IsRefusedName(ifname)) {
+      LOG_ERROR("%s:%d Wrong interface name [%s]", ifname == nullptr ? "" : ifname);
+      return -1;
+    }
+    if (ranges == nullptr || *ranges != nullptr) {
+      LOG_ERROR("%s:%d Wrong dhcp range storage");
+      return -1;
+    }
+    RangeChain chain;
+    unsigned count = 0;
+    for (; Exists(SubnetConf(kStemV4, ifname, count)); ++count) {
+      if (!AppendRange(ifname, count, &chain)) return -1;
+    }
+    *ranges = chain.GiveAway();
+    return static_cast<int>(count);
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
 void DHCPRangeFree(DHCP_RANGE* head) {
-  while (head != nullptr) {
-    DHCP_RANGE* const next = head->next;
-    std::free(head);
-    head = next;
-  }
+  Boundary([&] {
+    while (head != nullptr)
+      std::free(std::exchange(head, head->next));
+  });
 }
 
 int DHCPIsRangeConflict(const char* ifname, const char* start, const char* end, const char* netmask,
-                        char* conflict_if, std::size_t conflict_if_size) try {
-  if (AnyEmpty({ifname, start, end, netmask}) ||
-      (conflict_if != nullptr && conflict_if_size == 0)) {
-    LOG_ERROR("%s:%d Parameters error");
-    return -1;
-  }
-  if (conflict_if != nullptr) CopyText("", conflict_if, conflict_if_size);
-  constexpr int kCapacity = 16;
-  StringList ifnames(kCapacity);
-  if (DHCPInterfaceListGet(ifnames.Out(), kIpv4) < 0) {
-    LOG_ERROR("%s:%d Failed to get interface list");
-    return -1;
-  }
-  for (int i = 0; i < ifnames.Count(); ++i) {
-    const char* const other = ifnames[i];
-    if (!IsEmpty(other) && std::string_view(other) == ifname) continue;
-    const int result = CompareWith(other, {start, netmask});
-    if (result < 0) return -1;
-    if (result == 0) continue;
-    if (conflict_if != nullptr) CopyText(other, conflict_if, conflict_if_size);
-    return 1;
-  }
-  return 0;
+                        char* conflict_if, std::size_t conflict_if_size) {
+  return Boundary(-1, [&]() -> int {
+    if (AnyEmpty({ifname, start, end, netmask}) ||
+        (conflict_if != nullptr && conflict_if_size == 0)) {
+      LOG_ERROR("%s:%d Parameters error");
+      return -1;
+    }
+    if (conflict_if != nullptr) CopyText("", conflict_if, conflict_if_size);
+    constexpr int kCapacity = 16;
+    StringList ifnames(kCapacity);
+    if (DHCPInterfaceListGet(ifnames.Out(), kIpv4) < 0) {
+      LOG_ERROR("%s:%d Failed to get interface list");
+      return -1;
+    }
+    for (int i = 0; i < ifnames.Count(); ++i) {
+      const char* const other = ifnames[i];
+      if (!IsEmpty(other) && std::string_view(other) == ifname) continue;
+      const int result = CompareWith(other, {start, netmask});
+      if (result < 0) return -1;
+      if (result == 0) continue;
+      if (conflict_if != nullptr) CopyText(other, conflict_if, conflict_if_size);
+      return 1;
+    }
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -6,12 +6,13 @@
 #include <zarnnetsdk/dhcpd.h>
 
 #include "dhcpd/files.h"
-#include "frame/command.h"
-#include "frame/containers.h"
-#include "frame/file.h"
-#include "frame/key_file.h"
-#include "frame/log.h"
-#include "frame/paths.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/model/paths.h"
+#include "frame/os/command.h"
+#include "frame/os/containers.h"
+#include "frame/os/file.h"
+#include "frame/os/key_file.h"
 
 using namespace frame;
 using namespace dhcpd;
@@ -69,69 +70,75 @@ std::optional<std::string> InterfaceOf(const char* path) {
 
 }  // namespace
 
-int DHCPIsEnabled(void) try { return KeyIs(kGlobalInfo, kEnableKey, "yes") ? 1 : 0; }
-FRAME_NO_EXCEPTIONS(0)
+int DHCPIsEnabled(void) {
+  return Boundary(0, [&]() -> int { return KeyIs(kGlobalInfo, kEnableKey, "yes") ? 1 : 0; });
+}
 
 int DHCPServerStart(void) {
-  return RunServer(kStart);
+  return Boundary(-1, [&]() -> int { return RunServer(kStart); });
 }
 
 int DHCPServerRestart(void) {
-  return RunServer(kRestart);
+  return Boundary(-1, [&]() -> int { return RunServer(kRestart); });
 }
 
 int KOPANetDHCPServerRestart(void) {
-  return RunStatus(paths::kNetworkScript, kRestart) == 0 ? 0 : -1;
+  return Boundary(
+      -1, [&]() -> int { return RunStatus(paths::kNetworkScript, kRestart) == 0 ? 0 : -1; });
 }
 
-int DHCPInterfaceIsEnabled(const char* ifname, int iptype) try {
-  if (!IsSwitch(ifname, iptype)) return -1;
-  const std::string path = InterfaceInfo(StemOf(iptype), ifname);
-  return Exists(path) && KeyIs(path, kEnableKey, "yes") ? 1 : 0;
+int DHCPInterfaceIsEnabled(const char* ifname, int iptype) {
+  return Boundary(-1, [&]() -> int {
+    if (!IsSwitch(ifname, iptype)) return -1;
+    const std::string path = InterfaceInfo(StemOf(iptype), ifname);
+    return Exists(path) && KeyIs(path, kEnableKey, "yes") ? 1 : 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int DHCPInterfaceSetEnabled(const char* ifname, int iptype, int enable) try {
-  if (!IsSwitch(ifname, iptype)) return -1;
-  if (!MakeFolder()) {
-    LOG_ERROR("%s:%d Failed to mkdir [%s]", kFolder);
-    return -1;
-  }
-  const std::string path = InterfaceInfo(StemOf(iptype), ifname);
-  if (KOPACFileSetKeyValue(path.c_str(), kEnableKey, YesOrNo(enable == 1), kQuotedLine) < 0) {
-    // Callers take a switch that stays as it was for one that was set: the log alone tells.
-    LOG_ERROR("%s:%d Failed to set [%s] Dhcp info file", ifname);
-  }
-  return 0;
-}
-FRAME_NO_EXCEPTIONS(-1)
-
-int DHCPInterfaceListGet(PKOPACSZLIST* list, int iptype) try {
-  if (list == nullptr) {
-    LOG_ERROR("%s:%d Parameter error");
-    return -1;
-  }
-  if (StemOf(iptype) == nullptr) {
-    LOG_ERROR("%s:%d Wrong DHCPD ip type");
-    return -1;
-  }
-  const InfoFiles files(StemOf(iptype));
-  if (files.Failed()) {
-    LOG_ERROR("%s:%d glob() error");
-    return -1;
-  }
-  constexpr int kCapacity = 16;
-  StringList found(kCapacity);
-  for (const char* path : files) {
-    const auto ifname = InterfaceOf(path);
-    if (ifname && KOPACSzListPush(found.Out(), ifname->c_str()) < 0) {
-      LOG_ERROR("%s:%d Failed to push [%s] into interface list", ifname->c_str());
+int DHCPInterfaceSetEnabled(const char* ifname, int iptype, int enable) {
+  return Boundary(-1, [&]() -> int {
+    if (!IsSwitch(ifname, iptype)) return -1;
+    if (!MakeFolder()) {
+      LOG_ERROR("%s:%d Failed to mkdir [%s]", kFolder);
+      return -1;
     }
-  }
-  if (found.Count() == 0) return 0;
-  std::swap(*list, *found.Out());  // what the caller's held goes with this scope
-  return (*list)->nItem;
-} catch (...) {
-  LOG_ERROR("%s:%d Allocate interface list failed");
-  return FRAME_FAIL(kNoMemory, -1);
+    const std::string path = InterfaceInfo(StemOf(iptype), ifname);
+    if (KOPACFileSetKeyValue(path.c_str(), kEnableKey, YesOrNo(enable == 1), kQuotedLine) < 0) {
+      // Callers take a switch that stays as it was for one that was set: the log alone tells.
+      LOG_ERROR("%s:%d Failed to set [%s] Dhcp info file", ifname);
+    }
+    return 0;
+  });
+}
+
+int DHCPInterfaceListGet(PKOPACSZLIST* list, int iptype) {
+  return Boundary(
+      -1,
+      [&]() -> int {
+        if (list == nullptr) {
+          LOG_ERROR("%s:%d Parameter error");
+          return -1;
+        }
+        if (StemOf(iptype) == nullptr) {
+          LOG_ERROR("%s:%d Wrong DHCPD ip type");
+          return -1;
+        }
+        const InfoFiles files(StemOf(iptype));
+        if (files.Failed()) {
+          LOG_ERROR("%s:%d glob() error");
+          return -1;
+        }
+        constexpr int kCapacity = 16;
+        StringList found(kCapacity);
+        for (const char* path : files) {
+          const auto ifname = InterfaceOf(path);
+          if (ifname && KOPACSzListPush(found.Out(), ifname->c_str()) < 0) {
+            LOG_ERROR("%s:%d Failed to push [%s] into interface list", ifname->c_str());
+          }
+        }
+        if (found.Count() == 0) return 0;
+        std::swap(*list, *found.Out());  // what the caller's held goes with this scope
+        return (*list)->nItem;
+      },
+      [&] { LOG_ERROR("%s:%d Allocate interface list failed"); });
 }

@@ -8,10 +8,11 @@
 #include <zarnnetsdk/dhcpd.h>
 
 #include "dhcpd/files.h"
-#include "frame/containers.h"
-#include "frame/error.h"
-#include "frame/file.h"
-#include "frame/log.h"
+#include "frame/base/boundary.h"
+#include "frame/base/error.h"
+#include "frame/base/log.h"
+#include "frame/os/containers.h"
+#include "frame/os/file.h"
 
 using namespace frame;
 using namespace dhcpd;
@@ -143,116 +144,126 @@ std::optional<std::string> VendorOf(std::string_view line) {
 }  // namespace
 
 int DHCPVendorCheckOptNum(const char* text) {
-  if (IsEmpty(text)) return 0;
-  const auto number = ToNumber(text);
-  return number && *number >= 1 && *number <= kLastNumber ? 1 : 0;
+  return Boundary(-1, [&]() -> int {
+    if (IsEmpty(text)) return 0;
+    const auto number = ToNumber(text);
+    return number && *number >= 1 && *number <= kLastNumber ? 1 : 0;
+  });
 }
 
-int DHCPVendorEnum(PKOPACSZLIST* vendors) try {
-  if (vendors == nullptr || *vendors == nullptr) {
-    LOG_ERROR("%s:%d Failed to enum vendors: parameter error");
-    return -1;
-  }
-  const bool all = ForLinesWith(kPrefix, [vendors](const char* line) {
-    const auto vendor = VendorOf(line);
-    if (!vendor) {
-      LOG_DETAIL("%s:%d wrong format [%s] in DHCP vendor config", line);
-      return true;
+int DHCPVendorEnum(PKOPACSZLIST* vendors) {
+  return Boundary(-1, [&]() -> int {
+    if (vendors == nullptr || *vendors == nullptr) {
+      LOG_ERROR("%s:%d Failed to enum vendors: parameter error");
+      return -1;
     }
-    if (KOPACSzListFind(*vendors, vendor->c_str()) >= 0) return true;
-    if (KOPACSzListPush(vendors, vendor->c_str()) >= 0) return true;
-    LOG_ERROR("%s:%d Failed to add vendor [%s] to list", vendor->c_str());
-    return FRAME_FAIL(kNoMemory, false);
+    const bool all = ForLinesWith(kPrefix, [vendors](const char* line) {
+      const auto vendor = VendorOf(line);
+      if (!vendor) {
+        LOG_DETAIL("%s:%d wrong format [%s] in DHCP vendor config", line);
+        return true;
+      }
+      if (KOPACSzListFind(*vendors, vendor->c_str()) >= 0) return true;
+      if (KOPACSzListPush(vendors, vendor->c_str()) >= 0) return true;
+      LOG_ERROR("%s:%d Failed to add vendor [%s] to list", vendor->c_str());
+      return Fail(ZARNNETERR_NO_MEMORY, false);
+    });
+    return all ? 0 : -1;
   });
-  return all ? 0 : -1;
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int DHCPVendorGetVendor(const char* vendor, PKOPACSZHASH* options) try {
-  if (IsEmpty(vendor) || options == nullptr) {
-    // Only told: callers that ask for nothing get what there is of it.
-    LOG_ERROR("%s:%d Failed to get vendor option: parameter error");
-  }
-  const std::string wanted = Format("%s%s,", kPrefix, OrNothing(vendor));
-  const bool all = ForLinesWith(wanted, [options](const char* line) {
-    const auto option = Parse(line);
-    if (!option) return false;
-    if (options != nullptr &&
-        KOPACSzHashSetValue(options, option->number.c_str(), option->value.c_str()) >= 0) {
-      return true;
+int DHCPVendorGetVendor(const char* vendor, PKOPACSZHASH* options) {
+  return Boundary(-1, [&]() -> int {
+    if (IsEmpty(vendor) || options == nullptr) {
+      // Only told: callers that ask for nothing get what there is of it.
+      LOG_ERROR("%s:%d Failed to get vendor option: parameter error");
     }
-    LOG_ERROR("%s:%d Failed to get vendor option: generate vendor hash error");
-    return false;
+    const std::string wanted = Format("%s%s,", kPrefix, OrNothing(vendor));
+    const bool all = ForLinesWith(wanted, [options](const char* line) {
+      const auto option = Parse(line);
+      if (!option) return false;
+      if (options != nullptr &&
+          KOPACSzHashSetValue(options, option->number.c_str(), option->value.c_str()) >= 0) {
+        return true;
+      }
+      LOG_ERROR("%s:%d Failed to get vendor option: generate vendor hash error");
+      return false;
+    });
+    return all ? 0 : -1;
   });
-  return all ? 0 : -1;
 }
-FRAME_NO_EXCEPTIONS(-1)
 
 // A line is found by the text in it: number 1 finds that of number 12 where it comes first.
-int DHCPVendorGetVendorOpt(const char* vendor, int number, char* value, std::size_t size) try {
-  if (IsEmpty(vendor) || !IsOptionNumber(number) || value == nullptr || size == 0) {
-    LOG_ERROR("%s:%d get vendor [%s] option [#%d] failed: wrong input format", OrNothing(vendor),
-              number);
-    return -1;
-  }
-  if (!Exists(kVendorConf)) return 0;
-  constexpr int kContains = 0x402;
-  const std::string wanted = Format("%s%s,%d", kPrefix, vendor, number);
-  char line[kLineSize] = "";
-  const int found = KOPACFileGetLine(kVendorConf, wanted.c_str(), line, sizeof line, kContains);
-  if (found < 0) {
-    LOG_ERROR("%s:%d KOPACFileGetLine() failed");
-    return -1;
-  }
-  if (found == 0) {
-    LOG_DETAIL("%s:%d No match [%s] line in DHCP vendor config", wanted.c_str());
-    return 0;
-  }
-  line[std::strcspn(line, "\n")] = '\0';
-  const auto option = Parse(line);
-  if (!option) return -1;
-  CopyText(option->value, value, size);
-  return 1;
-}
-FRAME_NO_EXCEPTIONS(-1)
-
-int DHCPVendorSetVendor(const char* vendor, PKOPACSZHASH options) try {
-  if (IsEmpty(vendor) || RefusesText(vendor) || options == nullptr) {
-    LogSetFailure(OrNothing(vendor));
-    return -1;
-  }
-  StringList numbers(kLastNumber);
-  if (KOPACSzHashEnumKey(options, numbers.Out()) < 0) {
-    LOG_ERROR("%s:%d Failed to set vendor [%s] option: KOPACSzHashEnumKey() error", vendor);
-    return -1;
-  }
-  if (RefusesValues(options, numbers)) {
-    LogSetFailure(vendor);
-    return -1;
-  }
-  return ReplaceVendor(vendor, options, numbers);
-} catch (...) {
-  LOG_ERROR("%s:%d Failed to set vendor [%s] option: KOPACSzListAlloc() error", vendor);
-  return FRAME_FAIL(kNoMemory, -1);
+int DHCPVendorGetVendorOpt(const char* vendor, int number, char* value, std::size_t size) {
+  return Boundary(-1, [&]() -> int {
+    if (IsEmpty(vendor) || !IsOptionNumber(number) || value == nullptr || size == 0) {
+      LOG_ERROR("%s:%d get vendor [%s] option [#%d] failed: wrong input format", OrNothing(vendor),
+                number);
+      return -1;
+    }
+    if (!Exists(kVendorConf)) return 0;
+    constexpr int kContains = 0x402;
+    const std::string wanted = Format("%s%s,%d", kPrefix, vendor, number);
+    char line[kLineSize] = "";
+    const int found = KOPACFileGetLine(kVendorConf, wanted.c_str(), line, sizeof line, kContains);
+    if (found < 0) {
+      LOG_ERROR("%s:%d KOPACFileGetLine() failed");
+      return -1;
+    }
+    if (found == 0) {
+      LOG_DETAIL("%s:%d No match [%s] line in DHCP vendor config", wanted.c_str());
+      return 0;
+    }
+    line[std::strcspn(line, "\n")] = '\0';
+    const auto option = Parse(line);
+    if (!option) return -1;
+    CopyText(option->value, value, size);
+    return 1;
+  });
 }
 
-int DHCPVendorSetVendorOpt(const char* vendor, int number, const char* value) try {
-  const bool writable = !RefusesText(OrNothing(vendor)) && !RefusesText(OrNothing(value));
-  if (IsEmpty(vendor) || !IsOptionNumber(number) || IsEmpty(value) || !writable) {
-    // Only told, unless the text would make more lines than one.
-    LogSetFailure(HasControlCharacters(OrNothing(vendor)) ? "" : OrNothing(vendor), number);
-    if (!writable) return -1;
-  }
-  if (!MakeFolderOrLog()) return -1;
-  const std::string digits = std::to_string(number);
-  if (!RemoveLines(Format("%s%s,%d", kPrefix, OrNothing(vendor), number))) {
-    LOG_ERROR("%s:%d Failed to set vendor [%s] option [#%d]: remove old config", OrNothing(vendor),
-              number);
-    return -1;
-  }
-  if (AddLine(OrNothing(vendor), digits.c_str(), OrNothing(value))) return 0;
-  LOG_ERROR("%s:%d Faild to set vendor [%s] option [#%d]: KOPACFileAddLine() erorr",
-            OrNothing(vendor), number);
-  return -1;
+int DHCPVendorSetVendor(const char* vendor, PKOPACSZHASH options) {
+  return Boundary(
+      -1,
+      [&]() -> int {
+        if (IsEmpty(vendor) || RefusesText(vendor) || options == nullptr) {
+          LogSetFailure(OrNothing(vendor));
+          return -1;
+        }
+        StringList numbers(kLastNumber);
+        if (KOPACSzHashEnumKey(options, numbers.Out()) < 0) {
+          LOG_ERROR("%s:%d Failed to set vendor [%s] option: KOPACSzHashEnumKey() error", vendor);
+          return -1;
+        }
+        if (RefusesValues(options, numbers)) {
+          LogSetFailure(vendor);
+          return -1;
+        }
+        return ReplaceVendor(vendor, options, numbers);
+      },
+      [&] {
+        LOG_ERROR("%s:%d Failed to set vendor [%s] option: KOPACSzListAlloc() error", vendor);
+      });
 }
-FRAME_NO_EXCEPTIONS(-1)
+
+int DHCPVendorSetVendorOpt(const char* vendor, int number, const char* value) {
+  return Boundary(-1, [&]() -> int {
+    const bool writable = !RefusesText(OrNothing(vendor)) && !RefusesText(OrNothing(value));
+    if (IsEmpty(vendor) || !IsOptionNumber(number) || IsEmpty(value) || !writable) {
+      // Only told, unless the text would make more lines than one.
+      LogSetFailure(HasControlCharacters(OrNothing(vendor)) ? "" : OrNothing(vendor), number);
+      if (!writable) return -1;
+    }
+    if (!MakeFolderOrLog()) return -1;
+    const std::string digits = std::to_string(number);
+    if (!RemoveLines(Format("%s%s,%d", kPrefix, OrNothing(vendor), number))) {
+      LOG_ERROR("%s:%d Failed to set vendor [%s] option [#%d]: remove old config",
+                OrNothing(vendor), number);
+      return -1;
+    }
+    if (AddLine(OrNothing(vendor), digits.c_str(), OrNothing(value))) return 0;
+    LOG_ERROR("%s:%d Faild to set vendor [%s] option [#%d]: KOPACFileAddLine() erorr",
+              OrNothing(vendor), number);
+    return -1;
+  });
+}

@@ -8,11 +8,11 @@
 
 #include <zarncore/zarncore.h>
 
-#include "frame/command.h"
-#include "frame/error.h"
-#include "frame/key_file.h"
-#include "frame/paths.h"
-#include "frame/rewrite.h"
+#include "frame/base/error.h"
+#include "frame/model/paths.h"
+#include "frame/os/command.h"
+#include "frame/os/key_file.h"
+#include "frame/os/rewrite.h"
 
 using namespace frame;
 
@@ -132,15 +132,15 @@ bool HasControlCharacters(std::string_view text) {
 
 bool IsRefusedName(const char* name) {
   if (IsEmpty(name)) return true;
-  return IsUnfitName(name) && !FRAME_FAIL(kBadParameter, false);
+  return IsUnfitName(name) && !Fail(ZARNNETERR_BAD_PARAMETER, false);
 }
 
 bool RefusesText(std::string_view text) {
-  return HasControlCharacters(text) && !FRAME_FAIL(kBadParameter, false);
+  return HasControlCharacters(text) && !Fail(ZARNNETERR_BAD_PARAMETER, false);
 }
 
 bool RefusesTexts(const DHCP_SUBNET_CONF& conf) {
-  return HasUnfitTexts(conf) && !FRAME_FAIL(kBadParameter, false);
+  return HasUnfitTexts(conf) && !Fail(ZARNNETERR_BAD_PARAMETER, false);
 }
 
 }  // namespace dhcpd

@@ -9,7 +9,7 @@
 
 #include <zarnnetsdk/dhcpd.h>
 
-#include "frame/text.h"
+#include "frame/base/text.h"
 
 namespace dhcpd {
 

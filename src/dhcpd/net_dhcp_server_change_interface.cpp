@@ -6,11 +6,12 @@
 #include <zarnnetsdk/dhcpd.h>
 
 #include "dhcpd/files.h"
-#include "frame/command.h"
-#include "frame/containers.h"
-#include "frame/file.h"
-#include "frame/log.h"
-#include "frame/paths.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/model/paths.h"
+#include "frame/os/command.h"
+#include "frame/os/containers.h"
+#include "frame/os/file.h"
 
 using namespace frame;
 using namespace dhcpd;
@@ -26,7 +27,7 @@ struct Names {
 bool IsUnfitForSed(const char* name) {
   if (IsRefusedName(name)) return true;
   const bool unfit = std::string_view(name).find_first_of("\\&") != std::string_view::npos;
-  return unfit && !FRAME_FAIL(kBadParameter, false);
+  return unfit && !Fail(ZARNNETERR_BAD_PARAMETER, false);
 }
 
 bool Rename(const std::string& from, const std::string& to) {
@@ -126,17 +127,19 @@ bool MoveProxy(const Names& names) {
 
 }  // namespace
 
-int DHCPDConfChangeInterface(const char* old_if, const char* new_if) try {
-  if (IsUnfitForSed(old_if) || IsUnfitForSed(new_if)) {
-    LOG_ERROR("%s:%d Bad parameters");
-    return -1;
-  }
-  if (KOPACFileCheckDir(kFolder) != 1) return 0;
-  const Names names{old_if, new_if};
-  const bool moved =
-      MoveSwitch(names) && MoveSubnets(names) && MoveStaticLeases(names) && MoveProxy(names);
-  return moved ? 0 : -1;
-} catch (...) {
-  LOG_ERROR("%s:%d Can not alloc memory for string list");
-  return FRAME_FAIL(kNoMemory, -1);
+int DHCPDConfChangeInterface(const char* old_if, const char* new_if) {
+  return Boundary(
+      -1,
+      [&]() -> int {
+        if (IsUnfitForSed(old_if) || IsUnfitForSed(new_if)) {
+          LOG_ERROR("%s:%d Bad parameters");
+          return -1;
+        }
+        if (KOPACFileCheckDir(kFolder) != 1) return 0;
+        const Names names{old_if, new_if};
+        const bool moved =
+            MoveSwitch(names) && MoveSubnets(names) && MoveStaticLeases(names) && MoveProxy(names);
+        return moved ? 0 : -1;
+      },
+      [&] { LOG_ERROR("%s:%d Can not alloc memory for string list"); });
 }

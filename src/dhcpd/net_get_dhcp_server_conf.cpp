@@ -4,9 +4,10 @@
 #include <zarnnetsdk/dhcpd.h>
 
 #include "dhcpd/files.h"
-#include "frame/file.h"
-#include "frame/key_file.h"
-#include "frame/log.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/os/file.h"
+#include "frame/os/key_file.h"
 
 using namespace frame;
 using namespace dhcpd;
@@ -64,25 +65,27 @@ bool ReadInterface(const std::string& path, DHCP_SUBNET_CONF* conf) {
 
 }  // namespace
 
-int ZARNNetGetDhcpServerConf(const char* tag, const char* ifname, DHCP_SUBNET_CONF* conf) try {
-  if (tag == nullptr || ifname == nullptr || conf == nullptr) return 0;
-  if (IsRefusedName(tag) || IsRefusedName(ifname)) return 0;
-  const std::string path = TagConf(ifname, tag);
-  if (!Exists(path)) {
-    LOG_ERROR("%s:%d File [%s] does not exist.", path.c_str());
-    return 0;
-  }
-  *conf = {};
-  if (!ReadRange(path, conf) || !ReadServers(path, conf) || !ReadRouter(path, conf) ||
-      !ReadInterface(path, conf)) {
-    return 0;
-  }
-  if (KeyIs(TagInfo(ifname, tag), kEnableKey, "yes")) conf->enable = 1;
-  const auto domain = ItemsOfLineWith(path, kDomainSearch);
-  if (!domain.empty()) CopyShort(domain.back(), conf->domain);
-  CopyText(tag, conf->tag);
-  return 1;
-} catch (...) {
-  LOG_ERROR("%s:%d Failed to alloc memory.");
-  return FRAME_FAIL(kNoMemory, 0);
+int ZARNNetGetDhcpServerConf(const char* tag, const char* ifname, DHCP_SUBNET_CONF* conf) {
+  return Boundary(
+      0,
+      [&]() -> int {
+        if (tag == nullptr || ifname == nullptr || conf == nullptr) return 0;
+        if (IsRefusedName(tag) || IsRefusedName(ifname)) return 0;
+        const std::string path = TagConf(ifname, tag);
+        if (!Exists(path)) {
+          LOG_ERROR("%s:%d File [%s] does not exist.", path.c_str());
+          return 0;
+        }
+        *conf = {};
+        if (!ReadRange(path, conf) || !ReadServers(path, conf) || !ReadRouter(path, conf) ||
+            !ReadInterface(path, conf)) {
+          return 0;
+        }
+        if (KeyIs(TagInfo(ifname, tag), kEnableKey, "yes")) conf->enable = 1;
+        const auto domain = ItemsOfLineWith(path, kDomainSearch);
+        if (!domain.empty()) CopyShort(domain.back(), conf->domain);
+        CopyText(tag, conf->tag);
+        return 1;
+      },
+      [&] { LOG_ERROR("%s:%d Failed to alloc memory."); });
 }

@@ -5,13 +5,14 @@
 
 #include <zarnnetsdk/dhcpd.h>
 
-#include "frame/command.h"
-#include "frame/file.h"
-#include "frame/ifcfg_keys.h"
-#include "frame/key_file.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/ifcfg_keys.h"
+#include "frame/model/paths.h"
+#include "frame/os/command.h"
+#include "frame/os/file.h"
+#include "frame/os/key_file.h"
 
 using namespace frame;
 
@@ -35,26 +36,27 @@ bool RunTrial(const std::string& ifname) {
   LOG_ERROR("%s:%d /usr/sbin/dhclient -q --zarn_test -lf %s -pf %s -sf %s %s failed(%s).",
             lease.c_str(), pid.c_str(), paths::kDhclientScriptCopy, ifname.c_str(),
             std::strerror(errno));
-  FRAME_SET_ERROR(kCommand);
+  SetError(ZARNNETERR_COMMAND);
   return false;
 }
 
 }  // namespace
 
-int ZARNIGetDHCPTestNetInfo(ZARNNETIFADDR* info) try {
-  if (info == nullptr) return FRAME_FAIL(kBadParameter, -1);
-  const std::string ifname(FieldText(info->szName));
-  if (IsUnfitName(ifname.c_str())) return FRAME_FAIL(kBadParameter, -1);
-  if (!EnsureClientScript() || !RunTrial(ifname)) return -1;
-  const std::string result = paths::DhcpInfo(ifname);
-  if (!ReadKeyInto(result, keys::kIpAddr, info->szIP)) {
-    LOG_ERROR_FUNC("%s(%d) KOPACFileGetKeyValue(IPADDR) failed(%X).", KOPACErrGet());
-    return -1;
-  }
-  if (!ReadKeyInto(result, keys::kNetmask, info->szMask)) {
-    LOG_ERROR_FUNC("%s(%d) KOPACFileGetKeyValue(NETMASK) failed(%X).", KOPACErrGet());
-    return -1;
-  }
-  return 0;
+int ZARNIGetDHCPTestNetInfo(ZARNNETIFADDR* info) {
+  return Boundary(-1, [&](const Place& at) -> int {
+    if (info == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const std::string ifname(FieldText(info->szName));
+    if (IsUnfitName(ifname.c_str())) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    if (!EnsureClientScript() || !RunTrial(ifname)) return -1;
+    const std::string result = paths::DhcpInfo(ifname);
+    if (!ReadKeyInto(result, keys::kIpAddr, info->szIP)) {
+      LOG_ERROR_FUNC(at, "%s(%d) KOPACFileGetKeyValue(IPADDR) failed(%X).", KOPACErrGet());
+      return -1;
+    }
+    if (!ReadKeyInto(result, keys::kNetmask, info->szMask)) {
+      LOG_ERROR_FUNC(at, "%s(%d) KOPACFileGetKeyValue(NETMASK) failed(%X).", KOPACErrGet());
+      return -1;
+    }
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

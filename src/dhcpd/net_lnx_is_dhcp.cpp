@@ -4,34 +4,36 @@
 
 #include <zarnnetsdk/dhcpd.h>
 
-#include "frame/file.h"
-#include "frame/ifcfg_keys.h"
-#include "frame/key_file.h"
-#include "frame/lock.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/ifcfg_keys.h"
+#include "frame/model/paths.h"
+#include "frame/os/file.h"
+#include "frame/os/key_file.h"
+#include "frame/os/lock.h"
 
 using namespace frame;
 
-int BlZARNLnxIsDHCP(const char* ifname) try {
-  if (IsUnfitName(ifname)) return FRAME_FAIL(kBadParameter, 0);
-  const Lock lock(kNetworkRead);
-  if (!lock.Held()) {
-    LOG_ERROR_FUNC("%s(%d) KOPACFileLock failed.");
+int BlZARNLnxIsDHCP(const char* ifname) {
+  return Boundary(0, [&](const Place& at) -> int {
+    if (IsUnfitName(ifname)) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
+    const Lock lock(kNetworkRead);
+    if (!lock.Held()) {
+      LOG_ERROR_FUNC(at, "%s(%d) KOPACFileLock failed.");
+      return 0;
+    }
+    const std::string path = paths::Ifcfg(ifname);
+    const KeyValue proto = ReadKey(path, keys::kBootProto, 16);
+    if (proto.Found()) return proto.text == "dhcp" ? 1 : 0;
+    LOG_ERROR_FUNC(at, "%s(%d) Get BOOTPROTO failed.(%X)", KOPACErrGet());
+    // Readers come by here all the time, so a file without the key is repaired on the way; an
+    // interface without a file stays without one.
+    if (Exists(path) &&
+        KOPACFileSetKeyValue(path.c_str(), keys::kBootProto, "static", kBareLine) < 0) {
+      LOG_ERROR_FUNC(at, "%s(%d) KOPACFileSetKeyValue(%s, BOOTPROTO, static) failed.(%X)",
+                     path.c_str(), KOPACErrGet());
+    }
     return 0;
-  }
-  const std::string path = paths::Ifcfg(ifname);
-  const KeyValue proto = ReadKey(path, keys::kBootProto, 16);
-  if (proto.Found()) return proto.text == "dhcp" ? 1 : 0;
-  LOG_ERROR_FUNC("%s(%d) Get BOOTPROTO failed.(%X)", KOPACErrGet());
-  // Readers come by here all the time, so a file without the key is repaired on the way; an
-  // interface without a file stays without one.
-  if (Exists(path) &&
-      KOPACFileSetKeyValue(path.c_str(), keys::kBootProto, "static", kBareLine) < 0) {
-    LOG_ERROR_FUNC("%s(%d) KOPACFileSetKeyValue(%s, BOOTPROTO, static) failed.(%X)", path.c_str(),
-                   KOPACErrGet());
-  }
-  return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(0)

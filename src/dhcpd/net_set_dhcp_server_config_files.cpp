@@ -4,7 +4,8 @@
 #include <zarnnetsdk/dhcpd.h>
 
 #include "dhcpd/files.h"
-#include "frame/log.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
 
 using namespace frame;
 using namespace dhcpd;
@@ -31,25 +32,26 @@ bool IsFit(const DHCP_SUBNET_CONF& conf) {
 
 }  // namespace
 
-int ZARNNetSetDhcpServerConfigFiles(const DHCP_SUBNET_CONF* conf, int enable) try {
-  if (conf == nullptr || !IsFit(*conf)) {
-    LOG_ERROR("%s:%d Bad parameters.");
+int ZARNNetSetDhcpServerConfigFiles(const DHCP_SUBNET_CONF* conf, int enable) {
+  return Boundary(0, [&]() -> int {
+    if (conf == nullptr || !IsFit(*conf)) {
+      LOG_ERROR("%s:%d Bad parameters.");
+      return 0;
+    }
+    if (!MakeFolder()) {
+      LOG_ERROR("%s:%d Failed to mkdir [%s]", kFolder);
+      return 0;
+    }
+    const std::string ifname(FieldText(conf->interface));
+    const std::string info = TagInfo(ifname, FieldText(conf->tag));
+    if (!ReplaceFile(info, SwitchLine(enable != 0))) {
+      LOG_ERROR("%s:%d Failed to open file [%s].", info.c_str());
+      return 0;
+    }
+    const std::string fragment = TagConf(ifname, FieldText(conf->tag));
+    if (enable == 0 || ReplaceFile(fragment, FragmentText(*conf))) return 1;
+    LOG_ERROR("%s:%d Failed to open file [%s].", fragment.c_str());
+    LOG_ERROR("%s:%d Failed to set config file of dhcp server [%s].", ifname.c_str());
     return 0;
-  }
-  if (!MakeFolder()) {
-    LOG_ERROR("%s:%d Failed to mkdir [%s]", kFolder);
-    return 0;
-  }
-  const std::string ifname(FieldText(conf->interface));
-  const std::string info = TagInfo(ifname, FieldText(conf->tag));
-  if (!ReplaceFile(info, SwitchLine(enable != 0))) {
-    LOG_ERROR("%s:%d Failed to open file [%s].", info.c_str());
-    return 0;
-  }
-  const std::string fragment = TagConf(ifname, FieldText(conf->tag));
-  if (enable == 0 || ReplaceFile(fragment, FragmentText(*conf))) return 1;
-  LOG_ERROR("%s:%d Failed to open file [%s].", fragment.c_str());
-  LOG_ERROR("%s:%d Failed to set config file of dhcp server [%s].", ifname.c_str());
-  return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(0)

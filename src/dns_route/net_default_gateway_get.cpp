@@ -8,11 +8,12 @@
 
 #include <zarnnetsdk/dns_route.h>
 
-#include "frame/file.h"
-#include "frame/kernel.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/file.h"
+#include "frame/os/kernel.h"
 
 using namespace frame;
 
@@ -56,42 +57,43 @@ void CopyIfWanted(std::string_view text, char* buffer, int size) {
 
 }  // namespace
 
-int DefaultGatewayGet(char* szGateway, int cbGateway, char* szIfname, int cbIfname) try {
-  if ((szGateway != nullptr && cbGateway <= 0) || (szIfname != nullptr && cbIfname <= 0)) {
-    return FRAME_FAIL(kBadParameter, -1);
-  }
-  const File file = OpenFile(paths::kProcRoute, "r");
-  if (!file) {
-    const int reason = errno;
-    LOG_ERROR_FUNC("%s (%d) Failed to open /proc/net/route, errno=[%s/%d]", std::strerror(reason),
-                   reason);
-    return FRAME_FAIL(kOpen, -1);
-  }
-  char line[kLineSize];
-  bool heading = true;
-  while (std::fgets(line, sizeof line, file.get()) != nullptr) {
-    if (std::exchange(heading, false)) continue;
-    const auto route = Scan(line);
-    if (!route) {
-      const int reason = errno;
-      LOG_ERROR_FUNC("%s (%d) Unknow kernel routing table format, errno=[%s/%d]",
-                     std::strerror(reason), reason);
-      return FRAME_FAIL(kUnexpectedContent, -1);
+int DefaultGatewayGet(char* szGateway, int cbGateway, char* szIfname, int cbIfname) {
+  return Boundary(-1, [&](const Place& at) -> int {
+    if ((szGateway != nullptr && cbGateway <= 0) || (szIfname != nullptr && cbIfname <= 0)) {
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }
-    if (!route->IsDefault()) continue;
-    const in_addr gateway{static_cast<in_addr_t>(route->gateway)};
-    CopyIfWanted(DottedText(gateway), szGateway, cbGateway);
-    CopyIfWanted(route->ifname, szIfname, cbIfname);
-    break;
-  }
-  return 0;
+    const File file = OpenFile(paths::kProcRoute, "r");
+    if (!file) {
+      const int reason = errno;
+      LOG_ERROR_FUNC(at, "%s (%d) Failed to open /proc/net/route, errno=[%s/%d]",
+                     std::strerror(reason), reason);
+      return Fail(ZARNNETERR_OPEN, -1);
+    }
+    char line[kLineSize];
+    bool heading = true;
+    while (std::fgets(line, sizeof line, file.get()) != nullptr) {
+      if (std::exchange(heading, false)) continue;
+      const auto route = Scan(line);
+      if (!route) {
+        const int reason = errno;
+        LOG_ERROR_FUNC(at, "%s (%d) Unknow kernel routing table format, errno=[%s/%d]",
+                       std::strerror(reason), reason);
+        return Fail(ZARNNETERR_UNEXPECTED_CONTENT, -1);
+      }
+      if (!route->IsDefault()) continue;
+      const in_addr gateway{static_cast<in_addr_t>(route->gateway)};
+      CopyIfWanted(DottedText(gateway), szGateway, cbGateway);
+      CopyIfWanted(route->ifname, szIfname, cbIfname);
+      break;
+    }
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
 int ZARNNetDefaultGatewayGet(char* szBuf, int cbBuf) {
-  return DefaultGatewayGet(szBuf, cbBuf, nullptr, 0);
+  return Boundary(-1, [&]() -> int { return DefaultGatewayGet(szBuf, cbBuf, nullptr, 0); });
 }
 
 int ZARNNetDefaultGatewayInterfaceGet(char* szBuf, int cbBuf) {
-  return DefaultGatewayGet(nullptr, 0, szBuf, cbBuf);
+  return Boundary(-1, [&]() -> int { return DefaultGatewayGet(nullptr, 0, szBuf, cbBuf); });
 }

@@ -6,10 +6,11 @@
 #include <zarnnetsdk/ipv4.h>
 
 #include "dns_route/server_lines.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/plugin_event.h"
-#include "frame/rewrite.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/model/paths.h"
+#include "frame/os/plugin_event.h"
+#include "frame/os/rewrite.h"
 
 using namespace frame;
 
@@ -42,18 +43,19 @@ void Announce(int stage, const KOPACSZLIST* servers) {
 
 }  // namespace
 
-int ZARNNetDNSFileSet(PKOPACSZLIST pServers, PKOPACSZLIST pExtra) try {
-  if (IsEmptyList(pServers) || !AreLines(pServers) || !AreLines(pExtra)) {
-    return FRAME_FAIL(kBadParameter, -1);
-  }
-  Rewrite rewrite(paths::kResolv);
-  if (!rewrite.IsOpen()) return FRAME_FAIL(kOpen, -1);
-  // Servers that only root can look up are better than none.
-  if (!rewrite.SetMode(dns::kFileMode)) LOG_ERROR("%s:%d chmod %s failed: %m", paths::kResolv);
-  if (!rewrite.Fill(ResolverText(pServers, pExtra))) return FRAME_FAIL(kWrite, -1);
-  Announce(kStageBefore, pServers);
-  if (!rewrite.TakeEffect()) return FRAME_FAIL(kRename, -1);
-  Announce(kStageAfter, pServers);
-  return 0;
+int ZARNNetDNSFileSet(PKOPACSZLIST pServers, PKOPACSZLIST pExtra) {
+  return Boundary(-1, [&]() -> int {
+    if (IsEmptyList(pServers) || !AreLines(pServers) || !AreLines(pExtra)) {
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    }
+    Rewrite rewrite(paths::kResolv);
+    if (!rewrite.IsOpen()) return Fail(ZARNNETERR_OPEN, -1);
+    // Servers that only root can look up are better than none.
+    if (!rewrite.SetMode(dns::kFileMode)) LOG_ERROR("%s:%d chmod %s failed: %m", paths::kResolv);
+    if (!rewrite.Fill(ResolverText(pServers, pExtra))) return Fail(ZARNNETERR_WRITE, -1);
+    Announce(kStageBefore, pServers);
+    if (!rewrite.TakeEffect()) return Fail(ZARNNETERR_RENAME, -1);
+    Announce(kStageAfter, pServers);
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

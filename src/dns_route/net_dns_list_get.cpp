@@ -7,12 +7,13 @@
 #include <zarnnetsdk/dns_route.h>
 
 #include "dns_route/server_lines.h"
-#include "frame/containers.h"
-#include "frame/file.h"
-#include "frame/lock.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/containers.h"
+#include "frame/os/file.h"
+#include "frame/os/lock.h"
 
 using namespace frame;
 
@@ -32,7 +33,7 @@ bool AppendServers(const char* path, PKOPACSZLIST* list) {
     const auto words = SplitWords(line);
     if (words.size() < 2) continue;
     if (KOPACSzListPush(list, std::string(words[1]).c_str()) < 0) {
-      return FRAME_FAIL(kNoMemory, false);
+      return Fail(ZARNNETERR_NO_MEMORY, false);
     }
   }
   return true;
@@ -40,26 +41,29 @@ bool AppendServers(const char* path, PKOPACSZLIST* list) {
 
 }  // namespace
 
-int ZARNNetStaticDNSListGet(PKOPACSZLIST* ppList) try {
-  if (ppList == nullptr || *ppList == nullptr) return FRAME_FAIL(kBadParameter, -1);
-  return AppendServers(paths::kResolvStatic, ppList) ? 0 : -1;
+int ZARNNetStaticDNSListGet(PKOPACSZLIST* ppList) {
+  return Boundary(-1, [&]() -> int {
+    if (ppList == nullptr || *ppList == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    return AppendServers(paths::kResolvStatic, ppList) ? 0 : -1;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int ZARNNetDNSListGet(PKOPACSZLIST* ppList) try {
-  if (ppList == nullptr || *ppList == nullptr) return FRAME_FAIL(kBadParameter, -1);
-  const Lock lock(kNetworkRead);
-  if (!lock.Held()) return FRAME_FAIL(kLock, -1);
-  return AppendServers(paths::kResolv, ppList) ? 0 : -1;
+int ZARNNetDNSListGet(PKOPACSZLIST* ppList) {
+  return Boundary(-1, [&]() -> int {
+    if (ppList == nullptr || *ppList == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const Lock lock(kNetworkRead);
+    if (!lock.Held()) return Fail(ZARNNETERR_LOCK, -1);
+    return AppendServers(paths::kResolv, ppList) ? 0 : -1;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int ZARNNetDNSGet(char* szBuf, int cbBuf) try {
-  if (szBuf == nullptr || cbBuf <= 0) return FRAME_FAIL(kBadParameter, -1);
-  StringList servers(dns::kListCapacity);
-  if (ZARNNetDNSListGet(servers.Out()) < 0) return -1;
-  const char* const first = servers.Count() > 0 ? servers[0] : "";
-  CopyText(first, szBuf, static_cast<std::size_t>(cbBuf));
-  return 0;
+int ZARNNetDNSGet(char* szBuf, int cbBuf) {
+  return Boundary(-1, [&]() -> int {
+    if (szBuf == nullptr || cbBuf <= 0) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    StringList servers(dns::kListCapacity);
+    if (ZARNNetDNSListGet(servers.Out()) < 0) return -1;
+    const char* const first = servers.Count() > 0 ? servers[0] : "";
+    CopyText(first, szBuf, static_cast<std::size_t>(cbBuf));
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

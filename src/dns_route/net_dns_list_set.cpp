@@ -4,12 +4,13 @@
 #include <zarnnetsdk/ipv4.h>
 
 #include "dns_route/server_lines.h"
-#include "frame/containers.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/plugin_event.h"
-#include "frame/rewrite.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/containers.h"
+#include "frame/os/plugin_event.h"
+#include "frame/os/rewrite.h"
 
 using namespace frame;
 
@@ -31,28 +32,31 @@ void Announce(int stage, const KOPACSZLIST* servers) {
 
 bool Store(const KOPACSZLIST* servers) {
   Rewrite rewrite(paths::kResolvStatic);
-  if (!rewrite.IsOpen()) return FRAME_FAIL(kOpen, false);
+  if (!rewrite.IsOpen()) return Fail(ZARNNETERR_OPEN, false);
   if (!rewrite.SetMode(dns::kFileMode) || !rewrite.Fill(dns::ServerLines(servers))) {
-    return FRAME_FAIL(kWrite, false);
+    return Fail(ZARNNETERR_WRITE, false);
   }
-  return rewrite.TakeEffect() || FRAME_FAIL(kRename, false);
+  return rewrite.TakeEffect() || Fail(ZARNNETERR_RENAME, false);
 }
 
 }  // namespace
 
-int ZARNNetDNSListSet(PKOPACSZLIST pList) try {
-  if (!AreServers(pList)) return FRAME_FAIL(kBadParameter, -1);
-  Announce(kStageBefore, pList);
-  if (!Store(pList) || ZARNNetDNSModeSet("static") < 0) return -1;
-  Announce(kStageAfter, pList);
-  return 0;
+int ZARNNetDNSListSet(PKOPACSZLIST pList) {
+  return Boundary(-1, [&]() -> int {
+    if (!AreServers(pList)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    Announce(kStageBefore, pList);
+    if (!Store(pList) || ZARNNetDNSModeSet("static") < 0) return -1;
+    Announce(kStageAfter, pList);
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int ZARNNetDNSSet(const char* szAddr) try {
-  if (IsEmpty(szAddr) || ZARNNetGetAddrType(szAddr) == 0) return FRAME_FAIL(kBadParameter, -1);
-  StringList list(1);
-  if (KOPACSzListPush(list.Out(), szAddr) < 0) return FRAME_FAIL(kNoMemory, -1);
-  return ZARNNetDNSListSet(*list.Out());
+int ZARNNetDNSSet(const char* szAddr) {
+  return Boundary(-1, [&]() -> int {
+    if (IsEmpty(szAddr) || ZARNNetGetAddrType(szAddr) == 0)
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    StringList list(1);
+    if (KOPACSzListPush(list.Out(), szAddr) < 0) return Fail(ZARNNETERR_NO_MEMORY, -1);
+    return ZARNNetDNSListSet(*list.Out());
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

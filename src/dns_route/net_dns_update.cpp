@@ -5,13 +5,14 @@
 #include <zarnsdk/zarnsdk.h>
 
 #include "dns_route/server_lines.h"
-#include "frame/containers.h"
-#include "frame/file.h"
-#include "frame/key_file.h"
-#include "frame/lock.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/containers.h"
+#include "frame/os/file.h"
+#include "frame/os/key_file.h"
+#include "frame/os/lock.h"
 
 using namespace frame;
 
@@ -21,7 +22,7 @@ constexpr std::size_t kLineSize = 1024;
 
 bool ReadLines(const char* path, StringList* lines) {
   if (!Exists(path)) return true;
-  return KOPACFileReadLines(path, lines->Out()) >= 0 || FRAME_FAIL(kRead, false);
+  return KOPACFileReadLines(path, lines->Out()) >= 0 || Fail(ZARNNETERR_READ, false);
 }
 
 bool ReadSource(StringList* lines) {
@@ -32,7 +33,7 @@ bool ReadSource(StringList* lines) {
 bool Push(StringList* list, const char* text) {
   if (KOPACSzListPush(list->Out(), text) >= 0) return true;
   LOG_ERROR("%s:%d Cannot push the list");
-  return FRAME_FAIL(kNoMemory, false);
+  return Fail(ZARNNETERR_NO_MEMORY, false);
 }
 
 // A line without a server stands for the server before it, an empty one at the beginning: the
@@ -66,22 +67,26 @@ void ReloadServices() {
 
 }  // namespace
 
-int ZARNNetDNSUpdate(void) try {
-  StringList lines(dns::kListCapacity);
-  StringList servers(dns::kListCapacity);
-  StringList extra(dns::kListCapacity);
-  const Lock lock(kNetworkWrite);
-  if (!lock.Held()) {
-    LOG_ERROR("%s:%d KOPACFileLock failed.[0x%04X %s:%d]", FRAME_INNER_ERROR);
-    return FRAME_FAIL(kLock, -1);
-  }
-  if (!ReadSource(&lines) || !CollectServers(lines, &servers)) return -1;
-  if (servers.Count() == 0) return 0;
-  if (!CollectDomain(&extra)) return -1;
-  if (ZARNNetDNSFileSet(*servers.Out(), *extra.Out()) < 0) return -1;
-  ReloadServices();
-  return 0;
-} catch (...) {
-  LOG_ERROR("%s:%d Failed to alloc memory.");
-  return FRAME_FAIL(kNoMemory, -1);
+int ZARNNetDNSUpdate(void) {
+  return Boundary(
+      -1,
+      [&]() -> int {
+        StringList lines(dns::kListCapacity);
+        StringList servers(dns::kListCapacity);
+        StringList extra(dns::kListCapacity);
+        const Lock lock(kNetworkWrite);
+        if (!lock.Held()) {
+          const InnerError inner;
+          LOG_ERROR("%s:%d KOPACFileLock failed.[0x%04X %s:%d]", inner.code, inner.file,
+                    inner.line);
+          return Fail(ZARNNETERR_LOCK, -1);
+        }
+        if (!ReadSource(&lines) || !CollectServers(lines, &servers)) return -1;
+        if (servers.Count() == 0) return 0;
+        if (!CollectDomain(&extra)) return -1;
+        if (ZARNNetDNSFileSet(*servers.Out(), *extra.Out()) < 0) return -1;
+        ReloadServices();
+        return 0;
+      },
+      [&] { LOG_ERROR("%s:%d Failed to alloc memory."); });
 }

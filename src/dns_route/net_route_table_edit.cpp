@@ -11,16 +11,17 @@
 #include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/command.h"
-#include "frame/file.h"
-#include "frame/ifcfg_keys.h"
-#include "frame/kernel.h"
-#include "frame/key_file.h"
-#include "frame/lock.h"
-#include "frame/log.h"
-#include "frame/net_dev.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/facts/net_dev.h"
+#include "frame/model/ifcfg_keys.h"
+#include "frame/model/paths.h"
+#include "frame/os/command.h"
+#include "frame/os/file.h"
+#include "frame/os/kernel.h"
+#include "frame/os/key_file.h"
+#include "frame/os/lock.h"
 
 using namespace frame;
 
@@ -40,7 +41,7 @@ struct SubnetRoute {
 bool Parse(const char* text, in_addr* address) {
   if (::inet_pton(AF_INET, text, address) == 1) return true;
   LOG_ERROR("%s:%d inet_pton error (%s)", text);
-  return FRAME_FAIL(kBadParameter, false);
+  return Fail(ZARNNETERR_BAD_PARAMETER, false);
 }
 
 std::string NetworkText(in_addr address, in_addr mask) {
@@ -120,59 +121,62 @@ int RemoveWithoutCarrier(const std::vector<KOPANetIfInfo>& list, int count) {
 
 }  // namespace
 
-int NetRoutetableEdit(unsigned int op, const char* szIP, const char* szMask,
-                      const char* szIfname) try {
-  if (szIP == nullptr || szMask == nullptr || IsUnfitName(szIfname)) {
-    LOG_ERROR("%s:%d bad parameter");
-    return FRAME_FAIL(kBadParameter, -1);
-  }
-  if (op > kRemove) {
-    LOG_ERROR("%s:%d error type");
-    return FRAME_FAIL(kBadParameter, -1);
-  }
-  in_addr mask{};
-  in_addr address{};
-  if (!Parse(szMask, &mask) || !Parse(szIP, &address)) return -1;
-  const std::string network = NetworkText(address, mask);
-  const SubnetRoute route{szIfname, szIP, szMask, network,
-                          Format("%s/%d", network.c_str(), std::popcount(mask.s_addr))};
-  Remove(route);
-  if (op == kInstall) Add(route);
-  return 0;
+int NetRoutetableEdit(unsigned int op, const char* szIP, const char* szMask, const char* szIfname) {
+  return Boundary(-1, [&]() -> int {
+    if (szIP == nullptr || szMask == nullptr || IsUnfitName(szIfname)) {
+      LOG_ERROR("%s:%d bad parameter");
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    }
+    if (op > kRemove) {
+      LOG_ERROR("%s:%d error type");
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    }
+    in_addr mask{};
+    in_addr address{};
+    if (!Parse(szMask, &mask) || !Parse(szIP, &address)) return -1;
+    const std::string network = NetworkText(address, mask);
+    const SubnetRoute route{szIfname, szIP, szMask, network,
+                            Format("%s/%d", network.c_str(), std::popcount(mask.s_addr))};
+    Remove(route);
+    if (op == kInstall) Add(route);
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int NetRoutetableHandler(unsigned int op, const char* szIfname) try {
-  constexpr unsigned kUsableKind = 2;
-  if (IsUnfitName(szIfname)) return FRAME_FAIL(kBadParameter, -1);
-  const std::string device = DeviceOf(szIfname);
-  if (ZARNNetIsDevTypeMatch(device.c_str(), kUsableKind) != 1) return 0;
-  const bool dhcp = BlZARNLnxIsDHCP(device.c_str()) == 1;
-  const std::string path = dhcp ? paths::DhcpInfo(device) : paths::Ifcfg(device);
-  if (dhcp && !Exists(path)) {
-    LOG_ERROR("%s:%d /etc/dhclient/ipv4/dhcpcd-%s.info is not exist", device.c_str());
-    return -1;
-  }
-  if (op > kRemove || (op == kInstall && IsInstalledByOthers(device, dhcp))) return 0;
-  return EditFromFile(op, path, device);
+int NetRoutetableHandler(unsigned int op, const char* szIfname) {
+  return Boundary(-1, [&]() -> int {
+    constexpr unsigned kUsableKind = 2;
+    if (IsUnfitName(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const std::string device = DeviceOf(szIfname);
+    if (ZARNNetIsDevTypeMatch(device.c_str(), kUsableKind) != 1) return 0;
+    const bool dhcp = BlZARNLnxIsDHCP(device.c_str()) == 1;
+    const std::string path = dhcp ? paths::DhcpInfo(device) : paths::Ifcfg(device);
+    if (dhcp && !Exists(path)) {
+      LOG_ERROR("%s:%d /etc/dhclient/ipv4/dhcpcd-%s.info is not exist", device.c_str());
+      return -1;
+    }
+    if (op > kRemove || (op == kInstall && IsInstalledByOthers(device, dhcp))) return 0;
+    return EditFromFile(op, path, device);
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int NetRoutetableCheck(void) try {
-  const Lock lock(kNetworkRead);
-  if (!lock.Held()) {
-    LOG_ERROR("%s:%d lock fail(%X)", KOPACErrGet());
-    return FRAME_FAIL(kLock, -1);
-  }
-  std::vector<KOPANetIfInfo> list(kMaxInterfaces);
-  const int count = KOPANetInterfaceEnum(list.data(), kMaxInterfaces, 0);
-  if (count <= 0) {
-    LOG_ERROR("%s:%d %s", count == 0 ? "No interface." : "Get interface info fail.");
-    return -1;
-  }
-  // An appliance with one interface keeps its only way out, whatever its carrier says.
-  return count == 1 ? 0 : RemoveWithoutCarrier(list, count);
-} catch (...) {
-  LOG_ERROR("%s:%d malloc fail");
-  return FRAME_FAIL(kNoMemory, -1);
+int NetRoutetableCheck(void) {
+  return Boundary(
+      -1,
+      [&]() -> int {
+        const Lock lock(kNetworkRead);
+        if (!lock.Held()) {
+          LOG_ERROR("%s:%d lock fail(%X)", KOPACErrGet());
+          return Fail(ZARNNETERR_LOCK, -1);
+        }
+        std::vector<KOPANetIfInfo> list(kMaxInterfaces);
+        const int count = KOPANetInterfaceEnum(list.data(), kMaxInterfaces, 0);
+        if (count <= 0) {
+          LOG_ERROR("%s:%d %s", count == 0 ? "No interface." : "Get interface info fail.");
+          return -1;
+        }
+        // An appliance with one interface keeps its only way out, whatever its carrier says.
+        return count == 1 ? 0 : RemoveWithoutCarrier(list, count);
+      },
+      [&] { LOG_ERROR("%s:%d malloc fail"); });
 }

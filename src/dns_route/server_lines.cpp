@@ -1,7 +1,7 @@
 // The lines of the resolver files: how servers are written into them, and found in them.
 #include "dns_route/server_lines.h"
 
-#include "frame/text.h"
+#include "frame/base/text.h"
 
 std::string dns::ServerLines(const KOPACSZLIST* servers) {
   std::string text;

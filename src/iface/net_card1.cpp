@@ -11,17 +11,18 @@
 #include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/ipv4.h>
 
-#include "frame/backup.h"
-#include "frame/command.h"
-#include "frame/ifcfg_keys.h"
-#include "frame/kernel.h"
-#include "frame/key_file.h"
-#include "frame/lock.h"
-#include "frame/log.h"
-#include "frame/net_dev.h"
-#include "frame/ovs_bonds.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/facts/net_dev.h"
+#include "frame/facts/ovs_bonds.h"
+#include "frame/model/ifcfg_keys.h"
+#include "frame/model/paths.h"
+#include "frame/os/backup.h"
+#include "frame/os/command.h"
+#include "frame/os/kernel.h"
+#include "frame/os/key_file.h"
+#include "frame/os/lock.h"
 
 using namespace frame;
 
@@ -39,7 +40,7 @@ std::optional<std::string> FirstPort() {
   const auto port = std::find_if(names->begin(), names->end(), [](const std::string& name) {
     return name.starts_with("eth") && name.find('.') == std::string::npos;
   });
-  if (port == names->end()) return FRAME_FAIL(kNotFound, std::nullopt);
+  if (port == names->end()) return Fail(ZARNNETERR_NOT_FOUND, std::nullopt);
   return *port;
 }
 
@@ -71,7 +72,10 @@ std::optional<std::string> Primary() {
     if (cover.empty()) break;
     ifname = cover;
   }
-  if (!ifname) LOG_ERROR("%s:%d No Ethernet port [0x%04X %s:%d]", FRAME_INNER_ERROR);
+  if (!ifname) {
+    const InnerError inner;
+    LOG_ERROR("%s:%d No Ethernet port [0x%04X %s:%d]", inner.code, inner.file, inner.line);
+  }
   return ifname;
 }
 
@@ -90,7 +94,7 @@ int SetStatic(const std::string& ifname, const ZARNNETIFADDR& config) {
   const std::string ip(FieldText(config.szIP));
   const std::string mask(FieldText(config.szMask));
   if (BlKOPAIsIpAddr(ip.c_str()) != 1 || BlKOPAIsValidIpMask(mask.c_str()) != 1)
-    return FRAME_FAIL(kMalformedAddress, -1);
+    return Fail(ZARNNETERR_MALFORMED_ADDRESS, -1);
   return ZARNILnxSetIPNetmask(ifname.c_str(), ip.c_str(), mask.c_str());
 }
 
@@ -108,14 +112,14 @@ bool WriteDhcp(const std::string& path, const std::string& ifname) {
 int WriteAndStartDhcp(const std::string& path, const std::string& ifname) {
   if (!WriteDhcp(path, ifname)) {
     LOG_ERROR("%s:%d Set %s error.", path.c_str());
-    return FRAME_FAIL(kWrite, -1);
+    return Fail(ZARNNETERR_WRITE, -1);
   }
   const std::string instance = "IFACE=" + ifname;
   // One that does not run cannot be stopped.
   static_cast<void>(Run(paths::kStop, "dhcp-client", instance));
   if (!Run(paths::kStart, "dhcp-client", instance)) {
     LOG_ERROR("%s:%d unable to start dhcp-client instance on %s", ifname.c_str());
-    return FRAME_FAIL(kCommand, -1);
+    return Fail(ZARNNETERR_COMMAND, -1);
   }
   return 0;
 }
@@ -126,7 +130,7 @@ int SetDhcp(const std::string& ifname) {
   Backup backup(path, Format(".tmp%ld", static_cast<long>(std::time(nullptr))));
   if (!isNew && !backup.Made()) {
     LOG_ERROR("%s:%d Failed to copy %s.", path.c_str());
-    return FRAME_FAIL(kCommand, -1);
+    return Fail(ZARNNETERR_COMMAND, -1);
   }
   const int result = WriteAndStartDhcp(path, ifname);
   if (result < 0) {
@@ -139,41 +143,45 @@ int SetDhcp(const std::string& ifname) {
 
 }  // namespace
 
-int ZARNNetGetCard1(ZARNNETIFADDR* pConfig) try {
-  if (pConfig == nullptr) return FRAME_FAIL(kBadParameter, -1);
-  const auto ifname = Primary();
-  ZARNNETIFADDR config{};
-  if (!ifname || !ReadConfig(*ifname, &config)) return -1;
-  *pConfig = config;
-  return 0;
+int ZARNNetGetCard1(ZARNNETIFADDR* pConfig) {
+  return Boundary(-1, [&]() -> int {
+    if (pConfig == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const auto ifname = Primary();
+    ZARNNETIFADDR config{};
+    if (!ifname || !ReadConfig(*ifname, &config)) return -1;
+    *pConfig = config;
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int ZARNNetGetCard1Ex(KOPANetIfInfo* pInfo, ZARNNETIFADDR* pConfig) try {
-  if (pInfo == nullptr || pConfig == nullptr) return FRAME_FAIL(kBadParameter, -1);
-  const auto ifname = Primary();
-  KOPANetIfInfo info{};
-  ZARNNETIFADDR config{};
-  if (!ifname || ZARNNetIFGetInfo(ifname->c_str(), &info) < 0 || !ReadConfig(*ifname, &config))
-    return -1;
-  *pInfo = info;
-  *pConfig = config;
-  return 0;
+int ZARNNetGetCard1Ex(KOPANetIfInfo* pInfo, ZARNNETIFADDR* pConfig) {
+  return Boundary(-1, [&]() -> int {
+    if (pInfo == nullptr || pConfig == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const auto ifname = Primary();
+    KOPANetIfInfo info{};
+    ZARNNETIFADDR config{};
+    if (!ifname || ZARNNetIFGetInfo(ifname->c_str(), &info) < 0 || !ReadConfig(*ifname, &config))
+      return -1;
+    *pInfo = info;
+    *pConfig = config;
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int ZARNNetSetCard1(const ZARNNETIFADDR* pConfig) try {
-  if (pConfig == nullptr || (pConfig->bootProto != kDhcp && pConfig->bootProto != kStatic))
-    return FRAME_FAIL(kBadParameter, -1);
-  const auto ifname = Primary();
-  if (!ifname) return -1;
-  const std::string_view meant = FieldText(pConfig->szName);
-  if (!meant.empty() && meant != *ifname) return FRAME_FAIL(kNotFound, -1);
-  const Lock lock(kNetworkWrite);
-  if (!lock.Held()) {
-    LOG_ERROR("%s:%d KOPACFileLock failed.[0x%04X %s:%d]", FRAME_INNER_ERROR);
-    return FRAME_FAIL(kLock, -1);
-  }
-  return pConfig->bootProto == kStatic ? SetStatic(*ifname, *pConfig) : SetDhcp(*ifname);
+int ZARNNetSetCard1(const ZARNNETIFADDR* pConfig) {
+  return Boundary(-1, [&]() -> int {
+    if (pConfig == nullptr || (pConfig->bootProto != kDhcp && pConfig->bootProto != kStatic))
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const auto ifname = Primary();
+    if (!ifname) return -1;
+    const std::string_view meant = FieldText(pConfig->szName);
+    if (!meant.empty() && meant != *ifname) return Fail(ZARNNETERR_NOT_FOUND, -1);
+    const Lock lock(kNetworkWrite);
+    if (!lock.Held()) {
+      const InnerError inner;
+      LOG_ERROR("%s:%d KOPACFileLock failed.[0x%04X %s:%d]", inner.code, inner.file, inner.line);
+      return Fail(ZARNNETERR_LOCK, -1);
+    }
+    return pConfig->bootProto == kStatic ? SetStatic(*ifname, *pConfig) : SetDhcp(*ifname);
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -7,11 +7,12 @@
 
 #include <zarnnetsdk/iface.h>
 
-#include "frame/file.h"
-#include "frame/kernel.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/file.h"
+#include "frame/os/kernel.h"
 
 using namespace frame;
 
@@ -90,23 +91,24 @@ bool HasCarrier(const InetSocket& socket, const char* ifname) {
 
 }  // namespace
 
-int ZARNNetGetEthInfo(const char* szIfname, ZARNNETETHINFO* pInfo) try {
-  if (IsUnfitName(szIfname) || pInfo == nullptr) return FRAME_FAIL(kBadParameter, -1);
-  const InetSocket socket;
-  if (!socket.IsOpen()) {
-    LOG_ERROR("%s:%d Failed to open socket");
-    return FRAME_FAIL(kRefused, -1);
-  }
-  if (!FitsKernel(szIfname) || !socket.Flags(szIfname)) {
-    LOG_ERROR("%s:%d No interface %s", szIfname);
-    return FRAME_FAIL(kNotFound, -1);
-  }
-  ZARNNETETHINFO info{kUnknown, kUnknown, 0, kUnknown};
-  if (!AskLinkSettings(socket, szIfname, &info) && !AskOldSettings(socket, szIfname, &info)) {
-    ReadSettings(szIfname, &info);
-  }
-  info.link = HasCarrier(socket, szIfname) ? 1 : 0;
-  *pInfo = info;
-  return 0;
+int ZARNNetGetEthInfo(const char* szIfname, ZARNNETETHINFO* pInfo) {
+  return Boundary(-1, [&]() -> int {
+    if (IsUnfitName(szIfname) || pInfo == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const InetSocket socket;
+    if (!socket.IsOpen()) {
+      LOG_ERROR("%s:%d Failed to open socket");
+      return Fail(ZARNNETERR_REFUSED, -1);
+    }
+    if (!FitsKernel(szIfname) || !socket.Flags(szIfname)) {
+      LOG_ERROR("%s:%d No interface %s", szIfname);
+      return Fail(ZARNNETERR_NOT_FOUND, -1);
+    }
+    ZARNNETETHINFO info{kUnknown, kUnknown, 0, kUnknown};
+    if (!AskLinkSettings(socket, szIfname, &info) && !AskOldSettings(socket, szIfname, &info)) {
+      ReadSettings(szIfname, &info);
+    }
+    info.link = HasCarrier(socket, szIfname) ? 1 : 0;
+    *pInfo = info;
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -7,12 +7,13 @@
 #include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/file.h"
-#include "frame/kernel.h"
-#include "frame/log.h"
-#include "frame/net_dev.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/facts/net_dev.h"
+#include "frame/model/paths.h"
+#include "frame/os/file.h"
+#include "frame/os/kernel.h"
 #include "iface/bonding_passive.h"
 #include "iface/record.h"
 
@@ -85,7 +86,7 @@ bool IsListed(const std::string& ifname, short flags, const Selection& selection
 // it so.
 int RemoveVlans(const std::vector<std::string>& vlans, KOPANetIfInfo* list, int count) {
   if (vlans.size() > static_cast<std::size_t>(count)) {
-    FRAME_SET_ERROR(kBadParameter);
+    SetError(ZARNNETERR_BAD_PARAMETER);
     return count;
   }
   for (const std::string& vlan : vlans) {
@@ -139,36 +140,39 @@ void WarnOfMissingSharedAddresses(unsigned selector) {
 
 }  // namespace
 
-int KOPANetGetInterfaceInfo(KOPANetIfInfo* pList, int max, unsigned int selector) try {
-  if (max < 0) return FRAME_FAIL(kBadParameter, -1);
-  const int vlanDriver = KOPACModuleIsLoad("8021q");
-  if (vlanDriver < 0) return -1;
-  const Selection selection = Select(selector, vlanDriver == 1);
-  if (selection.kind == 0) return FRAME_FAIL(kBadParameter, -1);
-  const auto names = ListNetDev();
-  if (!names) return -1;
-  const int count = Enumerate(*names, selection, max, pList);
-  if (count == 0) WarnOfMissingSharedAddresses(selector);
-  return count;
+int KOPANetGetInterfaceInfo(KOPANetIfInfo* pList, int max, unsigned int selector) {
+  return Boundary(-1, [&]() -> int {
+    if (max < 0) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const int vlanDriver = KOPACModuleIsLoad("8021q");
+    if (vlanDriver < 0) return -1;
+    const Selection selection = Select(selector, vlanDriver == 1);
+    if (selection.kind == 0) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const auto names = ListNetDev();
+    if (!names) return -1;
+    const int count = Enumerate(*names, selection, max, pList);
+    if (count == 0) WarnOfMissingSharedAddresses(selector);
+    return count;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
 int ZARNNetEnumCard(unsigned int selector) {
-  return KOPANetGetInterfaceInfo(nullptr, kMaxInterfaces, selector);
+  return Boundary(
+      -1, [&]() -> int { return KOPANetGetInterfaceInfo(nullptr, kMaxInterfaces, selector); });
 }
 
-int ZARNNetIsDevTypeMatch(const char* szIfname, unsigned int selector) try {
-  if (IsEmpty(szIfname)) return FRAME_FAIL(kBadParameter, 0);
-  std::vector<KOPANetIfInfo> list(kMaxInterfaces);
-  const int count = KOPANetGetInterfaceInfo(list.data(), kMaxInterfaces, selector);
-  if (count < 0) {
-    LOG_ERROR("%s:%d Failed to KOPANetGetInterfaceInfo(0x%X)=[%d], zarnerr=[0x%04X]", selector,
-              count, KOPACErrGet());
-    return 0;
-  }
-  const std::string_view wanted(szIfname);
-  const bool listed = std::any_of(list.begin(), list.begin() + count,
-                                  [&](const KOPANetIfInfo& info) { return wanted == info.name; });
-  return listed ? 1 : FRAME_FAIL(kNotFound, 0);
+int ZARNNetIsDevTypeMatch(const char* szIfname, unsigned int selector) {
+  return Boundary(0, [&]() -> int {
+    if (IsEmpty(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
+    std::vector<KOPANetIfInfo> list(kMaxInterfaces);
+    const int count = KOPANetGetInterfaceInfo(list.data(), kMaxInterfaces, selector);
+    if (count < 0) {
+      LOG_ERROR("%s:%d Failed to KOPANetGetInterfaceInfo(0x%X)=[%d], zarnerr=[0x%04X]", selector,
+                count, KOPACErrGet());
+      return 0;
+    }
+    const std::string_view wanted(szIfname);
+    const bool listed = std::any_of(list.begin(), list.begin() + count,
+                                    [&](const KOPANetIfInfo& info) { return wanted == info.name; });
+    return listed ? 1 : Fail(ZARNNETERR_NOT_FOUND, 0);
+  });
 }
-FRAME_NO_EXCEPTIONS(0)

@@ -7,9 +7,10 @@
 #include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/kernel.h"
-#include "frame/log.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/os/kernel.h"
 
 using namespace frame;
 
@@ -97,28 +98,30 @@ std::optional<int> PortIndex(const char* ifname) {
 
 }  // namespace
 
-int KOPANetGetMacAddr(int index, char* szBuf, int cbBuf, int blLocal) try {
-  if (szBuf == nullptr || cbBuf <= 0) return FRAME_FAIL(kBadParameter, kBadRequest);
-  if (blLocal == 0 && ZARNHAIsRunning() == 1) {
-    if (ReadSharedAddress(index, szBuf, cbBuf)) return kOk;
-    LOG_ERROR("%s:%d Failed to get mac in SHA mode");
-    return kNoSharedAddress;
-  }
-  if (blLocal == 0 && KOPACSupportDualhead() == 1) {
-    LOG_ERROR("%s:%d Failed to get mac in AHA mode");
-    return kTwoHeads;
-  }
-  if (ReadOwnAddress(index, szBuf, static_cast<std::size_t>(cbBuf))) return kOk;
-  LOG_ERROR("%s:%d Failed to get local original mac");
-  return blLocal != 0 ? kBadRequest : kNoOwnAddress;
+int KOPANetGetMacAddr(int index, char* szBuf, int cbBuf, int blLocal) {
+  return Boundary(kBadRequest, [&]() -> int {
+    if (szBuf == nullptr || cbBuf <= 0) return Fail(ZARNNETERR_BAD_PARAMETER, kBadRequest);
+    if (blLocal == 0 && ZARNHAIsRunning() == 1) {
+      if (ReadSharedAddress(index, szBuf, cbBuf)) return kOk;
+      LOG_ERROR("%s:%d Failed to get mac in SHA mode");
+      return kNoSharedAddress;
+    }
+    if (blLocal == 0 && KOPACSupportDualhead() == 1) {
+      LOG_ERROR("%s:%d Failed to get mac in AHA mode");
+      return kTwoHeads;
+    }
+    if (ReadOwnAddress(index, szBuf, static_cast<std::size_t>(cbBuf))) return kOk;
+    LOG_ERROR("%s:%d Failed to get local original mac");
+    return blLocal != 0 ? kBadRequest : kNoOwnAddress;
+  });
 }
-FRAME_NO_EXCEPTIONS(kBadRequest)
 
-int KOPANetGetMacAddrByInterface(const char* szIfname, char* szBuf, int cbBuf, int blLocal) try {
-  if (IsEmpty(szIfname) || szBuf == nullptr || cbBuf <= 0) {
-    return FRAME_FAIL(kBadParameter, kBadRequest);
-  }
-  const auto index = PortIndex(szIfname);
-  return index ? KOPANetGetMacAddr(*index, szBuf, cbBuf, blLocal) : kBadRequest;
+int KOPANetGetMacAddrByInterface(const char* szIfname, char* szBuf, int cbBuf, int blLocal) {
+  return Boundary(kBadRequest, [&]() -> int {
+    if (IsEmpty(szIfname) || szBuf == nullptr || cbBuf <= 0) {
+      return Fail(ZARNNETERR_BAD_PARAMETER, kBadRequest);
+    }
+    const auto index = PortIndex(szIfname);
+    return index ? KOPANetGetMacAddr(*index, szBuf, cbBuf, blLocal) : kBadRequest;
+  });
 }
-FRAME_NO_EXCEPTIONS(kBadRequest)

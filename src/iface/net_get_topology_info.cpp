@@ -7,10 +7,11 @@
 #include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/key_file.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/key_file.h"
 
 using namespace frame;
 
@@ -61,26 +62,28 @@ void PreferVlan(KOPANETTOPOLOGY* info) {
 
 }  // namespace
 
-uint32_t KOPANetTopologyGet(KOPANETTOPOLOGY* pInfo) try {
-  if (!KeyIs(paths::kInfo, "support_net_topology", "yes")) return 0;
-  const uint32_t current = CurrentTopology();
-  if (pInfo == nullptr) return current;
-  const uint32_t wanted = pInfo->id != 0 ? pInfo->id : current;
-  if (wanted >= std::size(gTopologyInfo)) {
-    FRAME_SET_ERROR(kBadParameter);
-    return 0;
-  }
-  *pInfo = gTopologyInfo[wanted];
-  PreferVlan(pInfo);
-  return wanted;
+uint32_t KOPANetTopologyGet(KOPANETTOPOLOGY* pInfo) {
+  return Boundary(0U, [&]() -> uint32_t {
+    if (!KeyIs(paths::kInfo, "support_net_topology", "yes")) return 0;
+    const uint32_t current = CurrentTopology();
+    if (pInfo == nullptr) return current;
+    const uint32_t wanted = pInfo->id != 0 ? pInfo->id : current;
+    if (wanted >= std::size(gTopologyInfo)) {
+      SetError(ZARNNETERR_BAD_PARAMETER);
+      return 0;
+    }
+    *pInfo = gTopologyInfo[wanted];
+    PreferVlan(pInfo);
+    return wanted;
+  });
 }
-FRAME_NO_EXCEPTIONS(0U)
 
-int KOPANETSetTopologyConfigs(const KOPANETTOPOLOGY* pInfo) try {
-  if (pInfo == nullptr) return FRAME_FAIL(kBadParameter, -1);
-  const std::string name(FieldText(pInfo->szName));
-  // An empty name is no topology's, and may be stored.
-  if (!name.empty() && IsUnfitName(name.c_str())) return FRAME_FAIL(kBadParameter, -1);
-  return KOPACINFOSetKeyValue(kTopologyKey, name.c_str()) < 0 ? -1 : 0;
+int KOPANETSetTopologyConfigs(const KOPANETTOPOLOGY* pInfo) {
+  return Boundary(-1, [&]() -> int {
+    if (pInfo == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const std::string name(FieldText(pInfo->szName));
+    // An empty name is no topology's, and may be stored.
+    if (!name.empty() && IsUnfitName(name.c_str())) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    return KOPACINFOSetKeyValue(kTopologyKey, name.c_str()) < 0 ? -1 : 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -5,11 +5,12 @@
 
 #include <zarnnetsdk/iface.h>
 
-#include "frame/key_file.h"
-#include "frame/lock.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/key_file.h"
+#include "frame/os/lock.h"
 
 using namespace frame;
 
@@ -70,30 +71,32 @@ bool ChangeFlags(const std::string& path, const char* ifname, unsigned mask, int
 
 }  // namespace
 
-int ZARNNetIFBlockSet(const char* szIfname, unsigned int mask, int value) try {
-  if (IsUnfitName(szIfname)) return FRAME_FAIL(kBadParameter, -1);
-  const std::string path = paths::Ifcfg(szIfname);
-  FileLock lock(path);
-  if (!lock.Held()) {
-    LOG_ERROR("%s:%d KOPACFileLockTimeByFile failed!");
-    LOG_ERROR("%s:%d Failed to get lock");
-    return -1;
-  }
-  const bool changed = ChangeFlags(path, szIfname, mask, value);
-  if (!lock.Release()) LOG_ERROR("%s:%d Failed to release file lock of [%s]", szIfname);
-  return changed ? 0 : -1;
+int ZARNNetIFBlockSet(const char* szIfname, unsigned int mask, int value) {
+  return Boundary(-1, [&]() -> int {
+    if (IsUnfitName(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const std::string path = paths::Ifcfg(szIfname);
+    FileLock lock(path);
+    if (!lock.Held()) {
+      LOG_ERROR("%s:%d KOPACFileLockTimeByFile failed!");
+      LOG_ERROR("%s:%d Failed to get lock");
+      return -1;
+    }
+    const bool changed = ChangeFlags(path, szIfname, mask, value);
+    if (!lock.Release()) LOG_ERROR("%s:%d Failed to release file lock of [%s]", szIfname);
+    return changed ? 0 : -1;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int ZARNNetIFBlockGet(const char* szIfname) try {
-  if (IsUnfitName(szIfname)) return FRAME_FAIL(kBadParameter, -1);
-  const std::string path = paths::Ifcfg(szIfname);
-  const KeyValue count = ReadKey(path, kCountKey, 16);
-  if (std::atoi(count.text.c_str()) == 0) return 0;
-  unsigned mask = 0;
-  for (const BlockFlag& flag : kBlockFlags) {
-    if (IsYes(ReadKey(path, flag.key, 16))) mask |= flag.bit;
-  }
-  return static_cast<int>(mask);
+int ZARNNetIFBlockGet(const char* szIfname) {
+  return Boundary(-1, [&]() -> int {
+    if (IsUnfitName(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const std::string path = paths::Ifcfg(szIfname);
+    const KeyValue count = ReadKey(path, kCountKey, 16);
+    if (std::atoi(count.text.c_str()) == 0) return 0;
+    unsigned mask = 0;
+    for (const BlockFlag& flag : kBlockFlags) {
+      if (IsYes(ReadKey(path, flag.key, 16))) mask |= flag.bit;
+    }
+    return static_cast<int>(mask);
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

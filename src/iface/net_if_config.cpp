@@ -5,13 +5,14 @@
 #include <zarnnetsdk/dhcpd.h>
 #include <zarnnetsdk/iface.h>
 
-#include "frame/file.h"
-#include "frame/ifcfg_keys.h"
-#include "frame/key_file.h"
-#include "frame/lock.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/ifcfg_keys.h"
+#include "frame/model/paths.h"
+#include "frame/os/file.h"
+#include "frame/os/key_file.h"
+#include "frame/os/lock.h"
 
 using namespace frame;
 
@@ -27,60 +28,64 @@ bool ReadAddressAndMask(const std::string& path, ZARNNETIFADDR* info) {
 
 }  // namespace
 
-int ZARNNetIfIsStaticIP(const char* szIfname) try {
-  if (IsUnfitName(szIfname)) return FRAME_FAIL(kBadParameter, 0);
-  const Lock lock(kNetworkRead);
-  if (!lock.Held()) {
-    LOG_ERROR("%s:%d KOPACFileLock() failed.(%X)", KOPACErrGet());
-    return 0;
-  }
-  const KeyValue proto = ReadKey(paths::Ifcfg(szIfname), keys::kBootProto, 16);
-  if (!proto.Found()) {
-    LOG_ERROR("%s:%d Get BOOTPROTO key failed.(%X)", KOPACErrGet());
-    return 0;
-  }
-  return proto.text == "static" ? 1 : 0;
+int ZARNNetIfIsStaticIP(const char* szIfname) {
+  return Boundary(0, [&]() -> int {
+    if (IsUnfitName(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
+    const Lock lock(kNetworkRead);
+    if (!lock.Held()) {
+      LOG_ERROR("%s:%d KOPACFileLock() failed.(%X)", KOPACErrGet());
+      return 0;
+    }
+    const KeyValue proto = ReadKey(paths::Ifcfg(szIfname), keys::kBootProto, 16);
+    if (!proto.Found()) {
+      LOG_ERROR("%s:%d Get BOOTPROTO key failed.(%X)", KOPACErrGet());
+      return 0;
+    }
+    return proto.text == "static" ? 1 : 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(0)
 
-int KOPANetIFIsLocalLan(const char* szIfname) try {
-  if (IsUnfitName(szIfname)) return FRAME_FAIL(kBadParameter, 0);
-  return KeyIs(paths::Ifcfg(szIfname), "LOCAL_LAN", "yes") ? 1 : 0;
+int KOPANetIFIsLocalLan(const char* szIfname) {
+  return Boundary(0, [&]() -> int {
+    if (IsUnfitName(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
+    return KeyIs(paths::Ifcfg(szIfname), "LOCAL_LAN", "yes") ? 1 : 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(0)
 
-int ZARNNetIFGetIPConfig(const char* szIfname, ZARNNETIFADDR* pNetInfo) try {
-  if (IsUnfitName(szIfname)) return FRAME_INVALID_ARGUMENT("((void *)0) != szIfname", -1);
-  if (pNetInfo == nullptr) return FRAME_INVALID_ARGUMENT("NULL != pNetInfo", -1);
-  const Lock lock(kNetworkRead);
-  if (!lock.Held()) {
-    LOG_ERROR("%s:%d KOPACFileLock() failed.(%X)", KOPACErrGet());
-    return FRAME_FAIL(kLock, -1);
-  }
-  if (BlZARNLnxIsDHCP(szIfname) != 1) {
-    pNetInfo->bootProto = kStatic;
-    return ReadAddressAndMask(paths::Ifcfg(szIfname), pNetInfo) ? 0 : -1;
-  }
-  pNetInfo->bootProto = kDhcp;
-  const std::string lease = paths::DhcpInfo(szIfname);
-  if (!Exists(lease)) {
-    LOG_NOTE("%s:%d /etc/dhclient/ipv4/dhcpcd-%s.info is not exist", szIfname);
-    return 0;
-  }
-  return ReadAddressAndMask(lease, pNetInfo) ? 0 : -1;
+int ZARNNetIFGetIPConfig(const char* szIfname, ZARNNETIFADDR* pNetInfo) {
+  return Boundary(-1, [&]() -> int {
+    if (IsUnfitName(szIfname)) return InvalidArgument("((void *)0) != szIfname", -1);
+    if (pNetInfo == nullptr) return InvalidArgument("NULL != pNetInfo", -1);
+    const Lock lock(kNetworkRead);
+    if (!lock.Held()) {
+      LOG_ERROR("%s:%d KOPACFileLock() failed.(%X)", KOPACErrGet());
+      return Fail(ZARNNETERR_LOCK, -1);
+    }
+    if (BlZARNLnxIsDHCP(szIfname) != 1) {
+      pNetInfo->bootProto = kStatic;
+      return ReadAddressAndMask(paths::Ifcfg(szIfname), pNetInfo) ? 0 : -1;
+    }
+    pNetInfo->bootProto = kDhcp;
+    const std::string lease = paths::DhcpInfo(szIfname);
+    if (!Exists(lease)) {
+      LOG_NOTE("%s:%d /etc/dhclient/ipv4/dhcpcd-%s.info is not exist", szIfname);
+      return 0;
+    }
+    return ReadAddressAndMask(lease, pNetInfo) ? 0 : -1;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int ZARNNetInternalLanNumGet(void) try {
-  LineReader lines(paths::kInternalNetifNum);
-  if (!lines.IsOpen()) {
-    LOG_ERROR("%s:%d open file /proc/sys/kernel/zarn_internal_netif_num failed");
-    return -1;
-  }
-  const auto line = lines.Next();
-  const auto number = line ? ToNumber(Trimmed(*line)) : std::nullopt;
-  if (number && *number > 0) return static_cast<int>(*number);
-  const KeyValue ports = ReadKey(paths::kFactoryInfo, "maxlanport", 16);
-  return ports.Found() ? std::atoi(ports.text.c_str()) : 1;
+int ZARNNetInternalLanNumGet(void) {
+  return Boundary(-1, [&]() -> int {
+    LineReader lines(paths::kInternalNetifNum);
+    if (!lines.IsOpen()) {
+      LOG_ERROR("%s:%d open file /proc/sys/kernel/zarn_internal_netif_num failed");
+      return -1;
+    }
+    const auto line = lines.Next();
+    const auto number = line ? ToNumber(Trimmed(*line)) : std::nullopt;
+    if (number && *number > 0) return static_cast<int>(*number);
+    const KeyValue ports = ReadKey(paths::kFactoryInfo, "maxlanport", 16);
+    return ports.Found() ? std::atoi(ports.text.c_str()) : 1;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -3,52 +3,56 @@
 
 #include <zarnnetsdk/iface.h>
 
-#include "frame/file.h"
-#include "frame/kernel.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/file.h"
+#include "frame/os/kernel.h"
 
 using namespace frame;
 
-int ZARNNetIsIFUp(const char* szIfname) try {
-  if (IsUnfitName(szIfname)) return 0;
-  const File file = OpenFile(paths::SysNet(szIfname, "/flags"), "r");
-  if (!file) return 0;
-  unsigned int flags = 0;
-  if (std::fscanf(file.get(), "0x%x", &flags) != 1) {
-    LOG_ERROR("%s:%d fscanf failed. %m");
-    return 0;
-  }
-  return static_cast<int>(flags & IFF_UP);
+int ZARNNetIsIFUp(const char* szIfname) {
+  return Boundary(0, [&]() -> int {
+    if (IsUnfitName(szIfname)) return 0;
+    const File file = OpenFile(paths::SysNet(szIfname, "/flags"), "r");
+    if (!file) return 0;
+    unsigned int flags = 0;
+    if (std::fscanf(file.get(), "0x%x", &flags) != 1) {
+      LOG_ERROR("%s:%d fscanf failed. %m");
+      return 0;
+    }
+    return static_cast<int>(flags & IFF_UP);
+  });
 }
-FRAME_NO_EXCEPTIONS(0)
 
-int KOPANetISetIfFlags(const char* szIfname, int change) try {
-  if (IsEmpty(szIfname)) return FRAME_FAIL(kBadParameter, 0);
-  const InetSocket socket;
-  const auto flags = socket.Flags(szIfname);
-  if (!flags) return 0;
-  const int wanted = change >= 0 ? (*flags | change) : (*flags & (change - 1));
-  return socket.SetFlags(szIfname, static_cast<short>(wanted)) ? 1 : 0;
+int KOPANetISetIfFlags(const char* szIfname, int change) {
+  return Boundary(0, [&]() -> int {
+    if (IsEmpty(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
+    const InetSocket socket;
+    const auto flags = socket.Flags(szIfname);
+    if (!flags) return 0;
+    const int wanted = change >= 0 ? (*flags | change) : (*flags & (change - 1));
+    return socket.SetFlags(szIfname, static_cast<short>(wanted)) ? 1 : 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(0)
 
 int KOPANetIfUp(const char* szIfname) {
-  return KOPANetISetIfFlags(szIfname, IFF_UP);
+  return Boundary(0, [&]() -> int { return KOPANetISetIfFlags(szIfname, IFF_UP); });
 }
 
 int KOPANetIfDown(const char* szIfname) {
-  return KOPANetISetIfFlags(szIfname, -IFF_UP);
+  return Boundary(0, [&]() -> int { return KOPANetISetIfFlags(szIfname, -IFF_UP); });
 }
 
-int KOPANetReInitIf(const char* szIfname) try {
-  if (IsEmpty(szIfname)) return FRAME_FAIL(kBadParameter, 0);
-  const InetSocket socket;
-  const auto flags = socket.Flags(szIfname);
-  if (!flags) return 0;
-  const auto down = static_cast<short>(*flags & ~IFF_UP);
-  if ((*flags & IFF_UP) != 0 && !socket.SetFlags(szIfname, down)) return 0;
-  return socket.SetFlags(szIfname, static_cast<short>(down | IFF_UP)) ? 1 : 0;
+int KOPANetReInitIf(const char* szIfname) {
+  return Boundary(0, [&]() -> int {
+    if (IsEmpty(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
+    const InetSocket socket;
+    const auto flags = socket.Flags(szIfname);
+    if (!flags) return 0;
+    const auto down = static_cast<short>(*flags & ~IFF_UP);
+    if ((*flags & IFF_UP) != 0 && !socket.SetFlags(szIfname, down)) return 0;
+    return socket.SetFlags(szIfname, static_cast<short>(down | IFF_UP)) ? 1 : 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(0)

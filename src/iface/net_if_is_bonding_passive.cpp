@@ -1,11 +1,12 @@
 // Is an interface a passive member of a bond, of the kernel's or of Open vSwitch?
 #include <zarnnetsdk/iface.h>
 
-#include "frame/kernel.h"
-#include "frame/log.h"
-#include "frame/ovs_bonds.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/facts/ovs_bonds.h"
+#include "frame/model/paths.h"
+#include "frame/os/kernel.h"
 #include "iface/bonding_passive.h"
 
 using namespace frame;
@@ -17,18 +18,19 @@ bool inventory::IsBondingPassive(const std::string& ifname, short flags) {
   return member.value_or(false);
 }
 
-int ZARNNetIfIsBondingPassive(const char* szIfname) try {
-  if (IsEmpty(szIfname)) return FRAME_FAIL(kBadParameter, 0);
-  const InetSocket socket;
-  if (!socket.IsOpen()) {
-    LOG_ERROR("%s:%d Cannot open control socket");
-    return 0;
-  }
-  const auto flags = socket.Flags(szIfname);
-  if (!flags) {
-    LOG_NOTE("%s:%d Cannot get flags of network interface: %m");
-    return 0;
-  }
-  return inventory::IsBondingPassive(szIfname, *flags) ? 1 : 0;
+int ZARNNetIfIsBondingPassive(const char* szIfname) {
+  return Boundary(0, [&]() -> int {
+    if (IsEmpty(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
+    const InetSocket socket;
+    if (!socket.IsOpen()) {
+      LOG_ERROR("%s:%d Cannot open control socket");
+      return 0;
+    }
+    const auto flags = socket.Flags(szIfname);
+    if (!flags) {
+      LOG_NOTE("%s:%d Cannot get flags of network interface: %m");
+      return 0;
+    }
+    return inventory::IsBondingPassive(szIfname, *flags) ? 1 : 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(0)

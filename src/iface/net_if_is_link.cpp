@@ -4,9 +4,10 @@
 #include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/kernel.h"
-#include "frame/log.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/os/kernel.h"
 
 using namespace frame;
 
@@ -52,16 +53,17 @@ int AnySlaveLink(const char* bond) {
 
 }  // namespace
 
-int ZARNNetIfIsLink(const char* szIfname) try {
-  if (IsEmpty(szIfname)) return FRAME_FAIL(kBadParameter, -1);
-  const int ovs = KOPANetOVSIfIsMaster(szIfname);
-  if (ovs == kOvsBond) return AnySlaveLink(szIfname);
-  if (ovs != kOvsPort) return LinkStatus(szIfname);
-  char original[IFNAMSIZ] = "";
-  if (KOPANetOVSGetOriginalIf(szIfname, original, sizeof original) < 0) {
-    LOG_ERROR("%s:%d get ovs origin interface error");
-    return -1;
-  }
-  return LinkStatus(original);
+int ZARNNetIfIsLink(const char* szIfname) {
+  return Boundary(-1, [&]() -> int {
+    if (IsEmpty(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const int ovs = KOPANetOVSIfIsMaster(szIfname);
+    if (ovs == kOvsBond) return AnySlaveLink(szIfname);
+    if (ovs != kOvsPort) return LinkStatus(szIfname);
+    char original[IFNAMSIZ] = "";
+    if (KOPANetOVSGetOriginalIf(szIfname, original, sizeof original) < 0) {
+      LOG_ERROR("%s:%d get ovs origin interface error");
+      return -1;
+    }
+    return LinkStatus(original);
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -1,16 +1,17 @@
 // Tells the appliance that the link of an interface came up or went down.
 #include <zarnnetsdk/iface.h>
 
-#include "frame/log.h"
-#include "frame/plugin_event.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/os/plugin_event.h"
 
 using namespace frame;
 
 namespace {
 
 int Fire(const char* event, const char* ifname) {
-  if (IsUnfitName(ifname)) return FRAME_FAIL(kBadParameter, -1);
+  if (IsUnfitName(ifname)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
   PluginEvent plugin;
   if (!plugin.Init("net", event)) {
     LOG_ERROR_PLAIN("KOPAPluginSDKInit failed");
@@ -29,8 +30,10 @@ int Fire(const char* event, const char* ifname) {
 
 }  // namespace
 
-int KOPANetIfLinkUpEvent(const char* szIfname) try { return Fire("net/if_link_up", szIfname); }
-FRAME_NO_EXCEPTIONS(-1)
+int KOPANetIfLinkUpEvent(const char* szIfname) {
+  return Boundary(-1, [&]() -> int { return Fire("net/if_link_up", szIfname); });
+}
 
-int KOPANetIfLinkDownEvent(const char* szIfname) try { return Fire("net/if_link_down", szIfname); }
-FRAME_NO_EXCEPTIONS(-1)
+int KOPANetIfLinkDownEvent(const char* szIfname) {
+  return Boundary(-1, [&]() -> int { return Fire("net/if_link_down", szIfname); });
+}

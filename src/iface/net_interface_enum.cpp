@@ -4,9 +4,10 @@
 
 #include <zarnnetsdk/iface.h>
 
-#include "frame/kernel.h"
-#include "frame/log.h"
-#include "frame/net_dev.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/facts/net_dev.h"
+#include "frame/os/kernel.h"
 #include "iface/record.h"
 
 using namespace frame;
@@ -19,7 +20,7 @@ using Carrier = std::optional<bool> (*)(const InetSocket& socket, const std::str
 
 // The interfaces that are up, in the order of the statistics table.
 int ListUp(KOPANetIfInfo* list, int max, Carrier carrierOf) {
-  if (max < 0) return FRAME_FAIL(kBadParameter, -1);
+  if (max < 0) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
   const auto names = ListNetDev();
   if (!names) return -1;
   const InetSocket socket;
@@ -54,10 +55,10 @@ std::optional<bool> CarrierOfAny(const InetSocket& /*socket*/, const std::string
 
 }  // namespace
 
-int KOPANetEthEnum(KOPANetIfInfo* pList, int max) try { return ListUp(pList, max, CarrierOfPort); }
-FRAME_NO_EXCEPTIONS(-1)
-
-int KOPANetInterfaceEnum(KOPANetIfInfo* pList, int max, unsigned int /*kind*/) try {
-  return ListUp(pList, max, CarrierOfAny);
+int KOPANetEthEnum(KOPANetIfInfo* pList, int max) {
+  return Boundary(-1, [&]() -> int { return ListUp(pList, max, CarrierOfPort); });
 }
-FRAME_NO_EXCEPTIONS(-1)
+
+int KOPANetInterfaceEnum(KOPANetIfInfo* pList, int max, unsigned int /*kind*/) {
+  return Boundary(-1, [&]() -> int { return ListUp(pList, max, CarrierOfAny); });
+}

@@ -11,17 +11,18 @@
 
 #include <zarnnetsdk/iface.h>
 
-#include "frame/backup.h"
-#include "frame/command.h"
-#include "frame/containers.h"
-#include "frame/file.h"
-#include "frame/ifcfg_keys.h"
-#include "frame/kernel.h"
-#include "frame/key_file.h"
-#include "frame/lock.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/ifcfg_keys.h"
+#include "frame/model/paths.h"
+#include "frame/os/backup.h"
+#include "frame/os/command.h"
+#include "frame/os/containers.h"
+#include "frame/os/file.h"
+#include "frame/os/kernel.h"
+#include "frame/os/key_file.h"
+#include "frame/os/lock.h"
 #include "ipv4/mtu_key.h"
 #include "virtual/rename_event.h"
 
@@ -50,15 +51,15 @@ bool MayRename(const InetSocket& socket, const char* ifname, const char* newName
   // The socket knows an interface by its other names too; its files do not.
   if (!flags || (*flags & IFF_LOOPBACK) != 0 || !Exists(paths::SysNet(ifname, ""))) {
     LOG_ERROR("%s:%d No port %s", ifname);
-    return FRAME_FAIL(kNotFound, false);
+    return Fail(ZARNNETERR_NOT_FOUND, false);
   }
   if (socket.Flags(newName) || Exists(paths::Ifcfg(newName))) {
     LOG_ERROR("%s:%d There is a %s already", newName);
-    return FRAME_FAIL(kExists, false);
+    return Fail(ZARNNETERR_EXISTS, false);
   }
   if (IsBuiltUpon(ifname)) {
     LOG_ERROR("%s:%d %s is part of another interface", ifname);
-    return FRAME_FAIL(kRefused, false);
+    return Fail(ZARNNETERR_REFUSED, false);
   }
   return true;
 }
@@ -194,21 +195,22 @@ int Rename(const InetSocket& socket, const char* ifname, const char* newName) {
   FileMove file(ifname, newName);
   if (!file.Done()) {
     LOG_ERROR("%s:%d Failed to rename the file of %s. %m", ifname);
-    return FRAME_FAIL(kRename, -1);
+    return Fail(ZARNNETERR_RENAME, -1);
   }
   const Lock settings(kSettingsWrite);
   if (!settings.Held()) {
-    LOG_ERROR("%s:%d Failed to lock zarninfo [0x%04X %s:%d]", FRAME_INNER_ERROR);
-    return FRAME_FAIL(kLock, -1);
+    const InnerError inner;
+    LOG_ERROR("%s:%d Failed to lock zarninfo [0x%04X %s:%d]", inner.code, inner.file, inner.line);
+    return Fail(ZARNNETERR_LOCK, -1);
   }
   SettingMove setting(ifname, newName);
   if (!setting.Done()) {
     LOG_ERROR("%s:%d Failed to rename the setting of %s", ifname);
-    return FRAME_FAIL(kWrite, -1);
+    return Fail(ZARNNETERR_WRITE, -1);
   }
   if (!RenameInKernel(socket, ifname, newName)) {
     LOG_ERROR("%s:%d Failed to rename %s to %s. %m", ifname, newName);
-    return FRAME_FAIL(kRefused, -1);
+    return Fail(ZARNNETERR_REFUSED, -1);
   }
   setting.Keep();
   file.Keep();
@@ -217,23 +219,26 @@ int Rename(const InetSocket& socket, const char* ifname, const char* newName) {
 
 }  // namespace
 
-int ZARNNetRenameEth(const char* szOld, const char* szNew) try {
-  if (!IsPortName(szOld) || !IsPortName(szNew)) return FRAME_FAIL(kBadParameter, -1);
-  const Lock lock(kNetworkWrite);
-  if (!lock.Held()) {
-    LOG_ERROR("%s:%d KOPACFileLock failed.[0x%04X %s:%d]", FRAME_INNER_ERROR);
-    return FRAME_FAIL(kLock, -1);
-  }
-  const InetSocket socket;
-  if (!MayRename(socket, szOld, szNew)) return -1;
-  Announcement announcement(szOld, szNew);
-  const bool onDhcp = KeyIs(paths::Ifcfg(szOld), keys::kBootProto, "dhcp") && StopDhcpClient(szOld);
-  const int result = Rename(socket, szOld, szNew);
-  if (onDhcp) {
-    ::unlink(paths::DhcpInfo(szOld).c_str());  // the client writes one for the name it gets
-    StartDhcpClient(result == 0 ? szNew : szOld);
-  }
-  announcement.After(result);
-  return result;
+int ZARNNetRenameEth(const char* szOld, const char* szNew) {
+  return Boundary(-1, [&]() -> int {
+    if (!IsPortName(szOld) || !IsPortName(szNew)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const Lock lock(kNetworkWrite);
+    if (!lock.Held()) {
+      const InnerError inner;
+      LOG_ERROR("%s:%d KOPACFileLock failed.[0x%04X %s:%d]", inner.code, inner.file, inner.line);
+      return Fail(ZARNNETERR_LOCK, -1);
+    }
+    const InetSocket socket;
+    if (!MayRename(socket, szOld, szNew)) return -1;
+    Announcement announcement(szOld, szNew);
+    const bool onDhcp =
+        KeyIs(paths::Ifcfg(szOld), keys::kBootProto, "dhcp") && StopDhcpClient(szOld);
+    const int result = Rename(socket, szOld, szNew);
+    if (onDhcp) {
+      ::unlink(paths::DhcpInfo(szOld).c_str());  // the client writes one for the name it gets
+      StartDhcpClient(result == 0 ? szNew : szOld);
+    }
+    announcement.After(result);
+    return result;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -5,9 +5,10 @@
 
 #include <zarnnetsdk/iface.h>
 
-#include "frame/log.h"
-#include "frame/net_dev.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/facts/net_dev.h"
 
 using namespace frame;
 
@@ -29,28 +30,31 @@ void Fill(const NetDevEntry& entry, KOPANETSTAT* stat) {
 }  // namespace
 
 PKOPANETSTATLIST KOPANetStatInit(int cMax) {
-  if (cMax < 1) return FRAME_FAIL(kBadParameter, nullptr);
-  const std::size_t size =
-      sizeof(KOPANETSTATLIST) + static_cast<std::size_t>(cMax) * sizeof(KOPANETSTAT);
-  auto* const list = static_cast<PKOPANETSTATLIST>(std::calloc(1, size));
-  if (list == nullptr) return FRAME_FAIL(kNoMemory, nullptr);
-  list->nMax = cMax;
-  return list;
+  return Boundary(nullptr, [&]() -> PKOPANETSTATLIST {
+    if (cMax < 1) return Fail(ZARNNETERR_BAD_PARAMETER, nullptr);
+    const std::size_t size =
+        sizeof(KOPANETSTATLIST) + static_cast<std::size_t>(cMax) * sizeof(KOPANETSTAT);
+    auto* const list = static_cast<PKOPANETSTATLIST>(std::calloc(1, size));
+    if (list == nullptr) return Fail(ZARNNETERR_NO_MEMORY, nullptr);
+    list->nMax = cMax;
+    return list;
+  });
 }
 
-int KOPANetStatGetAll(PKOPANETSTATLIST pList) try {
-  if (pList == nullptr) return FRAME_FAIL(kBadParameter, -1);
-  const auto entries = ReadNetDev();
-  if (!entries) return -1;
-  pList->nItem = 0;
-  for (const NetDevEntry& entry : *entries) {
-    if (pList->nItem == pList->nMax) break;
-    Fill(entry, &pList->rgItem[pList->nItem++]);
-  }
-  return pList->nItem;
+int KOPANetStatGetAll(PKOPANETSTATLIST pList) {
+  return Boundary(-1, [&]() -> int {
+    if (pList == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const auto entries = ReadNetDev();
+    if (!entries) return -1;
+    pList->nItem = 0;
+    for (const NetDevEntry& entry : *entries) {
+      if (pList->nItem == pList->nMax) break;
+      Fill(entry, &pList->rgItem[pList->nItem++]);
+    }
+    return pList->nItem;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
 void KOPANetStatFree(PKOPANETSTATLIST pList) {
-  std::free(pList);
+  Boundary([&] { std::free(pList); });
 }

@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-#include "frame/text.h"
+#include "frame/base/text.h"
 
 using frame::CopyText;
 

@@ -5,7 +5,7 @@
 
 #include <zarnnetsdk/iface.h>
 
-#include "frame/kernel.h"
+#include "frame/os/kernel.h"
 
 namespace inventory {
 

@@ -1,9 +1,10 @@
 // Tells the appliance that the configured, or the active, DNS servers change.
 #include <zarnnetsdk/ipv4.h>
 
-#include "frame/log.h"
-#include "frame/plugin_event.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/os/plugin_event.h"
 
 using namespace frame;
 
@@ -31,28 +32,30 @@ bool Fire(PluginEvent* plugin, int stage) {
 
 }  // namespace
 
-int ZARNNetDnsConfigChangeHook(int stage, const char* szIfname, const KOPACSZLIST* pServers) try {
-  if (szIfname == nullptr || pServers == nullptr) return FRAME_FAIL(kBadParameter, -1);
-  PluginEvent plugin;
-  if (!plugin.Init("net", "net/dns_config_change")) {
-    LOG_ERROR("%s:%d KOPAPluginSDKInit failed");
-    return -1;
-  }
-  if (!plugin.Set("INTERFACE", szIfname)) {
-    LOG_ERROR("%s:%d KOPAPluginSetArg failed, interface = %s", szIfname);
-    return -1;
-  }
-  return SetServers(&plugin, pServers) && Fire(&plugin, stage) ? 0 : -1;
+int ZARNNetDnsConfigChangeHook(int stage, const char* szIfname, const KOPACSZLIST* pServers) {
+  return Boundary(-1, [&]() -> int {
+    if (szIfname == nullptr || pServers == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    PluginEvent plugin;
+    if (!plugin.Init("net", "net/dns_config_change")) {
+      LOG_ERROR("%s:%d KOPAPluginSDKInit failed");
+      return -1;
+    }
+    if (!plugin.Set("INTERFACE", szIfname)) {
+      LOG_ERROR("%s:%d KOPAPluginSetArg failed, interface = %s", szIfname);
+      return -1;
+    }
+    return SetServers(&plugin, pServers) && Fire(&plugin, stage) ? 0 : -1;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int ZARNNetDNSChangeHook(int stage, const KOPACSZLIST* pServers) try {
-  if (pServers == nullptr) return FRAME_FAIL(kBadParameter, -1);
-  PluginEvent plugin;
-  if (!plugin.Init("net", "net/dns_change")) {
-    LOG_ERROR("%s:%d KOPAPluginSDKInit failed");
-    return -1;
-  }
-  return SetServers(&plugin, pServers) && Fire(&plugin, stage) ? 0 : -1;
+int ZARNNetDNSChangeHook(int stage, const KOPACSZLIST* pServers) {
+  return Boundary(-1, [&]() -> int {
+    if (pServers == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    PluginEvent plugin;
+    if (!plugin.Init("net", "net/dns_change")) {
+      LOG_ERROR("%s:%d KOPAPluginSDKInit failed");
+      return -1;
+    }
+    return SetServers(&plugin, pServers) && Fire(&plugin, stage) ? 0 : -1;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

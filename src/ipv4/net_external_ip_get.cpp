@@ -6,31 +6,33 @@
 
 #include <zarnnetsdk/ipv4.h>
 
-#include "frame/command.h"
-#include "frame/log.h"
-#include "frame/paths.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/model/paths.h"
+#include "frame/os/command.h"
 
 using namespace frame;
 
-char* ZARNExternalIPGet(void) try {
-  constexpr std::size_t kSize = 16;
-  if (const int status = RunStatus(paths::kDdnsd, "-e"); status != 0) {
-    LOG_ERROR("%s:%d Failed to get external IP by /usr/zarn/sbin/ddnsd, err=%d", status);
-    return nullptr;
-  }
-  std::unique_ptr<char, decltype(&std::free)> ip(static_cast<char*>(std::calloc(1, kSize)),
-                                                 &std::free);
-  if (!ip) {
-    LOG_ERROR_PLAIN("(%s:%d:%s)failed to allocate space for parsing IP, errno=%s", FRAME_SOURCE,
-                    __LINE__, __func__, std::strerror(errno));
-    return nullptr;
-  }
-  if (KOPACFileGetKeyValue(paths::kExternalIpResult, "externalIP", ip.get(), kSize, 0) <= 0) {
-    LOG_ERROR_FUNC(
-        "%s(%d) Failed to get external IP from /run/ddns/externalIP.result, zarn_errno=[%X]",
-        KOPACErrGet());
-    return nullptr;
-  }
-  return ip.release();
+char* ZARNExternalIPGet(void) {
+  return Boundary(nullptr, [&](const Place& at) -> char* {
+    constexpr std::size_t kSize = 16;
+    if (const int status = RunStatus(paths::kDdnsd, "-e"); status != 0) {
+      LOG_ERROR("%s:%d Failed to get external IP by /usr/zarn/sbin/ddnsd, err=%d", status);
+      return nullptr;
+    }
+    std::unique_ptr<char, decltype(&std::free)> ip(static_cast<char*>(std::calloc(1, kSize)),
+                                                   &std::free);
+    if (!ip) {
+      LOG_ERROR_PLAIN("(%s:%d:%s)failed to allocate space for parsing IP, errno=%s", Place().source,
+                      __LINE__, __func__, std::strerror(errno));
+      return nullptr;
+    }
+    if (KOPACFileGetKeyValue(paths::kExternalIpResult, "externalIP", ip.get(), kSize, 0) <= 0) {
+      LOG_ERROR_FUNC(
+          at, "%s(%d) Failed to get external IP from /run/ddns/externalIP.result, zarn_errno=[%X]",
+          KOPACErrGet());
+      return nullptr;
+    }
+    return ip.release();
+  });
 }
-FRAME_NO_EXCEPTIONS(nullptr)

@@ -6,9 +6,10 @@
 
 #include <zarnnetsdk/ipv4.h>
 
-#include "frame/kernel.h"
-#include "frame/log.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/os/kernel.h"
 #include "ipv4/ovs_device.h"
 
 using namespace frame;
@@ -51,28 +52,30 @@ int MtuOfBond(const char* bond) {
 
 }  // namespace
 
-int ZARNGetMTU(const char* szIfname) try {
-  constexpr std::size_t kMaxName = 16;
-  if (IsEmpty(szIfname)) return FRAME_FAIL(kBadParameter, -1);
-  if (std::string_view(szIfname).size() > kMaxName) {
-    LOG_ERROR("%s:%d interface name is too long");
-    return -1;
-  }
-  const InetSocket socket;
-  if (!socket.IsOpen()) return -1;
-  return FitsKernel(szIfname) ? socket.Mtu(szIfname).value_or(0) : 0;
+int ZARNGetMTU(const char* szIfname) {
+  return Boundary(-1, [&]() -> int {
+    constexpr std::size_t kMaxName = 16;
+    if (IsEmpty(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    if (std::string_view(szIfname).size() > kMaxName) {
+      LOG_ERROR("%s:%d interface name is too long");
+      return -1;
+    }
+    const InetSocket socket;
+    if (!socket.IsOpen()) return -1;
+    return FitsKernel(szIfname) ? socket.Mtu(szIfname).value_or(0) : 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int ZARNGetMTUSetting(const char* szIfname) try {
-  if (IsEmpty(szIfname)) return FRAME_FAIL(kBadParameter, -1);
-  switch (ipv4::OvsKindOf(szIfname)) {
-    case ipv4::OvsKind::kBond:
-      return MtuOfBond(szIfname);
-    case ipv4::OvsKind::kPort:
-      return MtuUnder(szIfname);
-    default:
-      return MtuOfInterface(szIfname);
-  }
+int ZARNGetMTUSetting(const char* szIfname) {
+  return Boundary(-1, [&]() -> int {
+    if (IsEmpty(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    switch (ipv4::OvsKindOf(szIfname)) {
+      case ipv4::OvsKind::kBond:
+        return MtuOfBond(szIfname);
+      case ipv4::OvsKind::kPort:
+        return MtuUnder(szIfname);
+      default:
+        return MtuOfInterface(szIfname);
+    }
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -8,13 +8,14 @@
 #include <zarnnetsdk/ipv4.h>
 #include <zarnplvcore/zarnplvcore.h>
 
-#include "frame/command.h"
-#include "frame/file.h"
-#include "frame/lock.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/rewrite.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/command.h"
+#include "frame/os/file.h"
+#include "frame/os/lock.h"
+#include "frame/os/rewrite.h"
 
 using namespace frame;
 
@@ -24,7 +25,7 @@ constexpr std::size_t kMaxHostname = 63;
 
 bool SetKernelName(const char* hostname) {
   if (::sethostname(hostname, std::strlen(hostname) + 1) == 0) return true;
-  return FRAME_FAIL(kRefused, false);
+  return Fail(ZARNNETERR_REFUSED, false);
 }
 
 // Writes over the old name and cuts the file to length afterwards: a full disk has room for that.
@@ -39,9 +40,9 @@ bool WriteHostnameFile(const char* hostname) {
   const Descriptor fd(::open(paths::kHostname, O_WRONLY | O_CREAT | O_CLOEXEC, kMode));
   if (!fd) {
     LOG_ERROR("%s:%d fopen failed: %m");
-    return FRAME_FAIL(kOpen, false);
+    return Fail(ZARNNETERR_OPEN, false);
   }
-  return WriteOver(fd.Get(), Format("%s\n", hostname)) || FRAME_FAIL(kWrite, false);
+  return WriteOver(fd.Get(), Format("%s\n", hostname)) || Fail(ZARNNETERR_WRITE, false);
 }
 
 std::string HostsText(const char* hostname) {
@@ -55,11 +56,11 @@ std::string HostsText(const char* hostname) {
 bool WriteHostsFile(const char* hostname) {
   constexpr mode_t kMode = 0644;
   Rewrite rewrite(paths::kHosts);
-  if (!rewrite.IsOpen()) return FRAME_FAIL(kOpen, false);
+  if (!rewrite.IsOpen()) return Fail(ZARNNETERR_OPEN, false);
   if (!rewrite.SetMode(kMode) || !rewrite.Fill(HostsText(hostname))) {
-    return FRAME_FAIL(kWrite, false);
+    return Fail(ZARNNETERR_WRITE, false);
   }
-  return rewrite.TakeEffect() || FRAME_FAIL(kRename, false);
+  return rewrite.TakeEffect() || Fail(ZARNNETERR_RENAME, false);
 }
 
 // The logger writes the host name into every line. A refusal, such as that of a logger that does
@@ -70,17 +71,18 @@ bool ReloadLogger() {
 
 }  // namespace
 
-int ZARNLnxSetHostname(const char* szHostname) try {
-  if (szHostname == nullptr) return FRAME_FAIL(kBadParameter, -1);
-  const std::size_t length = std::strlen(szHostname);
-  if (length == 0 || length > kMaxHostname) return FRAME_FAIL(kHostnameLength, -1);
-  if (IsUnfitName(szHostname)) return FRAME_FAIL(kBadParameter, -1);
-  const Lock lock(kNetworkWrite);
-  if (!lock.Held()) return FRAME_FAIL(kLock, -1);
-  if (ZARNIsDockerPLV() == 1) return 0;  // the name belongs to the container runtime
-  const bool done = SetKernelName(szHostname) && WriteHostnameFile(szHostname) &&
-                    WriteHostsFile(szHostname) && ReloadLogger() &&
-                    ZARNNetHostnameChangeHook(szHostname) >= 0;
-  return done ? 0 : -1;
+int ZARNLnxSetHostname(const char* szHostname) {
+  return Boundary(-1, [&]() -> int {
+    if (szHostname == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const std::size_t length = std::strlen(szHostname);
+    if (length == 0 || length > kMaxHostname) return Fail(ZARNNETERR_HOSTNAME_LENGTH, -1);
+    if (IsUnfitName(szHostname)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const Lock lock(kNetworkWrite);
+    if (!lock.Held()) return Fail(ZARNNETERR_LOCK, -1);
+    if (ZARNIsDockerPLV() == 1) return 0;  // the name belongs to the container runtime
+    const bool done = SetKernelName(szHostname) && WriteHostnameFile(szHostname) &&
+                      WriteHostsFile(szHostname) && ReloadLogger() &&
+                      ZARNNetHostnameChangeHook(szHostname) >= 0;
+    return done ? 0 : -1;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -8,13 +8,14 @@
 #include <zarnnetsdk/addr.h>
 #include <zarnnetsdk/ipv4.h>
 
-#include "frame/backup.h"
-#include "frame/command.h"
-#include "frame/ifcfg_keys.h"
-#include "frame/key_file.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/ifcfg_keys.h"
+#include "frame/model/paths.h"
+#include "frame/os/backup.h"
+#include "frame/os/command.h"
+#include "frame/os/key_file.h"
 
 using namespace frame;
 
@@ -56,20 +57,22 @@ int WriteAndApply(const std::string& path, const char* ifname, const char* ip,
 
 }  // namespace
 
-int ZARNILnxSetIPNetmask(const char* szIfname, const char* szIP, const char* szMask) try {
-  if (IsUnfitName(szIfname) || AnyEmpty({szIP, szMask})) return FRAME_FAIL(kBadParameter, -1);
-  const std::string path = paths::Ifcfg(szIfname);
-  Backup backup(path, Format(".tmp%ld", static_cast<long>(std::time(nullptr))));
-  if (!backup.Made()) {
-    LOG_ERROR("%s:%d copy (%s, %s) failed.(strerror=%s)", path.c_str(), backup.CopyName().c_str(),
-              std::strerror(errno));
-  }
-  const int result = WriteAndApply(path, szIfname, szIP, szMask);
-  if (result < 0) {
-    if (!backup.Restore()) LOG_ERROR_FUNC("%s(%d): rename fail.");
-  } else if (!backup.Remove()) {
-    LOG_ERROR_FUNC("%s(%d): unlink fail.");
-  }
-  return result;
+int ZARNILnxSetIPNetmask(const char* szIfname, const char* szIP, const char* szMask) {
+  return Boundary(-1, [&](const Place& at) -> int {
+    if (IsUnfitName(szIfname) || AnyEmpty({szIP, szMask}))
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const std::string path = paths::Ifcfg(szIfname);
+    Backup backup(path, Format(".tmp%ld", static_cast<long>(std::time(nullptr))));
+    if (!backup.Made()) {
+      LOG_ERROR("%s:%d copy (%s, %s) failed.(strerror=%s)", path.c_str(), backup.CopyName().c_str(),
+                std::strerror(errno));
+    }
+    const int result = WriteAndApply(path, szIfname, szIP, szMask);
+    if (result < 0) {
+      if (!backup.Restore()) LOG_ERROR_FUNC(at, "%s(%d): rename fail.");
+    } else if (!backup.Remove()) {
+      LOG_ERROR_FUNC(at, "%s(%d): unlink fail.");
+    }
+    return result;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

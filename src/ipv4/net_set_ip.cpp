@@ -11,10 +11,11 @@
 #include <zarnnetsdk/ipv4.h>
 #include <zarnnetsdk/ipv6.h>
 
-#include "frame/command.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/command.h"
 
 using namespace frame;
 
@@ -172,23 +173,24 @@ const char* OrEmpty(const char* text) {
 }  // namespace
 
 int ZARNNetSetIP(const char* szType, const char* szIfname, const char* szIP, unsigned int prefix,
-                 const char* szAction) try {
-  const std::string_view type = OrEmpty(szType);
-  const std::string_view action = OrEmpty(szAction);
-  if (action == "flush") {
-    if (ZARNNetFlushIP(szType, szIfname) == 0) return 0;
-    LOG_ERROR("%s:%d flush ip failed");
+                 const char* szAction) {
+  return Boundary(-1, [&]() -> int {
+    const std::string_view type = OrEmpty(szType);
+    const std::string_view action = OrEmpty(szAction);
+    if (action == "flush") {
+      if (ZARNNetFlushIP(szType, szIfname) == 0) return 0;
+      LOG_ERROR("%s:%d flush ip failed");
+      return -1;
+    }
+    if (action != "add" && action != "del") {
+      LOG_ERROR("%s:%d action command is wrong. your action is %s", OrEmpty(szAction));
+      return -1;
+    }
+    const char* const ip = OrEmpty(szIP);
+    const Request request{szType, szIfname, ip, prefix, Format("%s/%u", ip, prefix)};
+    if (type == kV4) return SetV4(request, action == "add");
+    if (type == kV6) return SetV6(request, action == "add");
+    LOG_ERROR("%s:%d ip type is wrong, only -4 or -6");
     return -1;
-  }
-  if (action != "add" && action != "del") {
-    LOG_ERROR("%s:%d action command is wrong. your action is %s", OrEmpty(szAction));
-    return -1;
-  }
-  const char* const ip = OrEmpty(szIP);
-  const Request request{szType, szIfname, ip, prefix, Format("%s/%u", ip, prefix)};
-  if (type == kV4) return SetV4(request, action == "add");
-  if (type == kV6) return SetV6(request, action == "add");
-  LOG_ERROR("%s:%d ip type is wrong, only -4 or -6");
-  return -1;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

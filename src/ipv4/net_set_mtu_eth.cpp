@@ -8,9 +8,10 @@
 #include <zarnnetsdk/ipv4.h>
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/kernel.h"
-#include "frame/log.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/os/kernel.h"
 #include "ipv4/ovs_device.h"
 
 using namespace frame;
@@ -44,7 +45,7 @@ bool ApplyWhileDown(const char* ifname, const char* mtu) {
 // NOLINTNEXTLINE(misc-no-recursion): from a VLAN to its parent, bounded by kMaxParents
 bool Apply(const char* ifname, const char* mtu, int parentsLeft) {
   constexpr std::size_t kMaxName = 16;
-  if (std::string_view(ifname).size() > kMaxName) return FRAME_FAIL(kBadParameter, false);
+  if (std::string_view(ifname).size() > kMaxName) return Fail(ZARNNETERR_BAD_PARAMETER, false);
   if (!FitsKernel(ifname)) return false;
   const BringUpAtEnd bringUp(ifname);
   KOPANETVLAN vlan{};
@@ -52,7 +53,7 @@ bool Apply(const char* ifname, const char* mtu, int parentsLeft) {
   if (isVlan < 0) return false;
   if (isVlan == 1) {
     const std::string parent(FieldText(vlan.szRowDev));
-    if (parent == ifname || parentsLeft == 0) return FRAME_FAIL(kRefused, false);
+    if (parent == ifname || parentsLeft == 0) return Fail(ZARNNETERR_REFUSED, false);
     if (!Apply(parent.c_str(), mtu, parentsLeft - 1)) return false;
   }
   return ApplyWhileDown(ifname, mtu);
@@ -86,20 +87,21 @@ bool ApplyUnder(const char* ifname, const char* mtu) {
 
 }  // namespace
 
-int ZARNNetSetMTUEth(const char* szMTU, const char* szIfname) try {
-  if (AnyEmpty({szMTU, szIfname})) return FRAME_FAIL(kBadParameter, -1);
-  bool applied = false;
-  switch (ipv4::OvsKindOf(szIfname)) {
-    case ipv4::OvsKind::kBond:
-      applied = ApplyToBond(szIfname, szMTU);
-      break;
-    case ipv4::OvsKind::kPort:
-      applied = ApplyUnder(szIfname, szMTU);
-      break;
-    case ipv4::OvsKind::kNone:
-      applied = ApplyToInterface(szIfname, szMTU);
-      break;
-  }
-  return applied ? 0 : -1;
+int ZARNNetSetMTUEth(const char* szMTU, const char* szIfname) {
+  return Boundary(-1, [&]() -> int {
+    if (AnyEmpty({szMTU, szIfname})) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    bool applied = false;
+    switch (ipv4::OvsKindOf(szIfname)) {
+      case ipv4::OvsKind::kBond:
+        applied = ApplyToBond(szIfname, szMTU);
+        break;
+      case ipv4::OvsKind::kPort:
+        applied = ApplyUnder(szIfname, szMTU);
+        break;
+      case ipv4::OvsKind::kNone:
+        applied = ApplyToInterface(szIfname, szMTU);
+        break;
+    }
+    return applied ? 0 : -1;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -7,9 +7,10 @@
 #include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/ipv4.h>
 
-#include "frame/log.h"
-#include "frame/plugin_event.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/os/plugin_event.h"
 #include "ipv4/ovs_device.h"
 
 using namespace frame;
@@ -89,31 +90,32 @@ void TellAfter(const char* mtu, const char* ifname) {
 
 }  // namespace
 
-int ZARNNetSetMTUValue(const char* szMTU, const char* szIfname) try {
-  if (AnyEmpty({szMTU, szIfname})) return FRAME_FAIL(kBadParameter, -1);
-  if (ZARNNetMTUChangeHook(szIfname, szMTU, kStageBefore) < 0) {
-    LOG_ERROR("%s:%d Failed to send mtu change prehook");
-  }
-  const ipv4::OvsKind kind = ipv4::OvsKindOf(szIfname);
-  if (kind == ipv4::OvsKind::kBond) {
-    const bool done = SetBond(szMTU, szIfname);
-    TellAfter(szMTU, szIfname);  // also after a failure: some members may have changed
-    return done ? 0 : -1;
-  }
-  std::string ifname = szIfname;
-  if (kind == ipv4::OvsKind::kPort) {
-    const auto port = ipv4::UnderlyingPort(szIfname);
-    if (!port) {
-      LOG_ERROR("%s:%d get ovs origin interface error");
+int ZARNNetSetMTUValue(const char* szMTU, const char* szIfname) {
+  return Boundary(-1, [&]() -> int {
+    if (AnyEmpty({szMTU, szIfname})) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    if (ZARNNetMTUChangeHook(szIfname, szMTU, kStageBefore) < 0) {
+      LOG_ERROR("%s:%d Failed to send mtu change prehook");
+    }
+    const ipv4::OvsKind kind = ipv4::OvsKindOf(szIfname);
+    if (kind == ipv4::OvsKind::kBond) {
+      const bool done = SetBond(szMTU, szIfname);
+      TellAfter(szMTU, szIfname);  // also after a failure: some members may have changed
+      return done ? 0 : -1;
+    }
+    std::string ifname = szIfname;
+    if (kind == ipv4::OvsKind::kPort) {
+      const auto port = ipv4::UnderlyingPort(szIfname);
+      if (!port) {
+        LOG_ERROR("%s:%d get ovs origin interface error");
+        return -1;
+      }
+      ifname = *port;
+    }
+    if (!SetInterface(szMTU, ifname.c_str())) {
+      LOG_ERROR("%s:%d Failed to set MTU %s of %s", szMTU, ifname.c_str());
       return -1;
     }
-    ifname = *port;
-  }
-  if (!SetInterface(szMTU, ifname.c_str())) {
-    LOG_ERROR("%s:%d Failed to set MTU %s of %s", szMTU, ifname.c_str());
-    return -1;
-  }
-  TellAfter(szMTU, szIfname);
-  return 0;
+    TellAfter(szMTU, szIfname);
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

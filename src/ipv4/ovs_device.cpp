@@ -4,7 +4,7 @@
 
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/text.h"
+#include "frame/base/text.h"
 
 using namespace frame;
 

@@ -1,9 +1,10 @@
 // Tells the services in one event which kinds of network change took place.
 #include <zarnnetsdk/ipv4.h>
 
-#include "frame/lock.h"
-#include "frame/log.h"
-#include "frame/plugin_event.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/os/lock.h"
+#include "frame/os/plugin_event.h"
 
 using namespace frame;
 
@@ -20,28 +21,29 @@ bool FireStage(PluginEvent* plugin, int stage, int daemonAction, unsigned flags)
 
 }  // namespace
 
-int KOPAServicePlugin(int daemonAction, unsigned int flags) try {
-  const Lock lock(kServicePlugin);
-  if (!lock.Held()) {
-    LOG_ERROR("%s:%d Lock failed");
-    return -1;
-  }
-  PluginEvent plugin;
-  if (!plugin.Init("service", "service")) {
-    LOG_ERROR("%s:%d Fail to do plugin init[0x%04X %s:%d]", FRAME_INNER_ERROR);
-    return -1;
-  }
-  if (!FireStage(&plugin, kStageBefore, daemonAction, flags)) {
-    LOG_ERROR("%s:%d Fail to execute service plugin (PRE)");
-  }
-  if (!FireStage(&plugin, kStageAfter, daemonAction, flags)) {
-    LOG_ERROR("%s:%d Fail to execute service plugin (POST)");
-  }
-  return 0;
+int KOPAServicePlugin(int daemonAction, unsigned int flags) {
+  return Boundary(-1, [&]() -> int {
+    const Lock lock(kServicePlugin);
+    if (!lock.Held()) {
+      LOG_ERROR("%s:%d Lock failed");
+      return -1;
+    }
+    PluginEvent plugin;
+    if (!plugin.Init("service", "service")) {
+      const InnerError inner;
+      LOG_ERROR("%s:%d Fail to do plugin init[0x%04X %s:%d]", inner.code, inner.file, inner.line);
+      return -1;
+    }
+    if (!FireStage(&plugin, kStageBefore, daemonAction, flags)) {
+      LOG_ERROR("%s:%d Fail to execute service plugin (PRE)");
+    }
+    if (!FireStage(&plugin, kStageAfter, daemonAction, flags)) {
+      LOG_ERROR("%s:%d Fail to execute service plugin (POST)");
+    }
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int KOPAServiceStopBeforeIPChange(void) try {
-  return KOPAServicectlJobStop("pppoerelay") < 0 ? -1 : 0;
+int KOPAServiceStopBeforeIPChange(void) {
+  return Boundary(-1, [&]() -> int { return KOPAServicectlJobStop("pppoerelay") < 0 ? -1 : 0; });
 }
-FRAME_NO_EXCEPTIONS(-1)

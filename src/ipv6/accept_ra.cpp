@@ -3,9 +3,9 @@
 
 #include <cstdio>
 
-#include "frame/file.h"
-#include "frame/log.h"
-#include "frame/paths.h"
+#include "frame/base/log.h"
+#include "frame/model/paths.h"
+#include "frame/os/file.h"
 
 using namespace frame;
 

@@ -9,10 +9,10 @@
 #include <optional>
 #include <string_view>
 
-#include "frame/file.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/file.h"
 #include "ipv6/config.h"
 
 using namespace frame;
@@ -111,7 +111,7 @@ bool ChangeRoute(int cmd, const std::string& ifname, const std::string& gateway,
   if (ZARNNetIPv6IPAction(cmd, ifname.c_str(), "", 0, gateway.c_str()) != 0) {
     LOG_ERROR("%s:%d Failed to %s ipv6 default route via [%s] on [%s]",
               cmd == ipv6::kAdd ? "add" : "delete", gateway.c_str(), ifname.c_str());
-    return FRAME_FAIL(kCommand, false);
+    return Fail(ZARNNETERR_COMMAND, false);
   }
   steps->Done([=] {
     static_cast<void>(ZARNNetIPv6IPAction(Opposite(cmd), ifname.c_str(), "", 0, gateway.c_str()));

@@ -8,10 +8,11 @@
 #include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/ipv6.h>
 
-#include "frame/key_file.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/key_file.h"
 #include "ipv6/config.h"
 
 using namespace frame;
@@ -74,35 +75,36 @@ bool ReadGateway(const std::string& path, char* buffer, int size) {
 }  // namespace
 
 int ZARNNetIPv6ConfGet(const char* szIfname, int* pType, char* szAddr, int cbAddr, int* pPrefix,
-                       char* szGateway, int cbGateway) try {
-  if (szIfname == nullptr || pType == nullptr || szAddr == nullptr || pPrefix == nullptr ||
-      szGateway == nullptr || cbAddr < kSmallestBuffer || cbGateway < kSmallestBuffer) {
-    return FRAME_FAIL(kBadParameter, -1);
-  }
-  if (ZARNNetIsDevTypeMatch(szIfname, kUsableKind) != 1) return 0;
-  *pPrefix = -1;
-  *pType = ZARNNET_IPV6_AUTO;
-  CopyText("", szAddr, static_cast<std::size_t>(cbAddr));
-  CopyText("", szGateway, static_cast<std::size_t>(cbGateway));
+                       char* szGateway, int cbGateway) {
+  return Boundary(-1, [&]() -> int {
+    if (szIfname == nullptr || pType == nullptr || szAddr == nullptr || pPrefix == nullptr ||
+        szGateway == nullptr || cbAddr < kSmallestBuffer || cbGateway < kSmallestBuffer) {
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    }
+    if (ZARNNetIsDevTypeMatch(szIfname, kUsableKind) != 1) return 0;
+    *pPrefix = -1;
+    *pType = ZARNNET_IPV6_AUTO;
+    CopyText("", szAddr, static_cast<std::size_t>(cbAddr));
+    CopyText("", szGateway, static_cast<std::size_t>(cbGateway));
 
-  const std::string path = paths::Ifcfg(szIfname);
-  const KeyValue type = ReadKey(path, ipv6::kTypeKey, kValueSize);
-  if (type.Unreadable()) {
-    LOG_ERROR("%s:%d can not get ipv6 key value %s, %s,", ipv6::kTypeKey, path.c_str());
-    return -1;
-  }
-  if (!type.Found()) {
-    LOG_NOTE("%s:%d no ipv6 configtype, first time set IPv6");
-    return 0;
-  }
-  const auto known = TypeOf(type.text);
-  if (!known) {
-    LOG_ERROR("%s:%d ipv6 init type undefined %s, %s,", type.text.c_str(), path.c_str());
-    return type.length;
-  }
-  *pType = *known;
-  const bool read = ReadAddress(path, szAddr, cbAddr) && ReadPrefix(path, pPrefix) &&
-                    ReadGateway(path, szGateway, cbGateway);
-  return read ? 1 : -1;
+    const std::string path = paths::Ifcfg(szIfname);
+    const KeyValue type = ReadKey(path, ipv6::kTypeKey, kValueSize);
+    if (type.Unreadable()) {
+      LOG_ERROR("%s:%d can not get ipv6 key value %s, %s,", ipv6::kTypeKey, path.c_str());
+      return -1;
+    }
+    if (!type.Found()) {
+      LOG_NOTE("%s:%d no ipv6 configtype, first time set IPv6");
+      return 0;
+    }
+    const auto known = TypeOf(type.text);
+    if (!known) {
+      LOG_ERROR("%s:%d ipv6 init type undefined %s, %s,", type.text.c_str(), path.c_str());
+      return type.length;
+    }
+    *pType = *known;
+    const bool read = ReadAddress(path, szAddr, cbAddr) && ReadPrefix(path, pPrefix) &&
+                      ReadGateway(path, szGateway, cbGateway);
+    return read ? 1 : -1;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

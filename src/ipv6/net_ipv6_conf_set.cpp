@@ -13,15 +13,16 @@
 
 #include <zarnnetsdk/ipv6.h>
 
-#include "frame/backup.h"
-#include "frame/command.h"
-#include "frame/file.h"
-#include "frame/kernel.h"
-#include "frame/key_file.h"
-#include "frame/lock.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/backup.h"
+#include "frame/os/command.h"
+#include "frame/os/file.h"
+#include "frame/os/kernel.h"
+#include "frame/os/key_file.h"
+#include "frame/os/lock.h"
 #include "ipv6/accept_ra.h"
 #include "ipv6/config.h"
 #include "ipv6/fixed_address.h"
@@ -209,7 +210,7 @@ bool StartClient(const std::string& ifname, ipv6::Steps* steps) {
   }
   if (!TellClient(paths::kStart, ifname, kStartAction)) {
     LOG_ERROR("%s:%d Failed to start dhclient on interface [%s]", ifname.c_str());
-    return FRAME_FAIL(kCommand, false);
+    return Fail(ZARNNETERR_COMMAND, false);
   }
   steps->Done([=] { static_cast<void>(TellClient(paths::kStop, ifname, kStopAction)); });
   return true;
@@ -220,7 +221,7 @@ bool StopClient(const std::string& ifname, ipv6::Steps* steps) {
   const bool ran = IsClientRunning(ifname);
   if (!TellClient(paths::kStop, ifname, kStopAction) && IsClientRunning(ifname)) {
     LOG_ERROR("%s:%d Failed to stop dhclient on interface [%s]", ifname.c_str());
-    return FRAME_FAIL(kCommand, false);
+    return Fail(ZARNNETERR_COMMAND, false);
   }
   if (ran) steps->Done([=] { static_cast<void>(TellClient(paths::kStart, ifname, kStartAction)); });
   return true;
@@ -276,28 +277,29 @@ std::string TextOf(const char* text) {
 }  // namespace
 
 int ZARNNetIPv6ConfSet(const char* szIfname, int type, const char* szAddr, int prefix,
-                       const char* szGateway) try {
-  const Request request{TextOf(szIfname), type, TextOf(szAddr), prefix, TextOf(szGateway)};
-  if (!IsSensible(request)) return FRAME_FAIL(kBadParameter, -1);
+                       const char* szGateway) {
+  return Boundary(-1, [&]() -> int {
+    const Request request{TextOf(szIfname), type, TextOf(szAddr), prefix, TextOf(szGateway)};
+    if (!IsSensible(request)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
 
-  // Not the network lock: the client's scripts and the event's plugins take that one while this
-  // call waits.
-  const std::string path = paths::Ifcfg(request.ifname);
-  const FileLock lock(path);
-  if (!lock.Held()) {
-    LOG_ERROR("%s:%d KOPACFileLockTimeByFile failed!");
-    return -1;
-  }
-  const ipv6::Fixed former = FormerFixed(path);
-  FormerFile file(path);
-  if (!file.IsSafe()) return -1;
-  ipv6::Steps steps;
-  if (!WriteKeys(path, request) || !Apply(request, former, &steps)) {
-    steps.TakeBack();
-    file.PutBack();
-    return -1;
-  }
-  file.Forget();
-  return 0;
+    // Not the network lock: the client's scripts and the event's plugins take that one while this
+    // call waits.
+    const std::string path = paths::Ifcfg(request.ifname);
+    const FileLock lock(path);
+    if (!lock.Held()) {
+      LOG_ERROR("%s:%d KOPACFileLockTimeByFile failed!");
+      return -1;
+    }
+    const ipv6::Fixed former = FormerFixed(path);
+    FormerFile file(path);
+    if (!file.IsSafe()) return -1;
+    ipv6::Steps steps;
+    if (!WriteKeys(path, request) || !Apply(request, former, &steps)) {
+      steps.TakeBack();
+      file.PutBack();
+      return -1;
+    }
+    file.Forget();
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -10,12 +10,13 @@
 #include <zarnnetsdk/ipv6.h>
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/file.h"
-#include "frame/kernel.h"
-#include "frame/key_file.h"
-#include "frame/log.h"
-#include "frame/net_dev.h"
-#include "frame/paths.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/facts/net_dev.h"
+#include "frame/model/paths.h"
+#include "frame/os/file.h"
+#include "frame/os/kernel.h"
+#include "frame/os/key_file.h"
 #include "ipv6/accept_ra.h"
 #include "ipv6/config.h"
 
@@ -64,19 +65,20 @@ std::optional<bool> WantsAdvertisements(const std::string& path) {
 
 }  // namespace
 
-int ZARNNetIpv6Init(void) try {
-  const auto names = KeptInterfaces();
-  if (!names) return FRAME_FAIL(kNoMemory, -1);
-  for (const std::string& ifname : *names) {
-    const std::string path = paths::Ifcfg(ifname);
-    if (!Exists(path)) continue;
-    const auto accept = WantsAdvertisements(path);
-    if (!accept) continue;
-    if (!ipv6::WriteAcceptRa(ifname, *accept ? ipv6::kAcceptRa : ipv6::kIgnoreRa)) {
-      LOG_ERROR("%s:%d Failed to set ipv6 accept_ra.");
-      return -1;
+int ZARNNetIpv6Init(void) {
+  return Boundary(-1, [&]() -> int {
+    const auto names = KeptInterfaces();
+    if (!names) return Fail(ZARNNETERR_NO_MEMORY, -1);
+    for (const std::string& ifname : *names) {
+      const std::string path = paths::Ifcfg(ifname);
+      if (!Exists(path)) continue;
+      const auto accept = WantsAdvertisements(path);
+      if (!accept) continue;
+      if (!ipv6::WriteAcceptRa(ifname, *accept ? ipv6::kAcceptRa : ipv6::kIgnoreRa)) {
+        LOG_ERROR("%s:%d Failed to set ipv6 accept_ra.");
+        return -1;
+      }
     }
-  }
-  return 0;
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

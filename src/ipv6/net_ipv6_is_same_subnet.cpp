@@ -5,7 +5,8 @@
 
 #include <zarnnetsdk/ipv6.h>
 
-#include "frame/log.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
 
 using namespace frame;
 
@@ -27,15 +28,16 @@ bool AgreeInPrefix(const in6_addr& a, const in6_addr& b, unsigned prefix) {
 
 }  // namespace
 
-int ZARNNetIPv6IsSameSubnet(const char* szAddrA, const char* szAddrB, unsigned int prefix) try {
-  if (szAddrA == nullptr || szAddrB == nullptr || prefix > 128) {
-    LOG_ERROR("%s:%d Bad parameter.");
-    return FRAME_FAIL(kBadParameter, -1);
-  }
-  const auto a = Parse(szAddrA);
-  if (!a) return -1;
-  const auto b = Parse(szAddrB);
-  if (!b) return -1;
-  return AgreeInPrefix(*a, *b, prefix) ? 1 : 0;
+int ZARNNetIPv6IsSameSubnet(const char* szAddrA, const char* szAddrB, unsigned int prefix) {
+  return Boundary(-1, [&]() -> int {
+    if (szAddrA == nullptr || szAddrB == nullptr || prefix > 128) {
+      LOG_ERROR("%s:%d Bad parameter.");
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    }
+    const auto a = Parse(szAddrA);
+    if (!a) return -1;
+    const auto b = Parse(szAddrB);
+    if (!b) return -1;
+    return AgreeInPrefix(*a, *b, prefix) ? 1 : 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

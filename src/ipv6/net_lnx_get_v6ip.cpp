@@ -8,10 +8,11 @@
 
 #include <zarnnetsdk/ipv6.h>
 
-#include "frame/file.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/file.h"
 
 using namespace frame;
 
@@ -46,24 +47,26 @@ std::string ParseLine(const std::string& line, ZARNNETV6ADDR* record) {
 
 }  // namespace
 
-int ZARNLnxV6IPGet(const char* szIfname, ZARNNETV6ADDR* rgAddr, int cAddr) try {
-  if (IsEmpty(szIfname) || rgAddr == nullptr || cAddr <= 0) return FRAME_FAIL(kBadParameter, -1);
-  std::fill_n(rgAddr, cAddr, ZARNNETV6ADDR{});
-  LineReader lines(paths::kProcIfInet6);
-  if (!lines.IsOpen()) {
-    const int error = errno;
-    FRAME_SET_ERROR(kOpen);
-    errno = error;
-    LOG_ERROR("%s:%d Fail to open [%s], errno=[%d/%m]", paths::kProcIfInet6, error);
-    return -1;
-  }
-  int count = 0;
-  while (const auto line = lines.Next()) {
-    ZARNNETV6ADDR record{};
-    if (ParseLine(std::string(*line), &record) != szIfname) continue;
-    if (count < cAddr) rgAddr[count] = record;
-    ++count;
-  }
-  return count;
+int ZARNLnxV6IPGet(const char* szIfname, ZARNNETV6ADDR* rgAddr, int cAddr) {
+  return Boundary(-1, [&]() -> int {
+    if (IsEmpty(szIfname) || rgAddr == nullptr || cAddr <= 0)
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    std::fill_n(rgAddr, cAddr, ZARNNETV6ADDR{});
+    LineReader lines(paths::kProcIfInet6);
+    if (!lines.IsOpen()) {
+      const int error = errno;
+      SetError(ZARNNETERR_OPEN);
+      errno = error;
+      LOG_ERROR("%s:%d Fail to open [%s], errno=[%d/%m]", paths::kProcIfInet6, error);
+      return -1;
+    }
+    int count = 0;
+    while (const auto line = lines.Next()) {
+      ZARNNETV6ADDR record{};
+      if (ParseLine(std::string(*line), &record) != szIfname) continue;
+      if (count < cAddr) rgAddr[count] = record;
+      ++count;
+    }
+    return count;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

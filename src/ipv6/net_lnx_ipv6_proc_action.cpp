@@ -11,11 +11,12 @@
 #include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/ipv6.h>
 
-#include "frame/file.h"
-#include "frame/key_file.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/file.h"
+#include "frame/os/key_file.h"
 #include "ipv6/config.h"
 
 using namespace frame;
@@ -67,34 +68,36 @@ void WaitForLinkLocal(const char* ifname) {
 
 }  // namespace
 
-int ZARNLnxIPv6ProcAction(const char* szIfname, unsigned int action) try {
-  if (IsUnfitName(szIfname)) return FRAME_FAIL(kBadParameter, -1);
-  if (ZARNNetIsDevTypeMatch(szIfname, kSwitchableKind) != 1) {
-    return ZARNNetIsDevTypeMatch(szIfname, kAnyKind) == 1 ? 0 : -1;
-  }
-  if (!WriteSwitch(paths::Ipv6Switch(szIfname), action)) return -1;
-  if (action != kDisable) WaitForLinkLocal(szIfname);
-  return 0;
+int ZARNLnxIPv6ProcAction(const char* szIfname, unsigned int action) {
+  return Boundary(-1, [&]() -> int {
+    if (IsUnfitName(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    if (ZARNNetIsDevTypeMatch(szIfname, kSwitchableKind) != 1) {
+      return ZARNNetIsDevTypeMatch(szIfname, kAnyKind) == 1 ? 0 : -1;
+    }
+    if (!WriteSwitch(paths::Ipv6Switch(szIfname), action)) return -1;
+    if (action != kDisable) WaitForLinkLocal(szIfname);
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int ZARNLnxIPv6FlushAddr(const char* szIfname) try {
-  if (IsUnfitName(szIfname)) return FRAME_FAIL(kBadParameter, -1);
-  const std::string path = paths::Ifcfg(szIfname);
-  const KeyValue mode = ReadKey(path, ipv6::kTypeKey, 16);
-  if (mode.Unreadable()) {
-    LOG_ERROR("%s:%d Failed to get key [%s] in [%s]", ipv6::kTypeKey, path.c_str());
-    return -1;
-  }
-  if (ZARNLnxIPv6ProcAction(szIfname, kDisable) < 0) {
-    LOG_ERROR("%s:%d Failed to disable IPv6 on [%s]", szIfname);
-    return -1;
-  }
-  if (strcasecmp(mode.text.c_str(), "off") == 0) return 0;
-  if (ZARNLnxIPv6ProcAction(szIfname, kEnable) < 0) {
-    LOG_ERROR("%s:%d Failed to enable IPv6 on [%s]", szIfname);
-    return -1;
-  }
-  return 0;
+int ZARNLnxIPv6FlushAddr(const char* szIfname) {
+  return Boundary(-1, [&]() -> int {
+    if (IsUnfitName(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const std::string path = paths::Ifcfg(szIfname);
+    const KeyValue mode = ReadKey(path, ipv6::kTypeKey, 16);
+    if (mode.Unreadable()) {
+      LOG_ERROR("%s:%d Failed to get key [%s] in [%s]", ipv6::kTypeKey, path.c_str());
+      return -1;
+    }
+    if (ZARNLnxIPv6ProcAction(szIfname, kDisable) < 0) {
+      LOG_ERROR("%s:%d Failed to disable IPv6 on [%s]", szIfname);
+      return -1;
+    }
+    if (strcasecmp(mode.text.c_str(), "off") == 0) return 0;
+    if (ZARNLnxIPv6ProcAction(szIfname, kEnable) < 0) {
+      LOG_ERROR("%s:%d Failed to enable IPv6 on [%s]", szIfname);
+      return -1;
+    }
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -4,10 +4,11 @@
 #include <zarnnetsdk/pppoe.h>
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/command.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/command.h"
 
 using namespace frame;
 
@@ -47,18 +48,19 @@ int Stop(const char* ifname) {
 
 }  // namespace
 
-int ZARNNetApplyPPPoERelayConfig(const char* ifname) try {
-  if (ifname == nullptr) {
-    LOG_ERROR("%s:%d Bad parameter");
-    return FRAME_FAIL(kBadParameter, -1);
-  }
-  PPPOE_RELAY_CONF conf{};
-  if (ZARNNetGetPPPoERelayConfig(ifname, &conf) < 0) return -1;
-  if (!ShouldRun(ifname, conf)) return Stop(ifname);
-  if (IsAlive(CommandLine(ifname))) {
-    if (IsAlive(CommandLine(ifname, conf.server))) return 0;
-    if (Stop(ifname) < 0) return -1;
-  }
-  return Start(ifname, conf.server);
+int ZARNNetApplyPPPoERelayConfig(const char* ifname) {
+  return Boundary(-1, [&]() -> int {
+    if (ifname == nullptr) {
+      LOG_ERROR("%s:%d Bad parameter");
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    }
+    PPPOE_RELAY_CONF conf{};
+    if (ZARNNetGetPPPoERelayConfig(ifname, &conf) < 0) return -1;
+    if (!ShouldRun(ifname, conf)) return Stop(ifname);
+    if (IsAlive(CommandLine(ifname))) {
+      if (IsAlive(CommandLine(ifname, conf.server))) return 0;
+      if (Stop(ifname) < 0) return -1;
+    }
+    return Start(ifname, conf.server);
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -4,9 +4,10 @@
 
 #include <zarnnetsdk/pppoe.h>
 
-#include "frame/containers.h"
-#include "frame/log.h"
-#include "frame/paths.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/model/paths.h"
+#include "frame/os/containers.h"
 #include "pppoe/relay.h"
 
 using namespace frame;
@@ -24,16 +25,17 @@ bool List(StringList* names) {
 
 }  // namespace
 
-int ZARNNetApplyPPPoERelayConfigAll(void) try {
-  StringList names(pppoe::kMaxRelays);
-  if (!List(&names)) {
-    LOG_ERROR("%s:%d Failed to get interfaces' config");
-    return -1;
-  }
-  const int count = std::min(names.Count(), pppoe::kMaxRelays);
-  for (int i = 0; i < count; ++i) {
-    if (ZARNNetApplyPPPoERelayConfig(names[i]) < 0) return -1;
-  }
-  return 0;
+int ZARNNetApplyPPPoERelayConfigAll(void) {
+  return Boundary(-1, [&]() -> int {
+    StringList names(pppoe::kMaxRelays);
+    if (!List(&names)) {
+      LOG_ERROR("%s:%d Failed to get interfaces' config");
+      return -1;
+    }
+    const int count = std::min(names.Count(), pppoe::kMaxRelays);
+    for (int i = 0; i < count; ++i) {
+      if (ZARNNetApplyPPPoERelayConfig(names[i]) < 0) return -1;
+    }
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

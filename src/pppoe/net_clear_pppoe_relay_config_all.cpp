@@ -4,9 +4,10 @@
 
 #include <zarnnetsdk/pppoe.h>
 
-#include "frame/containers.h"
-#include "frame/log.h"
-#include "frame/paths.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/model/paths.h"
+#include "frame/os/containers.h"
 #include "pppoe/relay.h"
 
 using namespace frame;
@@ -27,19 +28,21 @@ bool IsThere() {
 
 }  // namespace
 
-int ZARNNetClearPPPoERelayConfigAll(void) try {
-  StringList names(pppoe::kMaxRelays);
-  if (!IsThere()) return 0;
-  if (KOPACFileCheckDir(paths::kPppoeRelayFolder) != 1) return -1;
-  if (KOPACFileEnumDir(paths::kPppoeRelayFolder, nullptr, names.Out(), 0) < 0) {
-    LOG_ERROR("%s:%d Failed to enum [%s]", paths::kPppoeRelayFolder);
-    return -1;
-  }
-  const int count = std::min(names.Count(), pppoe::kMaxRelays);
-  for (int i = 0; i < count; ++i)
-    Delete(names[i]);
-  return 0;
-} catch (...) {
-  LOG_ERROR("%s:%d Failed to alloc memory for list");
-  return OutOfMemory(FRAME_SOURCE, __LINE__, -1);
+int ZARNNetClearPPPoERelayConfigAll(void) {
+  return Boundary(
+      -1,
+      [&]() -> int {
+        StringList names(pppoe::kMaxRelays);
+        if (!IsThere()) return 0;
+        if (KOPACFileCheckDir(paths::kPppoeRelayFolder) != 1) return -1;
+        if (KOPACFileEnumDir(paths::kPppoeRelayFolder, nullptr, names.Out(), 0) < 0) {
+          LOG_ERROR("%s:%d Failed to enum [%s]", paths::kPppoeRelayFolder);
+          return -1;
+        }
+        const int count = std::min(names.Count(), pppoe::kMaxRelays);
+        for (int i = 0; i < count; ++i)
+          Delete(names[i]);
+        return 0;
+      },
+      [&] { LOG_ERROR("%s:%d Failed to alloc memory for list"); });
 }

@@ -6,13 +6,14 @@
 
 #include <zarnnetsdk/pppoe.h>
 
-#include "frame/command.h"
-#include "frame/file.h"
-#include "frame/kernel.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/rewrite.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/command.h"
+#include "frame/os/file.h"
+#include "frame/os/kernel.h"
+#include "frame/os/rewrite.h"
 
 using namespace frame;
 
@@ -116,22 +117,24 @@ bool ReadAddress(char* ip, int ipSize, char* mask, int maskSize) {
 
 }  // namespace
 
-int ZARNPPPoeIntfGet(char* ifname, size_t size) try {
-  if (ifname == nullptr || size == 0) return FRAME_FAIL(kBadParameter, -1);
-  LineReader devices{paths::kProcNetDev};
-  if (!devices.IsOpen()) return FRAME_FAIL(kOpen, -1);
-  if (!KernelHasPpp(&devices)) return -1;
-  std::memset(ifname, 0, size);
-  if (const auto remembered = Remembered()) return Hand(*remembered, ifname, size);
-  return AskScripts(ifname, size);
+int ZARNPPPoeIntfGet(char* ifname, size_t size) {
+  return Boundary(-1, [&]() -> int {
+    if (ifname == nullptr || size == 0) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    LineReader devices{paths::kProcNetDev};
+    if (!devices.IsOpen()) return Fail(ZARNNETERR_OPEN, -1);
+    if (!KernelHasPpp(&devices)) return -1;
+    std::memset(ifname, 0, size);
+    if (const auto remembered = Remembered()) return Hand(*remembered, ifname, size);
+    return AskScripts(ifname, size);
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int ZARNPPPoeNetInfoGet(char* ip, int ip_size, char* mask, int mask_size) try {
-  const bool wanted = (ip != nullptr && ip_size > 0) || (mask != nullptr && mask_size > 0);
-  if (!wanted) return 0;
-  if (ReadAddress(ip, ip_size, mask, mask_size)) return 0;
-  Forget();
-  return -1;
+int ZARNPPPoeNetInfoGet(char* ip, int ip_size, char* mask, int mask_size) {
+  return Boundary(-1, [&]() -> int {
+    const bool wanted = (ip != nullptr && ip_size > 0) || (mask != nullptr && mask_size > 0);
+    if (!wanted) return 0;
+    if (ReadAddress(ip, ip_size, mask, mask_size)) return 0;
+    Forget();
+    return -1;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

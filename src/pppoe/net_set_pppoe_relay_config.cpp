@@ -6,13 +6,14 @@
 
 #include <zarnnetsdk/pppoe.h>
 
-#include "frame/file.h"
-#include "frame/key_file.h"
-#include "frame/lock.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/rewrite.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/file.h"
+#include "frame/os/key_file.h"
+#include "frame/os/lock.h"
+#include "frame/os/rewrite.h"
 #include "pppoe/relay.h"
 
 using namespace frame;
@@ -72,16 +73,17 @@ bool CanBeServer(const PPPOE_RELAY_CONF& conf) {
 
 }  // namespace
 
-int ZARNNetSetPPPoERelayConfig(const char* ifname, const PPPOE_RELAY_CONF* conf) try {
-  if (conf == nullptr || !pppoe::CanHaveSettings(ifname) || !CanBeServer(*conf)) {
-    LOG_ERROR("%s:%d Wrong Parameter.");
-    return FRAME_FAIL(kBadParameter, -1);
-  }
-  const std::string path = pppoe::RelayFile(ifname);
-  if (!pppoe::MakeRelayFile(path)) return -1;
-  KeyEdit edit;
-  edit.Set(pppoe::kEnable, conf->enable == 1 ? pppoe::kYes : pppoe::kNo);
-  edit.Set(pppoe::kServer, conf->server);
-  return Store(edit, path) ? 0 : -1;
+int ZARNNetSetPPPoERelayConfig(const char* ifname, const PPPOE_RELAY_CONF* conf) {
+  return Boundary(-1, [&]() -> int {
+    if (conf == nullptr || !pppoe::CanHaveSettings(ifname) || !CanBeServer(*conf)) {
+      LOG_ERROR("%s:%d Wrong Parameter.");
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    }
+    const std::string path = pppoe::RelayFile(ifname);
+    if (!pppoe::MakeRelayFile(path)) return -1;
+    KeyEdit edit;
+    edit.Set(pppoe::kEnable, conf->enable == 1 ? pppoe::kYes : pppoe::kNo);
+    edit.Set(pppoe::kServer, conf->server);
+    return Store(edit, path) ? 0 : -1;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -5,8 +5,8 @@
 
 #include <zarncore/zarncore.h>
 
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
 
 using namespace frame;
 

@@ -10,14 +10,15 @@
 
 #include <zarnnetsdk/pppoe.h>
 
-#include "frame/command.h"
-#include "frame/file.h"
-#include "frame/key_file.h"
-#include "frame/lock.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/rewrite.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/command.h"
+#include "frame/os/file.h"
+#include "frame/os/key_file.h"
+#include "frame/os/lock.h"
+#include "frame/os/rewrite.h"
 #include "pppoe/shell_quote.h"
 
 using namespace frame;
@@ -173,82 +174,88 @@ int CheckStatus(bool fix) {
 
 }  // namespace
 
-int PPPoEConfigGet(PPPOE_CONF* conf) try {
-  if (conf == nullptr) {
-    LOG_ERROR_FUNC("%s (%d) bad parameter PPPoEConf");
-    return -1;
-  }
-  *conf = {};
-  if (!ReadKeyInto(paths::kPppoeConf, kEth, conf->eth)) {
-    LOG_ERROR("%s:%d Failed to get PPPoE ETH setting.[0x%04X %s:%d]", FRAME_INNER_ERROR);
-    return -1;
-  }
-  conf->defaultroute = KeyIs(paths::kPppoeConf, kDefaultRoute, kYes) ? 1 : 0;
-  const KeyValue account = ReadKey(paths::kPppoeConf, kUser, sizeof conf->user);
-  if (!account.Found()) return 0;
-  const KeyValue mtu = ReadKey(paths::kPppoeConf, kMtu, sizeof conf->mtu);
-  if (mtu.Unreadable()) {
-    LOG_ERROR("%s:%d Failed to get PPPoE MTU setting.");
-    return -1;
-  }
-  CopyText(mtu.text, conf->mtu);
-  LineReader secrets{paths::kPapSecrets};
-  if (!secrets.IsOpen()) {
-    LOG_ERROR_FUNC("%s (%d) Failed to open %s", paths::kPapSecrets);
-    return -1;
-  }
-  ReadSecrets(&secrets, account.text, conf);
-  return 0;
+int PPPoEConfigGet(PPPOE_CONF* conf) {
+  return Boundary(-1, [&](const Place& at) -> int {
+    if (conf == nullptr) {
+      LOG_ERROR_FUNC(at, "%s (%d) bad parameter PPPoEConf");
+      return -1;
+    }
+    *conf = {};
+    if (!ReadKeyInto(paths::kPppoeConf, kEth, conf->eth)) {
+      const InnerError inner;
+      LOG_ERROR("%s:%d Failed to get PPPoE ETH setting.[0x%04X %s:%d]", inner.code, inner.file,
+                inner.line);
+      return -1;
+    }
+    conf->defaultroute = KeyIs(paths::kPppoeConf, kDefaultRoute, kYes) ? 1 : 0;
+    const KeyValue account = ReadKey(paths::kPppoeConf, kUser, sizeof conf->user);
+    if (!account.Found()) return 0;
+    const KeyValue mtu = ReadKey(paths::kPppoeConf, kMtu, sizeof conf->mtu);
+    if (mtu.Unreadable()) {
+      LOG_ERROR("%s:%d Failed to get PPPoE MTU setting.");
+      return -1;
+    }
+    CopyText(mtu.text, conf->mtu);
+    LineReader secrets{paths::kPapSecrets};
+    if (!secrets.IsOpen()) {
+      LOG_ERROR_FUNC(at, "%s (%d) Failed to open %s", paths::kPapSecrets);
+      return -1;
+    }
+    ReadSecrets(&secrets, account.text, conf);
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int PPPoEConfigSet(const PPPOE_CONF* conf) try {
-  if (conf == nullptr || !IsFit(*conf)) {
-    LOG_ERROR_FUNC("%s (%d) bad parameter PPPoEConf");
-    return FRAME_FAIL(kBadParameter, -1);
-  }
-  const std::string account = pppoe::Quoted(FieldText(conf->user));
-  const std::string secret = pppoe::Quoted(FieldText(conf->password));
-  if (!WriteSettings(*conf, account)) {
-    LOG_ERROR_FUNC("%s (%d) Failed to edit %s", paths::kPppoeConf);
-    return -1;
-  }
-  NewSecrets secrets;
-  if (!secrets.IsOpen()) {
-    LOG_ERROR_FUNC("%s (%d) Failed to open tmp file to write PPPoE setting (%s)",
-                   std::strerror(errno));
-    return -1;
-  }
-  if (!secrets.Write(account, secret)) {
-    LOG_ERROR_FUNC("%s (%d) Failed to write PPPoE setting (%s)", std::strerror(errno));
-    return -1;
-  }
-  if (!secrets.Sync()) {
-    LOG_ERROR_FUNC("%s (%d) Failed to fflush PPPoE setting.(%s)", std::strerror(errno));
-    return -1;
-  }
-  if (!secrets.TakeEffect()) {
-    LOG_ERROR("%s:%d rename %s to %s.tmp failed", paths::kPapSecrets, paths::kPapSecrets);
-    return -1;
-  }
-  if (::chmod(paths::kPapSecrets, S_IRUSR | S_IWUSR) != 0) {
-    LOG_ERROR("%s:%d chmod %s failed", paths::kPapSecrets);
-    return -1;
-  }
-  return 0;
+int PPPoEConfigSet(const PPPOE_CONF* conf) {
+  return Boundary(-1, [&](const Place& at) -> int {
+    if (conf == nullptr || !IsFit(*conf)) {
+      LOG_ERROR_FUNC(at, "%s (%d) bad parameter PPPoEConf");
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    }
+    const std::string account = pppoe::Quoted(FieldText(conf->user));
+    const std::string secret = pppoe::Quoted(FieldText(conf->password));
+    if (!WriteSettings(*conf, account)) {
+      LOG_ERROR_FUNC(at, "%s (%d) Failed to edit %s", paths::kPppoeConf);
+      return -1;
+    }
+    NewSecrets secrets;
+    if (!secrets.IsOpen()) {
+      LOG_ERROR_FUNC(at, "%s (%d) Failed to open tmp file to write PPPoE setting (%s)",
+                     std::strerror(errno));
+      return -1;
+    }
+    if (!secrets.Write(account, secret)) {
+      LOG_ERROR_FUNC(at, "%s (%d) Failed to write PPPoE setting (%s)", std::strerror(errno));
+      return -1;
+    }
+    if (!secrets.Sync()) {
+      LOG_ERROR_FUNC(at, "%s (%d) Failed to fflush PPPoE setting.(%s)", std::strerror(errno));
+      return -1;
+    }
+    if (!secrets.TakeEffect()) {
+      LOG_ERROR("%s:%d rename %s to %s.tmp failed", paths::kPapSecrets, paths::kPapSecrets);
+      return -1;
+    }
+    if (::chmod(paths::kPapSecrets, S_IRUSR | S_IWUSR) != 0) {
+      LOG_ERROR("%s:%d chmod %s failed", paths::kPapSecrets);
+      return -1;
+    }
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int ZARNPPPoEService(int op) try {
-  if (op != 0 && op != 1) return FRAME_INVALID_ARGUMENT("(op == 1 || op == 0)", -1);
-  return op == 1 ? Start() : Stop();
+int ZARNPPPoEService(int op) {
+  return Boundary(-1, [&]() -> int {
+    if (op != 0 && op != 1) return InvalidArgument("(op == 1 || op == 0)", -1);
+    return op == 1 ? Start() : Stop();
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int ZARNPPPoECheckStatus(int fix) try {
-  Lock lock(fix != 0 ? kSettingsWrite : kSettingsRead);
-  if (!lock.Held()) return -1;
-  const int status = CheckStatus(fix != 0);
-  return lock.Release() ? status : -1;
+int ZARNPPPoECheckStatus(int fix) {
+  return Boundary(-1, [&]() -> int {
+    Lock lock(fix != 0 ? kSettingsWrite : kSettingsRead);
+    if (!lock.Held()) return -1;
+    const int status = CheckStatus(fix != 0);
+    return lock.Release() ? status : -1;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

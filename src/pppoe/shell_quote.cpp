@@ -1,7 +1,7 @@
 // Texts as the dial-in's scripts and the secrets file have them: quoted as one word of a shell.
 #include "pppoe/shell_quote.h"
 
-#include "frame/text.h"
+#include "frame/base/text.h"
 
 namespace pppoe {
 namespace {

@@ -8,10 +8,11 @@
 #include <zarnnetsdk/tunnel.h>
 #include <zarnsdk/zarnsdk.h>
 
-#include "frame/file.h"
-#include "frame/key_file.h"
-#include "frame/log.h"
-#include "frame/paths.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/model/paths.h"
+#include "frame/os/file.h"
+#include "frame/os/key_file.h"
 #include "tunnel/settings.h"
 
 using namespace frame;
@@ -63,7 +64,7 @@ void tunnel::ReadPassword(ZARNTUNNELCONF* conf) {
   std::memset(password, 0, sizeof password);
   const std::string enciphered = ReadEnciphered();
   if (enciphered.size() >= sizeof password) {
-    LOG_ERROR_PLAIN("%s %s(%d): lenPasswdEnc is not enough!!", "TunnelPasswdGet", FRAME_SOURCE,
+    LOG_ERROR_PLAIN("%s %s(%d): lenPasswdEnc is not enough!!", "TunnelPasswdGet", Place().source,
                     __LINE__);
     return;
   }
@@ -73,15 +74,16 @@ void tunnel::ReadPassword(ZARNTUNNELCONF* conf) {
   }
 }
 
-int ZARNTunnelConfigGet(ZARNTUNNELCONF* pConf) try {
-  int runState = 0;
-  if (pConf == nullptr || KOPAServicecfgRunKeyGet(kService, &runState) < 0) return -1;
-  *pConf = {};
-  if (!ReadSettings(pConf)) {
+int ZARNTunnelConfigGet(ZARNTUNNELCONF* pConf) {
+  return Boundary(-1, [&]() -> int {
+    int runState = 0;
+    if (pConf == nullptr || KOPAServicecfgRunKeyGet(kService, &runState) < 0) return -1;
     *pConf = {};
-    return -1;
-  }
-  if (runState == kEnabled) return 1;
-  return runState == kDisabled ? 0 : -1;
+    if (!ReadSettings(pConf)) {
+      *pConf = {};
+      return -1;
+    }
+    if (runState == kEnabled) return 1;
+    return runState == kDisabled ? 0 : -1;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -3,10 +3,11 @@
 #include <zarncore/zarncore.h>
 #include <zarnnetsdk/tunnel.h>
 
-#include "frame/key_file.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/rewrite.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/model/paths.h"
+#include "frame/os/key_file.h"
+#include "frame/os/rewrite.h"
 #include "tunnel/settings.h"
 
 using namespace frame;
@@ -33,8 +34,8 @@ void UncoverLogin(ZARNTUNNELCONF* stored) {
 bool WritePassword(const char (&password)[sizeof ZARNTUNNELCONF::szPassword]) {
   const std::string_view text = FieldText(password);
   if (!HasEnd(password)) {  // nobody knows how long it is, and no record could hold it again
-    FRAME_SET_ERROR(kBadParameter);
-    LOG_ERROR_PLAIN("%s %s(%d): lenPassword is not enough!!", "TunnelPasswdSet", FRAME_SOURCE,
+    SetError(ZARNNETERR_BAD_PARAMETER);
+    LOG_ERROR_PLAIN("%s %s(%d): lenPassword is not enough!!", "TunnelPasswdSet", Place().source,
                     __LINE__);
     return false;
   }
@@ -77,15 +78,17 @@ int Store(const ZARNTUNNELCONF& conf, const ZARNTUNNELCONF& present) {
 
 }  // namespace
 
-int ZARNTunnelConfigSet(const ZARNTUNNELCONF* pConf) try {
-  if (pConf == nullptr || !IsFit(*pConf)) return FRAME_FAIL(kBadParameter, -1);
-  ZARNTUNNELCONF present{};
-  if (ZARNTunnelConfigGet(&present) < 0) {
-    LOG_ERROR("%s:%d failed to get Tunnel Config");
-    return -1;
-  }
-  return Store(*pConf, present);
-} catch (...) {
-  LOG_ERROR("%s:%d failed to alloc hash");
-  return OutOfMemory(FRAME_SOURCE, __LINE__, -1);
+int ZARNTunnelConfigSet(const ZARNTUNNELCONF* pConf) {
+  return Boundary(
+      -1,
+      [&]() -> int {
+        if (pConf == nullptr || !IsFit(*pConf)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+        ZARNTUNNELCONF present{};
+        if (ZARNTunnelConfigGet(&present) < 0) {
+          LOG_ERROR("%s:%d failed to get Tunnel Config");
+          return -1;
+        }
+        return Store(*pConf, present);
+      },
+      [&] { LOG_ERROR("%s:%d failed to alloc hash"); });
 }

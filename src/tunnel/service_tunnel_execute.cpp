@@ -16,11 +16,12 @@
 #include <zarnnetsdk/tunnel.h>
 #include <zarnsdk/zarnsdk.h>
 
-#include "frame/command.h"
-#include "frame/containers.h"
-#include "frame/file.h"
-#include "frame/log.h"
-#include "frame/paths.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/model/paths.h"
+#include "frame/os/command.h"
+#include "frame/os/containers.h"
+#include "frame/os/file.h"
 #include "tunnel/settings.h"
 
 using namespace frame;
@@ -246,17 +247,19 @@ bool IsOutcomeRight(int action) {
 
 }  // namespace
 
-int ZARNTunnelExecute(int action, const ZARNTUNNELCONF* pConf) try {
-  if (action != ZARNTUNNEL_STOP && pConf != nullptr && !IsFit(*pConf))
-    return FRAME_FAIL(kBadParameter, -1);
-  const pid_t child = ::fork();
-  if (child < 0) return -1;
-  if (child == 0) BeChild(action, pConf);
-  WaitFor(child);
-  SetBrokerListAside();
-  if (!IsOutcomeRight(action)) return -1;
-  // A relay that misses the news learns it at its next start.
-  if (KOPAServiceIsRunning(kRelayService) == 1) static_cast<void>(KOPAServiceReload(kRelayService));
-  return 0;
+int ZARNTunnelExecute(int action, const ZARNTUNNELCONF* pConf) {
+  return Boundary(-1, [&]() -> int {
+    if (action != ZARNTUNNEL_STOP && pConf != nullptr && !IsFit(*pConf))
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const pid_t child = ::fork();
+    if (child < 0) return -1;
+    if (child == 0) BeChild(action, pConf);
+    WaitFor(child);
+    SetBrokerListAside();
+    if (!IsOutcomeRight(action)) return -1;
+    // A relay that misses the news learns it at its next start.
+    if (KOPAServiceIsRunning(kRelayService) == 1)
+      static_cast<void>(KOPAServiceReload(kRelayService));
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

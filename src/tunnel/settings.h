@@ -5,7 +5,7 @@
 
 #include <zarnnetsdk/tunnel.h>
 
-#include "frame/text.h"
+#include "frame/base/text.h"
 
 namespace tunnel {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "frame/ifcfg_keys.h"
+#include "frame/model/ifcfg_keys.h"
 
 namespace virtual_if {
 

@@ -3,27 +3,29 @@
 
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/error.h"
-#include "frame/ifcfg_keys.h"
-#include "frame/key_file.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/error.h"
+#include "frame/base/text.h"
+#include "frame/model/ifcfg_keys.h"
+#include "frame/model/paths.h"
+#include "frame/os/key_file.h"
 #include "virtual/roles.h"
 #include "virtual/settings_keys.h"
 
 using namespace frame;
 
-int ZARNNetDisableBridgeSlave(const ZARNNETIFSETTINGS* pSettings) try {
-  const std::string ifname(pSettings != nullptr ? FieldText(pSettings->szName) : "");
-  if (IsUnfitName(ifname.c_str()) || !virtual_if::IsFit(*pSettings)) {
-    return FRAME_FAIL(kBadParameter, -1);
-  }
-  KeyEdit edit;
-  edit.Set(keys::kDevice, ifname.c_str()).Set(keys::kOnBoot, "yes");
-  virtual_if::SetAddress(*pSettings, &edit);
-  edit.Drop(bridge::kBridgeKey).Drop(bridge::kTypeKey);
-  const std::string path = paths::Ifcfg(ifname);
-  virtual_if::KeepCopy(path);
-  return edit.WriteTo(path) ? 0 : -1;
+int ZARNNetDisableBridgeSlave(const ZARNNETIFSETTINGS* pSettings) {
+  return Boundary(-1, [&]() -> int {
+    const std::string ifname(pSettings != nullptr ? FieldText(pSettings->szName) : "");
+    if (IsUnfitName(ifname.c_str()) || !virtual_if::IsFit(*pSettings)) {
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    }
+    KeyEdit edit;
+    edit.Set(keys::kDevice, ifname.c_str()).Set(keys::kOnBoot, "yes");
+    virtual_if::SetAddress(*pSettings, &edit);
+    edit.Drop(bridge::kBridgeKey).Drop(bridge::kTypeKey);
+    const std::string path = paths::Ifcfg(ifname);
+    virtual_if::KeepCopy(path);
+    return edit.WriteTo(path) ? 0 : -1;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

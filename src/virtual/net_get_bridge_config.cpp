@@ -2,12 +2,13 @@
 #include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/file.h"
-#include "frame/ifcfg_keys.h"
-#include "frame/key_file.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/ifcfg_keys.h"
+#include "frame/model/paths.h"
+#include "frame/os/file.h"
+#include "frame/os/key_file.h"
 #include "virtual/roles.h"
 
 using namespace frame;
@@ -52,18 +53,19 @@ void ReadSettings(const char* ifname, const std::string& path, ZARNNETIFSETTINGS
 }  // namespace
 
 int ZARNNetGetBridgeConfig(const char* szIfname, ZARNNETIFSETTINGS* pSettings,
-                           ZARNBRIDGEINFO* pInfo) try {
-  if (IsUnfitName(szIfname) || (pSettings == nullptr && pInfo == nullptr)) {
-    LOG_ERROR("%s:%d Wrong Parameter.");
-    return FRAME_FAIL(kBadParameter, -1);
-  }
-  const std::string path = paths::Ifcfg(szIfname);
-  if (!Exists(path)) {
-    LOG_ERROR("%s:%d Failed to access [%s].", path.c_str());
-    return -1;
-  }
-  if (pInfo != nullptr) ReadRole(szIfname, path, pInfo);
-  if (pSettings != nullptr) ReadSettings(szIfname, path, pSettings);
-  return 0;
+                           ZARNBRIDGEINFO* pInfo) {
+  return Boundary(-1, [&]() -> int {
+    if (IsUnfitName(szIfname) || (pSettings == nullptr && pInfo == nullptr)) {
+      LOG_ERROR("%s:%d Wrong Parameter.");
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    }
+    const std::string path = paths::Ifcfg(szIfname);
+    if (!Exists(path)) {
+      LOG_ERROR("%s:%d Failed to access [%s].", path.c_str());
+      return -1;
+    }
+    if (pInfo != nullptr) ReadRole(szIfname, path, pInfo);
+    if (pSettings != nullptr) ReadSettings(szIfname, path, pSettings);
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -6,12 +6,13 @@
 #include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/file.h"
-#include "frame/key_file.h"
-#include "frame/log.h"
-#include "frame/net_dev.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/facts/net_dev.h"
+#include "frame/model/paths.h"
+#include "frame/os/file.h"
+#include "frame/os/key_file.h"
 #include "virtual/roles.h"
 
 using namespace frame;
@@ -41,57 +42,63 @@ bool IsWanted(const std::string& ifname, uint32_t role) {
 
 }  // namespace
 
-int KOPANetBridgeIfIsMaster(const char* szIfname) try {
-  if (IsUnfitName(szIfname)) return FRAME_FAIL(kBadParameter, 0);
-  return Exists(paths::SysNet(szIfname, "/bridge/")) ? 1 : 0;
+int KOPANetBridgeIfIsMaster(const char* szIfname) {
+  return Boundary(0, [&]() -> int {
+    if (IsUnfitName(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
+    return Exists(paths::SysNet(szIfname, "/bridge/")) ? 1 : 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(0)
 
-int KOPANetBridgeIfIsSlave(const char* szIfname) try {
-  if (IsUnfitName(szIfname)) return FRAME_FAIL(kBadParameter, 0);
-  return Exists(paths::SysNet(szIfname, "/brport")) ? 1 : 0;
+int KOPANetBridgeIfIsSlave(const char* szIfname) {
+  return Boundary(0, [&]() -> int {
+    if (IsUnfitName(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
+    return Exists(paths::SysNet(szIfname, "/brport")) ? 1 : 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(0)
 
-int KOPANetEnumBridge(PKOPACSZLIST* ppList, uint32_t role) try {
-  const auto names = ListNetDev();
-  if (!names) return FRAME_FAIL(kNoMemory, -1);
-  if (role != bridge::kBridge && role != bridge::kLocalLan) return 0;
-  int count = 0;
-  for (const std::string& ifname : *names) {
-    if (!IsWanted(ifname, role)) continue;
-    if (ppList != nullptr && KOPACSzListPush(ppList, ifname.c_str()) < 0) {
-      return FRAME_FAIL(kNoMemory, -1);
+int KOPANetEnumBridge(PKOPACSZLIST* ppList, uint32_t role) {
+  return Boundary(-1, [&]() -> int {
+    const auto names = ListNetDev();
+    if (!names) return Fail(ZARNNETERR_NO_MEMORY, -1);
+    if (role != bridge::kBridge && role != bridge::kLocalLan) return 0;
+    int count = 0;
+    for (const std::string& ifname : *names) {
+      if (!IsWanted(ifname, role)) continue;
+      if (ppList != nullptr && KOPACSzListPush(ppList, ifname.c_str()) < 0) {
+        return Fail(ZARNNETERR_NO_MEMORY, -1);
+      }
+      ++count;
     }
-    ++count;
-  }
-  return count;
+    return count;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
-int KOPANETGetBridgeInfo(const char* szIfname, ZARNBRIDGEINFO* pInfo) try {
-  if (IsUnfitName(szIfname)) return FRAME_FAIL(kBadParameter, 0);
-  if (ZARNNetIsIFUp(szIfname) != 1) return 0;
-  const uint32_t role = RoleOf(szIfname);
-  if (pInfo != nullptr) {
-    *pInfo = ZARNBRIDGEINFO{};
-    pInfo->type = role;
-    CopyText(szIfname, pInfo->szName);
-    ReadReference(szIfname, pInfo);
-  }
-  return static_cast<int>(role);
+int KOPANETGetBridgeInfo(const char* szIfname, ZARNBRIDGEINFO* pInfo) {
+  return Boundary(0, [&]() -> int {
+    if (IsUnfitName(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
+    if (ZARNNetIsIFUp(szIfname) != 1) return 0;
+    const uint32_t role = RoleOf(szIfname);
+    if (pInfo != nullptr) {
+      *pInfo = ZARNBRIDGEINFO{};
+      pInfo->type = role;
+      CopyText(szIfname, pInfo->szName);
+      ReadReference(szIfname, pInfo);
+    }
+    return static_cast<int>(role);
+  });
 }
-FRAME_NO_EXCEPTIONS(0)
 
 int KOPANETGetBridgeInfoByTopology(const char* szIfname, ZARNBRIDGEINFO* pInfo, uint32_t kind) {
-  if (szIfname == nullptr) return FRAME_FAIL(kBadParameter, 0);
-  if (kind < 1 || kind >= std::size(grgTopologyIFInfo)) return 0;
-  for (const ZARNBRIDGEINFO& entry : grgTopologyIFInfo[kind]) {
-    const std::string_view name = FieldText(entry.szName);
-    if (name.empty()) return 0;
-    if (name != szIfname) continue;
-    if (pInfo != nullptr) *pInfo = entry;
-    return static_cast<int>(entry.type);
-  }
-  return 0;
+  return Boundary(0, [&]() -> int {
+    if (szIfname == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
+    if (kind < 1 || kind >= std::size(grgTopologyIFInfo)) return 0;
+    for (const ZARNBRIDGEINFO& entry : grgTopologyIFInfo[kind]) {
+      const std::string_view name = FieldText(entry.szName);
+      if (name.empty()) return 0;
+      if (name != szIfname) continue;
+      if (pInfo != nullptr) *pInfo = entry;
+      return static_cast<int>(entry.type);
+    }
+    return 0;
+  });
 }

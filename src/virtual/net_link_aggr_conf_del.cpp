@@ -9,11 +9,12 @@
 #include <zarnnetsdk/ipv4.h>
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/command.h"
-#include "frame/key_file.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/command.h"
+#include "frame/os/key_file.h"
 #include "virtual/interface_keys.h"
 
 using namespace frame;
@@ -90,7 +91,7 @@ bool AddIfSlave(const char* path, const std::string& bond, Names* slaves) {
 std::optional<Names> ParseSlaves(const std::string& bond) {
   Names slaves;
   const FileNames files;
-  if (files.Failed()) return FRAME_FAIL(kOpen, std::nullopt);
+  if (files.Failed()) return Fail(ZARNNETERR_OPEN, std::nullopt);
   for (const char* path : files) {
     if (std::string_view(path).ends_with(kBackupSuffix)) continue;
     if (!AddIfSlave(path, bond, &slaves)) return std::nullopt;
@@ -152,28 +153,29 @@ bool Inherit(const std::string& bondPath, const std::string& heir) {
   if (heir.empty()) return true;
   const std::string path = paths::Ifcfg(heir);
   if (RunStatus(paths::kCp, "-f", bondPath.c_str(), path.c_str()) == 0) return true;
-  return FRAME_FAIL(kCommand, false);
+  return Fail(ZARNNETERR_COMMAND, false);
 }
 
 }  // namespace
 
-int ZARNNetLinkAggrConfDel(ZARNLINKAGGROPT* pOpt) try {
-  if (pOpt == nullptr) return FRAME_FAIL(kBadParameter, -1);
-  const std::string bond(FieldText(pOpt->szName));
-  if (IsUnfitName(bond.c_str()) || !FitsKernel(bond)) return FRAME_FAIL(kBadParameter, -1);
-  const auto slaves = ParseSlaves(bond);
-  if (!slaves) {
-    LOG_ERROR("%s:%d parse slaves from etc/sysconfig/network-script\n");
-    return -1;
-  }
-  const std::string heir = HeirOf(*pOpt, *slaves);
-  if (pOpt->cSlave > 0 && IsUnfitName(heir.c_str())) return FRAME_FAIL(kBadParameter, -1);
-  const std::string path = paths::Ifcfg(bond);
-  SlaveFiles files(*slaves);
-  if (!Inherit(path, heir)) return -1;
-  if (!ReleaseAll(*slaves, heir, AddressOfBond(bond))) return -1;
-  if (::unlink(path.c_str()) != 0) return -1;
-  files.Keep();
-  return 0;
+int ZARNNetLinkAggrConfDel(ZARNLINKAGGROPT* pOpt) {
+  return Boundary(-1, [&]() -> int {
+    if (pOpt == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const std::string bond(FieldText(pOpt->szName));
+    if (IsUnfitName(bond.c_str()) || !FitsKernel(bond)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const auto slaves = ParseSlaves(bond);
+    if (!slaves) {
+      LOG_ERROR("%s:%d parse slaves from etc/sysconfig/network-script\n");
+      return -1;
+    }
+    const std::string heir = HeirOf(*pOpt, *slaves);
+    if (pOpt->cSlave > 0 && IsUnfitName(heir.c_str())) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const std::string path = paths::Ifcfg(bond);
+    SlaveFiles files(*slaves);
+    if (!Inherit(path, heir)) return -1;
+    if (!ReleaseAll(*slaves, heir, AddressOfBond(bond))) return -1;
+    if (::unlink(path.c_str()) != 0) return -1;
+    files.Keep();
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

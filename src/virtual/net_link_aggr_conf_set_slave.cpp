@@ -3,11 +3,12 @@
 
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/command.h"
-#include "frame/error.h"
-#include "frame/key_file.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/error.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/command.h"
+#include "frame/os/key_file.h"
 #include "virtual/interface_keys.h"
 
 using namespace frame;
@@ -26,19 +27,20 @@ bool Release(const std::string& path, KeyEdit* edit) {
 
 }  // namespace
 
-int ZARNNetLinkAggrConfSetSlave(const char* szSlave, int blJoin, const char* szMaster) try {
-  if (IsUnfitName(szSlave)) return FRAME_FAIL(kBadParameter, -1);
-  if (blJoin != 0 && IsUnfitName(szMaster)) return FRAME_FAIL(kBadParameter, -1);
-  const std::string path = paths::Ifcfg(szSlave);
-  KeyEdit edit;
-  edit.Set(kDevice, szSlave);
-  if (blJoin != 0) {
-    Join(szMaster, &edit);
-  } else if (!Release(path, &edit)) {
-    return FRAME_FAIL(kNoMemory, -1);
-  }
-  // An interface that never had a file has nothing to go back to.
-  static_cast<void>(RunStatus(paths::kCp, "-f", path.c_str(), BackupOf(path).c_str()));
-  return edit.WriteTo(path) ? 0 : -1;
+int ZARNNetLinkAggrConfSetSlave(const char* szSlave, int blJoin, const char* szMaster) {
+  return Boundary(-1, [&]() -> int {
+    if (IsUnfitName(szSlave)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    if (blJoin != 0 && IsUnfitName(szMaster)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const std::string path = paths::Ifcfg(szSlave);
+    KeyEdit edit;
+    edit.Set(kDevice, szSlave);
+    if (blJoin != 0) {
+      Join(szMaster, &edit);
+    } else if (!Release(path, &edit)) {
+      return Fail(ZARNNETERR_NO_MEMORY, -1);
+    }
+    // An interface that never had a file has nothing to go back to.
+    static_cast<void>(RunStatus(paths::kCp, "-f", path.c_str(), BackupOf(path).c_str()));
+    return edit.WriteTo(path) ? 0 : -1;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -6,12 +6,13 @@
 #include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/containers.h"
-#include "frame/file.h"
-#include "frame/key_file.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/containers.h"
+#include "frame/os/file.h"
+#include "frame/os/key_file.h"
 
 using namespace frame;
 
@@ -50,7 +51,7 @@ bool HasPartner(const char* bond) {
   constexpr std::string_view kLabel = "\tPartner Mac Address: ";
   LineReader lines(Format("%s/%s", "/proc/net/bonding/", bond));
   if (!lines.IsOpen()) {
-    FRAME_SET_ERROR(kNotFound);
+    SetError(ZARNNETERR_NOT_FOUND);
     return false;
   }
   while (auto line = lines.Next()) {
@@ -74,9 +75,9 @@ int GetKernelBond(const char* bond, ZARNLINKAGGROPT* record) {
   if (ZARNNetLinkAggrPhyGet(bond, slaves.Out()) <= 0) return 0;
   if (!AddSlaves(slaves, record)) return -1;
   LineReader lines(paths::SysNet(bond, "/bonding/mode"));
-  if (!lines.IsOpen()) return FRAME_FAIL(kOpen, -1);
+  if (!lines.IsOpen()) return Fail(ZARNNETERR_OPEN, -1);
   const auto line = lines.Next();
-  if (!line) return FRAME_FAIL(kRead, -1);
+  if (!line) return Fail(ZARNNETERR_READ, -1);
   record->mode = ModeOf(*line);
   if (record->mode == kMode8023ad) record->blNoPartner = HasPartner(bond) ? 0 : 1;
   return 0;
@@ -117,31 +118,35 @@ int GetOvsBond(const char* bond, ZARNLINKAGGROPT* record) try {
   return 0;
 } catch (...) {
   LOG_ERROR("%s:%d Failed to alloc memory.");
-  return FRAME_FAIL(kNoMemory, 1);
+  return Fail(ZARNNETERR_NO_MEMORY, 1);
 }
 
 }  // namespace
 
-int ZARNNetLinkAggrGet(const char* szBond, ZARNLINKAGGROPT* pOpt) try {
-  if (IsEmpty(szBond) || pOpt == nullptr) return FRAME_FAIL(kBadParameter, -1);
-  return KOPANetOVSIfIsMaster(szBond) == kOvsBond ? GetOvsBond(szBond, pOpt)
-                                                  : GetKernelBond(szBond, pOpt);
+int ZARNNetLinkAggrGet(const char* szBond, ZARNLINKAGGROPT* pOpt) {
+  return Boundary(-1, [&]() -> int {
+    if (IsEmpty(szBond) || pOpt == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    return KOPANetOVSIfIsMaster(szBond) == kOvsBond ? GetOvsBond(szBond, pOpt)
+                                                    : GetKernelBond(szBond, pOpt);
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
 int ZARNNetLinkAggrOptSlsaveAdd(ZARNLINKAGGROPT* pOpt, const char* szSlave) {
-  if (pOpt == nullptr || IsEmpty(szSlave) || pOpt->cSlave < 0) return FRAME_FAIL(kBadParameter, -1);
-  if (pOpt->cSlave >= ZARNLINKAGGR_MAX_SLAVE) return FRAME_FAIL(kSlavesFull, -1);
-  SlaveName name{};
-  CopyText(szSlave, name);
-  const auto count = static_cast<std::size_t>(pOpt->cSlave);
-  if (std::bsearch(name, pOpt->rgszSlave, count, sizeof name, CompareSlaves) != nullptr) {
-    return FRAME_FAIL(kExists, -1);
-  }
-  // Left by the search that found nothing. Callers go by the result alone.
-  FRAME_SET_ERROR(kNotFound);
-  std::memcpy(pOpt->rgszSlave[count], name, sizeof name);
-  ++pOpt->cSlave;
-  std::qsort(pOpt->rgszSlave, count + 1, sizeof name, CompareSlaves);
-  return 0;
+  return Boundary(-1, [&]() -> int {
+    if (pOpt == nullptr || IsEmpty(szSlave) || pOpt->cSlave < 0)
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    if (pOpt->cSlave >= ZARNLINKAGGR_MAX_SLAVE) return Fail(ZARNNETERR_SLAVES_FULL, -1);
+    SlaveName name{};
+    CopyText(szSlave, name);
+    const auto count = static_cast<std::size_t>(pOpt->cSlave);
+    if (std::bsearch(name, pOpt->rgszSlave, count, sizeof name, CompareSlaves) != nullptr) {
+      return Fail(ZARNNETERR_EXISTS, -1);
+    }
+    // Left by the search that found nothing. Callers go by the result alone.
+    SetError(ZARNNETERR_NOT_FOUND);
+    std::memcpy(pOpt->rgszSlave[count], name, sizeof name);
+    ++pOpt->cSlave;
+    std::qsort(pOpt->rgszSlave, count + 1, sizeof name, CompareSlaves);
+    return 0;
+  });
 }

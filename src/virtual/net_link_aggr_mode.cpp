@@ -4,6 +4,10 @@
 
 #include <zarnnetsdk/virtual.h>
 
+#include "frame/base/boundary.h"
+
+using namespace frame;
+
 namespace {
 
 constexpr const char* kModeNames[] = {
@@ -26,14 +30,19 @@ const ZARNBONDDESC grgBondDesc[9] = {
 };
 
 uint32_t ZARNNetLinkAggrStringToMode(const char* szMode) {
-  if (szMode == nullptr) return 0;
-  const std::string_view text(szMode);
-  for (uint32_t mode = 1; mode < std::size(kModeNames); ++mode) {
-    if (text.starts_with(kModeNames[mode])) return mode;  // lines of the kernel go on with a number
-  }
-  return 0;
+  return Boundary(0, [&]() -> uint32_t {
+    if (szMode == nullptr) return 0;
+    const std::string_view text(szMode);
+    for (uint32_t mode = 1; mode < std::size(kModeNames); ++mode) {
+      if (text.starts_with(kModeNames[mode]))
+        return mode;  // lines of the kernel go on with a number
+    }
+    return 0;
+  });
 }
 
 const char* ZARNNetLinkAggrModeToString(uint32_t mode) {
-  return kModeNames[mode < std::size(kModeNames) ? mode : 0];
+  return Boundary(kModeNames[0], [&]() -> const char* {
+    return kModeNames[mode < std::size(kModeNames) ? mode : 0];
+  });
 }

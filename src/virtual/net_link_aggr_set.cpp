@@ -7,12 +7,13 @@
 
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/command.h"
-#include "frame/containers.h"
-#include "frame/key_file.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/command.h"
+#include "frame/os/containers.h"
+#include "frame/os/key_file.h"
 #include "virtual/interface_keys.h"
 #include "virtual/rename_event.h"
 
@@ -127,15 +128,16 @@ bool JoinSlaves(const ZARNLINKAGGROPT& record) {
 }
 
 // The interfaces are stopped meanwhile: whatever happens here, they are to be started again.
-int Create(const ZARNLINKAGGROPT& record) try {
-  if (!MakesABond(record)) return FRAME_FAIL(kBadParameter, -1);
-  BondFiles files(record);
-  InheritFromFirstSlave(record);
-  if (!WriteBond(record) || !JoinSlaves(record)) return -1;
-  files.Keep();
-  return 0;
+int Create(const ZARNLINKAGGROPT& record) {
+  return Boundary(-1, [&]() -> int {
+    if (!MakesABond(record)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    BondFiles files(record);
+    InheritFromFirstSlave(record);
+    if (!WriteBond(record) || !JoinSlaves(record)) return -1;
+    files.Keep();
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)
 
 // ---- the change
 
@@ -190,28 +192,33 @@ int RestartWithEvent(Kind kind, ZARNLINKAGGROPT* wanted, ZARNLINKAGGROPT* presen
     return -1;
   }
   if (!event.Before(oldNames.Get(), newNames.Get())) {
-    LOG_ERROR("%s:%d Fail to execute net plugin (PRE) [0x%04X %s:%d]", FRAME_INNER_ERROR);
+    const InnerError inner;
+    LOG_ERROR("%s:%d Fail to execute net plugin (PRE) [0x%04X %s:%d]", inner.code, inner.file,
+              inner.line);
   }
   const int result = Restart(kind, wanted, present);
   if (!event.After(oldNames.Get(), newNames.Get(), result)) {
-    LOG_ERROR("%s:%d Fail to execute net plugin (POST) [0x%04X %s:%d]", FRAME_INNER_ERROR);
+    const InnerError inner;
+    LOG_ERROR("%s:%d Fail to execute net plugin (POST) [0x%04X %s:%d]", inner.code, inner.file,
+              inner.line);
   }
   return result;
 }
 
 }  // namespace
 
-int ZARNNetLinkAggrSet(ZARNLINKAGGROPT* pOpt) try {
-  if (pOpt == nullptr || !IsReadable(*pOpt)) return FRAME_FAIL(kBadParameter, -1);
-  ZARNLINKAGGROPT present{};
-  if (ZARNNetLinkAggrGet(pOpt->szName, &present) != 0) return -1;
-  if (pOpt->mode == 0) {
-    pOpt->cSlave = present.cSlave;
-    std::memcpy(pOpt->rgszSlave, present.rgszSlave, sizeof present.rgszSlave);
-    return RestartWithEvent(Kind::kDelete, pOpt, &present);
-  }
-  if (present.mode == 0) return RestartWithEvent(Kind::kCreate, pOpt, &present);
-  if (std::memcmp(pOpt, &present, sizeof present) == 0) return 0;
-  return Restart(Kind::kChange, pOpt, &present);
+int ZARNNetLinkAggrSet(ZARNLINKAGGROPT* pOpt) {
+  return Boundary(-1, [&]() -> int {
+    if (pOpt == nullptr || !IsReadable(*pOpt)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    ZARNLINKAGGROPT present{};
+    if (ZARNNetLinkAggrGet(pOpt->szName, &present) != 0) return -1;
+    if (pOpt->mode == 0) {
+      pOpt->cSlave = present.cSlave;
+      std::memcpy(pOpt->rgszSlave, present.rgszSlave, sizeof present.rgszSlave);
+      return RestartWithEvent(Kind::kDelete, pOpt, &present);
+    }
+    if (present.mode == 0) return RestartWithEvent(Kind::kCreate, pOpt, &present);
+    if (std::memcmp(pOpt, &present, sizeof present) == 0) return 0;
+    return Restart(Kind::kChange, pOpt, &present);
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

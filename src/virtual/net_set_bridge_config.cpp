@@ -3,12 +3,13 @@
 
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/file.h"
-#include "frame/ifcfg_keys.h"
-#include "frame/key_file.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/ifcfg_keys.h"
+#include "frame/model/paths.h"
+#include "frame/os/file.h"
+#include "frame/os/key_file.h"
 #include "virtual/roles.h"
 #include "virtual/settings_keys.h"
 
@@ -46,26 +47,27 @@ bool IsFitReference(const std::string& reference) {
 
 }  // namespace
 
-int ZARNNetSetBridgeConfig(const ZARNNETIFSETTINGS* pSettings, const ZARNBRIDGEINFO* pInfo) try {
-  const std::string ifname(pInfo != nullptr ? FieldText(pInfo->szName) : "");
-  const std::string reference(pInfo != nullptr ? FieldText(pInfo->szRef) : "");
-  if (IsUnfitName(ifname.c_str()) || !IsFitReference(reference) ||
-      (pSettings != nullptr && !virtual_if::IsFit(*pSettings))) {
-    LOG_ERROR("%s:%d Wrong Parameter.");
-    return FRAME_FAIL(kBadParameter, -1);
-  }
-  KeyEdit edit;
-  edit.Set(keys::kDevice, ifname.c_str());
-  if (!SetRole(pInfo->type, reference.c_str(), &edit)) {
-    LOG_ERROR("%s:%d Failed to set bridge config with wrong type.");
-    return FRAME_FAIL(kBadParameter, -1);
-  }
-  if (pSettings != nullptr) {
-    edit.Set(keys::kOnBoot, pSettings->blOnBoot != 0 ? "yes" : "no");
-    virtual_if::SetAddress(*pSettings, &edit);
-  }
-  const std::string path = paths::Ifcfg(ifname);
-  if (Exists(path)) virtual_if::KeepCopy(path);
-  return edit.WriteTo(path) ? 0 : -1;
+int ZARNNetSetBridgeConfig(const ZARNNETIFSETTINGS* pSettings, const ZARNBRIDGEINFO* pInfo) {
+  return Boundary(-1, [&]() -> int {
+    const std::string ifname(pInfo != nullptr ? FieldText(pInfo->szName) : "");
+    const std::string reference(pInfo != nullptr ? FieldText(pInfo->szRef) : "");
+    if (IsUnfitName(ifname.c_str()) || !IsFitReference(reference) ||
+        (pSettings != nullptr && !virtual_if::IsFit(*pSettings))) {
+      LOG_ERROR("%s:%d Wrong Parameter.");
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    }
+    KeyEdit edit;
+    edit.Set(keys::kDevice, ifname.c_str());
+    if (!SetRole(pInfo->type, reference.c_str(), &edit)) {
+      LOG_ERROR("%s:%d Failed to set bridge config with wrong type.");
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    }
+    if (pSettings != nullptr) {
+      edit.Set(keys::kOnBoot, pSettings->blOnBoot != 0 ? "yes" : "no");
+      virtual_if::SetAddress(*pSettings, &edit);
+    }
+    const std::string path = paths::Ifcfg(ifname);
+    if (Exists(path)) virtual_if::KeepCopy(path);
+    return edit.WriteTo(path) ? 0 : -1;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

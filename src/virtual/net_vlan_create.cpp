@@ -10,12 +10,13 @@
 #include <zarnnetsdk/pppoe.h>
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/command.h"
-#include "frame/containers.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/rewrite.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/command.h"
+#include "frame/os/containers.h"
+#include "frame/os/rewrite.h"
 #include "virtual/rename_event.h"
 #include "virtual/vlan_files.h"
 #include "virtual/vlan_followers.h"
@@ -40,17 +41,17 @@ bool IsFree(const char* parent) {
   const bool taken = std::any_of(vlans, vlans + count, [&](const KOPANETVLAN& vlan) {
     return FieldText(vlan.szRowDev) == parent;
   });
-  return !taken || FRAME_FAIL(kExists, false);
+  return !taken || Fail(ZARNNETERR_EXISTS, false);
 }
 
 bool CanCarry(const char* parent, unsigned id) {
   KOPANetIfInfo info{};
-  if (ZARNNetIFGetInfo(parent, &info) < 0) return FRAME_FAIL(kNotFound, false);
+  if (ZARNNetIFGetInfo(parent, &info) < 0) return Fail(ZARNNETERR_NOT_FOUND, false);
   KOPANETVLAN vlan{};
   const int isVlan = KOPANetVlanGet(parent, &vlan);
-  if (isVlan != 0) return isVlan > 0 && FRAME_FAIL(kBadParameter, false);
+  if (isVlan != 0) return isVlan > 0 && Fail(ZARNNETERR_BAD_PARAMETER, false);
   const int exists = KOPANetVlanGetByRowDev(parent, id, &vlan);
-  if (exists != 0) return exists > 0 && FRAME_FAIL(kExists, false);
+  if (exists != 0) return exists > 0 && Fail(ZARNNETERR_EXISTS, false);
   return IsFree(parent);
 }
 
@@ -60,8 +61,9 @@ bool CopyMtu(const std::string& parent, const std::string& name) {
       ZARNConfSetMTUValue(mtu, name.c_str()) >= 0) {
     return true;
   }
-  LOG_ERROR("%s:%d Set mtu config %s mtu=%s Failed.[0x%04X %s:%d]", name.c_str(), mtu,
-            FRAME_INNER_ERROR);
+  const InnerError inner;
+  LOG_ERROR("%s:%d Set mtu config %s mtu=%s Failed.[0x%04X %s:%d]", name.c_str(), mtu, inner.code,
+            inner.file, inner.line);
   return false;
 }
 
@@ -90,8 +92,9 @@ int Create(const KOPANETVLAN& vlan, const ZARNNETIFSETTINGS& settings) {
   const std::string parent = vlan.szRowDev;
   const std::string name = vlan.szName;
   if (KOPADisablePPPoEOnIf(parent.c_str()) < 0) {
-    LOG_ERROR("%s:%d Disable PPPoE interface %s Failed.[0x%04X %s:%d]", parent.c_str(),
-              FRAME_INNER_ERROR);
+    const InnerError inner;
+    LOG_ERROR("%s:%d Disable PPPoE interface %s Failed.[0x%04X %s:%d]", parent.c_str(), inner.code,
+              inner.file, inner.line);
   }
   if (!CopyMtu(parent, name) || !ReplaceFiles(vlan, settings)) return -1;
   static_cast<void>(Run(paths::kNetworkScript, "start", parent, name));
@@ -107,39 +110,44 @@ int CreateAndTell(const KOPANETVLAN& vlan, const ZARNNETIFSETTINGS& settings) {
   StringList newNames(1);
   if (KOPACSzListPush(oldNames.Out(), vlan.szRowDev) < 0 ||
       KOPACSzListPush(newNames.Out(), vlan.szName) < 0) {
-    return FRAME_FAIL(kNoMemory, -1);
+    return Fail(ZARNNETERR_NO_MEMORY, -1);
   }
   virtual_if::RenameEvent event;
   if (!event.Init()) {
-    LOG_ERROR("%s:%d Fail to init plugin) [0x%04X %s:%d]", FRAME_INNER_ERROR);
+    const InnerError inner;
+    LOG_ERROR("%s:%d Fail to init plugin) [0x%04X %s:%d]", inner.code, inner.file, inner.line);
     return -1;
   }
   if (!event.Before(oldNames.Get(), newNames.Get())) {
-    LOG_ERROR("%s:%d Fail to execute net plugin (PRE) [0x%04X %s:%d]", FRAME_INNER_ERROR);
+    const InnerError inner;
+    LOG_ERROR("%s:%d Fail to execute net plugin (PRE) [0x%04X %s:%d]", inner.code, inner.file,
+              inner.line);
   }
   const int result = Create(vlan, settings);
   if (!event.After(oldNames.Get(), newNames.Get(), result)) {
-    LOG_ERROR("%s:%d Fail to execute net plugin (POST) [0x%04X %s:%d]", FRAME_INNER_ERROR);
+    const InnerError inner;
+    LOG_ERROR("%s:%d Fail to execute net plugin (POST) [0x%04X %s:%d]", inner.code, inner.file,
+              inner.line);
   }
   return result;
 }
 
 }  // namespace
 
-int KOPANetVlanCreate(const char* szRowDev, unsigned int id,
-                      const ZARNNETIFSETTINGS* pSettings) try {
-  if (IsUnfitName(szRowDev) || KOPANetVlanValidId(id) < 0 || pSettings == nullptr ||
-      !IsUsable(*pSettings)) {
-    return FRAME_FAIL(kBadParameter, -1);
-  }
-  const std::string name = Format("%s.%u", szRowDev, id);
-  // Cut, it would be another interface's name.
-  if (!FitsKernel(name)) return FRAME_FAIL(kBadParameter, -1);
-  if (!CanCarry(szRowDev, id)) return -1;
-  KOPANETVLAN vlan{};
-  CopyText(name, vlan.szName);
-  CopyText(szRowDev, vlan.szRowDev);
-  vlan.id = static_cast<int32_t>(id);
-  return CreateAndTell(vlan, *pSettings);
+int KOPANetVlanCreate(const char* szRowDev, unsigned int id, const ZARNNETIFSETTINGS* pSettings) {
+  return Boundary(-1, [&]() -> int {
+    if (IsUnfitName(szRowDev) || KOPANetVlanValidId(id) < 0 || pSettings == nullptr ||
+        !IsUsable(*pSettings)) {
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    }
+    const std::string name = Format("%s.%u", szRowDev, id);
+    // Cut, it would be another interface's name.
+    if (!FitsKernel(name)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    if (!CanCarry(szRowDev, id)) return -1;
+    KOPANETVLAN vlan{};
+    CopyText(name, vlan.szName);
+    CopyText(szRowDev, vlan.szRowDev);
+    vlan.id = static_cast<int32_t>(id);
+    return CreateAndTell(vlan, *pSettings);
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -5,9 +5,10 @@
 
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/containers.h"
-#include "frame/log.h"
-#include "frame/paths.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/model/paths.h"
+#include "frame/os/containers.h"
 
 using namespace frame;
 
@@ -35,7 +36,7 @@ bool ReadVlans(const StringList& lines, KOPANETVLAN* vlans) {
       return false;
     }
     if (!ReadVlan(line, &vlans[i - kHeaderLines])) {
-      FRAME_SET_ERROR(kUnexpectedContent);
+      SetError(ZARNNETERR_UNEXPECTED_CONTENT);
       LOG_ERROR("%s:%d Get wrong format from %s: %s", paths::kProcVlanConfig, line);
       return false;
     }
@@ -45,21 +46,23 @@ bool ReadVlans(const StringList& lines, KOPANETVLAN* vlans) {
 
 }  // namespace
 
-int KOPANetVlanEnum(KOPANETVLAN** ppVlan, int* pcVlan) try {
-  if (ppVlan == nullptr || pcVlan == nullptr) return FRAME_FAIL(kBadParameter, -1);
-  *ppVlan = nullptr;
-  *pcVlan = 0;
-  if (KOPANetVlanExist() == 0) return 0;
-  StringList lines(512);
-  if (KOPACFileReadLines(paths::kProcVlanConfig, lines.Out()) < 0) return FRAME_FAIL(kOpen, -1);
-  const int count = lines.Count() - kHeaderLines;
-  if (count <= 0) return 0;
-  Vlans vlans(
-      static_cast<KOPANETVLAN*>(std::calloc(static_cast<std::size_t>(count), sizeof(KOPANETVLAN))));
-  if (vlans == nullptr) return FRAME_FAIL(kNoMemory, -1);
-  if (!ReadVlans(lines, vlans.get())) return -1;
-  *ppVlan = vlans.release();
-  *pcVlan = count;
-  return 0;
+int KOPANetVlanEnum(KOPANETVLAN** ppVlan, int* pcVlan) {
+  return Boundary(-1, [&]() -> int {
+    if (ppVlan == nullptr || pcVlan == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    *ppVlan = nullptr;
+    *pcVlan = 0;
+    if (KOPANetVlanExist() == 0) return 0;
+    StringList lines(512);
+    if (KOPACFileReadLines(paths::kProcVlanConfig, lines.Out()) < 0)
+      return Fail(ZARNNETERR_OPEN, -1);
+    const int count = lines.Count() - kHeaderLines;
+    if (count <= 0) return 0;
+    Vlans vlans(static_cast<KOPANETVLAN*>(
+        std::calloc(static_cast<std::size_t>(count), sizeof(KOPANETVLAN))));
+    if (vlans == nullptr) return Fail(ZARNNETERR_NO_MEMORY, -1);
+    if (!ReadVlans(lines, vlans.get())) return -1;
+    *ppVlan = vlans.release();
+    *pcVlan = count;
+    return 0;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

@@ -5,12 +5,13 @@
 #include <zarnnetsdk/pppoe.h>
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/command.h"
-#include "frame/containers.h"
-#include "frame/log.h"
-#include "frame/paths.h"
-#include "frame/rewrite.h"
-#include "frame/text.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/command.h"
+#include "frame/os/containers.h"
+#include "frame/os/rewrite.h"
 #include "virtual/rename_event.h"
 #include "virtual/vlan_files.h"
 #include "virtual/vlan_followers.h"
@@ -39,8 +40,9 @@ int Remove(const KOPANETVLAN& vlan) {
   const std::string parent = vlan.szRowDev;
   const std::string name = vlan.szName;
   if (KOPADisablePPPoEOnIf(name.c_str()) < 0) {
-    LOG_ERROR("%s:%d Disable PPPoE interface %s Failed.[0x%04X %s:%d]", name.c_str(),
-              FRAME_INNER_ERROR);
+    const InnerError inner;
+    LOG_ERROR("%s:%d Disable PPPoE interface %s Failed.[0x%04X %s:%d]", name.c_str(), inner.code,
+              inner.file, inner.line);
   }
   // A setting that stays behind does no harm.
   static_cast<void>(KOPACINFORemoveKey((name + "_mtu").c_str()));
@@ -55,28 +57,34 @@ int Remove(const KOPANETVLAN& vlan) {
 
 }  // namespace
 
-int KOPANetVlanRemove(const char* szVlan) try {
-  if (IsUnfitName(szVlan)) return FRAME_FAIL(kBadParameter, -1);
-  KOPANETVLAN vlan{};
-  if (KOPANetVlanGet(szVlan, &vlan) != 1) return -1;
-  StringList oldNames(1);
-  StringList newNames(1);
-  if (KOPACSzListPush(oldNames.Out(), vlan.szName) < 0 ||
-      KOPACSzListPush(newNames.Out(), vlan.szRowDev) < 0) {
-    return FRAME_FAIL(kNoMemory, -1);
-  }
-  virtual_if::RenameEvent event;
-  if (!event.Init()) {
-    LOG_ERROR("%s:%d Fail to init plugin) [0x%04X %s:%d]", FRAME_INNER_ERROR);
-    return -1;
-  }
-  if (!event.Before(oldNames.Get(), newNames.Get())) {
-    LOG_ERROR("%s:%d Fail to execute net plugin (PRE) [0x%04X %s:%d]", FRAME_INNER_ERROR);
-  }
-  const int result = Remove(vlan);
-  if (!event.After(oldNames.Get(), newNames.Get(), result)) {
-    LOG_ERROR("%s:%d Fail to execute net plugin (POST) [0x%04X %s:%d]", FRAME_INNER_ERROR);
-  }
-  return result;
+int KOPANetVlanRemove(const char* szVlan) {
+  return Boundary(-1, [&]() -> int {
+    if (IsUnfitName(szVlan)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    KOPANETVLAN vlan{};
+    if (KOPANetVlanGet(szVlan, &vlan) != 1) return -1;
+    StringList oldNames(1);
+    StringList newNames(1);
+    if (KOPACSzListPush(oldNames.Out(), vlan.szName) < 0 ||
+        KOPACSzListPush(newNames.Out(), vlan.szRowDev) < 0) {
+      return Fail(ZARNNETERR_NO_MEMORY, -1);
+    }
+    virtual_if::RenameEvent event;
+    if (!event.Init()) {
+      const InnerError inner;
+      LOG_ERROR("%s:%d Fail to init plugin) [0x%04X %s:%d]", inner.code, inner.file, inner.line);
+      return -1;
+    }
+    if (!event.Before(oldNames.Get(), newNames.Get())) {
+      const InnerError inner;
+      LOG_ERROR("%s:%d Fail to execute net plugin (PRE) [0x%04X %s:%d]", inner.code, inner.file,
+                inner.line);
+    }
+    const int result = Remove(vlan);
+    if (!event.After(oldNames.Get(), newNames.Get(), result)) {
+      const InnerError inner;
+      LOG_ERROR("%s:%d Fail to execute net plugin (POST) [0x%04X %s:%d]", inner.code, inner.file,
+                inner.line);
+    }
+    return result;
+  });
 }
-FRAME_NO_EXCEPTIONS(-1)

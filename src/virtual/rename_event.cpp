@@ -3,7 +3,7 @@
 
 #include <zarnnetsdk/ipv4.h>
 
-#include "frame/plugin_event.h"
+#include "frame/os/plugin_event.h"
 
 namespace virtual_if {
 

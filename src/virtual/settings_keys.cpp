@@ -1,10 +1,10 @@
 // Address settings on their way into an interface file.
 #include "virtual/settings_keys.h"
 
-#include "frame/command.h"
-#include "frame/ifcfg_keys.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/text.h"
+#include "frame/model/ifcfg_keys.h"
+#include "frame/model/paths.h"
+#include "frame/os/command.h"
 
 using namespace frame;
 

@@ -5,7 +5,7 @@
 
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/key_file.h"
+#include "frame/os/key_file.h"
 
 namespace virtual_if {
 

@@ -5,12 +5,12 @@
 #include <initializer_list>
 #include <string_view>
 
-#include "frame/error.h"
-#include "frame/file.h"
-#include "frame/ifcfg_keys.h"
-#include "frame/key_file.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/error.h"
+#include "frame/base/text.h"
+#include "frame/model/ifcfg_keys.h"
+#include "frame/model/paths.h"
+#include "frame/os/file.h"
+#include "frame/os/key_file.h"
 
 using namespace frame;
 
@@ -26,14 +26,14 @@ bool StartsWithAny(std::string_view line, const Prefixes& prefixes) {
 // The lines that begin (wanted) or do not begin with one of the prefixes, each with its newline.
 std::optional<std::string> Lines(const std::string& path, const Prefixes& prefixes, bool wanted) {
   LineReader lines(path);
-  if (!lines.IsOpen()) return FRAME_FAIL(kOpen, std::nullopt);
+  if (!lines.IsOpen()) return Fail(ZARNNETERR_OPEN, std::nullopt);
   std::string text;
   while (const auto line = lines.Next()) {
     if (StartsWithAny(*line, prefixes) != wanted) continue;
     text.append(*line);
     if (!line->ends_with('\n')) text.push_back('\n');
   }
-  if (lines.Failed()) return FRAME_FAIL(kOpen, std::nullopt);
+  if (lines.Failed()) return Fail(ZARNNETERR_OPEN, std::nullopt);
   return text;
 }
 
@@ -85,5 +85,5 @@ std::optional<std::string> vlan::ParentFileWithout(const KOPANETVLAN& vlan) {
 }
 
 bool vlan::Prepare(Rewrite* file, const std::string& text) {
-  return (file->IsOpen() && file->Fill(text)) || FRAME_FAIL(kWrite, false);
+  return (file->IsOpen() && file->Fill(text)) || Fail(ZARNNETERR_WRITE, false);
 }

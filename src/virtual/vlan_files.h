@@ -6,7 +6,7 @@
 
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/rewrite.h"
+#include "frame/os/rewrite.h"
 
 namespace vlan {
 

@@ -5,8 +5,8 @@
 
 #include <zarnnetsdk/dhcpd.h>
 
-#include "frame/command.h"
-#include "frame/paths.h"
+#include "frame/model/paths.h"
+#include "frame/os/command.h"
 
 using namespace frame;
 

@@ -12,7 +12,7 @@
 #include <zarncore/zarncore.h>
 #include <zarnnetsdk/addr.h>
 
-#include "frame/file.h"
+#include "frame/os/file.h"
 #include "support/appliance.h"
 
 using namespace test;

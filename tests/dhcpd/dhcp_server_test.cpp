@@ -8,7 +8,7 @@
 
 #include <zarnnetsdk/dhcpd.h>
 
-#include "frame/containers.h"
+#include "frame/os/containers.h"
 #include "support/appliance.h"
 
 using namespace test;

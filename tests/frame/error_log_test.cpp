@@ -7,19 +7,21 @@
 
 #include <zarnnetsdk/zarnnetsdk.h>
 
-#include "frame/backup.h"
-#include "frame/log.h"
+#include "frame/base/boundary.h"
+#include "frame/base/log.h"
+#include "frame/os/backup.h"
 #include "support/appliance.h"
 
 using namespace test;
 
 namespace {
 
-int Throws(bool memory) try {
-  if (memory) throw std::bad_alloc();
-  throw std::runtime_error("anything");
+int Throws(bool memory) {
+  return frame::Boundary(-7, [&]() -> int {
+    if (memory) throw std::bad_alloc();
+    throw std::runtime_error("anything");
+  });
 }
-FRAME_NO_EXCEPTIONS(-7)
 
 }  // namespace
 
@@ -35,9 +37,9 @@ TEST(Log, LinesBeginWithTheirPlace) {
   const int first = __LINE__ + 1;
   LOG_ERROR("%s:%d one %d", 1);
   LOG_WARN("%s:%d two");
-  LOG_ERROR_FUNC("%s(%d) three");
+  LOG_ERROR_FUNC(frame::Place(), "%s(%d) three");
   LOG_ERROR_PLAIN("four %s", "4");
-  EXPECT_EQ(-1, FRAME_INVALID_ARGUMENT("NULL != x", -1));
+  EXPECT_EQ(-1, frame::InvalidArgument("NULL != x", -1));
   const std::string at = "error_log_test:";
   EXPECT_EQ("3 " + at + std::to_string(first) + " one 1\n4 " + at + std::to_string(first + 1) +
                 " two\n3 TestBody(" + std::to_string(first + 2) + ") three\n3 four 4\n3 " + at +

@@ -1,5 +1,5 @@
 // The frame's operations on text.
-#include "frame/text.h"
+#include "frame/base/text.h"
 
 #include <gtest/gtest.h>
 

@@ -6,8 +6,8 @@
 
 #include <zarnnetsdk/iface.h>
 
-#include "frame/containers.h"
-#include "frame/text.h"
+#include "frame/base/text.h"
+#include "frame/os/containers.h"
 #include "support/appliance.h"
 #include "support/kernel_answers.h"
 

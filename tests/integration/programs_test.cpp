@@ -6,7 +6,7 @@
 
 #include <zarnnetsdk/zarnnetsdk.h>
 
-#include "frame/containers.h"
+#include "frame/os/containers.h"
 #include "support/appliance.h"
 
 using namespace test;

@@ -4,7 +4,7 @@
 
 #include <zarnnetsdk/ipv4.h>
 
-#include "frame/containers.h"
+#include "frame/os/containers.h"
 #include "support/appliance.h"
 
 using namespace test;

@@ -6,7 +6,7 @@
 
 #include <zarncore/zarncore.h>
 
-#include "frame/containers.h"
+#include "frame/os/containers.h"
 #include "support/appliance.h"
 
 using namespace test;

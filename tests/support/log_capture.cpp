@@ -10,7 +10,7 @@
 #include <syslog.h>
 #include <unistd.h>
 
-#include "frame/file.h"
+#include "frame/os/file.h"
 #include "support/appliance.h"
 
 namespace {

@@ -8,7 +8,7 @@
 
 #include <zarnnetsdk/tunnel.h>
 
-#include "frame/text.h"
+#include "frame/base/text.h"
 #include "support/appliance.h"
 
 using namespace test;

@@ -5,7 +5,7 @@
 
 #include <zarnnetsdk/virtual.h>
 
-#include "frame/containers.h"
+#include "frame/os/containers.h"
 #include "support/appliance.h"
 
 using namespace test;

@@ -1,5 +1,5 @@
 // The interface ioctls, over one datagram socket that lives as long as the call that needs it.
-#include "frame/kernel.h"
+#include "frame/os/kernel.h"
 
 #include <arpa/inet.h>
 #include <cstring>
@@ -8,7 +8,7 @@
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 
-#include "frame/text.h"
+#include "frame/base/text.h"
 
 namespace frame {
 namespace {

@@ -1,12 +1,12 @@
 // A copy of a file beside itself that takes its place again when the change is not kept.
-#include "frame/backup.h"
+#include "frame/os/backup.h"
 
 #include <cstdio>
 #include <unistd.h>
 #include <utility>
 
-#include "frame/command.h"
-#include "frame/paths.h"
+#include "frame/model/paths.h"
+#include "frame/os/command.h"
 
 namespace frame {
 

@@ -1,5 +1,5 @@
 // Owners of open files, and readers of the small files of /proc and /sys.
-#include "frame/file.h"
+#include "frame/os/file.h"
 
 #include <cstdlib>
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <sys/types.h>
 
-#include "frame/file.h"
+#include "frame/os/file.h"
 
 namespace frame {
 

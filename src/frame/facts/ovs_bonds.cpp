@@ -1,11 +1,11 @@
 // The table of Open vSwitch bonds: one line a bond, its name first and its members after it.
-#include "frame/ovs_bonds.h"
+#include "frame/facts/ovs_bonds.h"
 
 #include <algorithm>
 
-#include "frame/file.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/file.h"
 
 namespace frame {
 

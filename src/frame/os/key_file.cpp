@@ -1,5 +1,5 @@
 // Reading one key of a settings file.
-#include "frame/key_file.h"
+#include "frame/os/key_file.h"
 
 #include <vector>
 

@@ -1,5 +1,5 @@
 // Replacing a file as a whole: readers see the old content or the new, also after a power cut.
-#include "frame/rewrite.h"
+#include "frame/os/rewrite.h"
 
 #include <cerrno>
 #include <cstdio>

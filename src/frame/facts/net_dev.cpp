@@ -1,14 +1,14 @@
 // The interfaces of /proc/net/dev that the appliance calls its own, in the order of every
 // enumeration.
-#include "frame/net_dev.h"
+#include "frame/facts/net_dev.h"
 
 #include <algorithm>
 #include <string_view>
 
-#include "frame/error.h"
-#include "frame/file.h"
-#include "frame/paths.h"
-#include "frame/text.h"
+#include "frame/base/error.h"
+#include "frame/base/text.h"
+#include "frame/model/paths.h"
+#include "frame/os/file.h"
 
 namespace frame {
 namespace {
@@ -22,7 +22,7 @@ bool IsLeftOut(std::string_view name) {
 template <class Take>
 bool EachInterface(Take take) {
   LineReader lines(paths::kProcNetDev);
-  if (!lines.IsOpen()) return FRAME_FAIL(kOpen, false);
+  if (!lines.IsOpen()) return Fail(ZARNNETERR_OPEN, false);
   int count = 0;
   while (const auto line = lines.Next()) {
     const std::size_t colon = line->find(':');  // the two heading lines have none
@@ -32,7 +32,7 @@ bool EachInterface(Take take) {
     if (count++ == kMaxInterfaces) return true;
     take(name, line->substr(colon + 1));
   }
-  return !lines.Failed() || FRAME_FAIL(kUnexpectedContent, false);
+  return !lines.Failed() || Fail(ZARNNETERR_UNEXPECTED_CONTENT, false);
 }
 
 }  // namespace

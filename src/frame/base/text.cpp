@@ -1,5 +1,5 @@
 // Small operations on text that the whole library shares.
-#include "frame/text.h"
+#include "frame/base/text.h"
 
 #include <algorithm>
 #include <charconv>

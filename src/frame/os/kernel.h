@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "frame/file.h"
+#include "frame/os/file.h"
 
 namespace frame {
 
