@@ -45,6 +45,16 @@ typedef struct KOPANetIfInfo {
   char mask[20];         /* dotted netmask */
 } KOPANetIfInfo;
 
+/** Selectors of interfaces: a kind, and what may be added to it. Another kind is: no loopback or point-to-point. */
+enum {
+  ZARNNETKIND_PORT = 1, /* no loopback, point-to-point, bond or VLAN */
+  ZARNNETKIND_USABLE =
+      2, /* what can hold an address: no loopback, point-to-point, passive bond member or VLAN */
+  ZARNNETKIND_ALL = 8,         /* no loopback or passive bond member */
+  ZARNNETKIND_HEARTBEAT = 0x4, /* added: the high-availability heartbeat interface too */
+  ZARNNETKIND_SHARED_IP = 0x10 /* added: the pair's shared addresses while high availability runs */
+};
+
 /**
  * Lists interfaces that are up, in natural name order (eth2 before eth10), ports of bridges and of Open
  * vSwitch left out. At most 32 interfaces are looked at.

@@ -8,6 +8,12 @@
 extern "C" {
 #endif
 
+/** The stages of the events that tell of a change, as the hooks take them. */
+enum {
+  ZARNNETSTAGE_BEFORE = 4, /* "pre" */
+  ZARNNETSTAGE_AFTER = 5   /* "post" */
+};
+
 /* ---- addresses ------------------------------------------------------------------------------------ */
 
 /**

@@ -14,6 +14,19 @@ extern "C" {
 
 #define ZARNLINKAGGR_MAX_SLAVE 32
 
+/** The modes of a bond, by mode id; grgBondDesc has their names. The last three are Open vSwitch's. */
+enum {
+  ZARNBOND_NONE = 0, /* no bond; to a setter: delete it */
+  ZARNBOND_BALANCE_ALB = 1,
+  ZARNBOND_8023AD = 2,
+  ZARNBOND_BALANCE_XOR = 3,
+  ZARNBOND_ACTIVE_BACKUP = 4,
+  ZARNBOND_BALANCE_RR = 5,
+  ZARNBOND_OVS_ACTIVE_BACKUP = 6,
+  ZARNBOND_BALANCE_SLB = 7,
+  ZARNBOND_BALANCE_TCP = 8
+};
+
 /** One bond. */
 typedef struct ZARNLINKAGGROPT {
   char szName[16];
@@ -99,7 +112,15 @@ int ZARNNetLinkAggrConfUpdateBootProto(const char* szPath, PKOPACSZHASH* ppSet);
 
 /* ---- bridges ---------------------------------------------------------------------------------------- */
 
-/** One interface's part in a bridge: 1 none, 2 bridge, 3 bridge of the local LAN, 4 port of a bridge. */
+/** An interface's part in a bridge. */
+enum {
+  ZARNBRIDGE_STANDALONE = 1, /* none */
+  ZARNBRIDGE_BRIDGE = 2,
+  ZARNBRIDGE_LOCAL_LAN = 3, /* the bridge of the local LAN */
+  ZARNBRIDGE_PORT = 4       /* a port of a bridge */
+};
+
+/** One interface's part in a bridge; type is a ZARNBRIDGE_... */
 typedef struct ZARNBRIDGEINFO {
   uint32_t type;
   char szName[16];
@@ -165,7 +186,14 @@ int ZARNNetIsIfBridgeType(const char* szIfname, uint32_t role);
 
 /* ---- Open vSwitch ----------------------------------------------------------------------------------- */
 
-/** @return 2 for an Open vSwitch bond ("ovs_bond..."), 1 for another Open vSwitch device, else 0 */
+/** What an interface is to Open vSwitch. */
+enum {
+  ZARNOVS_NONE = 0,
+  ZARNOVS_DEVICE = 1, /* a device over one port, "ovs_eth0" */
+  ZARNOVS_BOND = 2    /* a bond, "ovs_bond0" */
+};
+
+/** @return ZARNOVS_BOND, ZARNOVS_DEVICE or, for any other interface, ZARNOVS_NONE */
 int KOPANetOVSIfIsMaster(const char* szIfname);
 
 /** Is the interface a member of an Open vSwitch bond? @return 1 or 0 */

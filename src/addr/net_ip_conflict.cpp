@@ -45,7 +45,7 @@ void AddMacOf(const std::string& port, const InetSocket& socket, Macs* macs) {
 Macs OwnMacs() {
   Macs macs;
   if (KeyIs(paths::kInfo, "arp_ignore", "yes")) return macs;
-  const auto names = ListNetDev();
+  const auto names = facts::ListNetDev();
   if (!names) return macs;
   const InetSocket socket;
   for (const std::string& name : *names) {

@@ -7,7 +7,7 @@
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
-#include "frame/model/ifcfg_keys.h"
+#include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
 #include "frame/os/file.h"
 #include "frame/os/key_file.h"

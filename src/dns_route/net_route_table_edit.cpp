@@ -15,7 +15,7 @@
 #include "frame/base/log.h"
 #include "frame/base/text.h"
 #include "frame/facts/net_dev.h"
-#include "frame/model/ifcfg_keys.h"
+#include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
 #include "frame/os/command.h"
 #include "frame/os/file.h"
@@ -169,8 +169,8 @@ int NetRoutetableCheck(void) {
           LOG_ERROR("%s:%d lock fail(%X)", KOPACErrGet());
           return Fail(ZARNNETERR_LOCK, -1);
         }
-        std::vector<KOPANetIfInfo> list(kMaxInterfaces);
-        const int count = KOPANetInterfaceEnum(list.data(), kMaxInterfaces, 0);
+        std::vector<KOPANetIfInfo> list(facts::kMaxInterfaces);
+        const int count = KOPANetInterfaceEnum(list.data(), facts::kMaxInterfaces, 0);
         if (count <= 0) {
           LOG_ERROR("%s:%d %s", count == 0 ? "No interface." : "Get interface info fail.");
           return -1;

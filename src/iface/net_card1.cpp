@@ -15,8 +15,8 @@
 #include "frame/base/log.h"
 #include "frame/base/text.h"
 #include "frame/facts/net_dev.h"
-#include "frame/facts/ovs_bonds.h"
-#include "frame/model/ifcfg_keys.h"
+#include "frame/facts/ovs.h"
+#include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
 #include "frame/os/backup.h"
 #include "frame/os/command.h"
@@ -35,7 +35,7 @@ constexpr std::int32_t kStatic = 1;
 
 // A VLAN ("eth0.10") is no port.
 std::optional<std::string> FirstPort() {
-  const auto names = ListNetDev();
+  const auto names = facts::ListNetDev();
   if (!names) return std::nullopt;
   const auto port = std::find_if(names->begin(), names->end(), [](const std::string& name) {
     return name.starts_with("eth") && name.find('.') == std::string::npos;
@@ -57,7 +57,7 @@ std::string MasterOf(const std::string& ifname) {
 }
 
 std::string CoverOf(const std::string& ifname) {
-  if (const auto bond = OvsBondOf(ifname); bond && !bond->empty()) return *bond;
+  if (const auto bond = facts::OvsBondOf(ifname); bond && !bond->empty()) return *bond;
   std::string device = "ovs_" + ifname;
   if (Exists(paths::SysVirtualNet(device))) return device;
   return MasterOf(ifname);

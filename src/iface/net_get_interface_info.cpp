@@ -1,178 +1,25 @@
-// The inventory: which interfaces are up, of a given kind, with addresses, link and flags. One
-// socket and one reading of /proc/net/dev serve the whole enumeration.
-#include <algorithm>
-#include <string>
-#include <vector>
-
+// Which interfaces there are, by kind.
 #include <zarnnetsdk/iface.h>
-#include <zarnnetsdk/virtual.h>
 
 #include "frame/base/boundary.h"
-#include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/facts/inventory.h"
 #include "frame/facts/net_dev.h"
-#include "frame/model/paths.h"
-#include "frame/os/file.h"
-#include "frame/os/kernel.h"
-#include "iface/bonding_passive.h"
-#include "iface/record.h"
 
 using namespace frame;
 
-namespace {
-
-constexpr unsigned kWithHeartbeat = 0x4;
-constexpr unsigned kSharedAddresses = 0x10;
-
-constexpr unsigned kNoVirtualKind = 1;  // neither bonds nor VLANs
-constexpr unsigned kUsableKind = 2;     // what can hold an address: VLANs are removed at the end
-constexpr unsigned kAllKind = 8;
-
-// What the caller's selector and the appliance's state make of one enumeration.
-struct Selection {
-  unsigned kind;
-  short excludedFlags;
-  bool skipBondMembers;
-  bool vlanDriver;
-  bool withHeartbeat;
-  bool haRunning;
-  bool sharedAddresses;  // report the pair's addresses
-  char heartbeat[16] = "";
-};
-
-short ExcludedFlags(unsigned kind) {
-  if (kind == kNoVirtualKind) return IFF_LOOPBACK | IFF_POINTOPOINT | IFF_MASTER;
-  if (kind == kAllKind) return IFF_LOOPBACK;
-  return IFF_LOOPBACK | IFF_POINTOPOINT;
-}
-
-Selection Select(unsigned selector, bool vlanDriver) {
-  Selection selection{};
-  selection.kind = selector & ~(kWithHeartbeat | kSharedAddresses);
-  selection.excludedFlags = ExcludedFlags(selection.kind);
-  selection.skipBondMembers = selection.kind == kUsableKind || selection.kind == kAllKind;
-  selection.vlanDriver = vlanDriver;
-  selection.withHeartbeat = (selector & kWithHeartbeat) != 0;
-  selection.haRunning = ZARNHAIsRunning() == 1;
-  selection.sharedAddresses =
-      selection.haRunning && (selector & kSharedAddresses) != 0 && ZARNHAHasHAIF() == 1;
-  if (selection.haRunning &&
-      ZARNHAGetHeartbeatIF(selection.heartbeat, sizeof selection.heartbeat) < 0) {
-    LOG_ERROR("%s:%d Failed to get heartbeat interface.");
-  }
-  return selection;
-}
-
-bool IsBridgedWireless(const std::string& ifname) {
-  return ifname.starts_with("wlan") && Exists(paths::kTopologyBridgeMark);
-}
-
-bool IsHeartbeat(const std::string& ifname, const Selection& selection) {
-  return selection.haRunning && ifname == selection.heartbeat;
-}
-
-// The filter after the flags and the VLAN question.
-bool IsListed(const std::string& ifname, short flags, const Selection& selection) {
-  if (selection.skipBondMembers && inventory::IsBondingPassive(ifname, flags)) return false;
-  if ((flags & IFF_UP) == 0 || (flags & selection.excludedFlags) != 0) return false;
-  if (KOPANetBridgeIfIsSlave(ifname.c_str()) > 0 || KOPANetOVSIfIsSlave(ifname.c_str()) > 0) {
-    return false;
-  }
-  if (IsBridgedWireless(ifname)) return false;
-  return selection.withHeartbeat || !IsHeartbeat(ifname, selection);
-}
-
-// Each VLAN's record gives way to the last one: the order of the others changes, and callers know
-// it so.
-int RemoveVlans(const std::vector<std::string>& vlans, KOPANetIfInfo* list, int count) {
-  if (vlans.size() > static_cast<std::size_t>(count)) {
-    SetError(ZARNNETERR_BAD_PARAMETER);
-    return count;
-  }
-  for (const std::string& vlan : vlans) {
-    KOPANetIfInfo* const end = list + count;
-    KOPANetIfInfo* const found =
-        std::find_if(list, end, [&](const KOPANetIfInfo& info) { return vlan == info.name; });
-    if (found == end) continue;
-    *found = list[count - 1];
-    --count;
-  }
-  return count;
-}
-
-// Walks the table and counts, and fills, what passes the selection.
-int Enumerate(const std::vector<std::string>& names, const Selection& selection, int max,
-              KOPANetIfInfo* list) {
-  const InetSocket socket;
-  if (names.empty() || !socket.IsOpen()) return -1;
-  std::vector<std::string> vlans;
-  int count = 0;
-  for (const std::string& ifname : names) {
-    if (count >= max) break;
-    if (ifname.find("gbr") != std::string::npos || ifname.find("gwlan") != std::string::npos)
-      continue;
-    const auto flags = socket.Flags(ifname);
-    if (!flags) continue;
-    if (selection.vlanDriver && socket.VlanParent(ifname)) {
-      if (selection.kind == kNoVirtualKind) continue;
-      if (selection.kind == kUsableKind) vlans.push_back(ifname);
-    }
-    if (!IsListed(ifname, *flags, selection)) continue;
-    ZARNNETIFADDR shared{};
-    if (selection.sharedAddresses && ZARNHAGetRelatedIFInfo(ifname.c_str(), &shared) < 0) continue;
-    if (list != nullptr) {
-      inventory::FillRecord(socket, ifname, *flags, inventory::HasCarrier(ifname, *flags),
-                            &list[count]);
-      if (selection.sharedAddresses) {
-        CopyText(FieldText(shared.szIP), list[count].ip);
-        CopyText(FieldText(shared.szMask), list[count].mask);
-      }
-    }
-    ++count;
-  }
-  return list != nullptr && selection.kind == kUsableKind ? RemoveVlans(vlans, list, count) : count;
-}
-
-void WarnOfMissingSharedAddresses(unsigned selector) {
-  if ((selector & kSharedAddresses) == 0 || ZARNHAHasHAIF() != 1 || ZARNHAIsActive() != 1) return;
-  LOG_ERROR("%s:%d HA is running but HA IP not ready (%d)", static_cast<int>(selector));
-}
-
-}  // namespace
-
 int KOPANetGetInterfaceInfo(KOPANetIfInfo* pList, int max, unsigned int selector) {
-  return Boundary(-1, [&]() -> int {
-    if (max < 0) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    const int vlanDriver = KOPACModuleIsLoad("8021q");
-    if (vlanDriver < 0) return -1;
-    const Selection selection = Select(selector, vlanDriver == 1);
-    if (selection.kind == 0) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    const auto names = ListNetDev();
-    if (!names) return -1;
-    const int count = Enumerate(*names, selection, max, pList);
-    if (count == 0) WarnOfMissingSharedAddresses(selector);
-    return count;
-  });
+  return Boundary(-1, [&]() -> int { return facts::ListInterfaces(pList, max, selector); });
 }
 
 int ZARNNetEnumCard(unsigned int selector) {
   return Boundary(
-      -1, [&]() -> int { return KOPANetGetInterfaceInfo(nullptr, kMaxInterfaces, selector); });
+      -1, [&]() -> int { return facts::ListInterfaces(nullptr, facts::kMaxInterfaces, selector); });
 }
 
 int ZARNNetIsDevTypeMatch(const char* szIfname, unsigned int selector) {
   return Boundary(0, [&]() -> int {
     if (IsEmpty(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
-    std::vector<KOPANetIfInfo> list(kMaxInterfaces);
-    const int count = KOPANetGetInterfaceInfo(list.data(), kMaxInterfaces, selector);
-    if (count < 0) {
-      LOG_ERROR("%s:%d Failed to KOPANetGetInterfaceInfo(0x%X)=[%d], zarnerr=[0x%04X]", selector,
-                count, KOPACErrGet());
-      return 0;
-    }
-    const std::string_view wanted(szIfname);
-    const bool listed = std::any_of(list.begin(), list.begin() + count,
-                                    [&](const KOPANetIfInfo& info) { return wanted == info.name; });
-    return listed ? 1 : Fail(ZARNNETERR_NOT_FOUND, 0);
+    return facts::IsOfKind(szIfname, selector) ? 1 : 0;
   });
 }

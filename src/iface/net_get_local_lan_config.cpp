@@ -22,7 +22,7 @@ int KOPANetGetLocalLanConfig(PKOPACSZLIST* ppList) {
       return Fail(ZARNNETERR_OPEN, -1);
     }
     const auto names = SplitWords(setting.text, " \t,");
-    if (names.size() > kMaxInterfaces) {
+    if (names.size() > facts::kMaxInterfaces) {
       LOG_ERROR("%s:%d local lan exceed NUM_MAXIFACES");
       return Fail(ZARNNETERR_TABLE_FULL, -1);
     }

@@ -15,22 +15,6 @@
 
 using namespace frame;
 
-extern "C" {
-const KOPANETTOPOLOGY gTopologyInfo[4] = {
-    {0, "unknown", "eth0", 0, 3},
-    {1, "client", "eth0", 1, 1},
-    {2, "bridge", "br0", 0, 2},
-    {3, "router", "eth0", 0, 3},
-};
-
-const ZARNBRIDGEINFO grgTopologyIFInfo[4][4] = {
-    {},
-    {{1, "eth0", ""}, {1, "wlan0", ""}},
-    {{4, "eth0", "br0"}, {4, "wlan0", "br0"}, {2, "br0", "eth0"}},
-    {{1, "eth0", ""}, {4, "wlan0", "lbr0"}, {3, "lbr0", "wlan0"}},
-};
-}
-
 namespace {
 
 constexpr char kTopologyKey[] = "net_topology";

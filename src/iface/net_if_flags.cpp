@@ -6,8 +6,7 @@
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
-#include "frame/model/paths.h"
-#include "frame/os/file.h"
+#include "frame/facts/link.h"
 #include "frame/os/kernel.h"
 
 using namespace frame;
@@ -15,14 +14,7 @@ using namespace frame;
 int ZARNNetIsIFUp(const char* szIfname) {
   return Boundary(0, [&]() -> int {
     if (IsUnfitName(szIfname)) return 0;
-    const File file = OpenFile(paths::SysNet(szIfname, "/flags"), "r");
-    if (!file) return 0;
-    unsigned int flags = 0;
-    if (std::fscanf(file.get(), "0x%x", &flags) != 1) {
-      LOG_ERROR("%s:%d fscanf failed. %m");
-      return 0;
-    }
-    return static_cast<int>(flags & IFF_UP);
+    return facts::IsUp(szIfname) ? IFF_UP : 0;
   });
 }
 

@@ -4,8 +4,8 @@
 #include "frame/base/boundary.h"
 #include "frame/base/error.h"
 #include "frame/base/text.h"
+#include "frame/facts/record.h"
 #include "frame/os/kernel.h"
-#include "iface/record.h"
 
 using namespace frame;
 
@@ -18,7 +18,7 @@ int ZARNNetIFGetInfo(const char* szIfname, KOPANetIfInfo* pInfo) {
     const auto flags = FitsKernel(szIfname) ? socket.Flags(szIfname) : std::nullopt;
     if (!flags) return Fail(ZARNNETERR_NOT_FOUND, -1);
     KOPANetIfInfo info{};
-    inventory::FillRecord(socket, szIfname, *flags, inventory::HasCarrier(szIfname, *flags), &info);
+    facts::FillRecord(socket, szIfname, *flags, facts::HasCarrier(szIfname, *flags), &info);
     *pInfo = info;
     return 0;
   });

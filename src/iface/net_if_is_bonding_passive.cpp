@@ -4,19 +4,10 @@
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
-#include "frame/facts/ovs_bonds.h"
-#include "frame/model/paths.h"
+#include "frame/facts/record.h"
 #include "frame/os/kernel.h"
-#include "iface/bonding_passive.h"
 
 using namespace frame;
-
-bool inventory::IsBondingPassive(const std::string& ifname, short flags) {
-  if ((flags & IFF_SLAVE) != 0) return true;
-  const auto member = IsOvsBondMember(ifname);
-  if (!member) LOG_ERROR("%s:%d Failed to open %s.", paths::kOvsBonds);
-  return member.value_or(false);
-}
 
 int ZARNNetIfIsBondingPassive(const char* szIfname) {
   return Boundary(0, [&]() -> int {
@@ -31,6 +22,6 @@ int ZARNNetIfIsBondingPassive(const char* szIfname) {
       LOG_NOTE("%s:%d Cannot get flags of network interface: %m");
       return 0;
     }
-    return inventory::IsBondingPassive(szIfname, *flags) ? 1 : 0;
+    return facts::IsBondingPassive(szIfname, *flags) ? 1 : 0;
   });
 }

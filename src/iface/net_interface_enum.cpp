@@ -7,8 +7,8 @@
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/facts/net_dev.h"
+#include "frame/facts/record.h"
 #include "frame/os/kernel.h"
-#include "iface/record.h"
 
 using namespace frame;
 
@@ -21,7 +21,7 @@ using Carrier = std::optional<bool> (*)(const InetSocket& socket, const std::str
 // The interfaces that are up, in the order of the statistics table.
 int ListUp(KOPANetIfInfo* list, int max, Carrier carrierOf) {
   if (max < 0) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-  const auto names = ListNetDev();
+  const auto names = facts::ListNetDev();
   if (!names) return -1;
   const InetSocket socket;
   if (!socket.IsOpen()) return -1;
@@ -34,7 +34,7 @@ int ListUp(KOPANetIfInfo* list, int max, Carrier carrierOf) {
     if (!carrier) continue;
     if (list != nullptr) {
       list[count] = KOPANetIfInfo{};
-      inventory::FillRecord(socket, ifname, *flags, *carrier, &list[count]);
+      facts::FillRecord(socket, ifname, *flags, *carrier, &list[count]);
     }
     ++count;
   }
@@ -50,7 +50,7 @@ std::optional<bool> CarrierOfPort(const InetSocket& socket, const std::string& i
 std::optional<bool> CarrierOfAny(const InetSocket& /*socket*/, const std::string& ifname,
                                  short flags) {
   if ((flags & IFF_LOOPBACK) != 0) return std::nullopt;
-  return inventory::HasCarrier(ifname, flags);
+  return facts::HasCarrier(ifname, flags);
 }
 
 }  // namespace

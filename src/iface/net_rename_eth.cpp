@@ -14,7 +14,8 @@
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
-#include "frame/model/ifcfg_keys.h"
+#include "frame/model/ifcfg.h"
+#include "frame/model/mtu.h"
 #include "frame/model/paths.h"
 #include "frame/os/backup.h"
 #include "frame/os/command.h"
@@ -23,7 +24,6 @@
 #include "frame/os/kernel.h"
 #include "frame/os/key_file.h"
 #include "frame/os/lock.h"
-#include "ipv4/mtu_key.h"
 #include "virtual/rename_event.h"
 
 using namespace frame;
@@ -105,13 +105,13 @@ class FileMove {
 class SettingMove {
  public:
   SettingMove(const char* ifname, const char* newName) {
-    const std::string key = ipv4::MtuKey(ifname);
+    const std::string key = model::MtuKey(ifname);
     const KeyValue mtu = ReadKey(paths::kInfo, key.c_str(), 16);
     if (!mtu.Found()) return;
     backup_.emplace(paths::kInfo, BackupSuffix());
     StringHash set;
     StringHash drop;
-    set.Set(ipv4::MtuKey(newName).c_str(), mtu.text.c_str());
+    set.Set(model::MtuKey(newName).c_str(), mtu.text.c_str());
     drop.Set(key.c_str(), "");
     done_ =
         backup_->Made() && KOPACFileSetKeys(paths::kInfo, set.Get(), drop.Get(), kQuotedLine) >= 0;

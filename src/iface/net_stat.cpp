@@ -16,7 +16,7 @@ namespace {
 
 // Bytes, packets, errors and drops; the receiving side has four more columns before the sending
 // side begins.
-void Fill(const NetDevEntry& entry, KOPANETSTAT* stat) {
+void Fill(const facts::NetDevEntry& entry, KOPANETSTAT* stat) {
   *stat = KOPANETSTAT{};
   CopyText(entry.name, stat->name);
   std::sscanf(entry.counters.c_str(),
@@ -44,10 +44,10 @@ PKOPANETSTATLIST KOPANetStatInit(int cMax) {
 int KOPANetStatGetAll(PKOPANETSTATLIST pList) {
   return Boundary(-1, [&]() -> int {
     if (pList == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    const auto entries = ReadNetDev();
+    const auto entries = facts::ReadNetDev();
     if (!entries) return -1;
     pList->nItem = 0;
-    for (const NetDevEntry& entry : *entries) {
+    for (const facts::NetDevEntry& entry : *entries) {
       if (pList->nItem == pList->nMax) break;
       Fill(entry, &pList->rgItem[pList->nItem++]);
     }

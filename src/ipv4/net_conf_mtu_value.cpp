@@ -7,10 +7,10 @@
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/model/mtu.h"
 #include "frame/model/paths.h"
 #include "frame/os/key_file.h"
 #include "frame/os/lock.h"
-#include "ipv4/mtu_key.h"
 #include "ipv4/ovs_device.h"
 
 using namespace frame;
@@ -28,7 +28,7 @@ std::string SettingOwner(const char* ifname) {
 }
 
 bool Store(const char* ifname, const char* mtu) {
-  if (KOPACFileSetKeyValue(paths::kInfo, ipv4::MtuKey(ifname).c_str(), mtu, kQuotedLine) >= 0)
+  if (KOPACFileSetKeyValue(paths::kInfo, model::MtuKey(ifname).c_str(), mtu, kQuotedLine) >= 0)
     return true;
   const InnerError inner;
   LOG_ERROR("%s:%d Failed to set %s MTU config value[0x%04X %s:%d]", ifname, inner.code, inner.file,
@@ -46,7 +46,7 @@ int ZARNConfGetMTUValue(const char* szIfname, char* szBuf, int cbBuf) {
     const std::string owner = SettingOwner(szIfname);
     CopyText("", szBuf, size);
     const int length =
-        KOPACFileGetKeyValue(paths::kInfo, ipv4::MtuKey(owner).c_str(), szBuf, size, 0);
+        KOPACFileGetKeyValue(paths::kInfo, model::MtuKey(owner).c_str(), szBuf, size, 0);
     if (length < 0) {
       LOG_ERROR_FUNC(at, "%s (%d) Failed to get %s_mtu (%X)", owner.c_str(), KOPACErrGet());
       return -1;

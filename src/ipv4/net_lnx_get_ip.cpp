@@ -7,21 +7,19 @@
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
-#include "frame/model/ifcfg_keys.h"
+#include "frame/facts/addresses.h"
+#include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
 #include "frame/os/file.h"
 #include "frame/os/kernel.h"
 
 using namespace frame;
 
-namespace {}  // namespace
-
 int ZARNILnxGetIP(const char* szIfname, char* szBuf, int cbBuf) {
   return Boundary(-1, [&]() -> int {
     if (IsEmpty(szIfname) || szBuf == nullptr || cbBuf <= 0)
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    const auto address = InetSocket().Address(szIfname);
-    if (!address) LOG_NOTE("%s:%d get ip failed");
+    const auto address = facts::KernelAddress(szIfname);
     CopyText(DottedText(address.value_or(in_addr{})), szBuf, static_cast<std::size_t>(cbBuf));
     return address ? 1 : 0;
   });

@@ -37,7 +37,8 @@ bool IsKept(const InetSocket& socket, const char* ifname) {
 }
 
 std::optional<std::vector<std::string>> KeptInterfaces() {
-  const std::unique_ptr<KOPANETSTATLIST, FreeStatistics> list(KOPANetStatInit(kMaxInterfaces));
+  const std::unique_ptr<KOPANETSTATLIST, FreeStatistics> list(
+      KOPANetStatInit(facts::kMaxInterfaces));
   if (!list || KOPANetStatGetAll(list.get()) < 0) return std::nullopt;
   const InetSocket socket;
   std::vector<std::string> names;

@@ -6,10 +6,9 @@
 #include "frame/base/boundary.h"
 #include "frame/base/error.h"
 #include "frame/base/text.h"
-#include "frame/model/ifcfg_keys.h"
+#include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
 #include "frame/os/key_file.h"
-#include "virtual/roles.h"
 #include "virtual/settings_keys.h"
 
 using namespace frame;
@@ -23,7 +22,7 @@ int ZARNNetDisableBridgeSlave(const ZARNNETIFSETTINGS* pSettings) {
     KeyEdit edit;
     edit.Set(keys::kDevice, ifname.c_str()).Set(keys::kOnBoot, "yes");
     virtual_if::SetAddress(*pSettings, &edit);
-    edit.Drop(bridge::kBridgeKey).Drop(bridge::kTypeKey);
+    edit.Drop(keys::kBridge).Drop(keys::kType);
     const std::string path = paths::Ifcfg(ifname);
     virtual_if::KeepCopy(path);
     return edit.WriteTo(path) ? 0 : -1;

@@ -5,38 +5,22 @@
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
-#include "frame/model/ifcfg_keys.h"
+#include "frame/facts/bridges.h"
+#include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
 #include "frame/os/file.h"
 #include "frame/os/key_file.h"
-#include "virtual/roles.h"
 
 using namespace frame;
 
 namespace {
-
-void ReadRole(const char* ifname, const std::string& path, ZARNBRIDGEINFO* info) {
-  *info = ZARNBRIDGEINFO{};
-  CopyText(ifname, info->szName);
-  if (!KeyIs(path, bridge::kTypeKey, "bridge")) {
-    // The reverse of what the kernel-based query and the writer mean by these two: callers compare
-    // so.
-    const bool port = ReadKeyInto(path, bridge::kBridgeKey, info->szRef);
-    info->type = port ? bridge::kStandalone : bridge::kPort;
-    return;
-  }
-  info->type = KOPANetIFIsLocalLan(ifname) == 1 ? bridge::kLocalLan : bridge::kBridge;
-  if (!ReadKeyInto(path, bridge::kPrimaryKey, info->szRef)) {
-    LOG_ERROR("%s:%d Failed to get key[%s] in file[%s].", bridge::kPrimaryKey, path.c_str());
-  }
-}
 
 // A missing address or mask is reported under the primary port's key: the lines are known by that
 // name.
 template <std::size_t N>
 void ReadAddress(const std::string& path, const char* key, char (&field)[N]) {
   if (!ReadKeyInto(path, key, field)) {
-    LOG_ERROR("%s:%d Failed to get key[%s] in file[%s].", bridge::kPrimaryKey, path.c_str());
+    LOG_ERROR("%s:%d Failed to get key[%s] in file[%s].", keys::kPrimary, path.c_str());
   }
 }
 
@@ -60,11 +44,14 @@ int ZARNNetGetBridgeConfig(const char* szIfname, ZARNNETIFSETTINGS* pSettings,
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }
     const std::string path = paths::Ifcfg(szIfname);
-    if (!Exists(path)) {
+    if (pInfo != nullptr) {
+      const auto role = facts::ConfiguredBridgeRole(szIfname);
+      if (!role) return -1;
+      *pInfo = *role;
+    } else if (!Exists(path)) {
       LOG_ERROR("%s:%d Failed to access [%s].", path.c_str());
       return -1;
     }
-    if (pInfo != nullptr) ReadRole(szIfname, path, pInfo);
     if (pSettings != nullptr) ReadSettings(szIfname, path, pSettings);
     return 0;
   });

@@ -9,27 +9,21 @@
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/facts/bridges.h"
+#include "frame/facts/link.h"
 #include "frame/facts/net_dev.h"
+#include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
-#include "frame/os/file.h"
 #include "frame/os/key_file.h"
-#include "virtual/roles.h"
 
 using namespace frame;
 
 namespace {
 
-uint32_t RoleOf(const char* ifname) {
-  if (KOPANetBridgeIfIsMaster(ifname) > 0) {
-    return KOPANetIFIsLocalLan(ifname) == 1 ? bridge::kLocalLan : bridge::kBridge;
-  }
-  return KOPANetBridgeIfIsSlave(ifname) > 0 ? bridge::kPort : bridge::kStandalone;
-}
-
 // Whom the interface belongs with: a bridge's primary port, a port's bridge.
 void ReadReference(const char* ifname, ZARNBRIDGEINFO* info) {
-  if (info->type == bridge::kStandalone) return;
-  const char* const key = info->type == bridge::kPort ? bridge::kBridgeKey : bridge::kPrimaryKey;
+  if (info->type == ZARNBRIDGE_STANDALONE) return;
+  const char* const key = info->type == ZARNBRIDGE_PORT ? keys::kBridge : keys::kPrimary;
   const std::string path = paths::Ifcfg(ifname);
   if (!ReadKeyInto(path, key, info->szRef)) {
     LOG_ERROR("%s:%d Failed to get key[%s] in file[%s].", key, path.c_str());
@@ -37,7 +31,7 @@ void ReadReference(const char* ifname, ZARNBRIDGEINFO* info) {
 }
 
 bool IsWanted(const std::string& ifname, uint32_t role) {
-  return ifname.find("gbr") == std::string::npos && RoleOf(ifname.c_str()) == role;
+  return ifname.find("gbr") == std::string::npos && facts::BridgeRoleOf(ifname) == role;
 }
 
 }  // namespace
@@ -45,22 +39,22 @@ bool IsWanted(const std::string& ifname, uint32_t role) {
 int KOPANetBridgeIfIsMaster(const char* szIfname) {
   return Boundary(0, [&]() -> int {
     if (IsUnfitName(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
-    return Exists(paths::SysNet(szIfname, "/bridge/")) ? 1 : 0;
+    return facts::IsBridge(szIfname) ? 1 : 0;
   });
 }
 
 int KOPANetBridgeIfIsSlave(const char* szIfname) {
   return Boundary(0, [&]() -> int {
     if (IsUnfitName(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
-    return Exists(paths::SysNet(szIfname, "/brport")) ? 1 : 0;
+    return facts::IsBridgePort(szIfname) ? 1 : 0;
   });
 }
 
 int KOPANetEnumBridge(PKOPACSZLIST* ppList, uint32_t role) {
   return Boundary(-1, [&]() -> int {
-    const auto names = ListNetDev();
+    const auto names = facts::ListNetDev();
     if (!names) return Fail(ZARNNETERR_NO_MEMORY, -1);
-    if (role != bridge::kBridge && role != bridge::kLocalLan) return 0;
+    if (role != ZARNBRIDGE_BRIDGE && role != ZARNBRIDGE_LOCAL_LAN) return 0;
     int count = 0;
     for (const std::string& ifname : *names) {
       if (!IsWanted(ifname, role)) continue;
@@ -76,8 +70,8 @@ int KOPANetEnumBridge(PKOPACSZLIST* ppList, uint32_t role) {
 int KOPANETGetBridgeInfo(const char* szIfname, ZARNBRIDGEINFO* pInfo) {
   return Boundary(0, [&]() -> int {
     if (IsUnfitName(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
-    if (ZARNNetIsIFUp(szIfname) != 1) return 0;
-    const uint32_t role = RoleOf(szIfname);
+    if (!facts::IsUp(szIfname)) return 0;
+    const uint32_t role = facts::BridgeRoleOf(szIfname);
     if (pInfo != nullptr) {
       *pInfo = ZARNBRIDGEINFO{};
       pInfo->type = role;

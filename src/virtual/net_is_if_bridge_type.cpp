@@ -4,6 +4,7 @@
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/facts/bridges.h"
 
 using namespace frame;
 
@@ -13,12 +14,12 @@ int ZARNNetIsIfBridgeType(const char* szIfname, uint32_t role) {
       LOG_ERROR("%s:%d Bad parameter");
       return Fail(ZARNNETERR_BAD_PARAMETER, 0);
     }
-    ZARNBRIDGEINFO info{};
-    if (ZARNNetGetBridgeConfig(szIfname, nullptr, &info) < 0) {
+    const auto info = facts::ConfiguredBridgeRole(szIfname);
+    if (!info) {
       // The wrong subject, but the text by which this failure is known.
       LOG_ERROR("%s:%d Failed to get PPPoE relay config");
       return 0;
     }
-    return info.type == role ? 1 : 0;
+    return info->type == role ? 1 : 0;
   });
 }

@@ -12,13 +12,12 @@
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
 #include "frame/os/command.h"
 #include "frame/os/key_file.h"
-#include "virtual/interface_keys.h"
 
 using namespace frame;
-using namespace virtual_if;
 
 namespace {
 
@@ -57,7 +56,7 @@ class SlaveFiles {
   void Restore() const {
     for (const std::string& slave : slaves_) {
       const std::string path = paths::Ifcfg(slave);
-      static_cast<void>(RunStatus(paths::kMv, "-f", BackupOf(path).c_str(), path.c_str()));
+      static_cast<void>(RunStatus(paths::kMv, "-f", path + model::kSavedSuffix, path));
     }
   }
   const Names& slaves_;
@@ -65,7 +64,7 @@ class SlaveFiles {
 };
 
 bool AddDeviceOf(const char* path, Names* slaves) {
-  const KeyValue device = ReadKey(path, kDevice, kNameSize);
+  const KeyValue device = ReadKey(path, keys::kDevice, kNameSize);
   if (device.length == 0) {
     LOG_ERROR("%s:%d %s don't have key \"DEVICE\"\n", path);
     return false;
@@ -79,7 +78,7 @@ bool AddDeviceOf(const char* path, Names* slaves) {
 }
 
 bool AddIfSlave(const char* path, const std::string& bond, Names* slaves) {
-  const KeyValue master = ReadKey(path, kMaster, kNameSize);
+  const KeyValue master = ReadKey(path, keys::kMaster, kNameSize);
   if (master.Unreadable()) {
     LOG_ERROR("%s:%d get key \"MASTER\" from %s fail\n", path);
     return false;
@@ -93,7 +92,7 @@ std::optional<Names> ParseSlaves(const std::string& bond) {
   const FileNames files;
   if (files.Failed()) return Fail(ZARNNETERR_OPEN, std::nullopt);
   for (const char* path : files) {
-    if (std::string_view(path).ends_with(kBackupSuffix)) continue;
+    if (std::string_view(path).ends_with(model::kSavedSuffix)) continue;
     if (!AddIfSlave(path, bond, &slaves)) return std::nullopt;
   }
   return slaves;
@@ -121,8 +120,8 @@ std::optional<bool> HasAddress(const std::string& slave, const std::string& addr
 
 bool TakeAddress(const std::string& slave) {
   const std::string path = paths::Ifcfg(slave);
-  if (KOPACFileSetKeyValue(path.c_str(), kBootProto, "none", kBareLine) >= 0) return true;
-  LOG_ERROR("%s:%d set %s %s=%s failed", path.c_str(), kBootProto, "none");
+  if (KOPACFileSetKeyValue(path.c_str(), keys::kBootProto, "none", kBareLine) >= 0) return true;
+  LOG_ERROR("%s:%d set %s %s=%s failed", path.c_str(), keys::kBootProto, "none");
   return false;
 }
 
@@ -152,7 +151,7 @@ bool ReleaseAll(const Names& slaves, const std::string& heir, const std::string&
 bool Inherit(const std::string& bondPath, const std::string& heir) {
   if (heir.empty()) return true;
   const std::string path = paths::Ifcfg(heir);
-  if (RunStatus(paths::kCp, "-f", bondPath.c_str(), path.c_str()) == 0) return true;
+  if (RunStatus(paths::kCp, "-f", bondPath, path) == 0) return true;
   return Fail(ZARNNETERR_COMMAND, false);
 }
 

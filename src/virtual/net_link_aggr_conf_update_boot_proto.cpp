@@ -7,9 +7,8 @@
 #include "frame/base/boundary.h"
 #include "frame/base/error.h"
 #include "frame/base/text.h"
-#include "frame/model/ifcfg_keys.h"
+#include "frame/model/ifcfg.h"
 #include "frame/os/key_file.h"
-#include "virtual/interface_keys.h"
 
 using namespace frame;
 
@@ -17,12 +16,12 @@ int ZARNNetLinkAggrConfUpdateBootProto(const char* szPath, PKOPACSZHASH* ppSet) 
   return Boundary(-1, [&]() -> int {
     if (IsEmpty(szPath) || ppSet == nullptr || *ppSet == nullptr)
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    const KeyValue value = ReadKey(szPath, virtual_if::kBootProto, 64);
-    if (!value.Found()) return KOPACSzHashSetValue(ppSet, virtual_if::kBootProto, "dhcp");
+    const KeyValue value = ReadKey(szPath, keys::kBootProto, 64);
+    if (!value.Found()) return KOPACSzHashSetValue(ppSet, keys::kBootProto, "dhcp");
     for (const char* kept : {"static", "dhcp"}) {
       if (strcasecmp(kept, value.text.c_str()) == 0) return 0;
     }
-    if (KOPACSzHashSetValue(ppSet, virtual_if::kBootProto, "dhcp") < 0 ||
+    if (KOPACSzHashSetValue(ppSet, keys::kBootProto, "dhcp") < 0 ||
         KOPACSzHashSetValue(ppSet, keys::kIpAddr, "") < 0) {
       return -1;
     }

@@ -10,15 +10,14 @@
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
 #include "frame/os/command.h"
 #include "frame/os/containers.h"
 #include "frame/os/key_file.h"
-#include "virtual/interface_keys.h"
 #include "virtual/rename_event.h"
 
 using namespace frame;
-using namespace virtual_if;
 
 namespace {
 
@@ -86,14 +85,14 @@ class BondFiles {
 void BondFiles::Keep() {
   kept_ = true;
   for (int i = 0; i < record_.cSlave; ++i) {
-    static_cast<void>(RemoveOrLog(BackupOf(paths::Ifcfg(record_.rgszSlave[i]))));
+    static_cast<void>(RemoveOrLog(paths::Ifcfg(record_.rgszSlave[i]) + model::kSavedSuffix));
   }
 }
 
 void BondFiles::Restore() const {
   for (int i = 0; i < record_.cSlave; ++i) {
     const std::string path = paths::Ifcfg(record_.rgszSlave[i]);
-    static_cast<void>(RunStatus(paths::kMv, "-f", BackupOf(path).c_str(), path.c_str()));
+    static_cast<void>(RunStatus(paths::kMv, "-f", path + model::kSavedSuffix, path));
   }
   static_cast<void>(RemoveOrLog(paths::Ifcfg(record_.szName)));
 }
@@ -103,9 +102,8 @@ void BondFiles::Restore() const {
 void InheritFromFirstSlave(const ZARNLINKAGGROPT& record) {
   const char* const slave = record.rgszSlave[0];
   const std::string lease = paths::DhcpLease(record.szName);
-  static_cast<void>(RunStatus(paths::kCp, "-f", paths::Ifcfg(slave).c_str(),
-                              paths::Ifcfg(record.szName).c_str()));
-  static_cast<void>(RunStatus(paths::kCp, "-f", paths::DhcpLease(slave).c_str(), lease.c_str()));
+  static_cast<void>(RunStatus(paths::kCp, "-f", paths::Ifcfg(slave), paths::Ifcfg(record.szName)));
+  static_cast<void>(RunStatus(paths::kCp, "-f", paths::DhcpLease(slave), lease));
   static_cast<void>(KOPACFileReplaceSubStr(lease.c_str(), slave, record.szName));
 }
 
@@ -115,8 +113,8 @@ bool WriteBond(const ZARNLINKAGGROPT& record) {
   const std::string path = paths::Ifcfg(record.szName);
   KeyEdit edit;
   if (ZARNNetLinkAggrConfUpdateBootProto(path.c_str(), edit.KeysToSet()) < 0) return false;
-  edit.Set(kDevice, record.szName).Set(kOnBoot, "yes").Set(kUserCtl, "no");
-  edit.Set(kBondingOpts, options).Drop(kMaster).Drop(kSlave);
+  edit.Set(keys::kDevice, record.szName).Set(keys::kOnBoot, "yes").Set(keys::kUserCtl, "no");
+  edit.Set(keys::kBondingOpts, options).Drop(keys::kMaster).Drop(keys::kSlave);
   return edit.WriteTo(path);
 }
 
@@ -186,7 +184,7 @@ int RestartWithEvent(Kind kind, ZARNLINKAGGROPT* wanted, ZARNLINKAGGROPT* presen
     slaves.Add(wanted->rgszSlave[i]);
   const StringList& oldNames = kind == Kind::kCreate ? slaves : bond;
   const StringList& newNames = kind == Kind::kCreate ? bond : slaves;
-  RenameEvent event;
+  virtual_if::RenameEvent event;
   if (!event.Init()) {
     LOG_ERROR("%s:%d plugin sdk init failed");
     return -1;

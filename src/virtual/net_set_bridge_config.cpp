@@ -6,11 +6,10 @@
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
-#include "frame/model/ifcfg_keys.h"
+#include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
 #include "frame/os/file.h"
 #include "frame/os/key_file.h"
-#include "virtual/roles.h"
 #include "virtual/settings_keys.h"
 
 using namespace frame;
@@ -19,21 +18,21 @@ namespace {
 
 bool SetRole(uint32_t type, const char* reference, KeyEdit* edit) {
   switch (type) {
-    case bridge::kStandalone:
-      edit->Drop(bridge::kTypeKey).Drop(bridge::kPrimaryKey).Drop(bridge::kBridgeKey);
+    case ZARNBRIDGE_STANDALONE:
+      edit->Drop(keys::kType).Drop(keys::kPrimary).Drop(keys::kBridge);
       break;
-    case bridge::kBridge:
-    case bridge::kLocalLan:
-      edit->Set(bridge::kTypeKey, "bridge").Set(bridge::kPrimaryKey, reference);
-      edit->Drop(bridge::kBridgeKey);
+    case ZARNBRIDGE_BRIDGE:
+    case ZARNBRIDGE_LOCAL_LAN:
+      edit->Set(keys::kType, "bridge").Set(keys::kPrimary, reference);
+      edit->Drop(keys::kBridge);
       break;
-    case bridge::kPort:
-      edit->Set(bridge::kBridgeKey, reference).Drop(bridge::kTypeKey).Drop(bridge::kPrimaryKey);
+    case ZARNBRIDGE_PORT:
+      edit->Set(keys::kBridge, reference).Drop(keys::kType).Drop(keys::kPrimary);
       break;
     default:
       return false;
   }
-  if (type == bridge::kLocalLan) {
+  if (type == ZARNBRIDGE_LOCAL_LAN) {
     edit->Set("LOCAL_LAN", "yes");
   } else {
     edit->Drop("LOCAL_LAN");

@@ -4,8 +4,7 @@
 #include "frame/base/boundary.h"
 #include "frame/base/error.h"
 #include "frame/base/text.h"
-#include "frame/model/paths.h"
-#include "frame/os/file.h"
+#include "frame/facts/vlans.h"
 #include "frame/os/kernel.h"
 
 using namespace frame;
@@ -18,7 +17,7 @@ int KOPANetVlanValidId(unsigned int id) {
 }
 
 int KOPANetVlanExist() {
-  return Boundary(0, [&]() -> int { return Exists(paths::kProcVlanConfig) ? 1 : 0; });
+  return Boundary(0, [&]() -> int { return facts::HasVlanDriver() ? 1 : 0; });
 }
 
 int KOPANetVlanGet(const char* szIfname, KOPANETVLAN* pVlan) {
@@ -29,15 +28,9 @@ int KOPANetVlanGet(const char* szIfname, KOPANETVLAN* pVlan) {
     CopyText(ifname, pVlan->szName);
     const InetSocket socket;
     if (!socket.IsOpen()) return Fail(ZARNNETERR_VLAN_QUERY, -1);
-    // The question takes 15 characters, and a longer name must not be answered with another
-    // interface's VLAN.
-    if (!FitsKernel(ifname)) return 0;
-    const auto parent = socket.VlanParent(ifname);
-    if (!parent) return 0;
-    CopyText(*parent, pVlan->szRowDev);
-    const auto id = socket.VlanId(ifname);
-    if (!id) return 0;
-    pVlan->id = *id;
+    const auto vlan = facts::VlanOf(socket, ifname);
+    if (!vlan) return 0;
+    *pVlan = *vlan;
     return 1;
   });
 }

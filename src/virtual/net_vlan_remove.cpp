@@ -8,6 +8,7 @@
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/model/mtu.h"
 #include "frame/model/paths.h"
 #include "frame/os/command.h"
 #include "frame/os/containers.h"
@@ -45,7 +46,7 @@ int Remove(const KOPANETVLAN& vlan) {
               inner.file, inner.line);
   }
   // A setting that stays behind does no harm.
-  static_cast<void>(KOPACINFORemoveKey((name + "_mtu").c_str()));
+  static_cast<void>(KOPACINFORemoveKey(model::MtuKey(name).c_str()));
   if (!ReplaceFiles(vlan)) return -1;
   static_cast<void>(Run(paths::kNetworkScript, "start", parent));
   if (const char* const failed = vlan::TellPrograms(name, parent)) {

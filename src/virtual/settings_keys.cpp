@@ -2,7 +2,7 @@
 #include "virtual/settings_keys.h"
 
 #include "frame/base/text.h"
-#include "frame/model/ifcfg_keys.h"
+#include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
 #include "frame/os/command.h"
 

@@ -12,7 +12,7 @@ namespace frame {
 // so, and the answer is `failure`. A body that logs in the function form takes the Place, since its
 // own name is that of a lambda.
 template <class Failure, class Body, class NoMemory>
-  requires std::is_invocable_v<NoMemory>
+requires std::is_invocable_v<NoMemory>
 auto Boundary(Failure failure, const Body& body, const NoMemory& noMemory,
               const Place& at = {}) noexcept {
   const auto run = [&] {
@@ -32,7 +32,8 @@ auto Boundary(Failure failure, const Body& body, const NoMemory& noMemory,
 
 template <class Failure, class Body>
 auto Boundary(Failure failure, const Body& body, const Place& at = {}) noexcept {
-  return Boundary(failure, body, [] {}, at);
+  return Boundary(
+      failure, body, [] {}, at);
 }
 
 // For functions that answer nothing, such as those that free.

@@ -10,7 +10,7 @@
 #include "frame/model/paths.h"
 #include "frame/os/file.h"
 
-namespace frame {
+namespace frame::facts {
 namespace {
 
 bool IsLeftOut(std::string_view name) {
@@ -57,4 +57,4 @@ std::optional<std::vector<std::string>> ListNetDev() {
   return names;
 }
 
-}  // namespace frame
+}  // namespace frame::facts

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace frame {
+namespace frame::facts {
 
 inline constexpr int kMaxInterfaces = 32;
 
@@ -24,4 +24,4 @@ std::optional<std::vector<NetDevEntry>> ReadNetDev();
 // The names alone.
 std::optional<std::vector<std::string>> ListNetDev();
 
-}  // namespace frame
+}  // namespace frame::facts

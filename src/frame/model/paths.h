@@ -76,6 +76,9 @@ inline constexpr char kOvsBonds[] = "/sys/class/net/zarn_ovs_bonds";
 inline std::string SysNet(std::string_view ifname, std::string_view rest) {
   return std::string("/sys/class/net/").append(ifname).append(rest);
 }
+inline std::string ProcBond(std::string_view bond) {
+  return std::string("/proc/net/bonding/").append(bond);
+}
 inline std::string SysVirtualNet(std::string_view device) {
   return std::string("/sys/devices/virtual/net/").append(device);
 }

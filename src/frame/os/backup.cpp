@@ -12,7 +12,7 @@ namespace frame {
 
 Backup::Backup(std::string path, const std::string& suffix)
     : path_(std::move(path)), name_(path_ + suffix) {
-  if (RunStatus(paths::kCp, "-f", path_.c_str(), name_.c_str()) == 0) {
+  if (RunStatus(paths::kCp, "-f", path_, name_) == 0) {
     copy_ = name_;
   } else {
     ::unlink(name_.c_str());  // on a full disk a part of it is there

@@ -30,10 +30,10 @@ template <class... Args>
 
 // Runs a program with up to four arguments. Its exit status, or -1 when it could not be started or
 // was ended by a signal.
-[[nodiscard]] inline int RunStatus(const char* path, const char* arg1 = nullptr,
-                                   const char* arg2 = nullptr, const char* arg3 = nullptr,
-                                   const char* arg4 = nullptr) {
-  return KOPACExec(path, arg1, arg2, arg3, arg4);
+template <class... Args>
+[[nodiscard]] int RunStatus(const char* path, const Args&... args) {
+  const char* const argument[4] = {internal::Argument(args)...};
+  return KOPACExec(path, argument[0], argument[1], argument[2], argument[3]);
 }
 
 // The same with as many arguments as it takes.

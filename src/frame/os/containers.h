@@ -2,6 +2,8 @@
 #pragma once
 
 #include <new>
+#include <string>
+#include <vector>
 
 #include <zarncore/zarncore.h>
 
@@ -24,11 +26,22 @@ class StringList {
   void Add(const char* text) {
     if (KOPACSzListPush(&list_, text) < 0) throw std::bad_alloc();
   }
+  [[nodiscard]] std::vector<std::string> Texts() const {
+    return {list_->rgszItem, list_->rgszItem + list_->nItem};
+  }
   void Clear() { KOPACSzListRemoveAll(list_); }
 
  private:
   PKOPACSZLIST list_;
 };
+
+// Appends texts to a list of the caller's. False when memory ran out.
+[[nodiscard]] inline bool PushTexts(const std::vector<std::string>& texts, PKOPACSZLIST* list) {
+  for (const std::string& text : texts) {
+    if (KOPACSzListPush(list, text.c_str()) < 0) return false;
+  }
+  return true;
+}
 
 // A hash of the core library; as StringList.
 class StringHash {

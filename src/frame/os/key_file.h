@@ -37,7 +37,16 @@ inline bool KeyIs(const std::string& path, const char* key, const char* value) {
   return KOPACFileCheckKeyValue(path.c_str(), key, value, 0) == 1;
 }
 
-// Collects keys to set and keys to drop and writes them in one rewrite, each as KEY=value.
+// Sets one key, or removes it; the file is made where it is missing, to set.
+[[nodiscard]] inline bool SetKey(const std::string& path, const char* key, const char* value,
+                                 const char* line = kBareLine) {
+  return KOPACFileSetKeyValue(path.c_str(), key, value, line) >= 0;
+}
+[[nodiscard]] inline bool DropKey(const std::string& path, const char* key) {
+  return KOPACFileRemoveKey(path.c_str(), key) >= 0;
+}
+
+// Collects keys to set and keys to drop and writes them in one rewrite.
 class KeyEdit {
  public:
   KeyEdit& Set(const char* key, const char* value) {
@@ -49,8 +58,8 @@ class KeyEdit {
     return *this;
   }
   PKOPACSZHASH* KeysToSet() { return set_.Out(); }  // for who adds keys by the core library's type
-  [[nodiscard]] bool WriteTo(const std::string& path) const {
-    return KOPACFileSetKeys(path.c_str(), set_.Get(), drop_.Get(), kBareLine) >= 0;
+  [[nodiscard]] bool WriteTo(const std::string& path, const char* line = kBareLine) const {
+    return KOPACFileSetKeys(path.c_str(), set_.Get(), drop_.Get(), line) >= 0;
   }
 
  private:

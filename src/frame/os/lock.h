@@ -6,6 +6,8 @@
 
 #include <zarncore/zarncore.h>
 
+#include "frame/base/log.h"
+
 namespace frame {
 
 inline constexpr int kNetworkRead = 0x105;  // interface files, resolver files, routes, host name
@@ -26,6 +28,8 @@ class Lock {
   Lock& operator=(const Lock&) = delete;
 
   [[nodiscard]] bool Held() const { return held_; }
+  // A lock that is not had is 0x0400 and logged in the caller's name, with the failure inside.
+  [[nodiscard]] bool HeldOrLog(const Place& at = {}) const;
   // Lets go before the scope ends, for callers that report a release that fails.
   [[nodiscard]] bool Release() {
     return !std::exchange(held_, false) || KOPACFileUnlock(class_) == 0;
@@ -37,6 +41,19 @@ class Lock {
   int class_;
   bool held_;
 };
+
+inline bool Lock::HeldOrLog(const Place& at) const {
+  if (held_) return true;
+  const InnerError inner;
+  if (class_ == (kSettingsWrite & ~0xFF)) {
+    LOG_ERROR_AT(at, "%s:%d Failed to lock zarninfo [0x%04X %s:%d]", inner.code, inner.file,
+                 inner.line);
+  } else {
+    LOG_ERROR_AT(at, "%s:%d KOPACFileLock failed.[0x%04X %s:%d]", inner.code, inner.file,
+                 inner.line);
+  }
+  return Fail(ZARNNETERR_LOCK, false, at);
+}
 
 // The exclusive lock on one file, kept apart from the file, which every edit replaces. Waits at
 // most 30 seconds.

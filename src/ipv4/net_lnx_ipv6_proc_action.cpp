@@ -17,7 +17,7 @@
 #include "frame/model/paths.h"
 #include "frame/os/file.h"
 #include "frame/os/key_file.h"
-#include "ipv6/config.h"
+#include "frame/model/ifcfg.h"
 
 using namespace frame;
 
@@ -84,9 +84,9 @@ int ZARNLnxIPv6FlushAddr(const char* szIfname) {
   return Boundary(-1, [&]() -> int {
     if (IsUnfitName(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     const std::string path = paths::Ifcfg(szIfname);
-    const KeyValue mode = ReadKey(path, ipv6::kTypeKey, 16);
+    const KeyValue mode = ReadKey(path, keys::kIpv6Type, 16);
     if (mode.Unreadable()) {
-      LOG_ERROR("%s:%d Failed to get key [%s] in [%s]", ipv6::kTypeKey, path.c_str());
+      LOG_ERROR("%s:%d Failed to get key [%s] in [%s]", keys::kIpv6Type, path.c_str());
       return -1;
     }
     if (ZARNLnxIPv6ProcAction(szIfname, kDisable) < 0) {

@@ -1,0 +1,50 @@
+// The part of interfaces in bridges, as the kernel has it and as the files say.
+#include "frame/facts/bridges.h"
+
+#include "frame/base/log.h"
+#include "frame/base/text.h"
+#include "frame/model/ifcfg.h"
+#include "frame/model/paths.h"
+#include "frame/os/file.h"
+
+namespace frame::facts {
+
+bool IsBridge(const std::string& ifname) {
+  return Exists(paths::SysNet(ifname, "/bridge/"));
+}
+
+bool IsBridgePort(const std::string& ifname) {
+  return Exists(paths::SysNet(ifname, "/brport"));
+}
+
+bool IsLocalLan(const std::string& ifname) {
+  return KeyIs(paths::Ifcfg(ifname), keys::kLocalLan, "yes");
+}
+
+std::uint32_t BridgeRoleOf(const std::string& ifname) {
+  if (IsBridge(ifname)) return IsLocalLan(ifname) ? ZARNBRIDGE_LOCAL_LAN : ZARNBRIDGE_BRIDGE;
+  return IsBridgePort(ifname) ? ZARNBRIDGE_PORT : ZARNBRIDGE_STANDALONE;
+}
+
+std::optional<ZARNBRIDGEINFO> ConfiguredBridgeRole(const std::string& ifname) {
+  const std::string path = paths::Ifcfg(ifname);
+  if (!Exists(path)) {
+    LOG_ERROR_AT(Place("net_get_bridge_config"), "%s:%d Failed to access [%s].", path.c_str());
+    return std::nullopt;
+  }
+  ZARNBRIDGEINFO info{};
+  CopyText(ifname, info.szName);
+  if (!KeyIs(path, keys::kType, "bridge")) {
+    const bool port = ReadKeyInto(path, keys::kBridge, info.szRef);
+    info.type = port ? ZARNBRIDGE_STANDALONE : ZARNBRIDGE_PORT;
+    return info;
+  }
+  info.type = IsLocalLan(ifname) ? ZARNBRIDGE_LOCAL_LAN : ZARNBRIDGE_BRIDGE;
+  if (!ReadKeyInto(path, keys::kPrimary, info.szRef)) {
+    LOG_ERROR_AT(Place("net_get_bridge_config"), "%s:%d Failed to get key[%s] in file[%s].",
+                 keys::kPrimary, path.c_str());
+  }
+  return info;
+}
+
+}  // namespace frame::facts

@@ -1,0 +1,33 @@
+// Open vSwitch on this machine: its devices, and its bonds with their members.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <zarnnetsdk/virtual.h>
+
+namespace frame::facts {
+
+// ZARNOVS_BOND, ZARNOVS_DEVICE or ZARNOVS_NONE: by its name, and only where the kernel has it. A
+// name that can be no interface's is none, with 0x0D00.
+int OvsKindOf(std::string_view ifname);
+
+// Is there an Open vSwitch device over the interface?
+bool IsUnderOvs(std::string_view ifname);
+
+// The port under a device: what stands behind "ovs_". Nothing, with 0x0D00, for a name without it.
+std::optional<std::string> PortUnder(std::string_view ifname);
+
+// Is the interface a member of some Open vSwitch bond? Also no when there is no table; nothing when
+// the table cannot be opened.
+std::optional<bool> IsOvsBondMember(std::string_view ifname);
+
+// The Open vSwitch bond that an interface is a member of; empty for none and for no table, nothing
+// when the table cannot be opened.
+std::optional<std::string> OvsBondOf(std::string_view ifname);
+
+// Is the interface under Open vSwitch, and a member of one of its bonds?
+bool IsOvsPort(std::string_view ifname);
+
+}  // namespace frame::facts
