@@ -44,15 +44,14 @@ bool StoreMtu(const std::string& ifname, const std::string& mtu);
 bool TellDnsChange(int stage, const KOPACSZLIST* servers);
 bool TellDnsConfigChange(int stage, const char* ifname, const KOPACSZLIST* servers);
 
-// Tells those who follow the names, before and after the work, that interfaces take other names; answers what the work
-// answers. Failures of the event are logged in the caller's name and stop nothing. An event that cannot be begun is
-// reported by `onNoEvent`, which says whether the work is done all the same.
-struct NameChange {
-  std::vector<std::string> oldNames;
-  std::vector<std::string> newNames;
-};
-int WhileRenaming(const NameChange& names, bool needsEvent, const std::function<int()>& work,
-                  const frame::Place& at = {});
+// Tells those who follow the names, before the work and after it, that interfaces take other
+// interfaces' places; answers what the work answers. A failure of the event is logged in the
+// caller's name and stops nothing; one that cannot even be begun ends the call where the caller's
+// contract says so.
+enum class WithoutEvent { kFail, kGoOn };
+int WhileRenaming(const std::vector<std::string>& oldNames,
+                  const std::vector<std::string>& newNames, WithoutEvent withoutEvent,
+                  const std::function<int()>& work, const frame::Place& at = {});
 
 }  // namespace ipv4
 
