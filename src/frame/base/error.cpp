@@ -3,6 +3,8 @@
 
 #include <zarncore/zarncore.h>
 
+#include "frame/base/boundary.h"
+
 namespace frame {
 
 void SetError(ZARNNETERROR code, const Place& at) {
@@ -68,13 +70,13 @@ Description Describe(unsigned int number) {
 }  // namespace
 
 const char* ZARNNetErrorName(unsigned int code) {
-  return Describe(code).name;
+  return frame::Boundary(nullptr, [&]() -> const char* { return Describe(code).name; });
 }
 
 const char* ZARNNetErrorText(unsigned int code) {
-  return Describe(code).text;
+  return frame::Boundary(nullptr, [&]() -> const char* { return Describe(code).text; });
 }
 
 void ZARNNetErrorClear() {
-  KOPACErrSetEx(ZARNNETERR_NONE, "", 0);
+  frame::Boundary([] { KOPACErrSetEx(ZARNNETERR_NONE, "", 0); });
 }

@@ -1,0 +1,4 @@
+// A change above.
+#pragma once
+
+extern "C" int Exported(int number);
