@@ -68,15 +68,16 @@ std::string Lease() {
             "request subnet-mask, routers, domain-name, domain-name-servers, domain-search,\n"
             "  interface-mtu, ntp-servers, routes, discovery;\n");
   WriteFile("/tmp/client-script",
-            "#!/bin/sh\n[ $reason != BOUND ] || { set | grep ^new_ >/tmp/new; mv /tmp/new "
-            "/tmp/lease; }\n",
+            "#!/bin/sh\n[ $reason != BOUND ] || {\n"
+            "  set | grep ^new_ >/var/lib/dhcp/new; mv /var/lib/dhcp/new /var/lib/dhcp/lease; }\n",
             0755);
   Shell(
       "ip -n lan address flush dev lan\n"
       "ip netns exec lan /host/usr/sbin/dhclient -4 -1 -d -cf /tmp/client.conf -lf /tmp/leases"
       " -pf /tmp/client.pid -sf /tmp/client-script lan >/tmp/client.log 2>&1 & client=$!\n"
-      "for try in $(seq 100); do [ -e /tmp/lease ] && break; sleep 0.1; done; kill $client");
-  return ReadFile("/tmp/lease");
+      "for try in $(seq 100); do [ -e /var/lib/dhcp/lease ] && break; sleep 0.1; done; kill "
+      "$client");
+  return ReadFile("/var/lib/dhcp/lease");
 }
 
 }  // namespace

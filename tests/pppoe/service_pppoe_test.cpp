@@ -94,8 +94,8 @@ TEST(PppoeConfig, IsReadFromWhatOthersWrote) {
 TEST(PppoeConfig, ThePasswordIsInNoLogArgumentOrReadableFileWhateverFails) {
   const std::string secret = "f1nd-me-not";
   const auto search = [&secret](const char* when) {
-    EXPECT_EQ("", Shell("grep -rlF " + secret + " /etc /run /tmp /var 2>/dev/null | grep -vx " +
-                        kSecrets))
+    EXPECT_EQ("", Shell("find /etc /run /tmp /var -xdev -type f -exec grep -slF " + secret +
+                        " {} + | grep -vx " + kSecrets))
         << when;
     EXPECT_FALSE(Has(LogText(), secret)) << when;
     EXPECT_FALSE(Has(KOPACErrorGetFile() == nullptr ? "" : KOPACErrorGetFile(), secret)) << when;

@@ -1,8 +1,4 @@
 // A bridge with two ports, beside one of the local LAN.
-#include <algorithm>
-
-#include <zarnnetsdk/zarnnetsdk.h>
-
 #include "machine.h"
 
 using namespace test;
@@ -16,13 +12,8 @@ std::string Role(const char* ifname) {
          info.szRef;
 }
 
-Lines Listed(unsigned role) {
-  PKOPACSZLIST list = KOPACSzListAlloc(8);
-  const int count = KOPANetEnumBridge(&list, role);
-  Lines names = Items(list);
-  EXPECT_EQ(static_cast<int>(names.size()), count);
-  KOPACSzListFree(list);
-  return names;
+Counted Listed(unsigned role) {
+  return ListOf([role](PKOPACSZLIST* list) { return KOPANetEnumBridge(list, role); });
 }
 
 }  // namespace
@@ -31,8 +22,7 @@ TEST(Bridge, AndItsPortsHaveTheirRoles) {
   WriteIfcfg("br0", "DEVICE=br0\nTYPE=bridge\nPRIMARY=eth0\n");
   WriteIfcfg("br1", "DEVICE=br1\nTYPE=bridge\nPRIMARY=eth3\nLOCAL_LAN=yes\n");
   WriteIfcfg("eth0", "DEVICE=eth0\nBRIDGE=br0\n");
-  Do("ip link add br0 type bridge; ip link add br1 type bridge; ip link set br0 up; ip link set "
-     "br1 up;"
+  Do("for bridge in br0 br1; do ip link add $bridge type bridge; ip link set $bridge up; done;"
      "ip link set eth0 master br0 up; ip link set eth1 master br0 up; ip link set eth3 master br1; "
      "ip link set eth2 up");
   EXPECT_EQ("2 2 br0 eth0", Role("br0"));
@@ -43,15 +33,12 @@ TEST(Bridge, AndItsPortsHaveTheirRoles) {
   EXPECT_EQ("0 0  ", Role("eth3"));
   EXPECT_EQ(1, KOPANetBridgeIfIsSlave("eth3"));
   EXPECT_EQ(0, KOPANetBridgeIfIsSlave("br0"));
-  EXPECT_EQ(Lines{"br0"}, Listed(2));
-  EXPECT_EQ(Lines{"br1"}, Listed(3));
+  EXPECT_EQ((Counted{1, {"br0"}}), Listed(2));
+  EXPECT_EQ((Counted{1, {"br1"}}), Listed(3));
 
-  PKOPACSZLIST list = KOPACSzListAlloc(8);
-  EXPECT_EQ(2, KOPANetBridgeSlaveEnum("br0", &list));
-  Lines ports = Items(list), kernels;
-  KOPACSzListFree(list);
-  for (const auto& link : Ip("link show master br0"))
-    kernels.push_back(link["ifname"]);
+  auto [count, ports] =
+      ListOf([](PKOPACSZLIST* list) { return KOPANetBridgeSlaveEnum("br0", list); });
   std::sort(ports.begin(), ports.end());
-  EXPECT_EQ(kernels, ports);
+  EXPECT_EQ(2, count);
+  EXPECT_EQ(Members("br0"), ports);
 }

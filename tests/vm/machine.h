@@ -1,6 +1,7 @@
 // What the scenarios on the stock kernel ask of programs that are not this library's.
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <gtest/gtest.h>
@@ -9,6 +10,8 @@
 #include <poll.h>
 #include <sstream>
 #include <string>
+
+#include <zarnnetsdk/zarnnetsdk.h>
 
 #include "support/appliance.h"
 
@@ -28,11 +31,18 @@ inline bool Contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
 
+inline Lines Words(const std::string& text) {
+  std::istringstream stream(text);
+  return Lines(std::istream_iterator<std::string>(stream), {});
+}
+
 // A line of set-up, which has to succeed as a whole.
 inline void Do(const std::string& commands) {
   const std::string output = Shell("(set -e; " + commands + ") && echo done");
   EXPECT_TRUE(output.ends_with("done\n")) << commands << "\n" << output;
 }
+
+// ---- what the kernel has, by iproute2
 
 // What "ip -j -d ARGUMENTS" says.
 inline nlohmann::json Ip(const std::string& arguments) {
@@ -41,9 +51,57 @@ inline nlohmann::json Ip(const std::string& arguments) {
   return answer.is_array() ? answer : nlohmann::json::array();
 }
 
-inline Lines Words(const std::string& text) {
-  std::istringstream stream(text);
-  return Lines(std::istream_iterator<std::string>(stream), {});
+inline nlohmann::json Link(const std::string& ifname) {
+  return Ip("address show dev " + ifname)[0];
+}
+
+// The first IPv4 address.
+inline std::string Address(const std::string& ifname) {
+  const auto links = Ip("-4 address show dev " + ifname);
+  return links.empty() || links[0]["addr_info"].empty()
+             ? ""
+             : links[0]["addr_info"][0].value("local", "");
+}
+
+// What has this master, by name.
+inline Lines Members(const std::string& master) {
+  Lines names;
+  for (const auto& link : Ip("link show master " + master))
+    names.push_back(link["ifname"]);
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+// ---- the second host, at the other ends of the cables
+
+inline bool SecondHostReaches(const std::string& address) {
+  return Within(20, [&] {
+    return Contains(Shell("ip netns exec lan ping -c 1 -W 1 " + address), "1 received");
+  });
+}
+
+// A VLAN of the second host on the cable of eth0, which leaves its bridge.
+inline void MakeTaggedSide(int id, const std::string& address) {
+  Do("ip -n lan link set lan0 nomaster; ip -n lan link add link lan0 name tagged type vlan id " +
+     std::to_string(id) + "; ip -n lan link set tagged up; ip -n lan address add " + address +
+     " dev tagged");
+}
+
+// ---- the library's records
+
+inline Lines Slaves(const ZARNLINKAGGROPT& bond) {
+  return Lines(bond.rgszSlave, bond.rgszSlave + bond.cSlave);
+}
+
+// A call that makes a list: how many entries it counts, and those that it names.
+using Counted = std::pair<int, Lines>;
+template <typename Call>
+Counted ListOf(const Call& call) {
+  PKOPACSZLIST list = KOPACSzListAlloc(8);
+  const int count = call(&list);
+  const Lines names = Items(list);
+  KOPACSzListFree(list);
+  return {count, names};
 }
 
 }  // namespace test

@@ -1,6 +1,4 @@
 // Open vSwitch with the kernel's datapath: a device over one port, and a bond of two.
-#include <zarnnetsdk/zarnnetsdk.h>
-
 #include "machine.h"
 
 using namespace test;
@@ -36,14 +34,13 @@ TEST(OpenVSwitch, DevicesAndMembersAreKnown) {
   EXPECT_EQ(1, KOPANetOVSIfIsMaster("ovs_eth0"));
   EXPECT_EQ(0, KOPANetOVSIfIsMaster("ovs_eth1"));
   EXPECT_EQ(0, KOPANetOVSIfIsMaster("ovs-system"));
-  EXPECT_EQ("openvswitch", Ip("link show dev ovs_bond0")[0]["linkinfo"]["info_kind"]);
-  EXPECT_EQ("openvswitch", Ip("link show dev eth1")[0]["linkinfo"]["info_slave_kind"]);
+  EXPECT_EQ("openvswitch", Link("ovs_bond0")["linkinfo"]["info_kind"]);
+  EXPECT_EQ("openvswitch", Link("eth1")["linkinfo"]["info_slave_kind"]);
 
   ZARNLINKAGGROPT bond{};
   ASSERT_EQ(0, ZARNNetLinkAggrGet("ovs_bond0", &bond)) << LogText();
   EXPECT_EQ(6u, bond.mode);
-  EXPECT_EQ(Words(Shell("ovs-vsctl list-ifaces ovs_bond0")),
-            Lines(bond.rgszSlave, bond.rgszSlave + bond.cSlave));
+  EXPECT_EQ(Words(Shell("ovs-vsctl list-ifaces ovs_bond0")), Slaves(bond));
 
   // The device's carrier is that of what lies under it.
   EXPECT_EQ(1, ZARNNetIfIsLink("ovs_eth0"));
@@ -52,13 +49,13 @@ TEST(OpenVSwitch, DevicesAndMembersAreKnown) {
   EXPECT_EQ(1, ZARNNetIfIsLink("ovs_bond0"));
   char mac[18] = "";
   EXPECT_EQ(0, KOPANetGetMacAddrByInterface("ovs_bond0", mac, sizeof mac, 1));
-  EXPECT_EQ(Ip("link show dev eth1")[0]["address"], mac);
+  EXPECT_EQ(Link("eth1")["address"], mac);
 
   // An Open vSwitch device follows the smallest of its ports.
   ASSERT_EQ(0, ZARNNetSetMTUEth("1400", "ovs_bond0")) << LogText();
   for (const char* ifname : {"eth1", "eth2"})
-    EXPECT_EQ(1400, Ip("link show dev " + std::string(ifname))[0]["mtu"]);
-  EXPECT_TRUE(Within(5, [] { return Ip("link show dev ovs_bond0")[0]["mtu"] == 1400; }));
+    EXPECT_EQ(1400, Link(ifname)["mtu"]);
+  EXPECT_TRUE(Within(5, [] { return Link("ovs_bond0")["mtu"] == 1400; }));
   EXPECT_EQ(1400, ZARNGetMTUSetting("ovs_bond0"));
 
   EXPECT_EQ(0, KOPANetOVSIfIsSlave("eth1"));

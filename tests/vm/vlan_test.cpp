@@ -1,8 +1,6 @@
-// VLANs of the kernel's driver.
+// VLANs of the kernel's driver: those that others made, and one through its life.
 #include <cstdlib>
 #include <map>
-
-#include <zarnnetsdk/zarnnetsdk.h>
 
 #include "machine.h"
 
@@ -37,11 +35,9 @@ TEST(Vlan, OfTheDriverIsAskedForAndListed) {
   EXPECT_EQ(1, KOPANetVlanExist());
   EXPECT_EQ(Vlans{}, FromLibrary());
   Do("ip link add bond0 type bond mode active-backup; ip link add br0 type bridge;"
-     "ip link add link eth0 name eth0.10 type vlan id 10; ip link add link eth0 name eth0.4094 "
-     "type vlan id 4094;"
-     "ip link add link bond0 name bond0.7 type vlan id 7; ip link add link br0 name guests type "
-     "vlan id 300;"
-     "ip link add link eth1 name a15letternamexx type vlan id 2");
+     "vlan() { ip link add link $1 name $2 type vlan id $3; };"
+     "vlan eth0 eth0.10 10; vlan eth0 eth0.4094 4094; vlan bond0 bond0.7 7; vlan br0 guests 300;"
+     "vlan eth1 a15letternamexx 2");
   EXPECT_EQ(FromKernel(), FromLibrary());
   EXPECT_EQ(5u, FromKernel().size());
   KOPANETVLAN vlan{};
@@ -57,4 +53,29 @@ TEST(Vlan, OfTheDriverIsAskedForAndListed) {
   Do("ip link delete eth0.10");
   EXPECT_EQ(0, KOPANetVlanGet("eth0.10", &vlan));
   EXPECT_EQ(FromKernel(), FromLibrary());
+}
+
+TEST(Vlan, MadeReachedAndRemoved) {
+  SleepForReal();
+  Do("/etc/rc.network start eth0");
+  ASSERT_EQ(0, ZARNILnxSetIPNetmask("eth0", "192.168.50.10", "255.255.255.0")) << LogText();
+  ZARNNETIFSETTINGS settings{};
+  settings.blStatic = 1;
+  std::snprintf(settings.szIP, sizeof settings.szIP, "10.10.0.1");
+  std::snprintf(settings.szMask, sizeof settings.szMask, "255.255.255.0");
+  ASSERT_EQ(0, KOPANetVlanCreate("eth0", 10, &settings)) << LogText();
+  EXPECT_EQ("10.10.0.1", Address("eth0.10"));
+  EXPECT_EQ("", Address("eth0"));
+  EXPECT_EQ((Vlans{{"eth0.10", {"eth0", 10}}}), FromKernel());
+  EXPECT_EQ(FromKernel(), FromLibrary());
+  MakeTaggedSide(10, "10.10.0.2/24");
+  EXPECT_TRUE(SecondHostReaches("10.10.0.1")) << Shell("ip -d address");
+  EXPECT_EQ(-1, KOPANetVlanCreate("eth0", 11, &settings));
+
+  ASSERT_EQ(0, KOPANetVlanRemove("eth0.10")) << LogText();
+  EXPECT_FALSE(FileExists("/sys/class/net/eth0.10"));
+  EXPECT_FALSE(FileExists(IfcfgPath("eth0.10")));
+  EXPECT_EQ("10.10.0.1", Address("eth0")) << ReadIfcfg("eth0");
+  Do("ip -n lan link delete tagged; ip -n lan address add 10.10.0.2/24 dev lan0");
+  EXPECT_TRUE(SecondHostReaches("10.10.0.1"));
 }
