@@ -8,11 +8,20 @@
  * bytes, and every function may be called from several threads at once, though not on the same list, hash, stream
  * or lock. No function throws, installs a signal handler or sets a timer.
  *
- * Files are rewritten whole and at once: a hidden temporary file beside them (".NAME.XXXXXX"), with their mode and
- * owner, is synced and renamed over them. A link stays, and the file behind it is rewritten. Lines that an edit does
- * not name stay as they are; an edit that changes nothing writes nothing; one that fails leaves the file as it was.
- * Two editors of one file, in whatever process, wait up to 30 seconds for each other, on a lock of the system's own
- * that no lock below is kept by. Text with a newline is refused where it would become part of a line.
+ * An operation that fails sets the error state, with its own source and line, to: 0x0900 where a file, a folder or a
+ * pipe cannot be opened, 0x0A00 read, 0x0B00 written, 0x2800 renamed; 0x0400 for a lock not had or not held; 0x2A00
+ * for a program that could not be started or has failed; 0x0200 for memory; 0x0D00 for an argument, a missing place
+ * in a format and a buffer that is too small among them; 0x4000 for content that cannot be. What is absent (a key, a
+ * line, an item) is no failure and sets nothing; nor does a question that is answered with 0.
+ *
+ * Files are rewritten whole and at once: a hidden temporary file beside them (".NAME.new.XXXXXX"), with their mode and
+ * owner whatever the umask, is synced and renamed over them, and the folder is synced. A link stays, and the file
+ * behind it is rewritten. Lines that an edit does not name stay as they are; an edit that changes nothing writes
+ * nothing; one that fails leaves the file as it was. Once the new content is in the file's place the edit has
+ * succeeded: a folder that cannot be synced after that is no failure. Temporary files that killed editors left go with
+ * the next rewrite of their file. Two editors of one file, in whatever process, wait up to 30 seconds for each other,
+ * on a lock of the system's own that no lock below is kept by. Text with a newline is refused where it would become
+ * part of a line. A pipe is no file: it is neither read nor waited for.
  */
 #pragma once
 
@@ -108,7 +117,7 @@ FILE *KOPACFileTempFileOpen(char *szTemplate);
  * or the file cannot be made */
 int KOPACFileITmpName(const char *szPath, char *szBuf, size_t cbBuf);
 
-/** Makes an empty file, mode 0644, or gives the present one the present time. @return 0 or -1 */
+/** Makes an empty file, mode 0644 whatever the umask, or gives the present one the present time. @return 0 or -1 */
 int KOPACFileTouch(const char *szPath);
 
 /** Is there anything of this path? @return 1 or 0 */
@@ -119,7 +128,7 @@ int KOPACFileCheckDir(const char *szPath);
 
 /** Appends the names in a folder, sorted, to *ppList; hidden ones (".NAME") are no entries.
  * @param szFilter only names that begin with it; null: all @param flags not used
- * @return their number, or -1 */
+ * @return their number; -1 when the folder cannot be read to its end */
 int KOPACFileEnumDir(const char *szDir, const char *szFilter, PKOPACSZLIST *ppList, int flags);
 
 /* ---- locks --------------------------------------------------------------------------------------------
@@ -195,11 +204,12 @@ int KOPACILineKeyMatch(const char *szLine, const char *szKey);
 
 /* ---- processes ---------------------------------------------------------------------------------------------
  * A program is named by its absolute path and gets its arguments as they are: no shell, no search path. It starts
- * with the caller's environment (and a PATH, where the caller has none) and working folder, default signals, and no
+ * with the caller's environment (and a PATH, where the caller has none), working folder, default signals, and no
  * other descriptor than its input and output from and to /dev/null (KOPACPopen: its output to the stream). */
 
 /** Runs a program with up to four arguments, ended by null, and waits; also right in a caller that ignores SIGCHLD
- * or reaps whatever ends. @return its exit status; -1 when it could not be started (errno) or was ended by a signal */
+ * or reaps whatever ends. @return its exit status, 0x2A00 where that is not 0; -1 when it could not be started (errno)
+ * or was ended by a signal */
 int KOPACExec(const char *szPath, const char *szArg1, const char *szArg2, const char *szArg3, const char *szArg4);
 
 /** The same with any number of arguments, ended by null.
@@ -213,22 +223,24 @@ int KOPACExecv(const char *szPath, const char *const argv[], int blWait);
  * @return a stream for KOPACPclose(), or null */
 FILE *KOPACPopen(const char *szPath, const char *szMode, ...);
 
-/** Closes the stream and waits. @return the exit status; -1 for an end by a signal, for a stream of another kind, and
- * in a caller that ignores SIGCHLD or reaped the program: nobody has its status then */
+/** Closes the stream and waits. @return the exit status, which sets no error above 0 either; -1 for an end by a
+ * signal, for a stream of another kind, and in a caller that ignores SIGCHLD or reaped the program: nobody has its
+ * status then */
 int KOPACPclose(FILE *fp);
 
-/** How many programs of this name run? The buffer is not used and may be null. @return their number, or -1 */
+/** How many programs of this name run? @param szBuf room for the library to work in, 256 bytes, with nothing in it for
+ * the caller; must not be null @return their number, or -1 */
 int KOPACPs(const char *szName, char *szBuf, size_t cbBuf);
 
 /** @return the process id in a file, or -1 */
 int KOPACReadPidFile(const char *szPath);
 
 /** Runs a process whose arguments, joined by blanks, are this text, or begin with it up to the end of an argument?
- * @return 1 or 0 */
+ * @return 1 or 0; -1 for an empty text and when processes cannot be listed */
 int KOPACIsProcAlive(const char *szCmdline);
 
 /** Ends all such processes but the caller with SIGTERM. @param blWait 1 waits for their end, and after 3 seconds sends
- * SIGKILL @return 0, also when there was none; -1 for an empty text */
+ * SIGKILL @return 0, also when there was none; -1 for an empty text and when processes cannot be listed */
 int KOPACKill(const char *szCmdline, int blWait);
 
 /** The name of a process as the kernel has it, at most 15 characters. @return 0, or -1 when there is no such */

@@ -1,7 +1,8 @@
 /*
  * High availability: whether the appliance is one of a pair, and what the pair shares. Answered from the settings
  * file /etc/zarnha.conf (keys active, running, has_if: "yes"; heartbeat_if; <ifname>_mac, <ifname>_ip,
- * <ifname>_mask); an appliance without it is alone. Predicates answer 1 or 0, getters 0 or -1.
+ * <ifname>_mask); an appliance without it is alone. Predicates answer 1 or 0, getters 0 or -1. What is not known is
+ * absent and sets no error; a null argument sets 0x0D00, a file that cannot be read what zarncore.h says.
  */
 #pragma once
 

@@ -1,5 +1,6 @@
 /*
- * Plugin events and services of the appliance. A failure is negative.
+ * Plugin events and services of the appliance. A failure is negative and sets the error state, as zarncore.h says:
+ * 0x0D00 for an argument, 0x2A00 for a plugin, a tool or a job that failed, 0x4000 for a setting that cannot be.
  *
  * An event is a folder of programs: /usr/zarn/plugins/<category>/<event>/. Each of them is run in name order with
  * the stage, "pre" or "post", as its argument and the event's arguments in its environment (NAME=value; a list as
@@ -56,7 +57,7 @@ int KOPAServicectlJobStop(const char *szJob);
 /**
  * Is the service meant to run (key "run", "yes" or "no", in /etc/zarnservice/<service>.conf)?
  * @param pRunState  receives 1 for yes and 2 for no; left alone on failure
- * @return 0; negative for a service without this setting and for any other text in it
+ * @return 0; negative for a service without this setting (0x4000) and for any other text in it (0x4000)
  */
 int KOPAServicecfgRunKeyGet(const char *szService, int *pRunState);
 
