@@ -8,11 +8,20 @@
  * bytes, and every function may be called from several threads at once, though not on the same list, hash, stream
  * or lock. No function throws, installs a signal handler or sets a timer.
  *
- * Files are rewritten whole and at once: a hidden temporary file beside them (".NAME.XXXXXX"), with their mode and
- * owner, is synced and renamed over them. A link stays, and the file behind it is rewritten. Lines that an edit does
- * not name stay as they are; an edit that changes nothing writes nothing; one that fails leaves the file as it was.
- * Two editors of one file, in whatever process, wait up to 30 seconds for each other, on a lock of the system's own
- * that no lock below is kept by. Text with a newline is refused where it would become part of a line.
+ * An operation that fails sets the error state, with its own source and line, to: 0x0900 where a file, a folder or a
+ * pipe cannot be opened, 0x0A00 read, 0x0B00 written, 0x2800 renamed; 0x0400 for a lock not had or not held; 0x2A00
+ * for a program that could not be started or has failed; 0x0200 for memory; 0x0D00 for an argument, a missing place
+ * in a format and a buffer that is too small among them; 0x4000 for content that cannot be. What is absent (a key, a
+ * line, an item) is no failure and sets nothing; nor does a question that is answered with 0.
+ *
+ * Files are rewritten whole and at once: a hidden temporary file beside them (".NAME.new.XXXXXX"), with their mode and
+ * owner whatever the umask, is synced and renamed over them, and the folder is synced. A link stays, and the file
+ * behind it is rewritten. Lines that an edit does not name stay as they are; an edit that changes nothing writes
+ * nothing; one that fails leaves the file as it was. Once the new content is in the file's place the edit has
+ * succeeded: a folder that cannot be synced after that is no failure. Temporary files that killed editors left go with
+ * the next rewrite of their file. Two editors of one file, in whatever process, wait up to 30 seconds for each other,
+ * on a lock of the system's own that no lock below is kept by. Text with a newline is refused where it would become
+ * part of a line. A pipe is no file: it is neither read nor waited for.
  */
 #pragma once
 
@@ -28,7 +37,7 @@ extern "C" {
 typedef struct KOPACSZLIST {
   int nItem;
   int nCapacity;
-  char **rgszItem;
+  char** rgszItem;
 } KOPACSZLIST, *PKOPACSZLIST;
 
 /** A map from strings to strings that lists its keys in the order they were first set. */
@@ -47,7 +56,8 @@ typedef struct KOPACFILELOCK KOPACFILELOCK, *PKOPACFILELOCK;
  * @return the length of what is in the buffer; 0 for an absent key or an empty value (the buffer is emptied);
  *         negative when the file cannot be read
  */
-int KOPACFileGetKeyValue(const char *szPath, const char *szKey, char *szBuf, size_t cbBuf, int flags);
+int KOPACFileGetKeyValue(const char* szPath, const char* szKey, char* szBuf, size_t cbBuf,
+                         int flags);
 
 /**
  * Sets a key: its first line is replaced and further ones are removed, or one is appended. A missing file is made
@@ -57,14 +67,15 @@ int KOPACFileGetKeyValue(const char *szPath, const char *szKey, char *szBuf, siz
  *                  taken for a conversion. Null means "%s=%s\n"
  * @return 0, or -1: nothing was written
  */
-int KOPACFileSetKeyValue(const char *szPath, const char *szKey, const char *szValue, const char *szFormat);
+int KOPACFileSetKeyValue(const char* szPath, const char* szKey, const char* szValue,
+                         const char* szFormat);
 
 /** Has the key exactly this value? @param flags 0 @return 1 or 0, negative when the file cannot be read */
-int KOPACFileCheckKeyValue(const char *szPath, const char *szKey, const char *szValue, int flags);
+int KOPACFileCheckKeyValue(const char* szPath, const char* szKey, const char* szValue, int flags);
 
 /** Removes a key's line. A text with "=" in it removes the lines that begin with it and end there or go on with
  * ",". @return 0, also when there is none; -1 for a missing file */
-int KOPACFileRemoveKey(const char *szPath, const char *szKey);
+int KOPACFileRemoveKey(const char* szPath, const char* szKey);
 
 /**
  * Sets and removes several keys in one rewrite. New keys are appended in the order in which the hash has them.
@@ -73,13 +84,14 @@ int KOPACFileRemoveKey(const char *szPath, const char *szKey);
  * @param szFormat as above, for every line
  * @return 0, or -1: nothing was written
  */
-int KOPACFileSetKeys(const char *szPath, PKOPACSZHASH pSet, PKOPACSZHASH pRemove, const char *szFormat);
+int KOPACFileSetKeys(const char* szPath, PKOPACSZHASH pSet, PKOPACSZHASH pRemove,
+                     const char* szFormat);
 
 /** Sets a key of /etc/zarninfo.conf, its value in quotes. @return 0 or -1 */
-int KOPACINFOSetKeyValue(const char *szKey, const char *szValue);
+int KOPACINFOSetKeyValue(const char* szKey, const char* szValue);
 
 /** Removes a key of /etc/zarninfo.conf. @return 0, also when there is none; -1 for a missing file */
-int KOPACINFORemoveKey(const char *szKey);
+int KOPACINFORemoveKey(const char* szKey);
 
 /* ---- files of lines ---------------------------------------------------------------------------------- */
 
@@ -88,39 +100,39 @@ int KOPACINFORemoveKey(const char *szKey);
  * @return its length, cut to the buffer; 0 when there is none (the buffer is emptied); negative when the file
  *         cannot be read
  */
-int KOPACFileGetLine(const char *szPath, const char *szText, char *szBuf, size_t cbBuf, int flags);
+int KOPACFileGetLine(const char* szPath, const char* szText, char* szBuf, size_t cbBuf, int flags);
 
 /** Adds a line, and its newline, behind the first line that begins with szAfter; at the end when szAfter is null or
  * begins no line. Makes a missing file, with mode 0644. @param flags not used @return 0 or -1 */
-int KOPACFileAddLine(const char *szPath, const char *szAfter, const char *szLine, int flags);
+int KOPACFileAddLine(const char* szPath, const char* szAfter, const char* szLine, int flags);
 
 /** Appends every line of a file, without newlines, to *ppList. @return 0, or -1 */
-int KOPACFileReadLines(const char *szPath, PKOPACSZLIST *ppList);
+int KOPACFileReadLines(const char* szPath, PKOPACSZLIST* ppList);
 
 /** Replaces every occurrence of a text in a file. @param szOld not empty @param szNew may be empty @return 0 or -1 */
-int KOPACFileReplaceSubStr(const char *szPath, const char *szOld, const char *szNew);
+int KOPACFileReplaceSubStr(const char* szPath, const char* szOld, const char* szNew);
 
 /** Makes and opens for writing a new file of mode 0600 whose name is the template with other characters for the
  * "XXXXXX" at its end. @return a stream, closed when a program is run; or null with errno */
-FILE *KOPACFileTempFileOpen(char *szTemplate);
+FILE* KOPACFileTempFileOpen(char* szTemplate);
 
 /** Makes an empty new file, mode 0600, beside a path and gives its name. @return 0, or -1: the name does not fit
  * or the file cannot be made */
-int KOPACFileITmpName(const char *szPath, char *szBuf, size_t cbBuf);
+int KOPACFileITmpName(const char* szPath, char* szBuf, size_t cbBuf);
 
-/** Makes an empty file, mode 0644, or gives the present one the present time. @return 0 or -1 */
-int KOPACFileTouch(const char *szPath);
+/** Makes an empty file, mode 0644 whatever the umask, or gives the present one the present time. @return 0 or -1 */
+int KOPACFileTouch(const char* szPath);
 
 /** Is there anything of this path? @return 1 or 0 */
-int KOPACFileExist(const char *szPath);
+int KOPACFileExist(const char* szPath);
 
 /** Is the path a folder? @return 1 or 0 */
-int KOPACFileCheckDir(const char *szPath);
+int KOPACFileCheckDir(const char* szPath);
 
 /** Appends the names in a folder, sorted, to *ppList; hidden ones (".NAME") are no entries.
  * @param szFilter only names that begin with it; null: all @param flags not used
- * @return their number, or -1 */
-int KOPACFileEnumDir(const char *szDir, const char *szFilter, PKOPACSZLIST *ppList, int flags);
+ * @return their number; -1 when the folder cannot be read to its end */
+int KOPACFileEnumDir(const char* szDir, const char* szFilter, PKOPACSZLIST* ppList, int flags);
 
 /* ---- locks --------------------------------------------------------------------------------------------
  * Kept on files under /run/lock/zarncore/. A process that dies loses its locks; a program that is run and a child
@@ -149,7 +161,7 @@ int KOPACFileUnlock(int lockClass);
  * @param ppLock   receives the lock, for KOPACFileUnlockByFile(); left alone on failure
  * @return 0 or more, or negative when the time is up
  */
-int KOPACFileLockTimeByFile(const char *szPath, int mode, int cSeconds, PKOPACFILELOCK *ppLock);
+int KOPACFileLockTimeByFile(const char* szPath, int mode, int cSeconds, PKOPACFILELOCK* ppLock);
 
 /** Lets go of a path's lock and frees it. @return 1; negative for null and in a forked child, which holds none */
 int KOPACFileUnlockByFile(PKOPACFILELOCK pLock);
@@ -159,11 +171,11 @@ int KOPACFileUnlockByFile(PKOPACFILELOCK pLock);
 /** @param nCapacity room for this many texts, to begin with @return an empty list, or null */
 PKOPACSZLIST KOPACSzListAlloc(int nCapacity);
 /** Appends a copy of a text. The list may move: *ppList is its place from then on. @return 0 or -1 */
-int KOPACSzListPush(PKOPACSZLIST *ppList, const char *sz);
+int KOPACSzListPush(PKOPACSZLIST* ppList, const char* sz);
 /** @return the text at an index, the list's own until it changes; or null */
-const char *KOPACSzListGet(const KOPACSZLIST *pList, int index);
+const char* KOPACSzListGet(const KOPACSZLIST* pList, int index);
 /** @return the index of a text, or negative */
-int KOPACSzListFind(const KOPACSZLIST *pList, const char *sz);
+int KOPACSzListFind(const KOPACSZLIST* pList, const char* sz);
 /** Empties a list; null is fine. */
 void KOPACSzListRemoveAll(PKOPACSZLIST pList);
 /** Frees the list and its texts; null is fine. */
@@ -172,72 +184,76 @@ void KOPACSzListFree(PKOPACSZLIST pList);
 /** @param nCapacity not used, the hash grows @return an empty hash, or null */
 PKOPACSZHASH KOPACSzHashAlloc(int nCapacity);
 /** Sets a key, or changes it in its place. @return 0 or -1 */
-int KOPACSzHashSetValue(PKOPACSZHASH *ppHash, const char *szKey, const char *szValue);
+int KOPACSzHashSetValue(PKOPACSZHASH* ppHash, const char* szKey, const char* szValue);
 /** @return a key's value, the hash's own until it changes; or null */
-const char *KOPACSzHashGetValue(const KOPACSZHASH *pHash, const char *szKey);
+const char* KOPACSzHashGetValue(const KOPACSZHASH* pHash, const char* szKey);
 /** Appends the keys to *ppList. @return their number, or -1 */
-int KOPACSzHashEnumKey(const KOPACSZHASH *pHash, PKOPACSZLIST *ppList);
+int KOPACSzHashEnumKey(const KOPACSZHASH* pHash, PKOPACSZLIST* ppList);
 /** Frees the hash; null is fine. */
 void KOPACSzHashFree(PKOPACSZHASH pHash);
 
 /* ---- text, in place -------------------------------------------------------------------------------------- */
 
 /** As strtok_r. */
-char *KOPACStrTok(char *sz, const char *szDelim, char **pszSave);
+char* KOPACStrTok(char* sz, const char* szDelim, char** pszSave);
 /** As strsep, with its place in *pszSave: a text starts anew, null goes on. Empty fields are kept. */
-char *KOPACStrSep(char *sz, const char *szDelim, char **pszSave);
+char* KOPACStrSep(char* sz, const char* szDelim, char** pszSave);
 /** The token of this index, from 0; or null. */
-char *KOPACStrTokIndex(char *sz, const char *szDelim, int index);
+char* KOPACStrTokIndex(char* sz, const char* szDelim, int index);
 /** Takes white space off both ends. @param flags 0 @return sz */
-char *KOPACStrTrimSpace(char *sz, int flags);
+char* KOPACStrTrimSpace(char* sz, int flags);
 /** Is the line this key's ("KEY=...")? @return 1 or 0 */
-int KOPACILineKeyMatch(const char *szLine, const char *szKey);
+int KOPACILineKeyMatch(const char* szLine, const char* szKey);
 
 /* ---- processes ---------------------------------------------------------------------------------------------
  * A program is named by its absolute path and gets its arguments as they are: no shell, no search path. It starts
- * with the caller's environment (and a PATH, where the caller has none) and working folder, default signals, and no
+ * with the caller's environment (and a PATH, where the caller has none), working folder, default signals, and no
  * other descriptor than its input and output from and to /dev/null (KOPACPopen: its output to the stream). */
 
 /** Runs a program with up to four arguments, ended by null, and waits; also right in a caller that ignores SIGCHLD
- * or reaps whatever ends. @return its exit status; -1 when it could not be started (errno) or was ended by a signal */
-int KOPACExec(const char *szPath, const char *szArg1, const char *szArg2, const char *szArg3, const char *szArg4);
+ * or reaps whatever ends. @return its exit status, 0x2A00 where that is not 0; -1 when it could not be started (errno)
+ * or was ended by a signal */
+int KOPACExec(const char* szPath, const char* szArg1, const char* szArg2, const char* szArg3,
+              const char* szArg4);
 
 /** The same with any number of arguments, ended by null.
  * @param options  187: an exit status above 0 is answered negative */
-int KOPACExecl(const char *szPath, int options, ...);
+int KOPACExecl(const char* szPath, int options, ...);
 
 /** The same with an argument vector, the program's name first. @param blWait 0: does not wait, and answers 0 */
-int KOPACExecv(const char *szPath, const char *const argv[], int blWait);
+int KOPACExecv(const char* szPath, const char* const argv[], int blWait);
 
 /** Runs a program and reads its output. @param szMode "r"; the arguments end with null
  * @return a stream for KOPACPclose(), or null */
-FILE *KOPACPopen(const char *szPath, const char *szMode, ...);
+FILE* KOPACPopen(const char* szPath, const char* szMode, ...);
 
-/** Closes the stream and waits. @return the exit status; -1 for an end by a signal, for a stream of another kind, and
- * in a caller that ignores SIGCHLD or reaped the program: nobody has its status then */
-int KOPACPclose(FILE *fp);
+/** Closes the stream and waits. @return the exit status, which sets no error above 0 either; -1 for an end by a
+ * signal, for a stream of another kind, and in a caller that ignores SIGCHLD or reaped the program: nobody has its
+ * status then */
+int KOPACPclose(FILE* fp);
 
-/** How many programs of this name run? The buffer is not used and may be null. @return their number, or -1 */
-int KOPACPs(const char *szName, char *szBuf, size_t cbBuf);
+/** How many programs of this name run? @param szBuf room for the library to work in, 256 bytes, with nothing in it for
+ * the caller; must not be null @return their number, or -1 */
+int KOPACPs(const char* szName, char* szBuf, size_t cbBuf);
 
 /** @return the process id in a file, or -1 */
-int KOPACReadPidFile(const char *szPath);
+int KOPACReadPidFile(const char* szPath);
 
 /** Runs a process whose arguments, joined by blanks, are this text, or begin with it up to the end of an argument?
- * @return 1 or 0 */
-int KOPACIsProcAlive(const char *szCmdline);
+ * @return 1 or 0; -1 for an empty text and when processes cannot be listed */
+int KOPACIsProcAlive(const char* szCmdline);
 
 /** Ends all such processes but the caller with SIGTERM. @param blWait 1 waits for their end, and after 3 seconds sends
- * SIGKILL @return 0, also when there was none; -1 for an empty text */
-int KOPACKill(const char *szCmdline, int blWait);
+ * SIGKILL @return 0, also when there was none; -1 for an empty text and when processes cannot be listed */
+int KOPACKill(const char* szCmdline, int blWait);
 
 /** The name of a process as the kernel has it, at most 15 characters. @return 0, or -1 when there is no such */
-int KOPACProcGetByPid(int pid, char *szName, size_t cbName);
+int KOPACProcGetByPid(int pid, char* szName, size_t cbName);
 
 /* ---- the machine ------------------------------------------------------------------------------------------ */
 
 /** Is a kernel module loaded (/sys/module)? @return 1 or 0, -1 for a name that can be none */
-int KOPACModuleIsLoad(const char *szModule);
+int KOPACModuleIsLoad(const char* szModule);
 
 /** Has the appliance two controller heads (support_dual_head="yes" in /etc.defaults/zarninfo.conf)? @return 1 or 0 */
 int KOPACSupportDualhead(void);
@@ -250,16 +266,16 @@ int KOPACSupportDualhead(void);
  * @param pOut   filled whole: the text, then zeros; must hold the text; may be pIn
  * @return 0, or -1: pOut is as it was
  */
-int KOPACCryptBufCrypt(const char *pIn, size_t cbIn, char *pOut, size_t cbOut);
+int KOPACCryptBufCrypt(const char* pIn, size_t cbIn, char* pOut, size_t cbOut);
 
 /* ---- the error state: the last code set in this thread, and the place that set it ---------------------------- */
 
 /** Sets the state. @param szFile name of the source, copied (63 characters); null is empty */
-void KOPACErrSetEx(unsigned short code, const char *szFile, int line);
+void KOPACErrSetEx(unsigned short code, const char* szFile, int line);
 /** @return the code, 0 before the first */
 unsigned short KOPACErrGet(void);
 /** @return the source's name, of this thread and until the next KOPACErrSetEx() */
-const char *KOPACErrorGetFile(void);
+const char* KOPACErrorGetFile(void);
 /** @return the line, 0 before the first */
 int KOPACErrorGetLine(void);
 

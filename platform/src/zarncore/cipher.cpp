@@ -6,74 +6,73 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
-#include <openssl/crypto.h>
-#include <openssl/hmac.h>
-#include <openssl/rand.h>
-#include <optional>
+#include <nettle/hmac.h>
 #include <string>
+#include <string_view>
+#include <sys/random.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <zarncore/zarncore.h>
 
-#include "descriptor.h"
+#include "common/error.h"
 #include "whole_file.h"
 
 namespace {
 
+using platform::Code;
+using platform::CodeOf;
+using platform::Fail;
+
 constexpr char kKeyFolder[] = "/etc/zarncore";
 constexpr char kKeyFile[] = "/etc/zarncore/cipher.key";
-constexpr int kKeySize = 32;
-constexpr std::size_t kBlockSize = 32;  // of SHA-256
+constexpr mode_t kKeyMode = 0600;
+constexpr std::size_t kKeySize = 32;
+constexpr std::size_t kBlockSize = SHA256_DIGEST_SIZE;
 
-using Key = std::array<unsigned char, kKeySize>;
+// A text that is wiped when it is let go of.
+struct Secret {
+  std::string text;
+  ~Secret() { ::explicit_bzero(text.data(), text.size()); }
+};
 
-std::optional<Key> ReadKey() {
-  const zarncore::Descriptor fd(::open(kKeyFile, O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
-  Key key{};
-  if (!fd || ::read(fd.Get(), key.data(), key.size()) != static_cast<ssize_t>(key.size()))
-    return std::nullopt;
-  return key;
+// The first caller makes the key; of two at the same time the one that has the file's lock.
+Code MakeKey(Secret* key) {
+  if (::mkdir(kKeyFolder, 0700) == 0) {
+    zarncore::SyncFolder("/etc");
+  } else if (errno != EEXIST) {
+    return CodeOf(Code::kOpen);
+  }
+  zarncore::FileEdit edit(kKeyFile, kKeyMode);
+  if (edit.Error() != Code::kNone) return edit.Error();
+  if (!edit.IsNew()) {
+    key->text = edit.Content();
+    return Code::kNone;
+  }
+  key->text.resize(kKeySize);
+  if (::getentropy(key->text.data(), kKeySize) != 0) return Code::kRead;
+  return edit.Replace(key->text);
 }
 
-// The first caller makes the key; of two at the same time the first to link it in place wins.
-bool MakeKey() {
-  if (::mkdir(kKeyFolder, 0700) != 0 && errno != EEXIST) return false;
-  Key key{};
-  if (RAND_bytes(key.data(), kKeySize) != 1) return false;
-  char temporary[] = "/etc/zarncore/cipher.key.XXXXXX";
-  zarncore::Descriptor fd(::mkostemp(temporary, O_CLOEXEC));  // mode 0600
-  if (!fd) return false;
-  const bool written =
-      ::write(fd.Get(), key.data(), key.size()) == static_cast<ssize_t>(key.size()) &&
-      ::fsync(fd.Get()) == 0 && fd.Close();
-  const bool linked = written && (::link(temporary, kKeyFile) == 0 || errno == EEXIST);
-  ::unlink(temporary);
-  // What is enciphered with a key that a power cut takes back is lost.
-  return linked && zarncore::SyncFolder(kKeyFolder) && zarncore::SyncFolder("/etc");
+// A key that is there is never replaced: what it has hidden would be lost.
+Code MachineKey(Secret* key) {
+  zarncore::WholeFile file = zarncore::ReadWhole(kKeyFile);
+  const bool isMissing = file.error == Code::kOpen && errno == ENOENT;
+  key->text.swap(file.text);
+  const Code error = isMissing ? MakeKey(key) : file.error;
+  if (error != Code::kNone) return error;
+  return key->text.size() >= kKeySize ? Code::kNone : Code::kContent;
 }
 
-std::optional<Key> MachineKey() {
-  if (const auto key = ReadKey()) return key;
-  if (::access(kKeyFile, F_OK) == 0 || !MakeKey())
-    return std::nullopt;  // never replace a key that is there
-  return ReadKey();
-}
+using Block = std::array<unsigned char, kBlockSize>;
 
 // One block of the keystream: HMAC of the block's number under the machine's key.
-std::optional<std::array<unsigned char, kBlockSize>> KeystreamBlock(const Key& key,
-                                                                    std::uint64_t number) {
-  std::array<unsigned char, kBlockSize> block{};
-  unsigned length = 0;
-  unsigned char text[sizeof number];
-  std::memcpy(text, &number, sizeof number);
-  if (HMAC(EVP_sha256(), key.data(), kKeySize, text, sizeof text, block.data(), &length) ==
-      nullptr) {
-    return std::nullopt;
-  }
+Block KeystreamBlock(std::string_view key, std::uint64_t number) {
+  hmac_sha256_ctx context;
+  Block block{};
+  hmac_sha256_set_key(&context, kKeySize, reinterpret_cast<const std::uint8_t*>(key.data()));
+  hmac_sha256_update(&context, sizeof number, reinterpret_cast<const std::uint8_t*>(&number));
+  hmac_sha256_digest(&context, block.size(), block.data());
   return block;
 }
 
@@ -96,28 +95,27 @@ char Reflect(unsigned byte, unsigned key) {
   return static_cast<char>(place < ' ' - 1U ? place + 1 : place + 1 + kPrintable);
 }
 
-bool ReflectAll(const Key& key, std::string* text) {
-  std::optional<std::array<unsigned char, kBlockSize>> block;
+void ReflectAll(std::string_view key, std::string* text) {
+  Block block{};
   for (std::size_t i = 0; i < text->size(); ++i) {
     if (i % kBlockSize == 0) block = KeystreamBlock(key, i / kBlockSize);
-    if (!block) return false;
-    (*text)[i] = Reflect(static_cast<unsigned char>((*text)[i]), (*block)[i % kBlockSize]);
+    (*text)[i] = Reflect(static_cast<unsigned char>((*text)[i]), block[i % kBlockSize]);
   }
-  return true;
 }
 
 }  // namespace
 
 int KOPACCryptBufCrypt(const char* pIn, size_t cbIn, char* pOut, size_t cbOut) try {
-  if (pIn == nullptr || pOut == nullptr || cbOut == 0) return -1;
-  std::string text(pIn, ::strnlen(pIn, cbIn));  // the buffers may be the same
-  if (text.size() > cbOut) return -1;
-  const auto key = MachineKey();
-  if (!key || !ReflectAll(*key, &text)) return -1;
+  if (pIn == nullptr || pOut == nullptr || cbOut == 0) return Fail(Code::kArgument);
+  Secret secret{std::string(pIn, ::strnlen(pIn, cbIn))};  // the buffers may be the same
+  if (secret.text.size() > cbOut) return Fail(Code::kArgument);
+  Secret key;
+  const Code error = MachineKey(&key);
+  if (error != Code::kNone) return Fail(error);
+  ReflectAll(key.text, &secret.text);
   std::memset(pOut, 0, cbOut);
-  std::memcpy(pOut, text.data(), text.size());
-  OPENSSL_cleanse(text.data(), text.size());
+  secret.text.copy(pOut, cbOut);
   return 0;
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }

@@ -1,7 +1,7 @@
 // The error state: the last code and the place that set it, one for each thread.
-#include <cstdio>
-
 #include <zarncore/zarncore.h>
+
+#include "common/text.h"
 
 namespace {
 
@@ -11,14 +11,15 @@ struct ErrorState {
   char file[64];
 };
 
-thread_local ErrorState state;
+// Room that every thread has from its start: to set an error must not need memory.
+[[gnu::tls_model("initial-exec")]] thread_local ErrorState state;
 
 }  // namespace
 
 void KOPACErrSetEx(unsigned short code, const char* szFile, int line) {
   state.code = code;
   state.line = line;
-  std::snprintf(state.file, sizeof state.file, "%s", szFile != nullptr ? szFile : "");
+  platform::CopyCut(szFile != nullptr ? szFile : "", state.file, sizeof state.file);
 }
 
 unsigned short KOPACErrGet(void) {

@@ -10,24 +10,23 @@
 
 #include <zarncore/zarncore.h>
 
+#include "common/error.h"
+#include "common/text.h"
 #include "hash.h"
 #include "whole_file.h"
 
 namespace {
 
+using platform::Answer;
+using platform::Code;
+using platform::Fail;
+using platform::IsOneLine;
+using platform::TakeLine;
 using zarncore::FileEdit;
 
 constexpr char kBareLine[] = "%s=%s\n";
 constexpr char kQuotedLine[] = "%s=\"%s\"\n";
 constexpr char kInfoPath[] = "/etc/zarninfo.conf";
-
-// Takes the next line off the text, without its newline.
-std::string_view TakeLine(std::string_view* text) {
-  const std::size_t end = text->find('\n');
-  const std::string_view line = text->substr(0, end);
-  text->remove_prefix(end == std::string_view::npos ? text->size() : end + 1);
-  return line;
-}
 
 // A value without its line's carriage return and without one pair of quotes around the whole of it.
 std::string_view PlainValue(std::string_view value) {
@@ -50,9 +49,6 @@ bool FindValue(std::string_view text, std::string_view key, std::string_view* va
   return false;
 }
 
-bool IsOneLine(std::string_view text) {
-  return text.find_first_of("\r\n") == std::string_view::npos;
-}
 bool IsKey(const char* key) {
   return key != nullptr && *key != '\0' && IsOneLine(key);
 }
@@ -151,86 +147,85 @@ bool IsLineOf(std::string_view line, std::string_view key) {
   return line.starts_with(key) && (line.size() == key.size() || line[key.size()] == ',');
 }
 
-int RemoveLines(const char* path, std::string_view key) {
-  FileEdit edit(path);
-  if (!edit.Ready() || edit.IsNew()) return -1;
+std::string WithoutLines(std::string_view text, std::string_view key) {
   std::string out;
-  std::string_view text = edit.Content();
   while (!text.empty()) {
     const char* const begin = text.data();
     if (!IsLineOf(TakeLine(&text), key))
       out.append(begin, static_cast<std::size_t>(text.data() - begin));
   }
-  return edit.Replace(out) ? 0 : -1;
+  return out;
+}
+
+std::string WithoutKey(std::string_view text, std::string_view key) {
+  Changes changes;
+  changes.Put(key, nullptr);
+  std::string out;
+  static_cast<void>(Rewrite(text, {}, &changes, kBareLine, &out));  // no line to write: cannot fail
+  return out;
 }
 
 }  // namespace
 
 int KOPACFileGetKeyValue(const char* szPath, const char* szKey, char* szBuf, size_t cbBuf,
                          int /*flags*/) try {
-  if (szBuf == nullptr || cbBuf == 0) return -1;
+  if (szBuf == nullptr || cbBuf == 0) return Fail(Code::kArgument);
   *szBuf = '\0';
-  if (szPath == nullptr || !IsKey(szKey)) return -1;
-  const auto text = zarncore::ReadWhole(szPath);
-  if (!text) return -1;
+  if (szPath == nullptr || !IsKey(szKey)) return Fail(Code::kArgument);
+  const zarncore::WholeFile file = zarncore::ReadWhole(szPath);
+  if (!file) return Fail(file.error);
   std::string_view value;
-  if (!FindValue(*text, szKey, &value)) return 0;
-  const std::size_t length = std::min(value.size(), cbBuf - 1);
-  std::memcpy(szBuf, value.data(), length);
-  szBuf[length] = '\0';
-  return static_cast<int>(length);
+  if (!FindValue(file.text, szKey, &value)) return 0;
+  return static_cast<int>(platform::CopyCut(value, szBuf, cbBuf));
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 int KOPACFileCheckKeyValue(const char* szPath, const char* szKey, const char* szValue,
                            int /*flags*/) try {
-  if (szPath == nullptr || !IsKey(szKey) || szValue == nullptr) return -1;
-  const auto text = zarncore::ReadWhole(szPath);
-  if (!text) return -1;
+  if (szPath == nullptr || !IsKey(szKey) || szValue == nullptr) return Fail(Code::kArgument);
+  const zarncore::WholeFile file = zarncore::ReadWhole(szPath);
+  if (!file) return Fail(file.error);
   std::string_view value;
-  return FindValue(*text, szKey, &value) && value == szValue ? 1 : 0;
+  return FindValue(file.text, szKey, &value) && value == szValue ? 1 : 0;
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 int KOPACFileSetKeys(const char* szPath, PKOPACSZHASH pSet, PKOPACSZHASH pRemove,
                      const char* szFormat) try {
   std::vector<std::string_view> order;
   Changes changes;
-  if (szPath == nullptr || !Collect(pSet, pRemove, &order, &changes)) return -1;
+  if (szPath == nullptr || !Collect(pSet, pRemove, &order, &changes)) return Fail(Code::kArgument);
   FileEdit edit(szPath);
+  if (edit.Error() != Code::kNone) return Fail(edit.Error());
   std::string out;
-  if (!edit.Ready() ||
-      !Rewrite(edit.Content(), order, &changes, szFormat != nullptr ? szFormat : kBareLine, &out)) {
-    return -1;
-  }
-  return edit.Replace(out) ? 0 : -1;
+  if (!Rewrite(edit.Content(), order, &changes, szFormat != nullptr ? szFormat : kBareLine, &out))
+    return Fail(Code::kArgument);
+  return Answer(edit.Replace(out));
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 int KOPACFileSetKeyValue(const char* szPath, const char* szKey, const char* szValue,
                          const char* szFormat) try {
   KOPACSZHASH set;
-  if (szKey == nullptr || szValue == nullptr) return -1;
+  if (szKey == nullptr || szValue == nullptr) return Fail(Code::kArgument);
   zarncore::Put(&set, szKey, szValue);
   return KOPACFileSetKeys(szPath, &set, nullptr, szFormat);
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 int KOPACFileRemoveKey(const char* szPath, const char* szKey) try {
-  if (szPath == nullptr || !IsKey(szKey)) return -1;
-  if (std::strchr(szKey, '=') != nullptr) return RemoveLines(szPath, szKey);
-  FileEdit edit(szPath);
-  if (!edit.Ready() || edit.IsNew()) return -1;
-  Changes changes;
-  changes.Put(szKey, nullptr);
-  std::string out;
-  return Rewrite(edit.Content(), {}, &changes, kBareLine, &out) && edit.Replace(out) ? 0 : -1;
+  if (szPath == nullptr || !IsKey(szKey)) return Fail(Code::kArgument);
+  FileEdit edit(szPath, zarncore::kMustExist);
+  if (edit.Error() != Code::kNone) return Fail(edit.Error());
+  const bool namesLines = std::strchr(szKey, '=') != nullptr;
+  return Answer(edit.Replace(namesLines ? WithoutLines(edit.Content(), szKey)
+                                        : WithoutKey(edit.Content(), szKey)));
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 int KOPACINFOSetKeyValue(const char* szKey, const char* szValue) {

@@ -5,6 +5,12 @@
 
 #include <zarncore/zarncore.h>
 
+#include "common/error.h"
+
+using platform::Code;
+using platform::Fail;
+using platform::FailNull;
+
 namespace {
 
 bool Grow(PKOPACSZLIST list) {
@@ -21,32 +27,32 @@ bool Grow(PKOPACSZLIST list) {
 
 PKOPACSZLIST KOPACSzListAlloc(int nCapacity) {
   auto* const list = static_cast<PKOPACSZLIST>(std::calloc(1, sizeof(KOPACSZLIST)));
-  if (list == nullptr) return nullptr;
+  if (list == nullptr) return FailNull(Code::kMemory);
   list->nCapacity = std::max(nCapacity, 1);
   list->rgszItem =
       static_cast<char**>(std::calloc(static_cast<std::size_t>(list->nCapacity), sizeof(char*)));
   if (list->rgszItem != nullptr) return list;
   std::free(list);
-  return nullptr;
+  return FailNull(Code::kMemory);
 }
 
 int KOPACSzListPush(PKOPACSZLIST* ppList, const char* sz) {
-  if (ppList == nullptr || *ppList == nullptr || sz == nullptr) return -1;
+  if (ppList == nullptr || *ppList == nullptr || sz == nullptr) return Fail(Code::kArgument);
   const PKOPACSZLIST list = *ppList;
-  if (list->nItem == list->nCapacity && !Grow(list)) return -1;
+  if (list->nItem == list->nCapacity && !Grow(list)) return Fail(Code::kMemory);
   char* const copy = ::strdup(sz);
-  if (copy == nullptr) return -1;
+  if (copy == nullptr) return Fail(Code::kMemory);
   list->rgszItem[list->nItem++] = copy;
   return 0;
 }
 
 const char* KOPACSzListGet(const KOPACSZLIST* pList, int index) {
-  if (pList == nullptr || index < 0 || index >= pList->nItem) return nullptr;
-  return pList->rgszItem[index];
+  if (pList == nullptr) return FailNull(Code::kArgument);
+  return index >= 0 && index < pList->nItem ? pList->rgszItem[index] : nullptr;
 }
 
 int KOPACSzListFind(const KOPACSZLIST* pList, const char* sz) {
-  if (pList == nullptr || sz == nullptr) return -1;
+  if (pList == nullptr || sz == nullptr) return Fail(Code::kArgument);
   for (int i = 0; i < pList->nItem; ++i) {
     if (std::strcmp(pList->rgszItem[i], sz) == 0) return i;
   }

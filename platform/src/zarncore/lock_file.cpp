@@ -7,10 +7,10 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <ctime>
 #include <fcntl.h>
 #include <linux/futex.h>
 #include <mutex>
+#include <new>
 #include <poll.h>
 #include <pthread.h>
 #include <set>
@@ -18,20 +18,19 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 
+#include "common/clock.h"
+
 namespace zarncore {
 namespace {
 
 constexpr char kFolder[] = "/run/lock/zarncore";
-constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
+using platform::Descriptor;
+using platform::kNanosecondsPerSecond;
+using platform::NowNanoseconds;
+
 // How long a waiter sleeps before it looks whether the holder has died.
 constexpr std::int64_t kFirstNap = 5'000'000;
 constexpr std::int64_t kLongestNap = 20'000'000;
-
-std::int64_t Now() {
-  timespec now{};
-  ::clock_gettime(CLOCK_MONOTONIC, &now);
-  return now.tv_sec * kNanosecondsPerSecond + now.tv_nsec;
-}
 
 bool MakeFolder() {
   for (const char* path : {"/run", "/run/lock", kFolder}) {
@@ -72,8 +71,10 @@ class OpenLocks {
 
  private:
   OpenLocks() {
-    ::pthread_atfork([] { Instance().mutex_.lock(); }, [] { Instance().mutex_.unlock(); },
-                     [] { Instance().CloseInChild(); });
+    if (::pthread_atfork([] { Instance().mutex_.lock(); }, [] { Instance().mutex_.unlock(); },
+                         [] { Instance().CloseInChild(); }) != 0) {
+      throw std::bad_alloc();
+    }
   }
   void CloseInChild() {
     for (const int fd : fds_)
@@ -157,14 +158,14 @@ bool LockFile::TryTake(LockMode mode) {
 bool LockFile::Take(LockMode mode, int waitSeconds) {
   if (!IsOpen()) return false;
   if (TryTake(mode)) return true;
-  const std::int64_t deadline = Now() + waitSeconds * kNanosecondsPerSecond;
+  const std::int64_t deadline = NowNanoseconds() + waitSeconds * kNanosecondsPerSecond;
   std::int64_t nap = kFirstNap;
   if (page_ != nullptr) page_->waiters.fetch_add(1);
   bool taken = false;
   for (;;) {
     const std::uint32_t seen = page_ != nullptr ? page_->releases.load() : 0;
     taken = TryTake(mode);
-    const std::int64_t left = deadline - Now();
+    const std::int64_t left = deadline - NowNanoseconds();
     if (taken || left <= 0) break;
     Nap(seen, std::min(nap, left));
     nap = std::min(nap * 2, kLongestNap);
@@ -178,7 +179,10 @@ bool LockFile::Take(LockMode mode, int waitSeconds) {
 void LockFile::Nap(std::uint32_t seen, std::int64_t nanoseconds) {
   const timespec limit{nanoseconds / kNanosecondsPerSecond, nanoseconds % kNanosecondsPerSecond};
   if (page_ != nullptr) {
-    static_cast<void>(::syscall(SYS_futex, &page_->releases, FUTEX_WAIT, seen, &limit, nullptr, 0));
+    // The bare call takes the kernel's own two numbers, of another size than timespec's on 32 bits.
+    const long kernelLimit[] = {static_cast<long>(limit.tv_sec), limit.tv_nsec};
+    static_cast<void>(
+        ::syscall(SYS_futex, &page_->releases, FUTEX_WAIT, seen, kernelLimit, nullptr, 0));
   } else {
     static_cast<void>(::ppoll(nullptr, 0, &limit, nullptr));
   }

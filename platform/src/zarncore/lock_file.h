@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "descriptor.h"
+#include "common/descriptor.h"
 
 namespace zarncore {
 
@@ -40,7 +40,7 @@ class LockFile {
   [[nodiscard]] bool TryTake(LockMode mode);
   void Nap(std::uint32_t seen, std::int64_t nanoseconds);
 
-  Descriptor fd_;
+  platform::Descriptor fd_;
   Page* page_ = nullptr;  // null on a full disk: waiters then look again by the clock alone
   unsigned generation_;   // of the process that opened it
   bool taken_ = false;

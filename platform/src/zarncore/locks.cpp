@@ -2,11 +2,16 @@
 #include <cstdio>
 #include <map>
 #include <string>
+#include <utility>
 
 #include <zarncore/zarncore.h>
 
+#include "common/error.h"
 #include "lock_file.h"
+#include "per_thread.h"
 
+using platform::Code;
+using platform::Fail;
 using zarncore::LockFile;
 using zarncore::LockMode;
 
@@ -22,8 +27,12 @@ struct Held {
   int depth = 0;
   bool exclusive = false;
 };
+using Classes = std::map<int, Held>;
 
-thread_local std::map<int, Held> classes;
+Classes& ThisThreadsClasses() {
+  static auto* const classes = new zarncore::PerThread<Classes>;
+  return classes->Get();
+}
 
 std::string NameOf(int lockClass) {
   char name[32];
@@ -32,7 +41,7 @@ std::string NameOf(int lockClass) {
 }
 
 // A forked child starts with nothing held, whatever its parent held.
-Held* Find(int lockClass) {
+Held* Find(Classes& classes, int lockClass) {
   const auto found = classes.find(lockClass);
   if (found == classes.end()) return nullptr;
   if (found->second.file.IsOpen()) return &found->second;
@@ -40,9 +49,9 @@ Held* Find(int lockClass) {
   return nullptr;
 }
 
-Held* FindOrOpen(int lockClass) {
-  if (Held* const held = Find(lockClass)) return held;
-  return &classes.emplace(lockClass, Held{LockFile(NameOf(lockClass))}).first->second;
+Held& FindOrOpen(Classes& classes, int lockClass) {
+  if (Held* const held = Find(classes, lockClass)) return *held;
+  return classes.emplace(lockClass, Held{LockFile(NameOf(lockClass))}).first->second;
 }
 
 }  // namespace
@@ -55,43 +64,44 @@ struct KOPACFILELOCK {
 // keeps its shared hold when it runs out of time. It stays exclusive until the outermost release.
 int KOPACFileLock(int classAndMode, int cWaitSeconds) try {
   const int mode = classAndMode & kModeMask;
-  if (mode != kShared && mode != kExclusive) return -1;
-  Held* const held = FindOrOpen(classAndMode & ~kModeMask);
+  if (mode != kShared && mode != kExclusive) return Fail(Code::kArgument);
+  Held& held = FindOrOpen(ThisThreadsClasses(), classAndMode & ~kModeMask);
   const bool exclusive = mode == kExclusive;
-  if (held->depth == 0 || (exclusive && !held->exclusive)) {
-    if (!held->file.Take(exclusive ? LockMode::kExclusive : LockMode::kShared, cWaitSeconds))
-      return -1;
-    held->exclusive = exclusive;
+  if (held.depth == 0 || (exclusive && !held.exclusive)) {
+    if (!held.file.Take(exclusive ? LockMode::kExclusive : LockMode::kShared, cWaitSeconds))
+      return Fail(Code::kLock);
+    held.exclusive = exclusive;
   }
-  ++held->depth;
+  ++held.depth;
   return 0;
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 int KOPACFileUnlock(int lockClass) try {
-  Held* const held = Find(lockClass & ~kModeMask);
-  if (held == nullptr || held->depth == 0) return -1;
+  Held* const held = Find(ThisThreadsClasses(), lockClass & ~kModeMask);
+  if (held == nullptr || held->depth == 0) return Fail(Code::kLock);
   if (--held->depth == 0) held->file.Release();
   return 0;
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 int KOPACFileLockTimeByFile(const char* szPath, int mode, int cSeconds,
                             PKOPACFILELOCK* ppLock) try {
-  if (szPath == nullptr || *szPath == '\0' || ppLock == nullptr) return -1;
+  if (szPath == nullptr || *szPath == '\0' || ppLock == nullptr) return Fail(Code::kArgument);
   LockFile file(zarncore::PathLockName(szPath));
-  if (!file.Take(mode == 1 ? LockMode::kExclusive : LockMode::kShared, cSeconds)) return -1;
+  if (!file.Take(mode == 1 ? LockMode::kExclusive : LockMode::kShared, cSeconds))
+    return Fail(Code::kLock);
   *ppLock = new KOPACFILELOCK{std::move(file)};
   return 0;
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 int KOPACFileUnlockByFile(PKOPACFILELOCK pLock) {
-  if (pLock == nullptr) return -1;
+  if (pLock == nullptr) return Fail(Code::kArgument);
   const bool held = pLock->file.IsOpen();  // not in a forked child
   delete pLock;
-  return held ? 1 : -1;
+  return held ? 1 : Fail(Code::kLock);
 }

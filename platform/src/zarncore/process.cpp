@@ -1,12 +1,13 @@
 // Running programs: by absolute path and argument vector, with nothing of the caller's but its
 // environment.
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <map>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <new>
@@ -18,15 +19,20 @@
 
 #include <zarncore/zarncore.h>
 
-#include "child.h"
-#include "descriptor.h"
-
-extern char** environ;
+#include "common/child.h"
+#include "common/descriptor.h"
+#include "common/error.h"
 
 namespace {
 
-using zarncore::ChildSetup;
-using zarncore::Descriptor;
+using platform::ChildSetup;
+using platform::Code;
+using platform::CodeOf;
+using platform::Descriptor;
+using platform::Environment;
+using platform::Fail;
+using platform::FailNull;
+using platform::Place;
 
 // Callers that pass this option value test for a negative result.
 constexpr int kRefusalIsNegative = 187;
@@ -44,26 +50,7 @@ bool IsAbsolute(const char* path) {
   return path != nullptr && *path == '/';
 }
 
-// The caller's environment, with a PATH in any case.
-class Environment {
- public:
-  Environment() {
-    if (::getenv("PATH") != nullptr) return;
-    for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable) {
-      variables_.push_back(*variable);
-    }
-    variables_.push_back(const_cast<char*>(zarncore::kDefaultPath));
-    variables_.push_back(nullptr);
-  }
-  [[nodiscard]] char* const* Get() const {
-    return variables_.empty() ? environ : variables_.data();
-  }
-
- private:
-  std::vector<char*> variables_;
-};
-
-int StartAndWait(const char* path, const char* const argv[], char* const environment[]) {
+int StartAndWait(const char* path, const char* const argv[], const Environment& environment) {
   const pid_t child = ChildSetup().Start(path, argv, environment);
   return child < 0 ? -1 : WaitFor(child);
 }
@@ -94,7 +81,7 @@ std::shared_ptr<Outcome> SharedOutcome() {
 // Starts and waits in a process between the caller and the program, which has none of the caller's
 // children and signal settings: nobody else can take the status. Signals are held back, so that no
 // handler of the caller's runs in there.
-int RunBetween(const char* path, const char* const argv[], char* const environment[]) {
+int RunBetween(const char* path, const char* const argv[], const Environment& environment) {
   const std::shared_ptr<Outcome> outcome = SharedOutcome();
   sigset_t all;
   sigset_t before;
@@ -116,19 +103,62 @@ int RunBetween(const char* path, const char* const argv[], char* const environme
   return outcome->status;
 }
 
-int RunAndWait(const char* path, const char* const argv[]) {
+// What is not 0 is a failure of the program's, or of its start.
+int RunAndWait(const char* path, const char* const argv[], Place at = {}) {
   const Environment environment;
-  return StatusMayBeTaken() ? RunBetween(path, argv, environment.Get())
-                            : StartAndWait(path, argv, environment.Get());
+  errno = 0;
+  const int status = StatusMayBeTaken() ? RunBetween(path, argv, environment)
+                                        : StartAndWait(path, argv, environment);
+  if (status != 0) Fail(CodeOf(Code::kProgram), at);
+  return status;
 }
 
-// Children that nobody waits for: those that have ended are reaped when the next one is started.
-void ReapLater(pid_t child) {
-  static std::mutex mutex;
-  static auto* const children = new std::vector<pid_t>;
-  const std::lock_guard guard(mutex);
-  std::erase_if(*children, [](pid_t other) { return ::waitpid(other, nullptr, WNOHANG) != 0; });
-  children->push_back(child);
+// A started program that is yet to be waited for, and its stream, if it has one. Made as a list of
+// one before the program is started: whatever memory does then, it is not lost.
+struct Child {
+  FILE* stream = nullptr;
+  pid_t pid = -1;
+};
+
+class Children {
+ public:
+  static Children& Instance() {
+    static auto* const children = new Children;
+    return *children;
+  }
+  void Take(std::list<Child>* one) {
+    const std::lock_guard guard(mutex_);
+    // Those that nobody waits for are reaped when the next one is started.
+    running_.remove_if([](const Child& child) {
+      return child.stream == nullptr && ::waitpid(child.pid, nullptr, WNOHANG) != 0;
+    });
+    running_.splice(running_.end(), *one);
+  }
+  // The program that writes to a stream; -1 for a stream of another kind.
+  pid_t GiveUp(FILE* stream) {
+    const std::lock_guard guard(mutex_);
+    const auto found = std::find_if(running_.begin(), running_.end(),
+                                    [=](const Child& child) { return child.stream == stream; });
+    if (found == running_.end()) return -1;
+    const pid_t pid = found->pid;
+    running_.erase(found);
+    return pid;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::list<Child> running_;
+};
+
+// Starts a program and does not wait. False with errno when it could not be started.
+bool StartChild(const ChildSetup& setup, const char* path, const char* const argv[], FILE* stream) {
+  Children& children = Children::Instance();
+  const Environment environment;
+  std::list<Child> one{{stream, -1}};
+  one.front().pid = setup.Start(path, argv, environment);
+  if (one.front().pid < 0) return false;
+  children.Take(&one);
+  return true;
 }
 
 // A null-ended argument list behind the program's name.
@@ -140,36 +170,43 @@ std::vector<const char*> ArgumentVector(const char* path, va_list args) {
   return argv;
 }
 
-// Which program writes to a stream of KOPACPopen().
-struct Streams {
-  std::mutex mutex;
-  std::map<FILE*, pid_t> children;
-
-  static Streams& Instance() {
-    static auto* const streams = new Streams;
-    return *streams;
-  }
-};
-
 // Not below the three standard streams, which the child's own set-up writes over.
 Descriptor AboveStandardStreams(Descriptor fd) {
   if (!fd || fd.Get() > STDERR_FILENO) return fd;
   return Descriptor(::fcntl(fd.Get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
 }
 
+using Stream = std::unique_ptr<FILE, int (*)(FILE*)>;
+
+// A pipe: a stream to read from, and the end that is written to. Both, or errno.
+struct Pipe {
+  Stream stream{nullptr, std::fclose};
+  Descriptor writeEnd;
+
+  Pipe() {
+    int ends[2];
+    if (::pipe2(ends, O_CLOEXEC) != 0) return;
+    Descriptor readEnd(ends[0]);
+    writeEnd = AboveStandardStreams(Descriptor(ends[1]));
+    if (!writeEnd) return;
+    stream.reset(::fdopen(readEnd.Get(), "r"));
+    if (stream) static_cast<void>(readEnd.Release());
+  }
+};
+
 }  // namespace
 
 int KOPACExec(const char* szPath, const char* szArg1, const char* szArg2, const char* szArg3,
               const char* szArg4) try {
-  if (!IsAbsolute(szPath)) return -1;
+  if (!IsAbsolute(szPath)) return Fail(Code::kArgument);
   const char* const argv[] = {szPath, szArg1, szArg2, szArg3, szArg4, nullptr};
   return RunAndWait(szPath, argv);
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 int KOPACExecl(const char* szPath, int options, ...) try {
-  if (!IsAbsolute(szPath)) return -1;
+  if (!IsAbsolute(szPath)) return Fail(Code::kArgument);
   va_list args;
   va_start(args, options);
   const std::vector<const char*> argv = ArgumentVector(szPath, args);
@@ -177,58 +214,39 @@ int KOPACExecl(const char* szPath, int options, ...) try {
   const int status = RunAndWait(szPath, argv.data());
   return options == kRefusalIsNegative && status > 0 ? -status : status;
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 int KOPACExecv(const char* szPath, const char* const argv[], int blWait) try {
-  if (!IsAbsolute(szPath) || argv == nullptr || argv[0] == nullptr) return -1;
+  if (!IsAbsolute(szPath) || argv == nullptr || argv[0] == nullptr) return Fail(Code::kArgument);
   if (blWait != 0) return RunAndWait(szPath, argv);
-  const pid_t child = ChildSetup().Start(szPath, argv, Environment().Get());
-  if (child < 0) return -1;
-  ReapLater(child);
-  return 0;
+  return StartChild(ChildSetup(), szPath, argv, nullptr) ? 0 : Fail(CodeOf(Code::kProgram));
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 FILE* KOPACPopen(const char* szPath, const char* szMode, ...) try {
-  if (!IsAbsolute(szPath) || szMode == nullptr || std::strcmp(szMode, "r") != 0) return nullptr;
+  if (!IsAbsolute(szPath) || szMode == nullptr || std::strcmp(szMode, "r") != 0)
+    return FailNull(Code::kArgument);
   va_list args;
   va_start(args, szMode);
   const std::vector<const char*> argv = ArgumentVector(szPath, args);
   va_end(args);
-  int ends[2];
-  if (::pipe2(ends, O_CLOEXEC) != 0) return nullptr;
-  Descriptor readEnd(ends[0]);
-  const Descriptor writeEnd = AboveStandardStreams(Descriptor(ends[1]));
-  if (!writeEnd) return nullptr;
-  const pid_t child = ChildSetup(writeEnd.Get()).Start(szPath, argv.data(), Environment().Get());
-  if (child < 0) return nullptr;
-  FILE* const stream = ::fdopen(readEnd.Get(), "r");
-  if (stream == nullptr) {
-    ReapLater(child);
-    return nullptr;
-  }
-  static_cast<void>(readEnd.Release());
-  Streams& streams = Streams::Instance();
-  const std::lock_guard guard(streams.mutex);
-  streams.children[stream] = child;
-  return stream;
+  Pipe pipe;
+  if (!pipe.stream) return FailNull(CodeOf(Code::kOpen));
+  if (!StartChild(ChildSetup(pipe.writeEnd.Get()), szPath, argv.data(), pipe.stream.get()))
+    return FailNull(CodeOf(Code::kProgram));
+  return pipe.stream.release();
 } catch (...) {
-  return nullptr;
+  return FailNull(Code::kMemory);
 }
 
+// A status above 0 is the program's own answer and no failure to have it.
 int KOPACPclose(FILE* fp) {
-  if (fp == nullptr) return -1;
-  pid_t child = -1;
-  {
-    Streams& streams = Streams::Instance();
-    const std::lock_guard guard(streams.mutex);
-    const auto found = streams.children.find(fp);
-    if (found == streams.children.end()) return -1;
-    child = found->second;
-    streams.children.erase(found);
-  }
+  if (fp == nullptr) return Fail(Code::kArgument);
+  const pid_t child = Children::Instance().GiveUp(fp);
+  if (child < 0) return Fail(Code::kArgument);
   std::fclose(fp);
-  return WaitFor(child);
+  const int status = WaitFor(child);
+  return status >= 0 ? status : Fail(Code::kProgram);
 }

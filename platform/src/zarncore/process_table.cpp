@@ -3,9 +3,6 @@
 #include <charconv>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
-#include <dirent.h>
-#include <memory>
 #include <optional>
 #include <poll.h>
 #include <string>
@@ -15,9 +12,17 @@
 
 #include <zarncore/zarncore.h>
 
+#include "common/clock.h"
+#include "common/error.h"
+#include "common/text.h"
+#include "folder.h"
 #include "whole_file.h"
 
 namespace {
+
+using platform::Code;
+using platform::CodeOf;
+using platform::Fail;
 
 constexpr std::size_t kKernelNameLength = 15;
 // How long KOPACKill() waits for an end by SIGTERM, and then by SIGKILL.
@@ -35,37 +40,41 @@ std::string ProcFile(pid_t pid, const char* file) {
 // "PID (name) STATE ...": the name may hold anything, so it ends at the last parenthesis. Nothing
 // for a process that has ended and is only waiting to be reaped.
 std::optional<std::string> NameOf(pid_t pid) {
-  const auto status = zarncore::ReadWhole(ProcFile(pid, "stat").c_str());
-  if (!status) return std::nullopt;
-  const std::size_t open = status->find('(');
-  const std::size_t close = status->rfind(')');
+  const zarncore::WholeFile file = zarncore::ReadWhole(ProcFile(pid, "stat").c_str());
+  if (!file) return std::nullopt;
+  const std::string& status = file.text;
+  const std::size_t open = status.find('(');
+  const std::size_t close = status.rfind(')');
   if (open == std::string::npos || close == std::string::npos || close < open) return std::nullopt;
-  const char state = close + 2 < status->size() ? (*status)[close + 2] : 'Z';
+  const char state = close + 2 < status.size() ? status[close + 2] : 'Z';
   if (state == 'Z' || state == 'X') return std::nullopt;
-  return status->substr(open + 1, close - open - 1);
+  return status.substr(open + 1, close - open - 1);
 }
 
 std::vector<std::string> ArgumentsOf(pid_t pid) {
   std::vector<std::string> arguments;
-  const auto text = zarncore::ReadWhole(ProcFile(pid, "cmdline").c_str());
-  if (!text) return arguments;
-  for (std::size_t at = 0; at < text->size();) {
-    arguments.emplace_back(text->c_str() + at);
+  const zarncore::WholeFile file = zarncore::ReadWhole(ProcFile(pid, "cmdline").c_str());
+  for (std::size_t at = 0; at < file.text.size();) {
+    arguments.emplace_back(file.text.c_str() + at);
     at += arguments.back().size() + 1;
   }
   return arguments;
 }
 
-std::vector<pid_t> AllPids() {
+// The processes that are asked for; nothing where none can be told, which sets the error state.
+template <class Wanted>
+std::optional<std::vector<pid_t>> Pids(Wanted wanted) {
   std::vector<pid_t> pids;
-  const std::unique_ptr<DIR, int (*)(DIR*)> folder(::opendir("/proc"), ::closedir);
-  if (!folder) return pids;
-  while (const dirent* const entry = ::readdir(folder.get())) {
-    const std::string_view name = entry->d_name;
+  const Code failure = zarncore::VisitFolder("/proc", [&](std::string_view name) {
     pid_t pid = 0;
     const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), pid);
     if (error == std::errc() && end == name.data() + name.size()) pids.push_back(pid);
+  });
+  if (failure != Code::kNone) {
+    Fail(failure);
+    return std::nullopt;
   }
+  std::erase_if(pids, [&](pid_t pid) { return !wanted(pid); });
   return pids;
 }
 
@@ -105,10 +114,8 @@ bool HasCommandLine(pid_t pid, std::string_view text) {
          BeginsWith(arguments, 1, text);
 }
 
-std::vector<pid_t> WithCommandLine(std::string_view text) {
-  std::vector<pid_t> pids = AllPids();
-  std::erase_if(pids, [&](pid_t pid) { return pid == ::getpid() || !HasCommandLine(pid, text); });
-  return pids;
+std::optional<std::vector<pid_t>> WithCommandLine(std::string_view text) {
+  return Pids([&](pid_t pid) { return pid != ::getpid() && HasCommandLine(pid, text); });
 }
 
 void SignalAll(const std::vector<pid_t>& pids, int signal) {
@@ -120,10 +127,12 @@ void SignalAll(const std::vector<pid_t>& pids, int signal) {
 // left.
 bool WaitForEnd(std::vector<pid_t>* pids, std::string_view commandLine, int milliseconds) {
   constexpr int kStep = 20;
-  for (int waited = 0;; waited += kStep) {
+  const std::int64_t deadline =
+      platform::NowNanoseconds() + milliseconds * platform::kNanosecondsPerMillisecond;
+  for (;;) {
     std::erase_if(*pids, [&](pid_t pid) { return !HasCommandLine(pid, commandLine); });
     if (pids->empty()) return true;
-    if (waited >= milliseconds) return false;
+    if (platform::NowNanoseconds() >= deadline) return false;
     ::poll(nullptr, 0, kStep);
   }
 }
@@ -131,52 +140,52 @@ bool WaitForEnd(std::vector<pid_t>* pids, std::string_view commandLine, int mill
 }  // namespace
 
 int KOPACPs(const char* szName, char* /*szBuf*/, size_t /*cbBuf*/) try {
-  if (szName == nullptr || *szName == '\0') return -1;
-  const std::vector<pid_t> pids = AllPids();
-  if (pids.empty()) return -1;
-  return static_cast<int>(
-      std::count_if(pids.begin(), pids.end(), [&](pid_t pid) { return HasName(pid, szName); }));
+  if (szName == nullptr || *szName == '\0') return Fail(Code::kArgument);
+  const auto pids = Pids([&](pid_t pid) { return HasName(pid, szName); });
+  return pids ? static_cast<int>(pids->size()) : -1;
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 int KOPACReadPidFile(const char* szPath) try {
-  const auto text = szPath != nullptr ? zarncore::ReadWhole(szPath) : std::nullopt;
-  if (!text) return -1;
-  const int pid = std::atoi(text->c_str());
-  return pid > 0 ? pid : -1;
+  if (szPath == nullptr) return Fail(Code::kArgument);
+  const zarncore::WholeFile file = zarncore::ReadWhole(szPath);
+  if (!file) return Fail(file.error);
+  const int pid = std::atoi(file.text.c_str());
+  return pid > 0 ? pid : Fail(Code::kContent);
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 int KOPACIsProcAlive(const char* szCmdline) try {
-  if (szCmdline == nullptr || *szCmdline == '\0') return -1;
-  return WithCommandLine(szCmdline).empty() ? 0 : 1;
+  if (szCmdline == nullptr || *szCmdline == '\0') return Fail(Code::kArgument);
+  const auto pids = WithCommandLine(szCmdline);
+  if (!pids) return -1;
+  return pids->empty() ? 0 : 1;
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 int KOPACKill(const char* szCmdline, int blWait) try {
-  if (szCmdline == nullptr || *szCmdline == '\0') return -1;
-  std::vector<pid_t> pids = WithCommandLine(szCmdline);
-  SignalAll(pids, SIGTERM);
-  if (blWait == 0 || WaitForEnd(&pids, szCmdline, kPatienceMilliseconds)) return 0;
-  SignalAll(pids, SIGKILL);
-  static_cast<void>(
-      WaitForEnd(&pids, szCmdline, kEndMilliseconds));  // nothing more can be done to it
+  if (szCmdline == nullptr || *szCmdline == '\0') return Fail(Code::kArgument);
+  auto pids = WithCommandLine(szCmdline);
+  if (!pids) return -1;
+  SignalAll(*pids, SIGTERM);
+  if (blWait == 0 || WaitForEnd(&*pids, szCmdline, kPatienceMilliseconds)) return 0;
+  SignalAll(*pids, SIGKILL);
+  // Nothing more can be done to it.
+  static_cast<void>(WaitForEnd(&*pids, szCmdline, kEndMilliseconds));
   return 0;
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 int KOPACProcGetByPid(int pid, char* szName, size_t cbName) try {
-  if (pid <= 0 || szName == nullptr || cbName == 0) return -1;
+  if (pid <= 0 || szName == nullptr || cbName == 0) return Fail(Code::kArgument);
   const auto name = NameOf(pid);
-  if (!name) return -1;
-  const std::size_t length = std::min(name->size(), cbName - 1);
-  std::memcpy(szName, name->data(), length);
-  szName[length] = '\0';
+  if (!name) return Fail(CodeOf(Code::kOpen));
+  platform::CopyCut(*name, szName, cbName);
   return 0;
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }

@@ -5,17 +5,22 @@
 
 #include <zarncore/zarncore.h>
 
+#include "common/error.h"
+#include "common/settings.h"
+
+using platform::Code;
+using platform::Fail;
+
 // Modules that are built in show in /sys only when they have parameters; the callers' modules are
 // loaded ones.
 int KOPACModuleIsLoad(const char* szModule) try {
-  if (szModule == nullptr || *szModule == '\0' || std::strchr(szModule, '/') != nullptr) return -1;
+  if (szModule == nullptr || *szModule == '\0' || std::strchr(szModule, '/') != nullptr)
+    return Fail(Code::kArgument);
   return ::access((std::string("/sys/module/") + szModule).c_str(), F_OK) == 0 ? 1 : 0;
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 int KOPACSupportDualhead(void) {
-  return KOPACFileCheckKeyValue("/etc.defaults/zarninfo.conf", "support_dual_head", "yes", 0) == 1
-             ? 1
-             : 0;
+  return platform::IsYes("/etc.defaults/zarninfo.conf", "support_dual_head") ? 1 : 0;
 }

@@ -1,19 +1,29 @@
 // Reading a file whole, and replacing one: the only way in which this library rewrites files.
 #include "whole_file.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
 #include <memory>
+#include <new>
 #include <unistd.h>
 
-#include "descriptor.h"
-#include "lock_file.h"
+#include "common/descriptor.h"
+#include "folder.h"
+#include "per_thread.h"
 
 namespace zarncore {
 namespace {
 
+using platform::Code;
+using platform::CodeOf;
+using platform::Descriptor;
+
 constexpr int kLockSeconds = 30;
+// What mkostemp() puts in the place of the last characters of a name.
+constexpr std::string_view kRandom = "XXXXXX";
 
 std::string FolderOf(const std::string& path) {
   const std::size_t slash = path.rfind('/');
@@ -25,21 +35,28 @@ std::string NameOf(const std::string& path) {
   return path.substr(path.rfind('/') + 1);
 }
 
+// Where a path leads when all links on it are followed; nothing where nothing is there or it cannot
+// be told.
+std::optional<std::string> Real(const std::string& path) {
+  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
+                                                         &std::free);
+  if (real) return real.get();
+  if (errno == ENOMEM) throw std::bad_alloc();
+  return std::nullopt;
+}
+
 // The file behind a path: links are followed, so that they survive the rename and all who edit the
 // file wait on one lock. A file that is not there yet has its folder followed.
 std::string Resolved(const std::string& path) {
-  const auto real = [](const std::string& text) {
-    return std::unique_ptr<char, decltype(&std::free)>(::realpath(text.c_str(), nullptr),
-                                                       &std::free);
-  };
-  if (const auto file = real(path)) return file.get();
-  const auto folder = real(FolderOf(path));
-  return folder ? std::string(folder.get()) + "/" + NameOf(path) : path;
+  if (const auto file = Real(path)) return *file;
+  const auto folder = Real(FolderOf(path));
+  return folder ? *folder + "/" + NameOf(path) : path;
 }
 
 // Hidden beside the file: who looks through the folder for files of a kind finds none half written.
-std::string TemporaryOf(const std::string& path) {
-  return FolderOf(path) + "/." + NameOf(path) + ".XXXXXX";
+// The middle part tells it from a hidden copy that somebody keeps (".NAME.backup").
+std::string TemporaryNameOf(const std::string& path) {
+  return "." + NameOf(path) + ".new.";
 }
 
 bool WriteAll(int fd, std::string_view text) {
@@ -68,84 +85,108 @@ bool ReadAll(int fd, std::size_t sizeHint, std::string* content) {
   return true;
 }
 
-// The lock file of this thread's last edit stays open for the next: opening costs more than
-// locking.
-struct Spare {
-  std::string name;
-  LockFile lock;
-};
-thread_local std::optional<Spare> spare;
-
-LockFile SpareOrNew(const std::string& name) {
-  if (!spare || spare->name != name || !spare->lock.IsOpen()) return LockFile(name);
-  LockFile lock(std::move(spare->lock));
-  spare.reset();
-  return lock;
+std::optional<SpareLock>& ThisThreadsSpare() {
+  static auto* const spares = new PerThread<std::optional<SpareLock>>;
+  return spares->Get();
 }
 
 }  // namespace
 
-bool SyncFolder(const std::string& folder) {
+void SyncFolder(const std::string& folder) {
   const Descriptor fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  return fd && ::fsync(fd.Get()) == 0;
+  // Its names are in effect already, and stay so: nothing that a caller could do about a failure.
+  if (fd) static_cast<void>(::fsync(fd.Get()));
 }
 
-std::optional<std::string> ReadWhole(const char* path) {
-  const Descriptor fd(::open(path, O_RDONLY | O_CLOEXEC));
-  struct stat status {};
-  if (!fd || ::fstat(fd.Get(), &status) != 0) return std::nullopt;
-  std::string content;
-  if (!ReadAll(fd.Get(), static_cast<std::size_t>(status.st_size), &content)) return std::nullopt;
-  return content;
+WholeFile ReadWhole(const char* path) {
+  WholeFile file;
+  const Descriptor fd(::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  if (!fd || ::fstat(fd.Get(), &file.status) != 0) {
+    file.error = CodeOf(Code::kOpen);
+  } else if (S_ISFIFO(file.status.st_mode)) {
+    errno = ESPIPE;
+    file.error = Code::kOpen;
+  } else if (!ReadAll(fd.Get(), static_cast<std::size_t>(file.status.st_size), &file.text)) {
+    file.error = CodeOf(Code::kRead);
+  }
+  return file;
 }
 
-FileEdit::FileEdit(const char* path)
-    : path_(Resolved(path)), lockName_(EditLockName(path_)), lock_(SpareOrNew(lockName_)) {
-  ready_ = lock_.Take(LockMode::kExclusive, kLockSeconds) && Load();
+FileEdit::FileEdit(const char* path, mode_t newMode)
+    : newMode_(newMode), spare_(&ThisThreadsSpare()), path_(Resolved(path)), error_(Lock()) {
+  if (error_ == Code::kNone) error_ = Load();
 }
 
 FileEdit::~FileEdit() {
-  if (!lock_.IsOpen()) return;
-  lock_.Release();
-  spare.emplace(Spare{std::move(lockName_), std::move(lock_)});
+  if (!lock_ || !lock_->file.IsOpen()) return;
+  lock_->file.Release();
+  spare_->reset();
+  spare_->emplace(std::move(*lock_));
 }
 
-bool FileEdit::Load() {
-  const Descriptor fd(::open(path_.c_str(), O_RDONLY | O_CLOEXEC));
-  if (!fd) {
-    isNew_ = errno == ENOENT;
-    return isNew_;
+Code FileEdit::Lock() {
+  std::string name = EditLockName(path_);
+  if (*spare_ && (*spare_)->name == name && (*spare_)->file.IsOpen()) {
+    lock_.emplace(std::move(**spare_));
+  } else {
+    LockFile file(name);
+    lock_.emplace(SpareLock{std::move(name), std::move(file)});
   }
-  return ::fstat(fd.Get(), &status_) == 0 && S_ISREG(status_.st_mode) &&
-         ReadAll(fd.Get(), static_cast<std::size_t>(status_.st_size), &content_);
+  spare_->reset();
+  return lock_->file.Take(LockMode::kExclusive, kLockSeconds) ? Code::kNone : Code::kLock;
 }
 
-// Mode and owner are right before the first byte of content can be read by anybody.
-bool FileEdit::WriteTemporary(int fd, std::string_view content) const {
-  if (isNew_) {
-    if (::fchmod(fd, 0644) != 0) return false;
-  } else if ((status_.st_uid != ::geteuid() || status_.st_gid != ::getegid()) &&
-             ::fchown(fd, status_.st_uid, status_.st_gid) != 0) {
-    return false;
-  } else if (::fchmod(fd, status_.st_mode & 07777) != 0) {
-    return false;
+Code FileEdit::Load() {
+  file_ = ReadWhole(path_.c_str());
+  if (!file_) {
+    isNew_ = file_.error == Code::kOpen && errno == ENOENT && newMode_ != kMustExist;
+    return isNew_ ? Code::kNone : file_.error;
   }
-  return WriteAll(fd, content) && ::fsync(fd) == 0;
+  return S_ISREG(file_.status.st_mode) ? Code::kNone : Code::kOpen;
 }
 
-bool FileEdit::Replace(std::string_view content) {
-  if (!isNew_ && content == content_) return true;
-  std::string temporary = TemporaryOf(path_);
+// Both are right before the first byte of content can be read by anybody, whatever the umask.
+bool FileEdit::SetModeAndOwner(int fd) const {
+  if (isNew_) return ::fchmod(fd, newMode_) == 0;
+  const struct stat& old = file_.status;
+  const bool isOurs = old.st_uid == ::geteuid() && old.st_gid == ::getegid();
+  return (isOurs || ::fchown(fd, old.st_uid, old.st_gid) == 0) &&
+         ::fchmod(fd, old.st_mode & 07777) == 0;
+}
+
+// Whoever made them is gone: this edit has the lock.
+void FileEdit::RemoveStaleTemporaries() const {
+  const std::string folder = FolderOf(path_);
+  const std::string beginning = TemporaryNameOf(path_);
+  // What cannot be looked for now is found by a later edit.
+  static_cast<void>(VisitFolder(folder.c_str(), [&](std::string_view name) {
+    if (!name.starts_with(beginning)) return;
+    const std::string_view random = name.substr(beginning.size());
+    const bool isOurs =
+        random.size() == kRandom.size() && std::all_of(random.begin(), random.end(), [](char c) {
+          return std::isalnum(static_cast<unsigned char>(c)) != 0;
+        });
+    if (isOurs) ::unlink((folder + "/").append(name).c_str());
+  }));
+}
+
+Code FileEdit::Replace(std::string_view content) {
+  if (!isNew_ && content == file_.text) return Code::kNone;
+  RemoveStaleTemporaries();
+  const std::string folder = FolderOf(path_);
+  std::string temporary = folder + "/" + TemporaryNameOf(path_).append(kRandom);
   Descriptor fd(::mkostemp(temporary.data(), O_CLOEXEC));
-  if (!fd) return false;
-  if (WriteTemporary(fd.Get(), content) && fd.Close() &&
-      ::rename(temporary.c_str(), path_.c_str()) == 0) {
-    return SyncFolder(FolderOf(path_));
+  if (!fd) return CodeOf(Code::kOpen);
+  const bool written = SetModeAndOwner(fd.Get()) && WriteAll(fd.Get(), content) &&
+                       ::fsync(fd.Get()) == 0 && fd.Close();
+  if (written && ::rename(temporary.c_str(), path_.c_str()) == 0) {
+    SyncFolder(folder);
+    return Code::kNone;
   }
-  const int error = errno;
+  const int reason = errno;
   ::unlink(temporary.c_str());
-  errno = error;
-  return false;
+  errno = reason;
+  return written ? Code::kRename : Code::kWrite;
 }
 
 }  // namespace zarncore

@@ -6,15 +6,35 @@
 #include <string_view>
 #include <sys/stat.h>
 
+#include "common/error.h"
 #include "lock_file.h"
 
 namespace zarncore {
 
-// The content of a file; nothing when it cannot be read (errno says why).
-std::optional<std::string> ReadWhole(const char* path);
+struct WholeFile {
+  std::string text;
+  struct stat status = {};
+  platform::Code error = platform::Code::kNone;  // of the attempt to read it; errno says more
 
-// Makes renamed and new names in a folder last through a power cut.
-[[nodiscard]] bool SyncFolder(const std::string& folder);
+  explicit operator bool() const { return error == platform::Code::kNone; }
+};
+
+// Never waits for what is no file (a pipe in a shared folder), and refuses it.
+[[nodiscard]] WholeFile ReadWhole(const char* path);
+
+// Makes new names in a folder last through a power cut.
+void SyncFolder(const std::string& folder);
+
+// The mode of a file that an edit makes; or that there must be one.
+inline constexpr mode_t kNewFileMode = 0644;
+inline constexpr mode_t kMustExist = 0;
+
+// This thread's last lock file, which stays open for its next edit: opening costs more than
+// locking.
+struct SpareLock {
+  std::string name;
+  LockFile file;
+};
 
 // A file about to be changed: holds the lock that keeps other writers of the same file out, between
 // processes and threads alike, and puts the new content in place at once. The lock is a file of its
@@ -22,32 +42,35 @@ std::optional<std::string> ReadWhole(const char* path);
 class FileEdit {
  public:
   // Follows a symbolic link, so that the file behind it is replaced and the link stays.
-  explicit FileEdit(const char* path);
+  explicit FileEdit(const char* path, mode_t newMode = kNewFileMode);
   ~FileEdit();
   FileEdit(const FileEdit&) = delete;
   FileEdit& operator=(const FileEdit&) = delete;
 
-  // False when the lock was not to be had or the file exists and cannot be read.
-  [[nodiscard]] bool Ready() const { return ready_; }
+  // Why there is nothing to edit: the lock was not to be had, the file cannot be read, or must be
+  // there and is not.
+  [[nodiscard]] platform::Code Error() const { return error_; }
   [[nodiscard]] bool IsNew() const { return isNew_; }
-  [[nodiscard]] std::string_view Content() const { return content_; }
+  [[nodiscard]] std::string_view Content() const { return file_.text; }
 
-  // Writes the content beside the file, with its mode and owner (0644 for a new one), syncs it,
-  // renames it over the file and syncs the folder. Content that equals the present one is not
-  // written.
-  [[nodiscard]] bool Replace(std::string_view content);
+  // Writes the content beside the file, with its mode and owner, syncs it, renames it over the file
+  // and syncs the folder. Content that equals the present one is not written. Once it is in place
+  // the edit has succeeded: a folder that cannot be synced takes nothing back.
+  [[nodiscard]] platform::Code Replace(std::string_view content);
 
  private:
-  [[nodiscard]] bool Load();
-  [[nodiscard]] bool WriteTemporary(int fd, std::string_view content) const;
+  [[nodiscard]] platform::Code Load();
+  [[nodiscard]] platform::Code Lock();
+  [[nodiscard]] bool SetModeAndOwner(int fd) const;
+  void RemoveStaleTemporaries() const;
 
+  mode_t newMode_;
+  std::optional<SpareLock>* spare_;  // this thread's
+  std::optional<SpareLock> lock_;
   std::string path_;
-  std::string content_;
-  struct stat status_ = {};
-  std::string lockName_;
-  LockFile lock_;
-  bool ready_ = false;
+  WholeFile file_;
   bool isNew_ = false;
+  platform::Code error_;
 };
 
 }  // namespace zarncore

@@ -3,62 +3,68 @@
 //   active, running, has_if   "yes" or "no"
 //   heartbeat_if              name of the heartbeat interface
 //   <ifname>_mac, <ifname>_ip, <ifname>_mask   what the pair shares on an interface
-#include <cstdio>
 #include <string>
 
 #include <zarncore/zarncore.h>
 #include <zarnhacore/zarnhacore.h>
 
+#include "common/error.h"
+#include "common/settings.h"
+#include "common/text.h"
+
+using platform::Code;
+using platform::Fail;
+
 namespace {
 
 constexpr char kConf[] = "/etc/zarnha.conf";
 
-int IsYes(const char* key) {
-  return KOPACFileCheckKeyValue(kConf, key, "yes", 0) == 1 ? 1 : 0;
-}
-
-bool Read(const std::string& key, char* buffer, int size) {
-  return buffer != nullptr && size > 0 &&
-         KOPACFileGetKeyValue(kConf, key.c_str(), buffer, static_cast<size_t>(size), 0) > 0;
+// What is not known is absent and sets no error.
+bool IsKnown(const std::string& key, char* buffer, int size) {
+  *buffer = '\0';
+  return KOPACFileExist(kConf) == 1 &&
+         KOPACFileGetKeyValue(kConf, key.c_str(), buffer, static_cast<std::size_t>(size), 0) > 0;
 }
 
 }  // namespace
 
 int ZARNHAIsActive(void) {
-  return IsYes("active");
+  return platform::IsYes(kConf, "active") ? 1 : 0;
 }
 
 int ZARNHAIsRunning(void) {
-  return IsYes("running");
+  return platform::IsYes(kConf, "running") ? 1 : 0;
 }
 
 int ZARNHAHasHAIF(void) {
-  return IsYes("has_if");
+  return platform::IsYes(kConf, "has_if") ? 1 : 0;
 }
 
 int ZARNHAGetMac(const char* szIfname, char* szBuf, int cbBuf) try {
-  return szIfname != nullptr && Read(std::string(szIfname) + "_mac", szBuf, cbBuf) ? 0 : -1;
+  if (szIfname == nullptr || szBuf == nullptr || cbBuf <= 0) return Fail(Code::kArgument);
+  return IsKnown(std::string(szIfname) + "_mac", szBuf, cbBuf) ? 0 : -1;
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 int ZARNHAGetHeartbeatIF(char* szBuf, int cbBuf) try {
-  return Read("heartbeat_if", szBuf, cbBuf) ? 0 : -1;
+  if (szBuf == nullptr || cbBuf <= 0) return Fail(Code::kArgument);
+  return IsKnown("heartbeat_if", szBuf, cbBuf) ? 0 : -1;
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 int ZARNHAGetRelatedIFInfo(const char* szIfname, ZARNNETIFADDR* pInfo) try {
-  if (szIfname == nullptr || pInfo == nullptr) return -1;
+  if (szIfname == nullptr || pInfo == nullptr) return Fail(Code::kArgument);
   const std::string name(szIfname);
   ZARNNETIFADDR info = *pInfo;
-  if (!Read(name + "_ip", info.szIP, sizeof info.szIP) ||
-      !Read(name + "_mask", info.szMask, sizeof info.szMask)) {
+  if (!IsKnown(name + "_ip", info.szIP, sizeof info.szIP) ||
+      !IsKnown(name + "_mask", info.szMask, sizeof info.szMask)) {
     return -1;
   }
-  std::snprintf(info.szName, sizeof info.szName, "%s", szIfname);
+  platform::CopyCut(name, info.szName, sizeof info.szName);
   *pInfo = info;
   return 0;
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }

@@ -2,6 +2,8 @@
 #include <zarncore/zarncore.h>
 #include <zarnplvcore/zarnplvcore.h>
 
+#include "common/settings.h"
+
 int ZARNIsDockerPLV(void) {
-  return KOPACFileCheckKeyValue("/etc/zarnplv.conf", "docker", "yes", 0) == 1 ? 1 : 0;
+  return platform::IsYes("/etc/zarnplv.conf", "docker") ? 1 : 0;
 }

@@ -4,8 +4,8 @@
 #include <cctype>
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
-#include <ctime>
+#include <cstdint>
+#include <optional>
 #include <poll.h>
 #include <string>
 #include <string_view>
@@ -19,10 +19,13 @@
 
 #include <zarnsdk/zarnsdk.h>
 
-#include "zarncore/child.h"
-#include "zarncore/descriptor.h"
+#include "common/child.h"
+#include "common/clock.h"
+#include "common/descriptor.h"
+#include "common/error.h"
 
-extern char** environ;
+using platform::Code;
+using platform::Fail;
 
 struct KOPAPLUGIN {
   std::string folder;
@@ -34,7 +37,8 @@ namespace {
 constexpr char kPlugins[] = "/usr/zarn/plugins/";
 constexpr int kStageBefore = 4;
 constexpr int kStageAfter = 5;
-constexpr int kTimeLimitMilliseconds = 30000;
+constexpr int kTimeLimitSeconds = 30;
+constexpr std::int64_t kTimeLimit = kTimeLimitSeconds * platform::kNanosecondsPerSecond;
 
 bool IsSafePath(std::string_view text) {
   return !text.empty() && text.find("..") == std::string_view::npos && text.front() != '/';
@@ -59,8 +63,8 @@ void Put(KOPAPLUGIN* plugin, const std::string& name, const std::string& value) 
   plugin->arguments.emplace_back(name, value);
 }
 
-// The arguments, and PLUGIN_ARGS with their names, over the caller's own environment.
-std::vector<std::string> EnvironmentOf(const KOPAPLUGIN& plugin) {
+// The arguments, and PLUGIN_ARGS with their names.
+std::vector<std::string> VariablesOf(const KOPAPLUGIN& plugin) {
   std::vector<std::string> variables;
   std::string names;
   for (const auto& [name, value] : plugin.arguments) {
@@ -68,15 +72,6 @@ std::vector<std::string> EnvironmentOf(const KOPAPLUGIN& plugin) {
     names += (names.empty() ? "" : " ") + name;
   }
   variables.push_back("PLUGIN_ARGS=" + names);
-  if (::getenv("PATH") == nullptr) variables.emplace_back(zarncore::kDefaultPath);
-  for (char** variable = environ; *variable != nullptr; ++variable) {
-    const std::string_view text(*variable);
-    const std::string_view name = text.substr(0, text.find('='));
-    const bool isOurs = name == "PLUGIN_ARGS" ||
-                        std::any_of(plugin.arguments.begin(), plugin.arguments.end(),
-                                    [&](const auto& argument) { return argument.first == name; });
-    if (!isOurs) variables.emplace_back(text);
-  }
   return variables;
 }
 
@@ -86,47 +81,48 @@ bool IsProgram(const std::string& path) {
          ::access(path.c_str(), X_OK) == 0;
 }
 
-std::vector<std::string> ProgramsIn(const std::string& folder) {
-  std::vector<std::string> programs;
-  PKOPACSZLIST names = KOPACSzListAlloc(16);
-  if (KOPACFileEnumDir(folder.c_str(), nullptr, &names, 0) > 0) {
-    for (int i = 0; i < names->nItem; ++i) {
-      std::string path = folder + "/" + KOPACSzListGet(names, i);
-      if (IsProgram(path)) programs.push_back(std::move(path));
-    }
+// The core library's list. It may move while it grows.
+class NameList {
+ public:
+  NameList() : list_(KOPACSzListAlloc(16)) {}
+  ~NameList() { KOPACSzListFree(list_); }
+  NameList(const NameList&) = delete;
+  NameList& operator=(const NameList&) = delete;
+  // The names in a folder, sorted. False when it cannot be read.
+  [[nodiscard]] bool Read(const std::string& folder) {
+    return list_ != nullptr && KOPACFileEnumDir(folder.c_str(), nullptr, &list_, 0) >= 0;
   }
-  KOPACSzListFree(names);
+  [[nodiscard]] int Count() const { return list_->nItem; }
+  [[nodiscard]] const char* Name(int index) const { return KOPACSzListGet(list_, index); }
+
+ private:
+  PKOPACSZLIST list_;
+};
+
+// The programs of an event, none where it has no folder. Nothing when the folder cannot be read.
+std::optional<std::vector<std::string>> ProgramsIn(const std::string& folder) {
+  std::vector<std::string> programs;
+  if (KOPACFileExist(folder.c_str()) == 0) return programs;
+  NameList names;
+  if (!names.Read(folder)) return std::nullopt;
+  for (int i = 0; i < names.Count(); ++i) {
+    std::string path = folder + "/" + names.Name(i);
+    if (IsProgram(path)) programs.push_back(std::move(path));
+  }
   return programs;
-}
-
-// In a process group of its own, so that a plugin's own children end with it.
-pid_t Start(const std::string& program, const char* stage,
-            const std::vector<std::string>& environment) {
-  std::vector<char*> variables;
-  for (const std::string& variable : environment)
-    variables.push_back(const_cast<char*>(variable.c_str()));
-  variables.push_back(nullptr);
-  const char* const argv[] = {program.c_str(), stage, nullptr};
-  return zarncore::ChildSetup(-1, POSIX_SPAWN_SETPGROUP)
-      .Start(program.c_str(), argv, variables.data());
-}
-
-long NowMilliseconds() {
-  timespec now{};
-  ::clock_gettime(CLOCK_MONOTONIC, &now);
-  return now.tv_sec * 1000 + now.tv_nsec / 1000000;
 }
 
 // Waits on a descriptor of the process: no signal handler, no timer. False when the time is up.
 bool WaitForEnd(pid_t child) {
-  const zarncore::Descriptor process(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
+  const platform::Descriptor process(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
   // Reaped by a handler of the caller's, or an old kernel: wait without a limit.
   if (!process) return true;
-  const long deadline = NowMilliseconds() + kTimeLimitMilliseconds;
+  const std::int64_t deadline = platform::NowNanoseconds() + kTimeLimit;
   for (;;) {
     pollfd ended{process.Get(), POLLIN, 0};
-    const long left = std::max(deadline - NowMilliseconds(), 0L);
-    const int ready = ::poll(&ended, 1, static_cast<int>(left));
+    const std::int64_t left = std::max<std::int64_t>(deadline - platform::NowNanoseconds(), 0);
+    const int ready =
+        ::poll(&ended, 1, static_cast<int>(left / platform::kNanosecondsPerMillisecond));
     if (ready > 0) return true;
     if (ready == 0 || errno != EINTR || left == 0) return false;
   }
@@ -134,8 +130,11 @@ bool WaitForEnd(pid_t child) {
 
 // True when the plugin ended in time and with exit status 0.
 bool RunPlugin(const std::string& program, const char* stage,
-               const std::vector<std::string>& environment) {
-  const pid_t child = Start(program, stage, environment);
+               const platform::Environment& environment) {
+  const char* const argv[] = {program.c_str(), stage, nullptr};
+  // In a process group of its own, so that a plugin's own children end with it.
+  const pid_t child =
+      platform::ChildSetup(-1, POSIX_SPAWN_SETPGROUP).Start(program.c_str(), argv, environment);
   if (child < 0) {
     ::syslog(LOG_ERR, "plugin %s %s could not be started: %m", program.c_str(), stage);
     return false;
@@ -147,7 +146,7 @@ bool RunPlugin(const std::string& program, const char* stage,
   }
   if (!inTime) {
     ::syslog(LOG_ERR, "plugin %s %s was ended after %d seconds", program.c_str(), stage,
-             kTimeLimitMilliseconds / 1000);
+             kTimeLimitSeconds);
   } else if (WIFSIGNALED(status)) {
     ::syslog(LOG_ERR, "plugin %s %s ended by signal %d", program.c_str(), stage, WTERMSIG(status));
   } else if (WEXITSTATUS(status) != 0) {
@@ -160,36 +159,39 @@ bool RunPlugin(const std::string& program, const char* stage,
 }  // namespace
 
 int KOPAPluginSDKInit(const char* szCategory, const char* szEvent, PKOPAPLUGIN* ppPlugin) try {
-  if (szCategory == nullptr || szEvent == nullptr || ppPlugin == nullptr) return -1;
+  if (szCategory == nullptr || szEvent == nullptr || ppPlugin == nullptr)
+    return Fail(Code::kArgument);
   const std::string category(szCategory);
   const std::string_view event(szEvent);
-  if (!IsSafePath(category) || !IsSafePath(event)) return -1;
+  if (!IsSafePath(category) || !IsSafePath(event)) return Fail(Code::kArgument);
   // The events of a category are named with it, or without.
   const std::string name =
       event.starts_with(category + "/") ? std::string(event) : category + "/" + szEvent;
   *ppPlugin = new KOPAPLUGIN{kPlugins + name, {}};
   return 0;
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 int KOPAPluginSetArg(PKOPAPLUGIN pPlugin, const char* szName, const char* szValue) try {
-  if (pPlugin == nullptr || !IsArgumentName(szName) || szValue == nullptr) return -1;
+  if (pPlugin == nullptr || !IsArgumentName(szName) || szValue == nullptr)
+    return Fail(Code::kArgument);
   Put(pPlugin, szName, szValue);
   return 0;
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 int KOPAPluginSetArgByInt(PKOPAPLUGIN pPlugin, const char* szName, int value) try {
   return KOPAPluginSetArg(pPlugin, szName, std::to_string(value).c_str());
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 int KOPAPluginSetArgByArray(PKOPAPLUGIN pPlugin, const char* szName,
                             const KOPACSZLIST* pValues) try {
-  if (pPlugin == nullptr || !IsArgumentName(szName) || pValues == nullptr) return -1;
+  if (pPlugin == nullptr || !IsArgumentName(szName) || pValues == nullptr)
+    return Fail(Code::kArgument);
   const std::string name(szName);
   // A shorter list set again leaves nothing of a longer one.
   std::erase_if(pPlugin->arguments, [&](const auto& argument) {
@@ -206,21 +208,24 @@ int KOPAPluginSetArgByArray(PKOPAPLUGIN pPlugin, const char* szName,
   Put(pPlugin, name + "_COUNT", std::to_string(pValues->nItem));
   return 0;
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 // Every plugin is run, also after one that failed.
 int KOPAPluginAction(int stage, PKOPAPLUGIN pPlugin) try {
-  if (pPlugin == nullptr || (stage != kStageBefore && stage != kStageAfter)) return -1;
+  if (pPlugin == nullptr || (stage != kStageBefore && stage != kStageAfter))
+    return Fail(Code::kArgument);
   const char* const text = stage == kStageBefore ? "pre" : "post";
-  const std::vector<std::string> environment = EnvironmentOf(*pPlugin);
+  const platform::Environment environment(VariablesOf(*pPlugin));
+  const auto programs = ProgramsIn(pPlugin->folder);
+  if (!programs) return -1;
   bool ok = true;
-  for (const std::string& program : ProgramsIn(pPlugin->folder)) {
+  for (const std::string& program : *programs) {
     ok = RunPlugin(program, text, environment) && ok;
   }
-  return ok ? 0 : -1;
+  return ok ? 0 : Fail(Code::kProgram);
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 int KOPAPluginHasInit(PKOPAPLUGIN pPlugin) {

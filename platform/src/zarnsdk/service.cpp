@@ -6,6 +6,11 @@
 
 #include <zarnsdk/zarnsdk.h>
 
+#include "common/error.h"
+
+using platform::Code;
+using platform::Fail;
+
 namespace {
 
 constexpr char kInitctl[] = "/sbin/initctl";
@@ -22,7 +27,7 @@ bool IsServiceName(const char* name) {
 
 // "initctl status NAME" prints "NAME start/running ..." for a job that runs.
 int KOPAServiceIsRunning(const char* szService) try {
-  if (!IsServiceName(szService)) return -1;
+  if (!IsServiceName(szService)) return Fail(Code::kArgument);
   FILE* const output =
       KOPACPopen(kInitctl, "r", "status", szService, static_cast<const char*>(nullptr));
   if (output == nullptr) return -1;
@@ -35,28 +40,28 @@ int KOPAServiceIsRunning(const char* szService) try {
   const std::string running = std::string(szService) + " start/running";
   return text.starts_with(running) ? 1 : 0;
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }
 
 int KOPAServiceReload(const char* szService) {
-  if (!IsServiceName(szService)) return -1;
+  if (!IsServiceName(szService)) return Fail(Code::kArgument);
   return KOPACExec(kInitctl, "reload", szService, nullptr, nullptr) == 0 ? 0 : -1;
 }
 
 int KOPAServicectlJobStop(const char* szJob) {
-  if (!IsServiceName(szJob)) return -1;
+  if (!IsServiceName(szJob)) return Fail(Code::kArgument);
   return KOPACExec(kStop, szJob, nullptr, nullptr, nullptr) == 0 ? 0 : -1;
 }
 
 int KOPAServicecfgRunKeyGet(const char* szService, int* pRunState) try {
-  if (!IsServiceName(szService) || pRunState == nullptr) return -1;
+  if (!IsServiceName(szService) || pRunState == nullptr) return Fail(Code::kArgument);
   const std::string path = std::string("/etc/zarnservice/") + szService + ".conf";
   char value[16] = "";
-  if (KOPACFileGetKeyValue(path.c_str(), "run", value, sizeof value, 0) <= 0) return -1;
+  if (KOPACFileGetKeyValue(path.c_str(), "run", value, sizeof value, 0) < 0) return -1;
   const bool enabled = std::strcmp(value, "yes") == 0;
-  if (!enabled && std::strcmp(value, "no") != 0) return -1;
+  if (!enabled && std::strcmp(value, "no") != 0) return Fail(Code::kContent);
   *pRunState = enabled ? kRunEnabled : kRunDisabled;
   return 0;
 } catch (...) {
-  return -1;
+  return Fail(Code::kMemory);
 }

@@ -4,7 +4,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace zarncore {
+namespace platform {
 
 class Descriptor {
  public:
@@ -29,4 +29,4 @@ class Descriptor {
   int fd_;
 };
 
-}  // namespace zarncore
+}  // namespace platform
