@@ -14,7 +14,7 @@ extern "C" {
 
 /* ---- records of the server -------------------------------------------------------------------------- */
 
-/** One option of an IPv4 subnet beyond router, DNS servers and domain; freed with DHCPOptionFree(). */
+/** One option of an IPv4 subnet, of those in dhcp_options.h; freed with DHCPOptionFree(). */
 typedef struct DHCP_OPTION {
   int32_t number;      /* 1 to 254 */
   char name[52];       /* the server's name of the option, at most 49 characters */
@@ -149,7 +149,7 @@ void DHCPRangeFree(DHCP_RANGE* head);
 int DHCPIsRangeConflict(const char* ifname, const char* start, const char* end, const char* netmask,
                         char* conflict_if, size_t conflict_if_size);
 
-/** Does the option take a list of values? @return 1 or 0 */
+/** Does the option take a list of values (dhcp_options.h)? @return 1 or 0 */
 int DHCPOptionIsListValue(int number);
 
 /** Frees a chain of options with their lists; null is allowed. */

@@ -19,6 +19,7 @@
 #pragma once
 
 #include <zarnnetsdk/addr.h>
+#include <zarnnetsdk/dhcp_options.h>
 #include <zarnnetsdk/dhcpd.h>
 #include <zarnnetsdk/dns_route.h>
 #include <zarnnetsdk/error.h>

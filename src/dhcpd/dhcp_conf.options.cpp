@@ -1,7 +1,6 @@
-// The further options of an IPv4 subnet: which there are, what values they take, how they are read.
+// The further options of an IPv4 subnet: which values are acceptable, how they are read.
 #include <algorithm>
 #include <arpa/inet.h>
-#include <array>
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
@@ -11,6 +10,7 @@
 #include <utility>
 
 #include <zarnnetsdk/addr.h>
+#include <zarnnetsdk/dhcp_options.h>
 
 #include "dhcpd/files.h"
 #include "dhcpd/options.h"
@@ -25,66 +25,22 @@ namespace {
 
 // ---- which options there are
 
-enum class Kind { kInteger, kUnsigned, kNodeType, kAddress, kText, kAddresses, kPairs, kRoutes };
+using Option = ZARNNET_DHCP_OPTION;
 
-struct Option {
-  int number;
-  const char* name;
-  Kind kind;
-  long least = 0;  // of an integer
-  long most = 0;
-};
-
-constexpr std::array<Option, 40> kOptions{{
-    {7, "log-server", Kind::kAddresses},
-    {9, "lpr-server", Kind::kAddresses},
-    {13, "boot-file-size", Kind::kInteger, 0, 65536},
-    {16, "swap-server", Kind::kAddress},
-    {17, "root-path", Kind::kText},
-    {18, "extension-path", Kind::kText},
-    {19, "ip-forward-enable", Kind::kInteger, 0, 1},
-    {20, "non-local-source-routing", Kind::kInteger, 0, 1},
-    {21, "policy-filter", Kind::kPairs},
-    {22, "max-datagram-reassembly", Kind::kInteger, 576, 65536},
-    {23, "default-ttl", Kind::kInteger, 1, 255},
-    {26, "mtu", Kind::kInteger, 68, 65536},
-    {27, "all-subnets-local", Kind::kInteger, 0, 1},
-    {31, "router-discovery", Kind::kInteger, 0, 1},
-    {32, "router-solicitation", Kind::kAddress},
-    {34, "trailer-encapsulation", Kind::kInteger, 0, 1},
-    {35, "arp-timeout", Kind::kUnsigned},
-    {36, "ethernet-encap", Kind::kInteger, 0, 1},
-    {37, "tcp-ttl", Kind::kInteger, 1, 255},
-    {38, "tcp-keepalive", Kind::kUnsigned},
-    {40, "nis-domain", Kind::kText},
-    {41, "nis-server", Kind::kAddresses},
-    {42, "ntp-server", Kind::kAddresses},
-    {44, "netbios-ns", Kind::kAddresses},
-    {45, "netbios-dd", Kind::kAddresses},
-    {46, "netbios-nodetype", Kind::kNodeType},
-    {47, "netbios-scope", Kind::kText},
-    {48, "x-windows-fs", Kind::kAddresses},
-    {49, "x-windows-dm", Kind::kAddresses},
-    {58, "T1", Kind::kUnsigned},
-    {59, "T2", Kind::kUnsigned},
-    {64, "nis+-domain", Kind::kText},
-    {65, "nis+-server", Kind::kAddresses},
-    {68, "mobile-ip-home", Kind::kAddresses},
-    {69, "smtp-server", Kind::kAddresses},
-    {70, "pop3-server", Kind::kAddresses},
-    {71, "nntp-server", Kind::kAddresses},
-    {74, "irc-server", Kind::kAddresses},
-    {120, "sip-server", Kind::kAddresses},
-    {121, "classless-static-route", Kind::kRoutes},
-}};
-
-bool IsList(Kind kind) {
-  return kind == Kind::kAddresses || kind == Kind::kPairs || kind == Kind::kRoutes;
+bool IsList(const Option& option) {
+  switch (option.takes) {
+    case ZARNNET_DHCP_ADDRESSES:
+    case ZARNNET_DHCP_PAIRS:
+    case ZARNNET_DHCP_ROUTES:
+      return true;
+    default:
+      return false;
+  }
 }
 
 template <class Predicate>
 const Option* Find(Predicate matches) {
-  for (const Option& option : kOptions) {
+  for (const Option& option : ZARNNetDhcpOptions) {
     if (matches(option)) return &option;
   }
   return nullptr;
@@ -125,14 +81,14 @@ bool IsNodeType(std::string_view text) {
 }
 
 bool IsValue(const Option& option, std::string_view text) {
-  switch (option.kind) {
-    case Kind::kInteger:
+  switch (option.takes) {
+    case ZARNNET_DHCP_INTEGER:
       return IsWithin(text, option.least, option.most);
-    case Kind::kUnsigned:
+    case ZARNNET_DHCP_UNSIGNED:
       return IsUnsigned(text);
-    case Kind::kNodeType:
+    case ZARNNET_DHCP_NODE_TYPE:
       return IsNodeType(text);
-    case Kind::kAddress:
+    case ZARNNET_DHCP_ADDRESS:
       return IsAddress(text);
     default:
       return !text.empty();
@@ -188,15 +144,15 @@ bool IsAlternating(const KOPACSZLIST& values, Check even, Check odd) {
   return true;
 }
 
-bool IsListOf(Kind kind, const KOPACSZLIST* values) {
+bool IsListFor(const Option& option, const KOPACSZLIST* values) {
   if (values == nullptr) {
     LOG_ERROR("%s:%d option list value is empty");
     return false;
   }
-  switch (kind) {
-    case Kind::kPairs:
+  switch (option.takes) {
+    case ZARNNET_DHCP_PAIRS:
       return IsAlternating(*values, IsListedAddress, IsListedMask);
-    case Kind::kRoutes:
+    case ZARNNET_DHCP_ROUTES:
       return IsAlternating(*values, IsListedDestination, IsListedGateway);
     default:
       return IsAlternating(*values, IsListedAddress, IsListedAddress);
@@ -276,8 +232,8 @@ Outcome ReadLine(const std::string& line, OwnedOption* read) {
   }
   OwnedOption option = NewOption(*known);
   if (option == nullptr) return Outcome::kNoMemory;
-  const Outcome outcome = IsList(known->kind) ? ReadValues(fields, line.c_str(), option.get())
-                                              : ReadValue(fields, line.c_str(), option.get());
+  const Outcome outcome = IsList(*known) ? ReadValues(fields, line.c_str(), option.get())
+                                         : ReadValue(fields, line.c_str(), option.get());
   if (outcome != Outcome::kRead) return outcome;
   if (!IsAcceptable(*option)) return WrongFormat(line.c_str());
   *read = std::move(option);
@@ -318,8 +274,8 @@ bool dhcpd::IsAcceptable(const DHCP_OPTION& option) {
     LOG_ERROR("%s:%d wrong DHCP option number [%d]: wrong name [%s]", option.number, name.c_str());
     return false;
   }
-  if (IsList(known->kind)) {
-    if (IsListOf(known->kind, option.values)) return true;
+  if (IsList(*known)) {
+    if (IsListFor(*known, option.values)) return true;
     LOG_ERROR("%s:%d wrong DHCP option number [%d]: wrong list value", option.number);
     return false;
   }
@@ -366,7 +322,7 @@ bool dhcpd::ReadOptions(const char* subnetName, const std::string& path, DHCP_OP
 int DHCPOptionIsListValue(int number) {
   return Boundary(0, [&]() -> int {
     const Option* const option = FindNumber(number);
-    return option != nullptr && IsList(option->kind) ? 1 : 0;
+    return option != nullptr && IsList(*option) ? 1 : 0;
   });
 }
 

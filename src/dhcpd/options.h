@@ -1,4 +1,4 @@
-// The further options of an IPv4 subnet: which there are, what values they take, how they are read.
+// The further options of an IPv4 subnet: which values are acceptable, how they are read.
 #pragma once
 
 #include <string>

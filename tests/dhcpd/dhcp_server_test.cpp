@@ -6,6 +6,7 @@
 #include <memory>
 #include <syslog.h>
 
+#include <zarnnetsdk/dhcp_options.h>
 #include <zarnnetsdk/dhcpd.h>
 
 #include "frame/os/containers.h"
@@ -83,65 +84,35 @@ bool Accepts(Option option) {
   return DHCPTagConfSetConfig("eth0", 0, 0, &conf) == 0;
 }
 
+// What options take, by their numbers, and what they refuse. Their names are the library's.
 struct Known {
-  int number;
-  const char* name;
+  std::vector<int> numbers;
   Lines good;
   Lines bad;
 };
 
-const std::vector<Known>& SingleOptions() {
-  static const Lines kBits{"0", "1"};
-  static const Lines kNoBits{"-1", "2", "", "1 ", "x"};
-  static const Lines kTexts{"text"};
-  static const Lines kCounts{"0", "4294967295"};
-  static const Lines kNoCounts{"", "-1", "1s"};
-  static const Lines kAddress{"192.168.1.1"};
-  static const Lines kNoAddress{"", "192.168.1", "256.1.1.1", "192.168.1.256"};
-  static const std::vector<Known> kAll{
-      {13, "boot-file-size", {"0", "65536"}, {"-1", "65537"}},
-      {16, "swap-server", kAddress, kNoAddress},
-      {17, "root-path", kTexts, {""}},
-      {18, "extension-path", kTexts, {""}},
-      {19, "ip-forward-enable", kBits, kNoBits},
-      {20, "non-local-source-routing", kBits, kNoBits},
-      {22, "max-datagram-reassembly", {"576", "65536"}, {"575", "65537"}},
-      {23, "default-ttl", {"1", "255"}, {"0", "256"}},
-      {26, "mtu", {"68", "65536"}, {"67", "65537", "1500 ", ""}},
-      {27, "all-subnets-local", kBits, kNoBits},
-      {31, "router-discovery", kBits, kNoBits},
-      {32, "router-solicitation", kAddress, kNoAddress},
-      {34, "trailer-encapsulation", kBits, kNoBits},
-      {35, "arp-timeout", kCounts, kNoCounts},
-      {36, "ethernet-encap", kBits, kNoBits},
-      {37, "tcp-ttl", {"1", "255"}, {"0", "256"}},
-      {38, "tcp-keepalive", kCounts, kNoCounts},
-      {40, "nis-domain", kTexts, {""}},
-      {46, "netbios-nodetype", {"1", "2", "4", "8"}, {"0", "3", "16", ""}},
-      {47, "netbios-scope", kTexts, {""}},
-      {58, "T1", kCounts, kNoCounts},
-      {59, "T2", kCounts, kNoCounts},
-      {64, "nis+-domain", kTexts, {""}}};
-  return kAll;
-}
+const std::vector<Known> kSingleOptions{
+    {{19, 20, 27, 31, 34, 36}, {"0", "1"}, {"-1", "2", "", "1 ", "x"}},
+    {{13}, {"0", "65536"}, {"-1", "65537"}},
+    {{22}, {"576", "65536"}, {"575", "65537"}},
+    {{23, 37}, {"1", "255"}, {"0", "256"}},
+    {{26}, {"68", "65536"}, {"67", "65537", "1500 ", ""}},
+    {{35, 38, 58, 59}, {"0", "4294967295"}, {"", "-1", "1s"}},
+    {{16, 32}, {"192.168.1.1"}, {"", "192.168.1", "256.1.1.1", "192.168.1.256"}},
+    {{17, 18, 40, 47, 64}, {"text"}, {""}},
+    {{46}, {"1", "2", "4", "8"}, {"0", "3", "16", ""}}};
 
-const std::vector<Known>& ListOptions() {
-  static const Lines kGood{"192.168.1.1", "10.0.0.1"};
-  static const Lines kBad{"192.168.1.1", "300.0.0.1"};
-  static const std::vector<Known> kAll = [] {
-    std::vector<Known> all{
-        {21, "policy-filter", {"10.0.0.0", "255.0.0.0"}, {"10.0.0.0", "255.0.255.0"}},
-        {121, "classless-static-route", {"10.0.0.0/8", "10.1.1.1"}, {"10.0.0.0/33", "10.1.1.1"}}};
-    const std::vector<std::pair<int, const char*>> servers{
-        {7, "log-server"},   {9, "lpr-server"},      {41, "nis-server"},   {42, "ntp-server"},
-        {44, "netbios-ns"},  {45, "netbios-dd"},     {48, "x-windows-fs"}, {49, "x-windows-dm"},
-        {65, "nis+-server"}, {68, "mobile-ip-home"}, {69, "smtp-server"},  {70, "pop3-server"},
-        {71, "nntp-server"}, {74, "irc-server"},     {120, "sip-server"}};
-    for (const auto& [number, name] : servers)
-      all.push_back({number, name, kGood, kBad});
-    return all;
-  }();
-  return kAll;
+const std::vector<Known> kListOptions{
+    {{7, 9, 41, 42, 44, 45, 48, 49, 65, 68, 69, 70, 71, 74, 120},
+     {"192.168.1.1", "10.0.0.1"},
+     {"192.168.1.1", "300.0.0.1"}},
+    {{21}, {"10.0.0.0", "255.0.0.0"}, {"10.0.0.0", "255.0.255.0"}},
+    {{121}, {"10.0.0.0/8", "10.1.1.1"}, {"10.0.0.0/33", "10.1.1.1"}}};
+
+const char* NameOf(int number) {
+  for (const ZARNNET_DHCP_OPTION& option : ZARNNetDhcpOptions)
+    if (option.number == number) return option.name;
+  return "";
 }
 
 }  // namespace
@@ -262,18 +233,22 @@ TEST(DhcpSubnet, AnIpv6SubnetHasThreeModesAndKeepsItsFragmentWhenOff) {
 }
 
 TEST(DhcpOptions, BothBordersAreTakenAndWhatLiesOutsideIsNot) {
-  for (const Known& known : SingleOptions()) {
-    EXPECT_EQ(0, DHCPOptionIsListValue(known.number)) << known.name;
-    for (const std::string& value : known.good)
-      EXPECT_TRUE(Accepts({known.number, known.name, value})) << known.name << value;
-    for (const std::string& value : known.bad)
-      EXPECT_FALSE(Accepts({known.number, known.name, value})) << known.name << value;
+  for (const auto& [numbers, good, bad] : kSingleOptions) {
+    for (const int number : numbers) {
+      EXPECT_EQ(0, DHCPOptionIsListValue(number)) << number;
+      for (const std::string& value : good)
+        EXPECT_TRUE(Accepts({number, NameOf(number), value})) << number << value;
+      for (const std::string& value : bad)
+        EXPECT_FALSE(Accepts({number, NameOf(number), value})) << number << value;
+    }
   }
-  for (const Known& known : ListOptions()) {
-    EXPECT_EQ(1, DHCPOptionIsListValue(known.number)) << known.name;
-    EXPECT_TRUE(Accepts({known.number, known.name, "", known.good})) << known.name;
-    EXPECT_FALSE(Accepts({known.number, known.name, "", known.bad})) << known.name;
-    EXPECT_FALSE(Accepts({known.number, known.name, "1.2.3.4"})) << known.name;
+  for (const auto& [numbers, good, bad] : kListOptions) {
+    for (const int number : numbers) {
+      EXPECT_EQ(1, DHCPOptionIsListValue(number)) << number;
+      EXPECT_TRUE(Accepts({number, NameOf(number), "", good})) << number;
+      EXPECT_FALSE(Accepts({number, NameOf(number), "", bad})) << number;
+      EXPECT_FALSE(Accepts({number, NameOf(number), "1.2.3.4"})) << number;
+    }
   }
   for (const int number : {0, 255, 3, 27})
     EXPECT_FALSE(Accepts({number, "mtu", "1500"})) << number;
@@ -285,15 +260,23 @@ TEST(DhcpOptions, BothBordersAreTakenAndWhatLiesOutsideIsNot) {
     EXPECT_EQ(1, LogCount(LOG_ERR, "dhcp_conf", "wrong list " + what)) << what;
 }
 
+// The server has the last word on numbers and names.
 TEST(DhcpOptions, TheServerTakesAllOfThem) {
   DHCP_SUBNET_CONF conf = Subnet();
   std::vector<std::unique_ptr<Option>> options;
-  for (const Known& known : SingleOptions())
-    options.push_back(std::make_unique<Option>(known.number, known.name, known.good.back()));
-  for (const Known& known : ListOptions())
-    options.push_back(std::make_unique<Option>(known.number, known.name, "", known.good));
+  for (const auto& [numbers, good, bad] : kSingleOptions)
+    for (const int number : numbers)
+      options.push_back(std::make_unique<Option>(number, NameOf(number), good.back()));
+  for (const auto& [numbers, good, bad] : kListOptions)
+    for (const int number : numbers)
+      options.push_back(std::make_unique<Option>(number, NameOf(number), "", good));
   ASSERT_EQ(40U, options.size());
+  ASSERT_EQ(40U, std::size(ZARNNetDhcpOptions));
+  const std::string known = Shell("dnsmasq --help dhcp | sed 's/^ */ /'");
   for (const auto& option : options) {
+    const DHCP_OPTION& record = option->record;
+    const std::string row = " " + std::to_string(record.number) + " " + record.name + "\n";
+    EXPECT_NE(std::string::npos, known.find(row)) << row << known;
     option->record.next = conf.options;
     conf.options = &option->record;
   }

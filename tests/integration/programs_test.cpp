@@ -2,7 +2,6 @@
 // bonds and VLANs, the DHCP server and what a client gets from it, the address probe.
 #include <cstring>
 #include <gtest/gtest.h>
-#include <sstream>
 
 #include <zarnnetsdk/zarnnetsdk.h>
 
@@ -204,32 +203,6 @@ TEST(DhcpServer, ServesWhatIsSwitchedOnAndLeavesOutWhatHasNoValue) {
   SwitchOn("dhcpd", false);
   EXPECT_EQ("status 0\n", StatusOf("/etc/rc.network nat-restart-dhcp"));
   EXPECT_EQ("", ServerProcess());
-}
-
-TEST(DhcpServer, TakesEveryOptionByItsName) {
-  std::istringstream options(R"(
-      log-server=LIST lpr-server=LIST boot-file-size=65536 swap-server=10.0.0.1 root-path=/srv/root
-      extension-path=/srv/more ip-forward-enable=1 non-local-source-routing=0
-      policy-filter=10.0.0.0,255.0.0.0 max-datagram-reassembly=65536 default-ttl=255 mtu=65536
-      all-subnets-local=1 router-discovery=0 router-solicitation=10.0.0.1 trailer-encapsulation=1
-      arp-timeout=4294967295 ethernet-encap=0 tcp-ttl=1 tcp-keepalive=0 nis-domain=lan.example
-      nis-server=LIST ntp-server=LIST netbios-ns=LIST netbios-dd=LIST netbios-nodetype=8
-      netbios-scope=scope x-windows-fs=LIST x-windows-dm=LIST T1=300 T2=600
-      nis+-domain=lan.example nis+-server=LIST mobile-ip-home=LIST smtp-server=LIST
-      pop3-server=LIST nntp-server=LIST irc-server=LIST sip-server=LIST
-      classless-static-route=10.0.0.0/8,192.168.60.254)");
-  std::string lines, option;
-  int count = 0;
-  for (; options >> option; ++count) {
-    const auto end = option.find('=');
-    const std::string value = option.substr(end + 1);
-    lines += "dhcp-option=tag:eth00,option:" + option.substr(0, end) + "," +
-             (value == "LIST" ? "10.0.0.1,10.0.0.2" : value) + "\n";
-  }
-  ASSERT_EQ(40, count);
-  ServeOneSubnet(lines);
-  EXPECT_EQ("status 0\n", StatusOf("/etc/rc.network nat-restart-dhcp"));
-  EXPECT_EQ("# /etc/dhcpd/dhcpd-eth0-subnet0.conf\n" + kRange + lines, Served());
 }
 
 TEST(DhcpServer, GoesOnWithItsSettingsWhenTheNewOnesAreNoGood) {

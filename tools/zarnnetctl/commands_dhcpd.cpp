@@ -6,7 +6,6 @@
 #include <map>
 
 #include "commands.h"
-#include "dhcp_options.h"
 #include "list.h"
 #include "query.h"
 
@@ -100,7 +99,7 @@ void AddSwitch(CLI::App& group, Context& context, bool on) {
 void ListOptions(const Context& context) {
   Json options = Json::array();
   std::vector<Row> rows{Headings({"NUMBER", "NAME", "VALUES"})};
-  for (const DhcpOption& option : DhcpOptions()) {
+  for (const ZARNNET_DHCP_OPTION& option : ZARNNetDhcpOptions) {
     const bool list = DHCPOptionIsListValue(option.number) == 1;
     options.push_back({{"number", option.number}, {"name", option.name}, {"list", list}});
     rows.push_back({{std::to_string(option.number)}, {option.name}, {list ? "list" : "one"}});

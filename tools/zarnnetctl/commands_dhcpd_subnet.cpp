@@ -4,7 +4,6 @@
 #include <memory>
 
 #include "commands.h"
-#include "dhcp_options.h"
 #include "list.h"
 #include "put.h"
 #include "query.h"
@@ -36,10 +35,16 @@ struct Subnet {
   std::vector<std::unique_ptr<DHCP_OPTION>> options;
 };
 
+int OptionNumber(const std::string& what, const std::string& name) {
+  for (const ZARNNET_DHCP_OPTION& option : ZARNNetDhcpOptions) {
+    if (name == option.name) return option.number;
+  }
+  throw Failure(what, kOutOfRange, "there is no option '" + name + "'");
+}
+
 void AddOption(const std::string& what, const std::string& name,
                const std::vector<std::string>& values, Subnet* subnet) {
-  const int number = DhcpOptionNumber(name);
-  if (number == 0) throw Failure(what, kOutOfRange, "there is no option '" + name + "'");
+  const int number = OptionNumber(what, name);
   auto option = std::make_unique<DHCP_OPTION>();
   option->number = number;
   Put(what, "name of an option", name, option->name);
