@@ -32,15 +32,6 @@ void Put(char (&field)[N], const std::string& text) {
   std::snprintf(field, N, "%s", text.c_str());
 }
 
-struct List {
-  frame::StringList items{4};
-  explicit List(const Lines& texts = {}) {
-    for (const std::string& text : texts)
-      KOPACSzListPush(items.Out(), text.c_str());
-  }
-  operator PKOPACSZLIST() { return *items.Out(); }
-};
-
 // One option; its list goes with this object.
 struct Option {
   DHCP_OPTION record{};
@@ -352,13 +343,13 @@ TEST(DhcpRanges, AreListedToTheFirstGapAndComparedWithThoseOfOthers) {
 
 TEST(DhcpSwitches, AreExactAndListedByPlainName) {
   List list({"former"});
-  EXPECT_EQ(0, DHCPInterfaceListGet(list.items.Out(), 1));
+  EXPECT_EQ(0, DHCPInterfaceListGet(list.Out(), 1));
   EXPECT_EQ(Lines{"former"}, Items(list));
   for (const char* name : {"eth0", "eth0.10", "eth1-subnet0", "pxe"})
     Write(std::string("dhcpd-") + name + ".info", "enable=\"Yes\"\n");
-  EXPECT_EQ(2, DHCPInterfaceListGet(list.items.Out(), 0));
+  EXPECT_EQ(2, DHCPInterfaceListGet(list.Out(), 0));
   EXPECT_EQ((Lines{"eth0", "pxe"}), Items(list));
-  EXPECT_EQ(-1, DHCPInterfaceListGet(list.items.Out(), 2));
+  EXPECT_EQ(-1, DHCPInterfaceListGet(list.Out(), 2));
   EXPECT_EQ(0, DHCPInterfaceIsEnabled("eth0", 0));
   ASSERT_EQ(0, DHCPInterfaceSetEnabled("eth0", 1, 1));
   EXPECT_EQ("enable=\"yes\"\n", Read("dhcpd6-eth0.info"));
@@ -438,7 +429,7 @@ TEST(DhcpExtras, VendorOptionsAndNetworkBoot) {
                 "dhcp-option=vendor:Example,1,10.0.0.0/8,1.1.1.1\n",
             Read("dhcpd-vendor.conf"));
   List vendors;
-  ASSERT_EQ(0, DHCPVendorEnum(vendors.items.Out()));
+  ASSERT_EQ(0, DHCPVendorEnum(vendors.Out()));
   EXPECT_EQ((Lines{"Examples", "Example"}), Items(vendors));
   frame::StringHash options(4);
   KOPACSzHashSetValue(options.Out(), "7", "seven");

@@ -6,7 +6,6 @@
 
 #include <zarnnetsdk/dns_route.h>
 
-#include "frame/containers.h"
 #include "support/appliance.h"
 #include "support/children.h"
 
@@ -21,16 +20,6 @@ const char kV4[] = "/etc/iproute2/config/resolv4.conf";
 const char kV6[] = "/etc/iproute2/config/resolv6.conf";
 const char kOld[] = "nameserver\t6.6.6.6\n";
 const char kOldStatic[] = "nameserver\t5.5.5.5\n";
-
-struct List {
-  frame::StringList items{4};
-  List() = default;
-  explicit List(const Lines& texts) {
-    for (const std::string& text : texts)
-      KOPACSzListPush(items.Out(), text.c_str());
-  }
-  operator PKOPACSZLIST() { return *items.Out(); }
-};
 
 Lines ResolverFiles() {
   Lines found;
@@ -84,9 +73,9 @@ TEST_F(Dns, AFixedListIsStoredUsedAnnouncedAndReadBack) {
             RecordedCalls());
   List fixed({"kept"});
   List used;
-  EXPECT_EQ(0, ZARNNetStaticDNSListGet(fixed.items.Out()));
+  EXPECT_EQ(0, ZARNNetStaticDNSListGet(fixed.Out()));
   EXPECT_EQ((Lines{"kept", "9.9.9.9", "2001:db8::53"}), Items(fixed));
-  EXPECT_EQ(0, ZARNNetDNSListGet(used.items.Out()));
+  EXPECT_EQ(0, ZARNNetDNSListGet(used.Out()));
   EXPECT_EQ((Lines{"9.9.9.9", "2001:db8::53"}), Items(used));
   EXPECT_EQ(0, ZARNNetDNSSet("1.1.1.1"));
   EXPECT_EQ("nameserver\t1.1.1.1\n", ReadFile(kStatic));

@@ -160,4 +160,13 @@ Lines Items(const KOPACSZLIST* list) {
   return items;
 }
 
+List::List(const Lines& texts) : list_(KOPACSzListAlloc(4)) {
+  for (const std::string& text : texts)
+    KOPACSzListPush(&list_, text.c_str());
+}
+
+void ExpectLog(int priority, std::string_view source, std::string_view message, int count) {
+  EXPECT_EQ(count, LogCount(priority, source, message)) << message;
+}
+
 }  // namespace test

@@ -4,13 +4,13 @@
 #include <cctype>
 #include <cstdarg>
 #include <cstdio>
+#include <fcntl.h>
 #include <mutex>
 #include <poll.h>
 #include <sys/wait.h>
 #include <syslog.h>
 #include <unistd.h>
 
-#include "frame/file.h"
 #include "support/appliance.h"
 
 namespace {
@@ -23,10 +23,15 @@ bool forReal = false;
 bool untilChildEnds = false;
 const pid_t owner = ::getpid();
 
-// What a child logs is lost with its memory.
-void KeepOfChild(int priority, const char* text) {
-  const frame::File file = frame::OpenFile(kChildLog, "a");
-  if (file) std::fprintf(file.get(), "%d %s\n", LOG_PRI(priority), text);
+void Append(const char* path, const std::string& line) {
+  const int fd = ::open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+  static_cast<void>(!::write(fd, line.data(), line.size()));
+  ::close(fd);
+}
+
+void AddSleep(long milliseconds) {
+  slept += milliseconds;
+  test::Journal("slept " + std::to_string(milliseconds));
 }
 
 void Keep(int priority, const char* format, va_list args) {
@@ -35,7 +40,10 @@ void Keep(int priority, const char* format, va_list args) {
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
   std::vsnprintf(text, sizeof text, format, args);
 #pragma GCC diagnostic pop
-  if (::getpid() != owner) return KeepOfChild(priority, text);
+  const std::string line = std::to_string(LOG_PRI(priority)) + " " + text;
+  test::Journal("log " + line);
+  // What a child logs is lost with its memory.
+  if (::getpid() != owner) return Append(kChildLog, line + "\n");
   const std::lock_guard guard(mutex);
   test::Log().push_back({LOG_PRI(priority), text});
 }
@@ -77,13 +85,13 @@ void __syslog_chk(int priority, int, const char* format, ...) {
 }
 
 int usleep(useconds_t microseconds) {
-  slept += static_cast<long>(microseconds) / 1000;
+  AddSleep(static_cast<long>(microseconds) / 1000);
   if (forReal) ::poll(nullptr, 0, static_cast<int>(microseconds / 1000));
   return 0;
 }
 
 unsigned int sleep(unsigned int seconds) {
-  slept += 1000L * seconds;
+  AddSleep(1000L * seconds);
   siginfo_t child{};
   if (untilChildEnds) ::waitid(P_ALL, 0, &child, WEXITED | WNOWAIT);
   return 0;
@@ -125,6 +133,14 @@ void SleepUntilAChildEnds() {
 
 std::string ChildLog() {
   return ReadFile(kChildLog);
+}
+
+// A message's own newlines do not end its line here.
+void Journal(const std::string& line) {
+  std::string text;
+  for (const char c : line)
+    c == '\n' ? text += "\\n" : text += c;
+  Append(kJournal, text + "\n");
 }
 
 }  // namespace test
