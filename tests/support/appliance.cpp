@@ -142,9 +142,11 @@ LockHolder::LockHolder(int classAndMode) : pid_(-1) {
   if (::read(ready[0], &held, 1) != 1 || held != 1) ADD_FAILURE() << "the lock is not to be had";
   ::close(ready[0]);
   ::close(ready[1]);
+  HurryClock(true);
 }
 
 LockHolder::~LockHolder() {
+  HurryClock(false);
   ::kill(pid_, SIGKILL);
   ::waitpid(pid_, nullptr, 0);
 }

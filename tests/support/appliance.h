@@ -63,7 +63,8 @@ std::string ChildLog();
 inline constexpr char kJournal[] = "/run/journal";
 void Journal(const std::string& line);
 
-// Another process that holds a lock class until this object goes.
+// Another process that holds a lock class until this object goes; this process's clock runs a
+// hundred times as fast until then.
 class LockHolder {
  public:
   explicit LockHolder(int classAndMode);
@@ -77,6 +78,7 @@ class LockHolder {
 
 // ---- sleeps are noted and not slept
 long SleptMilliseconds();
+void HurryClock(bool on);
 // From now on they are slept: for a kernel that needs its time.
 void SleepForReal();
 // From now on a sleep of seconds ends when a child of this process has ended.

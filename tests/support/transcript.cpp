@@ -3,8 +3,10 @@
 #include "support/transcript.h"
 
 #include <algorithm>
+#include <arpa/inet.h>
 #include <cctype>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -49,7 +51,8 @@ bool rewrites = false;
 using MaskList = std::vector<std::pair<std::string, std::string>>;
 const MaskList kPlaces{{"^  log [0-9] [A-Za-z0-9_.]+:([0-9]+)", "#"},
                        {"^  log [0-9] [A-Za-z0-9_]+ ?\\(([0-9]+)\\)", "#"},
-                       {"\\[0x[0-9A-F]{4} ([^]:]*:[0-9]+)\\]", "#:#"}};
+                       {"\\[0x[0-9A-F]{4} ([^]:]*:[0-9]+)\\]", "#:#"},
+                       {"\\.tmp([0-9]+)", "#"}};
 MaskList masks = kPlaces;
 
 // ---- the machine
@@ -125,6 +128,16 @@ std::string LineOf(const ifaddrs& entry) {
   return name + " " + address + "/" + std::to_string(PrefixLength(entry.ifa_netmask));
 }
 
+// An address as the tables show it: of IPv4 one number, of IPv6 all bytes.
+std::string FromHex(const std::string& hex) {
+  unsigned char bytes[16] = {};
+  for (std::size_t i = 0; i < hex.size() / 2; ++i)
+    bytes[i] = static_cast<unsigned char>(std::stoul(hex.substr(2 * i, 2), nullptr, 16));
+  if (hex.size() == 8) std::reverse(bytes, bytes + 4);
+  char text[INET6_ADDRSTRLEN];
+  return ::inet_ntop(hex.size() == 8 ? AF_INET : AF_INET6, bytes, text, sizeof text);
+}
+
 // The tables of process 1: those of this process may be hidden by the test.
 void AddRoutes(std::set<std::string>& lines) {
   for (const char* const table : {"/proc/1/net/route", "/proc/1/net/ipv6_route"}) {
@@ -136,9 +149,23 @@ void AddRoutes(std::set<std::string>& lines) {
       // Of IPv6 the default routes: all others follow from the addresses.
       if (word.size() < 8 || word[0] == "Iface" || (v6 && word[1] + word[9] == "00lo")) continue;
       if (v6 && (word[1] != "00" || word[9] == "lo")) continue;
-      lines.insert(v6 ? "route6 default via " + word[4] + " " + word[9]
-                      : "route " + word[1] + "/" + word[7] + " via " + word[2] + " " + word[0]);
+      lines.insert(v6 ? "route default via " + FromHex(word[4]) + " " + word[9]
+                      : "route " + FromHex(word[1]) + "/" + FromHex(word[7]) + " via " +
+                            FromHex(word[2]) + " " + word[0]);
     }
+  }
+}
+
+// A lock that a call keeps would be a change of the kernel.
+void AddHeldLocks(std::set<std::string>& lines) {
+  std::error_code ignored;
+  for (const auto& file : fs::directory_iterator("/run/lock/zarncore", ignored)) {
+    struct flock range {};
+    range.l_type = F_WRLCK;
+    const int fd = ::open(file.path().c_str(), O_RDWR | O_CLOEXEC);
+    if (::fcntl(fd, F_OFD_GETLK, &range) == 0 && range.l_type != F_UNLCK)
+      lines.insert("lock " + file.path().filename().string() + " held");
+    ::close(fd);
   }
 }
 
@@ -151,6 +178,7 @@ std::set<std::string> KernelState() {
   }
   ::freeifaddrs(list);
   AddRoutes(lines);
+  AddHeldLocks(lines);
   const fs::path conf = "/proc/sys/net/ipv6/conf";
   std::error_code ignored;
   for (const auto& folder : fs::directory_iterator(conf, ignored)) {
@@ -392,7 +420,7 @@ void Begin(const char* folder) {
 }
 
 void End(const std::string& heading, long result) {
-  Add(Visible(heading) + " = " + std::to_string(result) + (result != 0 ? Code() : ""));
+  Add(Visible(heading) + " = " + std::to_string(result) + (result < 0 ? Code() : ""));
   AddJournal();
   const Machine after{AllFiles(), KernelState()};
   AddFiles(before.files, after.files);
