@@ -184,7 +184,7 @@ std::set<std::string> KernelState() {
   for (const auto& folder : fs::directory_iterator(conf, ignored)) {
     for (const char* const key : {"accept_ra", "disable_ipv6"})
       lines.insert(folder.path().filename().string() + " " + key + " " +
-                   ReadFile(folder.path() / key));
+                   ReadFile(folder.path() / key).substr(0, 1));
   }
   lines.erase("");
   return lines;
@@ -237,7 +237,8 @@ std::string Masked(std::string text) {
 }
 
 void Add(const std::string& line) {
-  told += Masked(line) + "\n";
+  const std::string masked = Masked(line);
+  if (!masked.empty()) told += masked + "\n";
 }
 
 // The last line without a newline is marked.

@@ -26,7 +26,7 @@ void Say(std::string_view remark);
 void TellRewrites();
 
 // What differs from run to run or must not be seen: the group in the (extended) expression reads so
-// from now on.
+// from now on. A line of which nothing is left is left out.
 void Mask(const std::string& expression, const std::string& with);
 
 namespace transcript {
