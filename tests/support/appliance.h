@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <string>
 #include <string_view>
+#include <syslog.h>
 #include <vector>
 
 #include <zarncore/zarncore.h>

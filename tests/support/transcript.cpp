@@ -50,7 +50,7 @@ bool rewrites = false;
 // What differs from run to run: the group in each match is replaced.
 using MaskList = std::vector<std::pair<std::string, std::string>>;
 const MaskList kPlaces{{"^  log [0-9] [A-Za-z0-9_.]+:([0-9]+)", "#"},
-                       {"^  log [0-9] [A-Za-z0-9_]+ ?\\(([0-9]+)\\)", "#"},
+                       {"^  log [0-9] [A-Za-z0-9_]+ ?[A-Za-z0-9_]*\\(([0-9]+)\\)", "#"},
                        {"\\[0x[0-9A-F]{4} ([^]:]*:[0-9]+)\\]", "#:#"},
                        {"\\.tmp([0-9]+)", "#"}};
 MaskList masks = kPlaces;
