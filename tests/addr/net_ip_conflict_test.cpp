@@ -5,7 +5,6 @@
 
 #include <zarnnetsdk/addr.h>
 
-#include "frame/os/containers.h"
 #include "support/appliance.h"
 
 using namespace test;
@@ -14,15 +13,6 @@ namespace {
 
 const char kArping[] = "/sbin/arping";
 const char kSource[] = "net_ip_conflict";
-
-struct List {
-  frame::StringList list{4};
-  List(std::initializer_list<const char*> texts) {
-    for (const char* text : texts)
-      list.Add(text);
-  }
-  operator const KOPACSZLIST*() const { return list.Get(); }
-};
 
 Lines& Told() {
   static Lines told;
@@ -69,10 +59,10 @@ TEST(IpConflict, EachEntryIsAskedForAndEachAnswerTaken) {
   WriteFile("/etc/zarninfo.conf", "arp_ignore=\"yes\"\n");
   Shell("ip address add 192.168.50.10/24 dev eth0");
   WriteFile(kArping, "#!/bin/sh\nexit ${9##*.}\n", 0755);  // the last part of the address
-  const List names{"eth0", "eth1", "eth2"};
-  EXPECT_EQ(0, IpConflictDetectInternal(List{"a", "b", "c"}, List{"1.1.1.0", "1.1.1.2", "1.1.1.9"},
-                                        Tell));
-  EXPECT_EQ(1, IpConflictDetectInternal(names, List{"1.1.1.1", "no", "1.1.2.1"}, Tell));
+  const List names({"eth0", "eth1", "eth2"});
+  EXPECT_EQ(0, IpConflictDetectInternal(List({"a", "b", "c"}),
+                                        List({"1.1.1.0", "1.1.1.2", "1.1.1.9"}), Tell));
+  EXPECT_EQ(1, IpConflictDetectInternal(names, List({"1.1.1.1", "no", "1.1.2.1"}), Tell));
   EXPECT_EQ((Lines{"eth0 1.1.1.1", "eth2 1.1.2.1"}), Told());
   EXPECT_EQ(1, LogCount(LOG_DEBUG, kSource, "1.1.1.0 is not conflict at a")) << LogText();
   EXPECT_EQ(1, LogCount(LOG_INFO, kSource, "Invalid parameter to execute arping for 1.1.1.2 at b"));
@@ -89,7 +79,7 @@ TEST(IpConflict, EachEntryIsAskedForAndEachAnswerTaken) {
   EXPECT_EQ(0, ZARNIIpConflict("eth1", "1.1.1.1"));
   EXPECT_EQ(1, LogCount(LOG_ERR, kSource, "Failed to execute arping for 1.1.1.1 at eth1"));
   KOPACErrSetEx(0, "", 0);
-  EXPECT_EQ(-1, IpConflictDetectInternal(names, List{"1.1.1.1"}, Tell));
+  EXPECT_EQ(-1, IpConflictDetectInternal(names, List({"1.1.1.1"}), Tell));
   EXPECT_EQ(0x0D00, KOPACErrGet());
   EXPECT_EQ(-1, IpConflictDetectInternal(nullptr, nullptr, Tell));
   EXPECT_EQ(-1, ZARNIIpConflict("eth0", ""));

@@ -37,13 +37,6 @@ std::string Primary() {
   return ZARNNetGetCard1(&config) == 0 ? config.szName : frame::Format("0x%04X", KOPACErrGet());
 }
 
-template <class Call>
-void Refused(int code, Call call) {
-  KOPACErrSetEx(0, "", 0);
-  EXPECT_EQ(-1, call());
-  EXPECT_EQ(code, KOPACErrGet()) << LogText();
-}
-
 }  // namespace
 
 TEST(PrimaryInterface, IsSetReadAndMovedBetweenAFixedAddressAndDhcp) {

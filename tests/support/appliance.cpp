@@ -142,9 +142,11 @@ LockHolder::LockHolder(int classAndMode) : pid_(-1) {
   if (::read(ready[0], &held, 1) != 1 || held != 1) ADD_FAILURE() << "the lock is not to be had";
   ::close(ready[0]);
   ::close(ready[1]);
+  HurryClock(true);
 }
 
 LockHolder::~LockHolder() {
+  HurryClock(false);
   ::kill(pid_, SIGKILL);
   ::waitpid(pid_, nullptr, 0);
 }
@@ -158,6 +160,15 @@ Lines Items(const KOPACSZLIST* list) {
   for (int i = 0; i < list->nItem; ++i)
     items.emplace_back(KOPACSzListGet(list, i));
   return items;
+}
+
+List::List(const Lines& texts) : list_(KOPACSzListAlloc(4)) {
+  for (const std::string& text : texts)
+    KOPACSzListPush(&list_, text.c_str());
+}
+
+void ExpectLog(int priority, std::string_view source, std::string_view message, int count) {
+  EXPECT_EQ(count, LogCount(priority, source, message)) << message;
 }
 
 }  // namespace test

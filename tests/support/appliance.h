@@ -1,8 +1,10 @@
 // What a test says to and asks of the appliance that it runs in: files, programs, events, the log.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <string>
 #include <string_view>
+#include <syslog.h>
 #include <vector>
 
 #include <zarncore/zarncore.h>
@@ -50,13 +52,20 @@ std::vector<LogLine>& Log();
 // How many lines of this priority read exactly so behind their "source:line " or "function(line) "
 // prefix?
 int LogCount(int priority, std::string_view source, std::string_view message);
-// All lines, for a failure message.
+// One line of this priority reads so, or as many as are named.
+void ExpectLog(int priority, std::string_view source, std::string_view message, int count = 1);
+// All lines. A failing test prints them by itself.
 std::string LogText();
 
 // What forked children of this process logged, a line each: the priority and the text.
 std::string ChildLog();
 
-// Another process that holds a lock class until this object goes.
+// Log lines, sleeps and what was set in the kernel, in order, also of children.
+inline constexpr char kJournal[] = "/run/journal";
+void Journal(const std::string& line);
+
+// Another process that holds a lock class until this object goes; this process's clock runs a
+// hundred times as fast until then.
 class LockHolder {
  public:
   explicit LockHolder(int classAndMode);
@@ -70,6 +79,7 @@ class LockHolder {
 
 // ---- sleeps are noted and not slept
 long SleptMilliseconds();
+void HurryClock(bool on);
 // From now on they are slept: for a kernel that needs its time.
 void SleepForReal();
 // From now on a sleep of seconds ends when a child of this process has ended.
@@ -77,5 +87,29 @@ void SleepUntilAChildEnds();
 
 // ---- the core library's lists
 Lines Items(const KOPACSZLIST* list);
+
+class List {
+ public:
+  List(const Lines& texts = {});
+  ~List() { KOPACSzListFree(list_); }
+  List(const List&) = delete;
+  List& operator=(const List&) = delete;
+  operator PKOPACSZLIST() const { return list_; }
+  PKOPACSZLIST* Out() { return &list_; }
+  [[nodiscard]] Lines Texts() const { return Items(list_); }
+
+ private:
+  PKOPACSZLIST list_;
+};
+
+// ---- refusals
+// The call fails with this result and this code.
+template <class Call>
+void Refused(int code, Call call, int result = -1) {
+  KOPACErrSetEx(0, "", 0);
+  const bool refused = call() == result && KOPACErrGet() == code;
+  EXPECT_TRUE(refused) << "code " << std::hex << KOPACErrGet() << " in place of " << code;
+}
+#define REFUSED(code, call) ::test::Refused(code, [&] { return call; })
 
 }  // namespace test

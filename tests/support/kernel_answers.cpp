@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <linux/ethtool.h>
 #include <linux/if_vlan.h>
 #include <linux/sockios.h>
@@ -16,10 +17,12 @@ namespace test {
 namespace {
 
 int AnswerVlan(vlan_ioctl_args* request) {
-  const auto vlan = Kernel().vlanParents.find(request->device1);
-  if (vlan == Kernel().vlanParents.end()) return -1;
+  const std::string name = request->device1;
+  const auto vlan = Kernel().vlanParents.find(name);
+  const bool waits = name == Kernel().vlanNeedsFile && !FileExists(IfcfgPath(name));
+  if (vlan == Kernel().vlanParents.end() || waits) return -1;
   if (request->cmd == GET_VLAN_VID_CMD) {
-    request->u.VID = 10;
+    request->u.VID = std::atoi(name.c_str() + name.find('.') + 1);
   } else {
     std::snprintf(request->u.device2, sizeof request->u.device2, "%s", vlan->second.c_str());
   }
@@ -41,9 +44,12 @@ int AnswerDriver(const PoorDriver& driver, void* request) {
 void Note(unsigned long command, const ifreq& request) {
   const std::string name = request.ifr_name;
   const bool up = (request.ifr_flags & IFF_UP) != 0;
-  if (command == SIOCSIFFLAGS) Kernel().changes.push_back(name + (up ? " up" : " down"));
-  if (command == SIOCSIFMTU)
-    Kernel().changes.push_back(name + " " + std::to_string(request.ifr_mtu));
+  const auto note = [](const std::string& change) {
+    Kernel().changes.push_back(change);
+    Journal("kernel " + change);
+  };
+  if (command == SIOCSIFFLAGS) note(name + (up ? " up" : " down"));
+  if (command == SIOCSIFMTU) note(name + " " + std::to_string(request.ifr_mtu));
 }
 
 }  // namespace

@@ -18,7 +18,9 @@ struct PoorDriver {
 };
 
 struct KernelAnswers {
-  std::map<std::string, std::string> vlanParents;
+  std::map<std::string, std::string> vlanParents;  // of "eth0.10": "eth0"
+  std::string
+      vlanNeedsFile;  // this VLAN is there while it has a file, as the start script makes it
   std::optional<PoorDriver> driver;
   bool refuseRename = false;
   Lines changes;  // the flags and MTUs that were set, in order: "eth0 down", "eth0 1400"

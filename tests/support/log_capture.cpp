@@ -1,16 +1,18 @@
-// Takes the place of the C library's syslog, usleep and sleep in a test program: lines are kept,
-// sleeps are noted.
+// Takes the place of the C library's syslog, usleep, sleep and clock in a test program: lines are
+// kept, sleeps are noted, and a wait for a lock that somebody else holds is a short one.
 #include <algorithm>
 #include <cctype>
 #include <cstdarg>
 #include <cstdio>
+#include <ctime>
+#include <fcntl.h>
 #include <mutex>
 #include <poll.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <syslog.h>
 #include <unistd.h>
 
-#include "frame/os/file.h"
 #include "support/appliance.h"
 
 namespace {
@@ -21,12 +23,21 @@ std::mutex mutex;
 long slept = 0;
 bool forReal = false;
 bool untilChildEnds = false;
+// The clock of waiters: behind a point in time it runs faster, and never back.
+bool hurried = false;
+long long hurriedSince = 0;
+long long ahead = 0;
 const pid_t owner = ::getpid();
 
-// What a child logs is lost with its memory.
-void KeepOfChild(int priority, const char* text) {
-  const frame::File file = frame::OpenFile(kChildLog, "a");
-  if (file) std::fprintf(file.get(), "%d %s\n", LOG_PRI(priority), text);
+void Append(const char* path, const std::string& line) {
+  const int fd = ::open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+  static_cast<void>(!::write(fd, line.data(), line.size()));
+  ::close(fd);
+}
+
+void AddSleep(long milliseconds) {
+  slept += milliseconds;
+  test::Journal("slept " + std::to_string(milliseconds));
 }
 
 void Keep(int priority, const char* format, va_list args) {
@@ -35,7 +46,10 @@ void Keep(int priority, const char* format, va_list args) {
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
   std::vsnprintf(text, sizeof text, format, args);
 #pragma GCC diagnostic pop
-  if (::getpid() != owner) return KeepOfChild(priority, text);
+  const std::string line = std::to_string(LOG_PRI(priority)) + " " + text;
+  test::Journal("log " + line);
+  // What a child logs is lost with its memory.
+  if (::getpid() != owner) return Append(kChildLog, line + "\n");
   const std::lock_guard guard(mutex);
   test::Log().push_back({LOG_PRI(priority), text});
 }
@@ -56,9 +70,21 @@ bool Matches(const std::string& line, std::string_view source, std::string_view 
   return rest == message || (rest.starts_with(' ') && rest.substr(1) == message);
 }
 
+constexpr long long kSecond = 1'000'000'000;
+
+long long Clock(clockid_t clock) {
+  timespec now{};
+  ::syscall(SYS_clock_gettime, clock, &now);
+  return now.tv_sec * kSecond + now.tv_nsec;
+}
+
+long long Ahead(long long now) {
+  return ahead + (hurried ? (now - hurriedSince) * 100 : 0);
+}
+
 }  // namespace
 
-// Visible to the platform libraries too, which log for themselves.
+// Visible to the platform libraries too, which log and wait for themselves.
 #pragma GCC visibility push(default)
 extern "C" {
 
@@ -76,14 +102,21 @@ void __syslog_chk(int priority, int, const char* format, ...) {
   va_end(args);
 }
 
+int clock_gettime(clockid_t clock, timespec* time) noexcept {
+  long long now = Clock(clock);
+  if (clock == CLOCK_MONOTONIC) now += Ahead(now);
+  *time = {now / kSecond, now % kSecond};
+  return 0;
+}
+
 int usleep(useconds_t microseconds) {
-  slept += static_cast<long>(microseconds) / 1000;
+  AddSleep(static_cast<long>(microseconds) / 1000);
   if (forReal) ::poll(nullptr, 0, static_cast<int>(microseconds / 1000));
   return 0;
 }
 
 unsigned int sleep(unsigned int seconds) {
-  slept += 1000L * seconds;
+  AddSleep(1000L * seconds);
   siginfo_t child{};
   if (untilChildEnds) ::waitid(P_ALL, 0, &child, WEXITED | WNOWAIT);
   return 0;
@@ -116,6 +149,12 @@ std::string LogText() {
 long SleptMilliseconds() {
   return slept;
 }
+void HurryClock(bool on) {
+  const long long now = Clock(CLOCK_MONOTONIC);
+  ahead = Ahead(now);
+  hurriedSince = now;
+  hurried = on;
+}
 void SleepForReal() {
   forReal = true;
 }
@@ -125,6 +164,14 @@ void SleepUntilAChildEnds() {
 
 std::string ChildLog() {
   return ReadFile(kChildLog);
+}
+
+// A message's own newlines do not end its line here.
+void Journal(const std::string& line) {
+  std::string text;
+  for (const char c : line)
+    c == '\n' ? text += "\\n" : text += c;
+  Append(kJournal, text + "\n");
 }
 
 }  // namespace test

@@ -4,6 +4,18 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "support/appliance.h"
+
+namespace {
+
+class LogOfFailures : public ::testing::EmptyTestEventListener {
+  void OnTestEnd(const ::testing::TestInfo& test) override {
+    if (test.result()->Failed()) std::printf("log:\n%s", test::LogText().c_str());
+  }
+};
+
+}  // namespace
+
 int main(int argc, char** argv) {
   ::testing::InitGoogleTest(&argc, argv);
   if (::access("/etc/zarn-appliance", F_OK) != 0) {
@@ -11,5 +23,6 @@ int main(int argc, char** argv) {
                stderr);
     return 2;
   }
+  ::testing::UnitTest::GetInstance()->listeners().Append(new LogOfFailures);
   return RUN_ALL_TESTS();
 }

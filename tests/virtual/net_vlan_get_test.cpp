@@ -1,51 +1,15 @@
 // VLANs as the kernel tells of them. Not every test machine's kernel has the driver: its answers to
 // the VLAN request and its table are put in place here.
-#include <cstdarg>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <gtest/gtest.h>
-#include <linux/if_vlan.h>
-#include <linux/sockios.h>
 #include <string>
-#include <sys/ioctl.h>
 #include <sys/resource.h>
-#include <sys/syscall.h>
 #include <syslog.h>
-#include <unistd.h>
 
 #include <zarnnetsdk/virtual.h>
 
-#include "support/appliance.h"
-
-namespace {
-
-// The driver knows eth0.10 and, of the longest name, abcdefghijklm.4; and eth1.20 while it has a
-// file, from which the start script would make it.
-int AnswerVlanRequest(vlan_ioctl_args* request) {
-  const std::string name(request->device1);
-  const bool made = name == "eth1.20" && test::FileExists(test::IfcfgPath(name));
-  if (name != "eth0.10" && name != "abcdefghijklm.4" && !made) return -1;
-  if (request->cmd == GET_VLAN_REALDEV_NAME_CMD) {
-    std::snprintf(request->u.device2, sizeof request->u.device2, "%s",
-                  name.substr(0, name.find('.')).c_str());
-    return 0;
-  }
-  if (request->cmd != GET_VLAN_VID_CMD) return -1;
-  request->u.VID = std::atoi(name.substr(name.find('.') + 1).c_str());
-  return 0;
-}
-
-}  // namespace
-
-extern "C" int ioctl(int fd, unsigned long command, ...) noexcept {
-  va_list args;
-  va_start(args, command);
-  void* const argument = va_arg(args, void*);
-  va_end(args);
-  if (command == SIOCGIFVLAN) return AnswerVlanRequest(static_cast<vlan_ioctl_args*>(argument));
-  return static_cast<int>(::syscall(SYS_ioctl, fd, command, argument));
-}
+#include "support/kernel_answers.h"
 
 namespace {
 
@@ -54,6 +18,7 @@ constexpr char kHead[] =
     "VLAN Dev name    | VLAN ID\nName-Type: VLAN_NAME_TYPE_RAW_PLUS_VID_NO_PAD\n";
 
 TEST(Vlan, KernelIsAskedForTheWholeName) {
+  test::Kernel().vlanParents = {{"eth0.10", "eth0"}, {"abcdefghijklm.4", "abcdefghijklm"}};
   KOPANETVLAN vlan;
   std::memset(&vlan, 0x5A, sizeof vlan);
   EXPECT_EQ(KOPANetVlanGet("eth0.10", &vlan), 1);
