@@ -35,11 +35,12 @@ int cKOPAICalMask(const unsigned int rgPart[4]);
 /**
  * Is the text a netmask? A valid one is rewritten in place as plain decimal ("255.255.255.0x0" becomes
  * "255.255.255.0"), which is never longer than what was given.
- * @return 1, or 0 with 0x1000
+ * @return 1, or 0 with 0x1000, or 0x0D00 for null
  */
 int BlKOPAIsIpMask(char* szMask);
 
-/** Is the text a non-zero contiguous netmask? The text is left alone. @return 1 or 0; null logs and sets 0x0D00 */
+/** Is the text a non-zero contiguous netmask? The text is left alone. @return 1, or 0 with 0x1000; null logs and sets
+ * 0x0D00 */
 int BlKOPAIsValidIpMask(const char* szMask);
 
 /**
@@ -56,16 +57,19 @@ int ErrKOPAIpMaskToSubnet(char* szIn, char* szOut);
 /** The number of one-bits of a dotted netmask, contiguous or not. @return 0 to 32; -1 with 0x1000, or 0x0D00 for null */
 int ZARNNetNetmaskToPrefix(const char* szMask);
 
-/** Is the text an IPv6 address, with or without "/" and a prefix length of 0 to 128? @return 1 or 0 */
+/** Is the text an IPv6 address, with or without "/" and a prefix length of 0 to 128? @return 1, or 0, with 0x0D00 for
+ * null */
 int BlKOPAIsv6IpAddrValid(const char* szIP);
 
 /** Is the text a host name: a letter or "_", then letters, digits, "_" or "-", at most 15 in all? @return 1 or 0 */
 int BlKOPAIsHostname(const char* szName);
 
-/** Is the text one label of a mail domain: not empty, no blank or control character, none of "(),.:;<>[]\@? @return 1 or 0 */
+/** Is the text one label of a mail domain: not empty, no blank or control character, none of "(),.:;<>[]\@? @return 1
+ * or 0 */
 int BlKOPAIsAtom(const char* szAtom);
 
-/** Is the text a domain: atoms joined by single dots, at most 511 characters? @return 1 or 0 */
+/** Is the text a domain: atoms joined by single dots? Of a longer text the first 511 characters are judged.
+ * @return 1, or 0, with 0x0D00 for null */
 int BlKOPAIsDomain(const char* szDomain);
 
 /**
@@ -77,11 +81,11 @@ int ZARNNetIsSameSubnet(const char* szAddr1, const char* szAddr2, const char* sz
 /**
  * Does an address lie between two others, bounds included? The bounds may come in either order.
  * @param family  AF_INET or AF_INET6
- * @return 1, 0, or -1 when a text does not parse or the family is unknown
+ * @return 1, 0, or -1 with 0x1000 (a text does not parse) or 0x0D00 (null, another family)
  */
 int KOPAIsIpInRange(const char* szAddr, const char* szStart, const char* szEnd, int family);
 
-/** Is the IPv4 address private, loopback or link-local? @return 1 or 0 */
+/** Is the IPv4 address private, loopback or link-local? @return 1 or 0, with 0x1000 for other texts, 0x0D00 for null */
 int ZARNNetIsPrivateIP(const char* szIP);
 
 /** The family of an address text. @return AF_INET (2), AF_INET6 (10) or 0 */
@@ -99,7 +103,8 @@ const char* ZARNNetNtoa(uint32_t value);
  * @param szAddr  address with prefix or mask, as ipcalc takes it
  * @param szOut   receives the address
  * @param cbOut   size of szOut in bytes; also bounds the line that is read from ipcalc
- * @return 0; -1 with 0x0D00 (a missing argument) or 0x2A00 (ipcalc is missing or prints no usable line)
+ * @return 0; -1 with 0x0D00 (a missing argument, an address with "-" first) or 0x2A00 (ipcalc is missing or prints no
+ *         usable line)
  */
 int ZARNNetCalBroadcast(const char* szAddr, char* szOut, int cbOut);
 
@@ -129,8 +134,8 @@ int ZARNNetIsPortRangeUsed(int first, int last, const char* szProto);
  * @param szHost           an address of either family, or a name
  * @param cTimeoutSeconds  at least 1. Looking a name up counts, but is not cut short: the resolver has limits of its
  *                         own
- * @return 1 as soon as an answer comes; 0 when the time is over, at once where no route leads, or with 0x0D00, 0x0900 (no socket), or a code of
- *         ZARNNetLookupIP() for a name that is not known
+ * @return 1 as soon as an answer comes; 0 when the time is over, at once where no route leads, or with 0x0D00, 0x0900
+ *         (no socket), or a code of ZARNNetLookupIP() for a name that is not known
  */
 int BlKOPAIsConnected(const char* szHost, int cTimeoutSeconds);
 
@@ -170,15 +175,15 @@ typedef void (*PFNIPCONFLICT)(const char* szIfname, const char* szAddr);
  * @param pIfnames     interfaces
  * @param pAddrs       the address to ask for at each; null: the interface's own, entries without one are skipped
  * @param pfnConflict  called for each conflict; null: nobody
- * @return 1 with any conflict, else 0, also for entries that could not be asked; -1 with 0x0D00 (no interfaces,
- *         lists of different length) or 0x0200
+ * @return 1 with any conflict, else 0, also for entries that could not be asked (0x0D00 tells of one whose name or
+ *         address no program may be given); -1 with 0x0D00 (no interfaces, lists of different length) or 0x0200
  */
 int IpConflictDetectInternal(const KOPACSZLIST* pIfnames, const KOPACSZLIST* pAddrs,
                              PFNIPCONFLICT pfnConflict);
 
 /**
  * IpConflictDetectInternal() for one address that an interface may get. The address it already has is none.
- * @return 1, 0, or -1 (0x0D00 for a missing argument)
+ * @return 1, 0, or -1 with 0x0D00 (a missing argument, one that no program may be given) or 0x0200
  */
 int ZARNIIpConflict(const char* szIfname, const char* szAddr);
 
@@ -186,7 +191,7 @@ int ZARNIIpConflict(const char* szIfname, const char* szAddr);
  * Is the configured address of a bond (kernel or Open vSwitch) that of a member other than its first?
  * @param szOutPort  receives the first 4 characters of that member's name, whatever cbOutPort says
  * @param cbOutPort  size of szOutPort in bytes; the terminator is written when it is above 4
- * @return 1 (szOutPort filled), 0, or -1 (0x0D00; bond or a configured address cannot be read)
+ * @return 1 (szOutPort filled), 0, or -1 with 0x0D00, as ZARNNetLinkAggrGet(), or as ZARNILnxGetIPFromCfg()
  */
 int ZARNNetBondIPConflict(const char* szBond, char* szOutPort, int cbOutPort);
 

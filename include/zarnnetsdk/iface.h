@@ -1,4 +1,6 @@
-/* Interfaces: which there are, their state, their configuration files' block flags, and the network topology. */
+/* Interfaces: which there are, their state, their configuration files' block flags, and the network topology. The
+ * name of an interface that leads to a file is refused with 0x0D00 when it is null, empty, begins with "-", or has a
+ * slash, a blank or a control character. */
 #pragma once
 
 #include <stdint.h>
@@ -24,11 +26,13 @@ enum {
  * Each flag is a key (BLOCK_HA ...); BLOCK_CNT counts them.
  * @param mask   the ZARNNET_BLOCK_... flags to change, handled in the order of their bits until one fails
  * @param value  0 clears; 1 sets; any other value writes "no" and still counts, for callers that rely on it
- * @return 0 or -1 (0x0D00: null or empty name)
+ * @return 0; -1 with 0x0D00 (no name, or one that is none: above), 0x0400 (lock), 0x0900 or 0x0A00 (the file cannot
+ *         be read), 0x0B00 or 0x2800 (it cannot be written)
  */
 int ZARNNetIFBlockSet(const char* szIfname, unsigned int mask, int value);
 
-/** The flags that are set. @return the mask, 0 while BLOCK_CNT is 0 or absent; -1 with 0x0D00 for no name */
+/** The flags that are set. @return the mask, 0 while BLOCK_CNT is 0 or absent, or there is no file; -1 with 0x0D00
+ * for no name, 0x0900 or 0x0A00 for a file that cannot be read */
 int ZARNNetIFBlockGet(const char* szIfname);
 
 /* ---- inventory ----------------------------------------------------------------------------------- */
@@ -66,7 +70,8 @@ enum {
  *                  point-to-point, bond or VLAN; 2 no loopback, point-to-point, passive bond member or
  *                  VLAN (the last record takes a removed one's place); 8 no loopback or passive bond
  *                  member; others no loopback or point-to-point
- * @return the number found; -1 with 0x0D00 (max below 0, kind 0), 0x0200, or 0x0900 (/proc/net/dev)
+ * @return the number found; -1 with 0x0D00 (max below 0, kind 0), 0x0200, 0x0900 (/proc/net/dev, no socket), 0x4000
+ *         (/proc/net/dev cannot be read to its end), 0xBC00 (it names no interface), or 0x0A00 (the list of modules)
  *
  * Kind 2 fills pList with VLAN interfaces too before it removes them: with a pList that is too small for
  * both, the rest is missing. A null list counts them.
@@ -76,7 +81,7 @@ int KOPANetGetInterfaceInfo(KOPANetIfInfo* pList, int max, unsigned int selector
 
 /**
  * Lists the Ethernet ports (names that begin with "eth", up, no VLAN); records are zeroed first.
- * @return the number found, -1 with 0x0D00 (max below 0) or 0x0200 (no statistics)
+ * @return the number found, -1 with 0x0D00 (max below 0), 0x0200, 0x0900 (/proc/net/dev, no socket) or 0x4000
  */
 int KOPANetEthEnum(KOPANetIfInfo* pList, int max);
 
@@ -86,13 +91,13 @@ int KOPANetEthEnum(KOPANetIfInfo* pList, int max);
  * @param pList  as for KOPANetGetInterfaceInfo()
  * @param max    room in pList
  * @param kind   0; there are no others, and it is not looked at
- * @return the number found; -1 with 0x0D00 (max below 0), 0x0200, or 0x0900 (/proc/net/dev)
+ * @return the number found; -1 with 0x0D00 (max below 0), 0x0200, 0x0900 (/proc/net/dev, no socket) or 0x4000
  */
 int KOPANetInterfaceEnum(KOPANetIfInfo* pList, int max, unsigned int kind);
 
 /**
  * The record of one interface, up or down, as KOPANetGetInterfaceInfo() fills it; what has no value is zero.
- * @return 0; -1, the record left alone, with 0x0D00, 0xBC00 (the kernel knows no such interface) or 0x8100 (no
+ * @return 0; -1, the record left alone, with 0x0D00, 0xBC00 (the kernel knows no such interface) or 0x0900 (no
  *         socket)
  */
 int ZARNNetIFGetInfo(const char* szIfname, KOPANetIfInfo* pInfo);
@@ -101,10 +106,11 @@ int ZARNNetIFGetInfo(const char* szIfname, KOPANetIfInfo* pInfo);
  * as either of the two */
 int ZARNNetIFGetInfoEx(const char* szIfname, KOPANetIfInfo* pInfo, ZARNNETIFADDR* pConfig);
 
-/** Is the interface among those that KOPANetGetInterfaceInfo() lists? @return 1, or 0 with 0xBC00 */
+/** Is the interface among those that KOPANetGetInterfaceInfo() lists? @return 1, or 0 with 0xBC00, 0x0D00 (no name),
+ * or as there where it fails */
 int ZARNNetIsDevTypeMatch(const char* szIfname, unsigned int selector);
 
-/** How many interfaces KOPANetGetInterfaceInfo() counts. @return the number or -1 */
+/** How many interfaces KOPANetGetInterfaceInfo() counts. @return the number, or -1 as there */
 int ZARNNetEnumCard(unsigned int selector);
 
 /** The traffic of one interface since it came up. */
@@ -141,25 +147,30 @@ int KOPANetStatGetAll(PKOPANETSTATLIST pList);
 /** Frees the list; null is allowed. */
 void KOPANetStatFree(PKOPANETSTATLIST pList);
 
-/** The kernel's IPv4 address and netmask, in network byte order. @return 1, or 0 on any failure */
+/** The kernel's IPv4 address and netmask, in network byte order. @return 1; 0 with 0x0D00, 0x0900 (no socket), 0xBC00
+ * (no such interface) or 0x8100 (it has no address) */
 int KOPANetGetIfCfg(const char* szIfname, uint32_t* pAddr, uint32_t* pMask);
 
-/** Sets the kernel's IPv4 address, then the netmask, in network byte order; no file. @return 1 or 0 */
+/** Sets the kernel's IPv4 address, then the netmask, in network byte order; no file. @return 1; 0 with 0x0D00,
+ * 0x0900 (no socket), 0xBC00 (no such interface) or 0x8100 (the kernel refuses) */
 int KOPANetSetIfCfg(const char* szIfname, const uint32_t* pAddr, const uint32_t* pMask);
 
 /* ---- configuration ------------------------------------------------------------------------------- */
 
-/** Does the interface's file say BOOTPROTO=static? Reads under the shared network lock. @return 1 or 0 */
+/** Does the interface's file say BOOTPROTO=static? Reads under the shared network lock. @return 1 or 0, which is also
+ * the answer with 0x0D00, 0x0400 (lock), and 0x0900 or 0x0A00 (the file cannot be read) */
 int ZARNNetIfIsStaticIP(const char* szIfname);
 
-/** Does the interface's file say LOCAL_LAN=yes? @return 1 or 0 */
+/** Does the interface's file say LOCAL_LAN=yes? @return 1 or 0, which is also the answer with 0x0D00, and 0x0900 or
+ * 0x0A00 (the file cannot be read) */
 int KOPANetIFIsLocalLan(const char* szIfname);
 
 /**
  * The configured address: that of the lease (/etc/dhclient/ipv4/dhcpcd-IFNAME.info) for an interface on
  * DHCP, that of its file otherwise. Fills bootProto, szIP and szMask; the rest is left alone. On DHCP
  * without a lease it answers 0 with bootProto alone filled. Reads under the shared network lock.
- * @return 0; -1 with 0x0D00, 0x0400 (lock), or when an address or a mask is missing
+ * @return 0; -1 with 0x0D00, 0x0400 (lock), 0x0900 or 0x0A00 (the file cannot be read), or 0x4000 (it has no address
+ *         or no mask)
  */
 int ZARNNetIFGetIPConfig(const char* szIfname, ZARNNETIFADDR* pNetInfo);
 
@@ -171,7 +182,8 @@ int ZARNNetIFGetIPConfig(const char* szIfname, ZARNNETIFADDR* pNetInfo);
  */
 int KOPANetGetLocalLanConfig(PKOPACSZLIST* ppList);
 
-/** How many LAN ports are built in (kernel count, else the factory settings' maxlanport, else 1). @return count or -1 */
+/** How many LAN ports are built in (kernel count, else the factory settings' maxlanport, else 1). @return the count,
+ * or -1 with 0x0900 (/proc/sys/kernel/zarn_internal_netif_num) */
 int ZARNNetInternalLanNumGet(void);
 
 /* ---- the primary interface -----------------------------------------------------------------------
@@ -188,51 +200,59 @@ int ZARNNetGetCard1Ex(KOPANetIfInfo* pInfo, ZARNNETIFADDR* pConfig);
 
 /**
  * Gives it a fixed address (bootProto 1, as ZARNILnxSetIPNetmask() does), or DHCP (bootProto 0: its file says
- * BOOTPROTO=dhcp and ONBOOT=yes and has no address, and its DHCP client is started afresh). On failure the file is
- * as it was. Holds the exclusive network lock (waits up to 5 seconds).
+ * BOOTPROTO=dhcp and ONBOOT=yes, has no address and is in no bond, and its DHCP client is started afresh). On failure
+ * the file is as it was. Holds the exclusive network lock (waits up to 5 seconds).
  * @param pConfig  szName: empty, or the primary interface's, so that settings that were read can be written back.
  *                 rgMac is not used
- * @return 0; -1 with 0x0D00, 0xBC00 (szName is another interface's), 0x1000 (address or mask), 0x0400 (lock),
- *         0x0B00 (file), 0x2A00 (the client does not start) or after a failed step of ZARNILnxSetIPNetmask()
+ * @return 0; -1 with 0x0D00, 0xBC00 (no port; szName is another interface's), 0x1000 (address or mask), 0x0400
+ *         (lock), 0x0900, 0x0A00, 0x0B00 or 0x2800 (file), 0x2A00 (no copy of the file; the client does not start) or
+ *         as ZARNILnxSetIPNetmask()
  * Programs: /bin/cp, /sbin/start and /sbin/stop dhcp-client.
  */
 int ZARNNetSetCard1(const ZARNNETIFADDR* pConfig);
 
 /* ---- state ---------------------------------------------------------------------------------------- */
 
-/** Is the interface administratively up? @return 1 or 0, 0 also when there is none of that name */
+/** Is the interface administratively up? @return 1 or 0, which is also the answer with 0x0D00, 0xBC00 (none of that
+ * name), and 0x0900 or 0x0A00 (its state cannot be read) */
 int ZARNNetIsIFUp(const char* szIfname);
 
 /** Changes the kernel's flags: change >= 0 sets those bits, change < 0 keeps only the bits of change - 1
- * (-1 clears bit 0). @return 1 or 0 */
+ * (-1 clears bit 0). @return 1; 0 with 0x0D00, 0x0900 (no socket), 0xBC00 (no such interface) or 0x8100 (the kernel
+ * refuses) */
 int KOPANetISetIfFlags(const char* szIfname, int change);
 
-/** Brings the interface up. @return 1 or 0 */
+/** Brings the interface up. @return as KOPANetISetIfFlags() */
 int KOPANetIfUp(const char* szIfname);
 
-/** Takes the interface down. @return 1 or 0 */
+/** Takes the interface down. @return as KOPANetISetIfFlags() */
 int KOPANetIfDown(const char* szIfname);
 
-/** Takes the interface down, if it is up, and brings it up. @return 1 or 0 */
+/** Takes the interface down, if it is up, and brings it up. @return as KOPANetISetIfFlags() */
 int KOPANetReInitIf(const char* szIfname);
 
-/** Has the interface carrier? An Open vSwitch bond has when one of its slaves has. @return 1, 0 or -1 */
+/** Has the interface carrier? An Open vSwitch bond has when one of its slaves has. @return 1, 0; -1 with
+ * 0x0D00, 0x0900 (no socket), 0xBC00 (no such interface; a bond without slaves), 0x8100, or as ZARNNetLinkAggrGet() for
+ * such a bond */
 int ZARNNetIfIsLink(const char* szIfname);
 
-/** Is the interface a passive member of a bond? @return 1 or 0 */
+/** Is the interface a passive member of a bond? @return 1 or 0, which is also the answer with 0x0D00, 0xBC00 (no such
+ * interface), 0x8100 and 0x0900 (no socket; the table of Open vSwitch's bonds) */
 int ZARNNetIfIsBondingPassive(const char* szIfname);
 
 /**
  * The MAC address of port eth<index> as "02:00:00:00:00:10".
  * @param blLocal  0: the address the appliance shows (the pair's shared one while high availability
  *                 runs); otherwise the port's own
- * @return 0; 1 bad arguments (0x0D00) or the port's own address unreadable with blLocal set; 2 the same
- *         with blLocal 0; 3 no shared address; 4 an appliance with two controller heads
+ * @return 0; 1 bad arguments (0x0D00) or the port's own address unreadable with blLocal set (0x0900 no socket, 0xBC00
+ *         no such port, 0x8100); 2 the same with blLocal 0; 3 no shared address (0xBC00, or the code of the high
+ *         availability's query); 4 an appliance with two controller heads (0x8100)
  */
 int KOPANetGetMacAddr(int index, char* szBuf, int cbBuf, int blLocal);
 
 /** The MAC address of the port behind an interface: a VLAN's parent, a bond's first slave, the interface
- * under an Open vSwitch device. @return as KOPANetGetMacAddr(); 1 also when there is no such port */
+ * under an Open vSwitch device. @return as KOPANetGetMacAddr(); 1 also when there is no such port (0xBC00, 0x0D00,
+ * or as ZARNNetLinkAggrGet() for a bond) */
 int KOPANetGetMacAddrByInterface(const char* szIfname, char* szBuf, int cbBuf, int blLocal);
 
 /** A port's link as its driver tells it. */
@@ -246,13 +266,14 @@ typedef struct ZARNNETETHINFO {
 /**
  * Reads a port's link. Whatever the kernel does not know (many virtual interfaces, a port that is down)
  * is -1; that is no failure.
- * @return 0; -1 with 0x0D00 (bad name, null record), 0xBC00 (no such interface) or 0x8100 (no socket), and
+ * @return 0; -1 with 0x0D00 (bad name, null record), 0xBC00 (no such interface) or 0x0900 (no socket), and
  *         the record left alone
  * Asks the driver through the socket ioctls, and reads /sys/class/net/IFNAME when it gives no answer.
  */
 int ZARNNetGetEthInfo(const char* szIfname, ZARNNETETHINFO* pInfo);
 
-/** Fires net/if_link_up, stage 5: INTERFACE. @return 0; -1 with 0x0D00, or when the event could not be delivered */
+/** Fires net/if_link_up, stage 5: INTERFACE. @return 0; -1 with 0x0D00, or 0x2A00 when the event could not be
+ * delivered */
 int KOPANetIfLinkUpEvent(const char* szIfname);
 
 /** Fires net/if_link_down, stage 5: INTERFACE. @return as KOPANetIfLinkUpEvent() */
@@ -266,10 +287,10 @@ int KOPANetIfLinkDownEvent(const char* szIfname);
  * names and files are as they were. File and setting stand under both names until the kernel has renamed the port; when
  * the call is killed on the way, the same call again brings it to its end.
  * @param szNew  at most 15 characters, none of "/%:.", no blank, no "-" first
- * @return 0, also with a client that does not start (0x2A00 tells of it); -1 with 0x0D00, 0xBC00 (no such port), 0xBB00
- *         (the new name has an interface, or a file that is no trace of a killed call), 0x8100 (the port is part of a
- *         bond, a bridge, Open vSwitch or a VLAN, or the kernel refuses), 0x0400 (a lock), 0x0900 (no socket, or the
- *         settings), 0x2800 (its file, or the settings), 0x0A00 or 0x0B00 (the settings)
+ * @return 0, also with a client that does not start (0x2A00 tells of it); -1 with 0x0D00, 0xBC00 (no such port),
+ *         0xBB00 (the new name has an interface, or a file that is no trace of a killed call), 0x8100 (the port is
+ *         part of a bond, a bridge, Open vSwitch or a VLAN, or the kernel refuses), 0x0400 (a lock), 0x0900 (no
+ *         socket, or the settings), 0x2800 (its file, or the settings), 0x0A00 or 0x0B00 (the settings)
  * Holds the exclusive network lock, and that on the settings (waits up to 5 seconds for each). Programs: /bin/cp,
  * /sbin/start and /sbin/stop dhcp-client.
  */
@@ -295,12 +316,12 @@ extern const ZARNBRIDGEINFO grgTopologyIFInfo[4][4];
  * The topology in force, read from net_topology in /etc/zarninfo.conf.
  * @param pInfo  null: only the id is answered. Otherwise its id field chooses the entry to copy, 0 the
  *               one in force; a VLAN over the uplink takes the uplink's place in the copy
- * @return the id, 0 (and pInfo left alone) where support_net_topology is not "yes"
+ * @return the id, 0 (and pInfo left alone) where support_net_topology is not "yes"; 0 with 0x0D00 for an id above 3
  */
 uint32_t KOPANetTopologyGet(KOPANETTOPOLOGY* pInfo);
 
-/** Stores the name of the record as net_topology. @return 0; -1 with 0x0D00 (null, a name with blanks or line ends), or
- * when writing fails */
+/** Stores the name of the record as net_topology. @return 0; -1 with 0x0D00 (null, a name with blanks or line ends),
+ * or with 0x0400, 0x0900, 0x0B00 or 0x2800 when writing fails */
 int KOPANETSetTopologyConfigs(const KOPANETTOPOLOGY* pInfo);
 
 #ifdef __cplusplus

@@ -14,8 +14,9 @@ using namespace frame;
 
 namespace {
 
-bool IsMissing(const char* szAddr, const char* szOut, int cbOut) {
-  return IsEmpty(szAddr) || szOut == nullptr || cbOut <= 0;
+// An address that begins with "-" would be an option of ipcalc.
+bool IsUnfit(const char* szAddr, const char* szOut, int cbOut) {
+  return IsEmpty(szAddr) || *szAddr == '-' || szOut == nullptr || cbOut <= 0;
 }
 
 // A line is read as far as it fits the caller's buffer.
@@ -43,14 +44,14 @@ int GiveOut(const facts::IpcalcAnswer& answer, char* szOut, int cbOut) {
 
 int ZARNNetCalBroadcast(const char* szAddr, char* szOut, int cbOut) {
   return Boundary(-1, [&]() -> int {
-    if (IsMissing(szAddr, szOut, cbOut)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    if (IsUnfit(szAddr, szOut, cbOut)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     return GiveOut(facts::BroadcastOf(szAddr, LineSize(cbOut)), szOut, cbOut);
   });
 }
 
 int ZARNNetCalNetwork(const char* szAddr, char* szOut, int cbOut) {
   return Boundary(-1, [&]() -> int {
-    if (IsMissing(szAddr, szOut, cbOut)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    if (IsUnfit(szAddr, szOut, cbOut)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     const auto answer = facts::NetworkOf(szAddr, LineSize(cbOut));
     // It is the caller's buffer that is trimmed here, not the line: a failed call leaves the
     // trimmed text, and callers were written against it.

@@ -95,7 +95,9 @@ int RunArping(const std::string& ifname, const std::string& address, const Macs&
 
 // Does another host answer?
 bool IsInUse(const char* ifname, const char* address, const Macs& macs) {
-  const int status = RunArping(ifname, address, macs);
+  const bool unfit = IsUnfitName(ifname) || IsUnfitAddress(address);
+  if (unfit) SetError(ZARNNETERR_BAD_PARAMETER);
+  const int status = unfit ? kBadArguments : RunArping(ifname, address, macs);
   switch (status) {
     case kNoConflict:
       LOG_DETAIL("%s:%d %s is not conflict at %s", address, ifname);
@@ -156,7 +158,8 @@ int ZARNIIpConflict(const char* szIfname, const char* szAddr) {
   return Boundary(
       -1,
       [&]() -> int {
-        if (AnyEmpty({szIfname, szAddr})) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+        if (IsUnfitName(szIfname) || IsUnfitAddress(szAddr))
+          return Fail(ZARNNETERR_BAD_PARAMETER, -1);
         const auto own = facts::KernelAddress(szIfname);
         if (own && DottedText(*own) == szAddr) return 0;
         const int result = ProbeOne(szIfname, szAddr);

@@ -51,11 +51,9 @@ int BlKOPAIsAtom(const char* szAtom) {
 
 int BlKOPAIsDomain(const char* szDomain) {
   return Boundary(0, [&]() -> int {
-    constexpr std::size_t kLongest = 511;
+    constexpr std::size_t kJudged = 511;
     if (szDomain == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
-    const std::string_view domain(szDomain);
-    if (domain.size() > kLongest) return 0;
-    const auto labels = SplitFields(domain, ".");
+    const auto labels = SplitFields(std::string_view(szDomain).substr(0, kJudged), ".");
     return std::all_of(labels.begin(), labels.end(), IsAtom) ? 1 : 0;
   });
 }

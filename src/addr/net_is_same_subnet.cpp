@@ -32,7 +32,7 @@ int KOPAIsIpInRange(const char* szAddr, const char* szStart, const char* szEnd, 
   return Boundary(-1, [&]() -> int {
     if (family != AF_INET && family != AF_INET6) {
       LOG_ERROR("%s:%d Unknown address family, %d.", family);
-      return -1;
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }
     if (szAddr == nullptr || szStart == nullptr || szEnd == nullptr) {
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);
@@ -40,7 +40,7 @@ int KOPAIsIpInRange(const char* szAddr, const char* szStart, const char* szEnd, 
     const auto address = ParseAddress(family, szAddr);
     const auto start = ParseAddress(family, szStart);
     const auto end = ParseAddress(family, szEnd);
-    if (!address || !start || !end) return -1;
+    if (!address || !start || !end) return Fail(ZARNNETERR_MALFORMED_ADDRESS, -1);
     const auto [lowest, highest] = std::minmax(start->bytes, end->bytes);
     return lowest <= address->bytes && address->bytes <= highest ? 1 : 0;
   });

@@ -95,6 +95,9 @@ bool ReadConfig(const std::string& ifname, ZARNNETIFADDR* config) {
 bool SetStatic(const std::string& ifname, const ZARNNETIFADDR& config) {
   const std::string ip(FieldText(config.szIP));
   const std::string mask(FieldText(config.szMask));
+  for (const std::string& text : {ip, mask}) {
+    if (!text.empty() && IsUnfitAddress(text.c_str())) return Fail(ZARNNETERR_BAD_PARAMETER, false);
+  }
   return ParseHostAddress(ip) && ParseMask(mask) && ipv4::SetStatic(ifname, ip, mask);
 }
 
@@ -102,9 +105,10 @@ bool WriteDhcp(const std::string& path, const std::string& ifname) {
   KeyEdit edit;
   edit.Set(keys::kDevice, ifname.c_str()).Set(keys::kOnBoot, "yes");
   model::SetLeasedAddress(&edit);
+  model::LeaveBond(&edit);
   if (edit.WriteTo(path)) return true;
   LOG_ERROR("%s:%d Set %s error.", path.c_str());
-  return Fail(ZARNNETERR_WRITE, false);
+  return false;
 }
 
 // The client gives the interface its address; the old one goes when the new one comes. On failure

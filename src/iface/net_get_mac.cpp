@@ -32,12 +32,13 @@ bool ReadOwnAddress(int index, char* buffer, std::size_t size) {
   const InetSocket socket;
   if (!socket.IsOpen()) {
     LOG_ERROR("%s:%d Failed to open socket");
-    return false;
+    return Fail(ZARNNETERR_OPEN, false);
   }
   const auto mac = socket.HardwareAddress(Format("eth%d", index));
   if (!mac) {
+    const ZARNNETERROR code = RefusalCode();
     LOG_ERROR("%s:%d ioctl mac failed");
-    return false;
+    return Fail(code, false);
   }
   const auto& m = *mac;
   CopyText(Format("%02x:%02x:%02x:%02x:%02x:%02x", m[0], m[1], m[2], m[3], m[4], m[5]), buffer,
@@ -47,7 +48,8 @@ bool ReadOwnAddress(int index, char* buffer, std::size_t size) {
 
 bool ReadSharedAddress(int index, char* buffer, int size) {
   CopyText("", buffer, static_cast<std::size_t>(size));
-  return ZARNHAGetMac(Format("eth%d", index).c_str(), buffer, size) >= 0 && *buffer != '\0';
+  if (ZARNHAGetMac(Format("eth%d", index).c_str(), buffer, size) < 0) return false;
+  return *buffer != '\0' || Fail(ZARNNETERR_NOT_FOUND, false);
 }
 
 // A VLAN answers for its parent: what stands before the first dot.
@@ -66,7 +68,7 @@ std::optional<std::string> FirstSlave(const std::string& bond) {
   }
   if (slaves->empty()) {
     LOG_ERROR("%s:%d No slave on bond [%s]", bond.c_str());
-    return std::nullopt;
+    return Fail(ZARNNETERR_NOT_FOUND, std::nullopt);
   }
   return slaves->front();
 }
@@ -75,7 +77,7 @@ std::optional<std::string> UnderOvsDevice(const std::string& ifname) {
   auto port = facts::PortUnder(ifname);
   if (port && FitsKernel(*port)) return port;
   LOG_ERROR("%s:%d get ovs origin interface error");
-  return std::nullopt;
+  return Fail(ZARNNETERR_BAD_PARAMETER, std::nullopt);
 }
 
 // The number of the Ethernet port that a name stands for; nothing, logged, when there is none.
@@ -83,7 +85,7 @@ std::optional<int> PortIndex(const char* ifname) {
   auto name = WithoutVlan(ifname);
   if (!name) {
     LOG_ERROR("%s:%d Failed to sscanf: %s", ifname);
-    return std::nullopt;
+    return Fail(ZARNNETERR_BAD_PARAMETER, std::nullopt);
   }
   if (name->starts_with("bond") || name->starts_with(model::kOvsBondPrefix))
     name = FirstSlave(*name);
@@ -92,7 +94,7 @@ std::optional<int> PortIndex(const char* ifname) {
   int index = 0;
   if (std::sscanf(name->c_str(), "eth%d", &index) != 1) {  // an alias, eth0:1, is its port
     LOG_DETAIL("%s:%d Failed to get interface idx: %s", name->c_str());
-    return std::nullopt;
+    return Fail(ZARNNETERR_NOT_FOUND, std::nullopt);
   }
   return index;
 }
@@ -106,7 +108,7 @@ MacResult ReadAddress(int index, bool local, char* buffer, int size) {
   }
   if (!local && KOPACSupportDualhead() == 1) {
     LOG_ERROR("%s:%d Failed to get mac in AHA mode");
-    return kTwoHeads;
+    return Fail(ZARNNETERR_REFUSED, kTwoHeads);
   }
   if (ReadOwnAddress(index, buffer, static_cast<std::size_t>(size))) return kOk;
   LOG_ERROR("%s:%d Failed to get local original mac");

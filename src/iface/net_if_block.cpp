@@ -9,6 +9,7 @@
 #include "frame/base/log.h"
 #include "frame/base/text.h"
 #include "frame/model/paths.h"
+#include "frame/os/file.h"
 #include "frame/os/key_file.h"
 #include "frame/os/lock.h"
 
@@ -79,7 +80,7 @@ int ZARNNetIFBlockSet(const char* szIfname, unsigned int mask, int value) {
     if (!lock.Held()) {
       LOG_ERROR("%s:%d KOPACFileLockTimeByFile failed!");
       LOG_ERROR("%s:%d Failed to get lock");
-      return -1;
+      return Fail(ZARNNETERR_LOCK, -1);
     }
     const bool changed = ChangeFlags(path, szIfname, mask, value);
     if (!lock.Release()) LOG_ERROR("%s:%d Failed to release file lock of [%s]", szIfname);
@@ -91,11 +92,15 @@ int ZARNNetIFBlockGet(const char* szIfname) {
   return Boundary(-1, [&]() -> int {
     if (IsUnfitName(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     const std::string path = paths::Ifcfg(szIfname);
+    if (!Exists(path)) return 0;
     const KeyValue count = ReadKey(path, kCountKey, 16);
+    if (count.Unreadable()) return -1;
     if (std::atoi(count.text.c_str()) == 0) return 0;
     unsigned mask = 0;
     for (const BlockFlag& flag : kBlockFlags) {
-      if (IsYes(ReadKey(path, flag.key, 16))) mask |= flag.bit;
+      const KeyValue value = ReadKey(path, flag.key, 16);
+      if (value.Unreadable()) return -1;
+      if (IsYes(value)) mask |= flag.bit;
     }
     return static_cast<int>(mask);
   });

@@ -15,10 +15,10 @@ int KOPANetGetIfCfg(const char* szIfname, uint32_t* pAddr, uint32_t* pMask) {
     if (IsEmpty(szIfname) || pAddr == nullptr || pMask == nullptr)
       return Fail(ZARNNETERR_BAD_PARAMETER, 0);
     const InetSocket socket;
+    if (!socket.IsOpen()) return Fail(ZARNNETERR_OPEN, 0);
     const auto address = socket.Address(szIfname);
-    if (!address) return 0;
-    const auto mask = socket.Netmask(szIfname);
-    if (!mask) return 0;
+    const auto mask = address ? socket.Netmask(szIfname) : std::nullopt;
+    if (!mask) return Fail(RefusalCode(), 0);
     *pAddr = address->s_addr;
     *pMask = mask->s_addr;
     return 1;
@@ -30,7 +30,9 @@ int KOPANetSetIfCfg(const char* szIfname, const uint32_t* pAddr, const uint32_t*
     if (IsEmpty(szIfname) || pAddr == nullptr || pMask == nullptr)
       return Fail(ZARNNETERR_BAD_PARAMETER, 0);
     const InetSocket socket;
-    if (!socket.SetAddress(szIfname, in_addr{*pAddr}) && errno != EEXIST) return 0;
-    return socket.SetNetmask(szIfname, in_addr{*pMask}) ? 1 : 0;
+    if (!socket.IsOpen()) return Fail(ZARNNETERR_OPEN, 0);
+    const bool hasAddress = socket.SetAddress(szIfname, in_addr{*pAddr}) || errno == EEXIST;
+    if (hasAddress && socket.SetNetmask(szIfname, in_addr{*pMask})) return 1;
+    return Fail(RefusalCode(), 0);
   });
 }

@@ -23,9 +23,18 @@ namespace {
 constexpr std::int32_t kDhcp = 0;
 constexpr std::int32_t kStatic = 1;
 
+// Of a file that cannot be read the failure has set its code already.
+template <std::size_t N>
+bool ReadField(const std::string& path, const char* key, char (&field)[N]) {
+  const KeyValue value = ReadKey(path, key, N);
+  CopyText(value.text, field);
+  if (!value.Found() && !value.Unreadable()) SetError(ZARNNETERR_UNEXPECTED_CONTENT);
+  return value.Found();
+}
+
 bool ReadAddressAndMask(const std::string& path, ZARNNETIFADDR* info) {
-  return ReadKeyInto(path, keys::kIpAddr, info->szIP) &&
-         ReadKeyInto(path, keys::kNetmask, info->szMask);
+  return ReadField(path, keys::kIpAddr, info->szIP) &&
+         ReadField(path, keys::kNetmask, info->szMask);
 }
 
 }  // namespace
@@ -53,7 +62,7 @@ int ZARNNetIfIsStaticIP(const char* szIfname) {
     const Lock lock(kNetworkRead);
     if (!lock.Held()) {
       LOG_ERROR("%s:%d KOPACFileLock() failed.(%X)", KOPACErrGet());
-      return 0;
+      return Fail(ZARNNETERR_LOCK, 0);
     }
     const KeyValue proto = ReadKey(paths::Ifcfg(szIfname), keys::kBootProto, 16);
     if (!proto.Found()) {
@@ -84,7 +93,7 @@ int ZARNNetInternalLanNumGet(void) {
     LineReader lines(paths::kInternalNetifNum);
     if (!lines.IsOpen()) {
       LOG_ERROR("%s:%d open file /proc/sys/kernel/zarn_internal_netif_num failed");
-      return -1;
+      return Fail(ZARNNETERR_OPEN, -1);
     }
     const auto line = lines.Next();
     const auto number = line ? ToNumber(Trimmed(*line)) : std::nullopt;

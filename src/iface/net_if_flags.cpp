@@ -14,10 +14,22 @@ namespace {
 // Sets the flags of a change that is not negative, keeps those of (change - 1) otherwise.
 bool ChangeFlags(const char* ifname, int change) {
   const InetSocket socket;
+  if (!socket.IsOpen()) return Fail(ZARNNETERR_OPEN, false);
   const auto flags = socket.Flags(ifname);
-  if (!flags) return false;
+  if (!flags) return Fail(RefusalCode(), false);
   const int wanted = change >= 0 ? (*flags | change) : (*flags & (change - 1));
-  return socket.SetFlags(ifname, static_cast<short>(wanted));
+  return socket.SetFlags(ifname, static_cast<short>(wanted)) || Fail(RefusalCode(), false);
+}
+
+bool TakeDownAndUp(const char* ifname) {
+  const InetSocket socket;
+  if (!socket.IsOpen()) return Fail(ZARNNETERR_OPEN, false);
+  const auto flags = socket.Flags(ifname);
+  if (!flags) return Fail(RefusalCode(), false);
+  const auto down = static_cast<short>(*flags & ~IFF_UP);
+  const bool isDown = (*flags & IFF_UP) == 0 || socket.SetFlags(ifname, down);
+  return (isDown && socket.SetFlags(ifname, static_cast<short>(down | IFF_UP))) ||
+         Fail(RefusalCode(), false);
 }
 
 int ChangeFlagsOf(const char* ifname, int change) {
@@ -29,7 +41,7 @@ int ChangeFlagsOf(const char* ifname, int change) {
 
 int ZARNNetIsIFUp(const char* szIfname) {
   return Boundary(0, [&]() -> int {
-    if (IsUnfitName(szIfname)) return 0;
+    if (IsUnfitName(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
     return facts::IsUp(szIfname) ? IFF_UP : 0;
   });
 }
@@ -49,11 +61,6 @@ int KOPANetIfDown(const char* szIfname) {
 int KOPANetReInitIf(const char* szIfname) {
   return Boundary(0, [&]() -> int {
     if (IsEmpty(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
-    const InetSocket socket;
-    const auto flags = socket.Flags(szIfname);
-    if (!flags) return 0;
-    const auto down = static_cast<short>(*flags & ~IFF_UP);
-    if ((*flags & IFF_UP) != 0 && !socket.SetFlags(szIfname, down)) return 0;
-    return socket.SetFlags(szIfname, static_cast<short>(down | IFF_UP)) ? 1 : 0;
+    return TakeDownAndUp(szIfname) ? 1 : 0;
   });
 }

@@ -13,7 +13,7 @@ using namespace frame;
 std::optional<KOPANetIfInfo> interfaces::ReadKernelRecord(const std::string& ifname) {
   if (IsUnfitName(ifname.c_str())) return Fail(ZARNNETERR_BAD_PARAMETER, std::nullopt);
   const InetSocket socket;
-  if (!socket.IsOpen()) return Fail(ZARNNETERR_REFUSED, std::nullopt);
+  if (!socket.IsOpen()) return Fail(ZARNNETERR_OPEN, std::nullopt);
   // Cut, a longer name would be another interface's.
   const auto flags = FitsKernel(ifname) ? socket.Flags(ifname) : std::nullopt;
   if (!flags) return Fail(ZARNNETERR_NOT_FOUND, std::nullopt);

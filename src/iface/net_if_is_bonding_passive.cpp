@@ -15,12 +15,13 @@ int ZARNNetIfIsBondingPassive(const char* szIfname) {
     const InetSocket socket;
     if (!socket.IsOpen()) {
       LOG_ERROR("%s:%d Cannot open control socket");
-      return 0;
+      return Fail(ZARNNETERR_OPEN, 0);
     }
     const auto flags = socket.Flags(szIfname);
     if (!flags) {
+      const ZARNNETERROR code = RefusalCode();
       LOG_NOTE("%s:%d Cannot get flags of network interface: %m");
-      return 0;
+      return Fail(code, 0);
     }
     return facts::IsBondingPassive(szIfname, *flags) ? 1 : 0;
   });

@@ -24,7 +24,7 @@ int ListUp(KOPANetIfInfo* list, int max, Carrier carrierOf) {
   const auto names = facts::ListNetDev();
   if (!names) return -1;
   const InetSocket socket;
-  if (!socket.IsOpen()) return -1;
+  if (!socket.IsOpen()) return Fail(ZARNNETERR_OPEN, -1);
   int count = 0;
   for (const std::string& ifname : *names) {
     if (count >= max) break;

@@ -111,6 +111,21 @@ TEST(PrimaryInterface, BadSettingsChangeNothing) {
   EXPECT_FALSE(FileExists(IfcfgPath("eth0"))) << "there was none before";
 }
 
+TEST(PrimaryInterface, LeavesItsBondForDhcpWhateverItsOldClientDoes) {
+  WriteIfcfg("eth0", "DEVICE=eth0\nIPADDR=10.0.0.5\nNETMASK=255.0.0.0\nMASTER=bond0\nSLAVE=yes\n");
+  RecordTool("/sbin/stop", 1);
+  RecordTool("/sbin/start");
+  ZARNNETIFADDR config = Config(0);
+  ASSERT_EQ(0, ZARNNetSetCard1(&config)) << LogText();
+  EXPECT_EQ("DEVICE=eth0\nONBOOT=yes\nBOOTPROTO=dhcp\n", ReadIfcfg("eth0"));
+  ExpectLog(LOG_ERR, "net_card1", "unable to stop dhcp-client instance on eth0");
+  RecordTool("/sbin/start", 1);
+  Refused(0x2A00, [&] { return ZARNNetSetCard1(&config); });
+  ExpectLog(LOG_ERR, "ZARNNetSetCard1", "unable to start dhcp-client instance on eth0");
+  config = Config(1, "192.168.50.$(x)", "255.255.255.0");
+  Refused(0x0D00, [&] { return ZARNNetSetCard1(&config); });
+}
+
 namespace {
 
 struct Rename : testing::Test {

@@ -94,7 +94,7 @@ std::optional<ZARNNETETHINFO> DriverInfoOf(const std::string& ifname) {
   const InetSocket socket;
   if (!socket.IsOpen()) {
     LOG_ERROR_AT(kAt, "%s:%d Failed to open socket");
-    return Fail(ZARNNETERR_REFUSED, std::nullopt, kAt);
+    return Fail(ZARNNETERR_OPEN, std::nullopt, kAt);
   }
   if (!FitsKernel(ifname) || !socket.Flags(ifname)) {
     LOG_ERROR_AT(kAt, "%s:%d No interface %s", ifname.c_str());

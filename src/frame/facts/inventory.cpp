@@ -101,7 +101,8 @@ int RemoveVlans(const std::vector<std::string>& vlans, KOPANetIfInfo* list, int 
 int Enumerate(const std::vector<std::string>& names, const Selection& selection, int max,
               KOPANetIfInfo* list) {
   const InetSocket socket;
-  if (names.empty() || !socket.IsOpen()) return -1;
+  if (!socket.IsOpen()) return Fail(ZARNNETERR_OPEN, -1, Place(kSource));
+  if (names.empty()) return Fail(ZARNNETERR_NOT_FOUND, -1, Place(kSource));
   std::vector<std::string> vlans;
   int count = 0;
   for (const std::string& ifname : names) {

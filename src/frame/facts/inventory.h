@@ -8,7 +8,8 @@
 namespace frame::facts {
 
 // Fills the list, which may be null to count, with the interfaces of a selector (ZARNNETKIND_...)
-// and answers their number. -1 with 0x0D00 or what the statistics table fails with; logged as
+// and answers their number. -1 with 0x0D00, 0x0900 (no socket), 0xBC00 (the statistics table is
+// empty) or what that table or the look for the VLAN driver fails with; logged as
 // net_get_interface_info's.
 int ListInterfaces(KOPANetIfInfo* list, int max, unsigned selector);
 

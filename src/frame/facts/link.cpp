@@ -1,6 +1,7 @@
 // The state of an interface, of an Open vSwitch device that of what lies under it.
 #include "frame/facts/link.h"
 
+#include <cerrno>
 #include <net/if.h>
 
 #include "frame/base/log.h"
@@ -20,12 +21,13 @@ std::optional<bool> CarrierOf(const char* ifname) {
   const InetSocket socket;
   if (!socket.IsOpen()) {
     LOG_ERROR_AT(Place(kSource), "%s:%d Cannot open control socket");
-    return std::nullopt;
+    return Fail(ZARNNETERR_OPEN, std::nullopt, Place(kSource));
   }
   const auto flags = socket.Flags(ifname);
   if (!flags) {
+    const ZARNNETERROR code = RefusalCode();
     LOG_NOTE_AT(Place(kSource), "%s:%d Cannot get link status of the %s: %m", ifname);
-    return std::nullopt;
+    return Fail(code, std::nullopt, Place(kSource));
   }
   return (*flags & IFF_RUNNING) != 0;
 }
@@ -43,6 +45,7 @@ std::optional<bool> AnySlaveLink(const std::string& bond) {
     LOG_ERROR_AT(Place(kSource), "%s:%d Failed to get OVS bond slave of %s", bond.c_str());
     return std::nullopt;
   }
+  if (slaves->empty()) return Fail(ZARNNETERR_NOT_FOUND, std::nullopt, Place(kSource));
   std::optional<bool> carrier;
   for (const std::string& slave : *slaves) {
     carrier = LinkOf(slave);
@@ -60,16 +63,17 @@ std::optional<bool> HasLink(const std::string& ifname) {
   const auto port = PortUnder(ifname);
   if (port && port->size() < IFNAMSIZ) return LinkOf(*port);
   LOG_ERROR_AT(Place(kSource), "%s:%d get ovs origin interface error");
-  return std::nullopt;
+  return Fail(ZARNNETERR_BAD_PARAMETER, std::nullopt, Place(kSource));
 }
 
 bool IsUp(const std::string& ifname) {
+  constexpr Place kAt("net_if_flags");
   const File file = OpenFile(paths::SysNet(ifname, "/flags"), "r");
-  if (!file) return false;
+  if (!file) return Fail(errno == ENOENT ? ZARNNETERR_NOT_FOUND : ZARNNETERR_OPEN, false, kAt);
   unsigned int flags = 0;
   if (std::fscanf(file.get(), "0x%x", &flags) != 1) {
-    LOG_ERROR_AT(Place("net_if_flags"), "%s:%d fscanf failed. %m");
-    return false;
+    LOG_ERROR_AT(kAt, "%s:%d fscanf failed. %m");
+    return Fail(ZARNNETERR_READ, false, kAt);
   }
   return (flags & IFF_UP) != 0;
 }

@@ -34,7 +34,9 @@ bool IsBondingPassive(const std::string& ifname, short flags) {
   if ((flags & IFF_SLAVE) != 0) return true;
   const auto member = IsOvsBondMember(ifname);
   if (!member) {
-    LOG_ERROR_AT(Place("net_if_is_bonding_passive"), "%s:%d Failed to open %s.", paths::kOvsBonds);
+    constexpr Place kAt("net_if_is_bonding_passive");
+    LOG_ERROR_AT(kAt, "%s:%d Failed to open %s.", paths::kOvsBonds);
+    SetError(ZARNNETERR_OPEN, kAt);
   }
   return member.value_or(false);
 }

@@ -16,7 +16,8 @@ bool HasCarrier(const std::string& ifname, short flags);
 void FillRecord(const InetSocket& socket, const std::string& ifname, short flags, bool carrier,
                 KOPANetIfInfo* info);
 
-// Is the interface a passive member of a bond of the kernel or of Open vSwitch?
+// Is the interface a passive member of a bond of the kernel or of Open vSwitch? No, with 0x0900,
+// where the table of the latter cannot be opened.
 bool IsBondingPassive(const std::string& ifname, short flags);
 
 }  // namespace frame::facts

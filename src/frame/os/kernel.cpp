@@ -1,6 +1,7 @@
 // The interface ioctls, over one datagram socket that lives as long as the call that needs it.
 #include "frame/os/kernel.h"
 
+#include <cerrno>
 #include <cstring>
 #include <linux/if_vlan.h>
 #include <linux/sockios.h>
@@ -131,6 +132,10 @@ std::optional<int> InetSocket::VlanId(std::string_view ifname) const {
   vlan_ioctl_args request = VlanRequest(GET_VLAN_VID_CMD, ifname);
   if (::ioctl(socket_.Get(), SIOCGIFVLAN, &request) != 0) return std::nullopt;
   return request.u.VID;
+}
+
+ZARNNETERROR RefusalCode() {
+  return errno == ENODEV ? ZARNNETERR_NOT_FOUND : ZARNNETERR_REFUSED;
 }
 
 }  // namespace frame

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "frame/base/address.h"
+#include "frame/base/error.h"
 #include "frame/os/file.h"
 
 namespace frame {
@@ -54,5 +55,9 @@ class InetSocket {
 
   Descriptor socket_;
 };
+
+// The code of a query that the kernel has just refused: there is no such interface, or it refuses
+// this. It goes by errno, which stays as it is.
+ZARNNETERROR RefusalCode();
 
 }  // namespace frame
