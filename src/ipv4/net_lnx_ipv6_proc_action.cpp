@@ -14,10 +14,10 @@
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
 #include "frame/os/file.h"
 #include "frame/os/key_file.h"
-#include "frame/model/ifcfg.h"
 
 using namespace frame;
 

@@ -27,7 +27,7 @@ void Set(const Context& context, const std::string& ifname, const std::vector<st
       std::string("cannot ") + (clear ? "clear" : "set") + " the block flags of " + ifname;
   RequireRoot(what);
   RequireInterfaceOrFile(what, ifname);
-  if (!HasFile(ifname)) throw Failure(what, kCannotOpen, ifname + " has no configuration file");
+  if (!HasFile(ifname)) throw Failure(what, ZARNNETERR_OPEN, ifname + " has no configuration file");
   unsigned mask = 0;
   for (const std::string& flag : flags)
     mask |= BlockBit(flag);

@@ -14,7 +14,7 @@ constexpr unsigned kDelete = 0;  // the mode that takes a bond apart
 
 Bond RequireBond(const std::string& what, const std::string& name) {
   const auto bond = ReadBond(name);
-  if (!bond) throw Failure(what, kNotFound, "there is no bond '" + name + "'");
+  if (!bond) throw Failure(what, ZARNNETERR_NOT_FOUND, "there is no bond '" + name + "'");
   return *bond;
 }
 
@@ -59,7 +59,7 @@ std::vector<std::string> Modes() {
 ZARNLINKAGGROPT NewRecord(const std::string& what, const std::string& name) {
   ZARNLINKAGGROPT record{};
   if (name.empty() || name.size() >= sizeof record.szName) {
-    throw Failure(what, kOutOfRange, "the name of a bond has 1 to 15 characters");
+    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "the name of a bond has 1 to 15 characters");
   }
   name.copy(record.szName, sizeof record.szName - 1);
   return record;

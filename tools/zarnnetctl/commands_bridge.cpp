@@ -52,19 +52,21 @@ void ListBridge(const Context& context) {
 
 // The roles as the file's writer numbers them.
 const std::map<std::string, std::uint32_t>& Roles() {
-  static const std::map<std::string, std::uint32_t> roles{
-      {"none", 1}, {"bridge", 2}, {"local-bridge", 3}, {"port", 4}};
+  static const std::map<std::string, std::uint32_t> roles{{"none", ZARNBRIDGE_STANDALONE},
+                                                          {"bridge", ZARNBRIDGE_BRIDGE},
+                                                          {"local-bridge", ZARNBRIDGE_LOCAL_LAN},
+                                                          {"port", ZARNBRIDGE_PORT}};
   return roles;
 }
 
 // The reader of the file answers 1 for a port and 4 for an interface that stands by itself.
 std::string RoleInFile(std::uint32_t type) {
   switch (type) {
-    case 1:
+    case ZARNBRIDGE_STANDALONE:
       return "port";
-    case 2:
+    case ZARNBRIDGE_BRIDGE:
       return "bridge";
-    case 3:
+    case ZARNBRIDGE_LOCAL_LAN:
       return "local-bridge";
     default:
       return "none";
@@ -75,7 +77,7 @@ Json StoredBridgeJson(const std::string& what, const std::string& ifname) {
   ZARNBRIDGEINFO info{};
   ForgetErrors();
   if (ZARNNetGetBridgeConfig(ifname.c_str(), nullptr, &info) < 0) {
-    throw Failure(what, kNotFound, "there is no file for '" + ifname + "'");
+    throw Failure(what, ZARNNETERR_NOT_FOUND, "there is no file for '" + ifname + "'");
   }
   return {{"name", ifname}, {"role", RoleInFile(info.type)}, {"ref", TextOrNull(info.szRef)}};
 }
@@ -190,7 +192,7 @@ void CreateVlan(const Context& context, const std::string& parent, unsigned id,
 void RemoveVlan(const Context& context, const std::string& name) {
   const std::string what = "cannot remove the VLAN " + name;
   RequireRoot(what);
-  if (!ReadVlan(name)) throw Failure(what, kNotFound, "there is no VLAN '" + name + "'");
+  if (!ReadVlan(name)) throw Failure(what, ZARNNETERR_NOT_FOUND, "there is no VLAN '" + name + "'");
   ForgetErrors();
   if (KOPANetVlanRemove(name.c_str()) < 0) Fail(what);
   if (context.json) PrintJson("vlan", nullptr);

@@ -120,7 +120,7 @@ void CheckRange(const Context& context, const std::string& ifname, const Range& 
   RequireIpv4(what, range.start);
   RequireIpv4(what, range.end);
   if (BlKOPAIsValidIpMask(range.netmask.c_str()) != 1 || !IsPlainDotted(range.netmask))
-    throw Failure(what, kMalformedAddress, "'" + range.netmask + "' is not a netmask");
+    throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS, "'" + range.netmask + "' is not a netmask");
   std::array<char, 16> other{};
   ForgetErrors();
   const int result = DHCPIsRangeConflict(ifname.c_str(), range.start.c_str(), range.end.c_str(),
@@ -213,7 +213,7 @@ void SetVendor(const Context& context, const std::string& vendor,
                const std::vector<std::string>& options) {
   const std::string what = "cannot set the vendor class " + vendor;
   if (vendor.empty() || vendor.find(',') != std::string::npos)
-    throw Failure(what, kOutOfRange, "its name must be a text without commas");
+    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "its name must be a text without commas");
   Hash hash;
   for (const std::string& text : options) {
     const std::size_t equals = text.find('=');
@@ -293,7 +293,7 @@ void SetPxe(const Context& context, const WantedPxe& wanted) {
   conf.is_remote_tftp = wanted.server.empty() ? 0 : 1;
   auto& loader = wanted.server.empty() ? conf.local_bootloader : conf.remote_bootloader;
   if (wanted.loader.size() >= sizeof loader)
-    throw Failure(what, kOutOfRange, "the name of the boot file is too long");
+    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "the name of the boot file is too long");
   wanted.loader.copy(loader, sizeof loader - 1);
   wanted.server.copy(conf.remote_tftp_server_ip, sizeof conf.remote_tftp_server_ip - 1);
   RequireRoot(what);

@@ -39,7 +39,7 @@ int OptionNumber(const std::string& what, const std::string& name) {
   for (const ZARNNET_DHCP_OPTION& option : ZARNNetDhcpOptions) {
     if (name == option.name) return option.number;
   }
-  throw Failure(what, kOutOfRange, "there is no option '" + name + "'");
+  throw Failure(what, ZARNNETERR_BAD_PARAMETER, "there is no option '" + name + "'");
 }
 
 void AddOption(const std::string& what, const std::string& name,
@@ -88,7 +88,7 @@ std::optional<DHCP_SUBNET_CONF> Read(const Target& target) {
 
 DHCP_SUBNET_CONF Require(const Target& target) {
   const auto record = Read(target);
-  if (!record) throw Failure(target.What("show"), kNotFound, "there is no such subnet");
+  if (!record) throw Failure(target.What("show"), ZARNNETERR_NOT_FOUND, "there is no such subnet");
   return *record;
 }
 
@@ -271,7 +271,7 @@ void ApplyGiven(const std::string& what, const Given& given, Subnet* subnet) {
 // ---- a whole subnet as JSON
 
 [[noreturn]] void RefuseDocument(const std::string& what, const std::string& problem) {
-  throw Failure(what, kOutOfRange, "the JSON document is no subnet: " + problem);
+  throw Failure(what, ZARNNETERR_BAD_PARAMETER, "the JSON document is no subnet: " + problem);
 }
 
 Json ReadDocument(const std::string& what) {
@@ -325,19 +325,21 @@ void RequireAddress(const std::string& what, const Target& target, const char* t
   if (*text == '\0') return;
   if (!target.v6) return RequireIpv4(what, text);
   if (BlKOPAIsv6IpAddrValid(text) == 1) return;
-  throw Failure(what, kMalformedAddress, "'" + std::string(text) + "' is not an IPv6 address");
+  throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS,
+                "'" + std::string(text) + "' is not an IPv6 address");
 }
 
 void RequireServable(const std::string& what, const Target& target,
                      const DHCP_SUBNET_CONF& record) {
   const bool ranged = !target.v6 || std::string(record.v6mode) == "stateful";
   if (ranged && (*record.start == '\0' || *record.end == '\0'))
-    throw Failure(what, kOutOfRange, "give the first and the last address");
-  if (target.v6 && *record.v6mode == '\0') throw Failure(what, kOutOfRange, "give a mode");
+    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "give the first and the last address");
+  if (target.v6 && *record.v6mode == '\0')
+    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "give a mode");
   for (const char* text : {record.start, record.end, record.router, record.dns1, record.dns2})
     RequireAddress(what, target, text);
   if (!target.v6 && (BlKOPAIsValidIpMask(record.netmask) != 1 || !IsPlainDotted(record.netmask)))
-    throw Failure(what, kMalformedAddress,
+    throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS,
                   "'" + std::string(record.netmask) + "' is not a netmask");
 }
 

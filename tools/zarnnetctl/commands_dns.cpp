@@ -51,7 +51,8 @@ void Set(const Context& context, const std::vector<std::string>& addresses) {
   NameList servers;
   for (const std::string& address : addresses) {
     if (ZARNNetGetAddrType(address.c_str()) == 0) {
-      throw Failure(what, kMalformedAddress, "'" + address + "' is not an IPv4 or IPv6 address");
+      throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS,
+                    "'" + address + "' is not an IPv4 or IPv6 address");
     }
     servers.Add(address);
   }

@@ -40,14 +40,15 @@ Typed TakeApart(const std::string& what, const std::string& text) {
                                     [](unsigned char digit) { return std::isdigit(digit) != 0; });
   if (!isNumber) throw CLI::ValidationError("ADDRESS", "give ADDRESS/PREFIX");
   if (BlKOPAIsv6IpAddrValid(text.c_str()) != 1) {
-    throw Failure(what, kMalformedAddress, "'" + text + "' is not an IPv6 address with a prefix");
+    throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS,
+                  "'" + text + "' is not an IPv6 address with a prefix");
   }
   return {text.substr(0, slash), static_cast<unsigned>(std::stoul(digits))};
 }
 
 void RequireAddress(const std::string& what, const std::string& address) {
   if (ZARNNetGetAddrType(address.c_str()) == 10) return;
-  throw Failure(what, kMalformedAddress, "'" + address + "' is not an IPv6 address");
+  throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS, "'" + address + "' is not an IPv6 address");
 }
 
 // ---- ipv6 get

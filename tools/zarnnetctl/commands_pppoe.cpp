@@ -84,7 +84,8 @@ struct Wanted {
 // An account without an interface or a name would be stored over what could not be read.
 void RequireComplete(const std::string& what, const PPPOE_CONF& record) {
   if (*record.eth == '\0' || *record.user == '\0')
-    throw Failure(what, kOutOfRange, "no account is stored yet: give --interface and --user");
+    throw Failure(what, ZARNNETERR_BAD_PARAMETER,
+                  "no account is stored yet: give --interface and --user");
 }
 
 void Apply(const std::string& what, const Wanted& wanted, const std::optional<Secret>& secret,
@@ -216,7 +217,8 @@ void RelaySet(const Context& context, const WantedRelay& wanted) {
     if (!wanted.server.empty()) Put(what, "server", wanted.server, conf.server);
     if (wanted.enable || wanted.disable) conf.enable = wanted.enable ? 1 : 0;
     if (conf.enable == 1 && (*conf.server == '\0' || wanted.ifname == conf.server))
-      throw Failure(what, kOutOfRange, "the server must be on another interface: give --server");
+      throw Failure(what, ZARNNETERR_BAD_PARAMETER,
+                    "the server must be on another interface: give --server");
     ForgetErrors();
     if (ZARNNetSetPPPoERelayConfig(wanted.ifname.c_str(), &conf) < 0) Fail(what);
   }

@@ -135,7 +135,7 @@ class RunLock {
     constexpr int kExclusive = 1;
     constexpr int kWaitSeconds = 5;
     if (KOPACFileLockTimeByFile(kScript, kExclusive, kWaitSeconds, &lock_) < 0)
-      throw Failure(what, kLockHeld, "the tunnel is being started or stopped");
+      throw Failure(what, ZARNNETERR_LOCK, "the tunnel is being started or stopped");
   }
   ~RunLock() { KOPACFileUnlockByFile(lock_); }
   RunLock(const RunLock&) = delete;
@@ -162,7 +162,7 @@ void Execute(const Context& context, const Action& action) {
   RequireRoot(what);
   const RunLock lock(what);
   // The client's list of brokers, which is set aside, is in the client's folder.
-  if (::chdir(kFolder) != 0) throw Failure(what, kCannotOpen, "cannot enter /etc/gogoc");
+  if (::chdir(kFolder) != 0) throw Failure(what, ZARNNETERR_OPEN, "cannot enter /etc/gogoc");
   ForgetErrors();
   if (ZARNTunnelExecute(action.number, nullptr) < 0) Fail(what);
   if (action.number != ZARNTUNNEL_STOP && StateText() == "down")

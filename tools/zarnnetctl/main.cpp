@@ -66,8 +66,8 @@ ExitStatus Parse(CLI::App& app, const Context& context, int argc, char** argv) {
   } catch (const Failure& failure) {
     return ReportFailure(context, failure);
   } catch (const std::bad_alloc&) {
-    constexpr Code kNoMemory = 0x0200;
-    return ReportFailure(context, Failure("cannot go on", kNoMemory, ReasonOf(kNoMemory)));
+    return ReportFailure(
+        context, Failure("cannot go on", ZARNNETERR_NO_MEMORY, ReasonOf(ZARNNETERR_NO_MEMORY)));
   }
   return Finish(context);
 }

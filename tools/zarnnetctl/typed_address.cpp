@@ -15,7 +15,7 @@ bool IsNumber(const std::string& text) {
 }
 
 [[noreturn]] void RefuseAddress(const std::string& what, const std::string& problem) {
-  throw Failure(what, kMalformedAddress, problem);
+  throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS, problem);
 }
 
 std::string PrefixToMask(const std::string& what, const std::string& cidr) {

@@ -33,7 +33,7 @@ Description Describe(unsigned int number) {
     case ZARNNETERR_NO_MEMORY:
       return {"ZARNNETERR_NO_MEMORY", "out of memory"};
     case ZARNNETERR_LOCK:
-      return {"ZARNNETERR_LOCK", "another process holds the lock"};
+      return {"ZARNNETERR_LOCK", "another process holds the network configuration"};
     case ZARNNETERR_OPEN:
       return {"ZARNNETERR_OPEN", "a file or socket could not be opened"};
     case ZARNNETERR_READ:
