@@ -4,6 +4,7 @@
 #include <zarncore/zarncore.h>
 
 #include "frame/base/boundary.h"
+#include "frame/base/text.h"
 
 namespace frame {
 
@@ -13,6 +14,14 @@ void SetError(ZARNNETERROR code, const Place& at) {
 
 InnerError::InnerError()
     : code(KOPACErrGet()), file(KOPACErrorGetFile()), line(KOPACErrorGetLine()) {}
+
+KeepError::KeepError() : code_(KOPACErrGet()), file_{}, line_(KOPACErrorGetLine()) {
+  CopyText(KOPACErrorGetFile(), file_);
+}
+
+KeepError::~KeepError() {
+  KOPACErrSetEx(code_, file_, line_);
+}
 
 }  // namespace frame
 
