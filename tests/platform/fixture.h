@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdio>
+#include <poll.h>
 #include <string>
 
 #include <zarncore/zarncore.h>
@@ -33,6 +34,14 @@ inline std::string ErrorNow() {
 // A failure of somebody else's, which must not be taken for one that comes now.
 inline void SetForeignError() {
   KOPACErrSetEx(0x7777, "foreign", 4711);
+}
+
+// Waits for what another process does, at most two seconds.
+template <class Condition>
+bool Comes(Condition condition) {
+  for (int i = 0; i < 400 && !condition(); ++i)
+    ::poll(nullptr, 0, 5);
+  return condition();
 }
 
 // From the given one on allocations of this thread are refused: that one alone, or all.

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <chrono>
 #include <gtest/gtest.h>
+#include <optional>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <thread>
@@ -9,6 +10,7 @@
 
 #include <zarncore/zarncore.h>
 
+#include "fixture.h"
 #include "support/appliance.h"
 #include "support/children.h"
 #include "support/clock.h"
@@ -94,12 +96,7 @@ TEST(Locks, AForkedChildHoldsNothing) {
 }
 
 TEST(Locks, ARefusedWaitLastsItsTimeAndADeadHolderLetsGo) {
-  Gate held;
-  const pid_t holder = Start([&] {
-    if (KOPACFileLock(kWrite, 0) == 0) held.Open();
-    return ::pause();
-  });
-  ASSERT_TRUE(held.Wait());
+  std::optional<LockHolder> holder(kWrite);
   RunClockFaster(10);
   const long before = NowMicroseconds();
   EXPECT_GT(0, KOPACFileLock(kRead, 5));
@@ -108,7 +105,7 @@ TEST(Locks, ARefusedWaitLastsItsTimeAndADeadHolderLetsGo) {
   EXPECT_GT(8000000, waited);
   std::thread killer([&] {
     ::poll(nullptr, 0, 1000);
-    KillAndReap(holder);
+    holder.reset();
   });
   EXPECT_EQ(0, KOPACFileLock(kWrite, 60)) << "a waiter is not woken by a death, and notices it";
   killer.join();
@@ -131,8 +128,7 @@ TEST(Locks, ACallerKilledWhileItsProgramRunsLetsGo) {
       std::signal(SIGCHLD, handling);
       return KOPACFileLock(kWrite, 0) + KOPACExec("/run/long", nullptr, nullptr, nullptr, nullptr);
     });
-    for (int i = 0; i < 400 && !FileExists("/run/begun"); ++i)
-      ::poll(nullptr, 0, 5);
+    EXPECT_TRUE(Comes([] { return FileExists("/run/begun"); }));
     EXPECT_FALSE(OtherCanTake(kWrite));
     KillAndReap(caller);
     EXPECT_TRUE(OtherCanTake(kWrite));

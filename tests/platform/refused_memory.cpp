@@ -33,41 +33,36 @@ bool test::StopRefusing() {
   return refused;
 }
 
+// A sanitizer's own, or the C library's.
+#define NEXT(name, ...) \
+  (__interceptor_##name != nullptr ? __interceptor_##name : __libc_##name)(__VA_ARGS__)
+
 #pragma GCC visibility push(default)
 extern "C" {
 
-// The C library's, and a sanitizer's where there is one.
-void* __libc_malloc(std::size_t size);
-void* __libc_calloc(std::size_t count, std::size_t size);
-void* __libc_realloc(void* block, std::size_t size);
-[[gnu::weak]] void* __interceptor_malloc(std::size_t size);
-[[gnu::weak]] void* __interceptor_calloc(std::size_t count, std::size_t size);
-[[gnu::weak]] void* __interceptor_realloc(void* block, std::size_t size);
+[[gnu::weak]] decltype(::malloc) __interceptor_malloc;
+[[gnu::weak]] decltype(::calloc) __interceptor_calloc;
+[[gnu::weak]] decltype(::realloc) __interceptor_realloc;
+decltype(::malloc) __libc_malloc;
+decltype(::calloc) __libc_calloc;
+decltype(::realloc) __libc_realloc;
 
 void* malloc(std::size_t size) noexcept {
-  if (Refuse()) return nullptr;
-  return __interceptor_malloc != nullptr ? __interceptor_malloc(size) : __libc_malloc(size);
+  return Refuse() ? nullptr : NEXT(malloc, size);
 }
-
 void* calloc(std::size_t count, std::size_t size) noexcept {
-  if (Refuse()) return nullptr;
-  return __interceptor_calloc != nullptr ? __interceptor_calloc(count, size)
-                                         : __libc_calloc(count, size);
+  return Refuse() ? nullptr : NEXT(calloc, count, size);
 }
-
 void* realloc(void* block, std::size_t size) noexcept {
-  if (Refuse()) return nullptr;
-  return __interceptor_realloc != nullptr ? __interceptor_realloc(block, size)
-                                          : __libc_realloc(block, size);
+  return Refuse() ? nullptr : NEXT(realloc, block, size);
 }
 
 }  // extern "C"
 
-// A sanitizer's own does not go through malloc().
+// A sanitizer's does not go through malloc().
 void* operator new(std::size_t size) {
-  using New = void* (*)(std::size_t);
-  static const auto next =
-      reinterpret_cast<New>(::dlsym(RTLD_NEXT, sizeof size == 8 ? "_Znwm" : "_Znwj"));
+  static const auto next = reinterpret_cast<void* (*)(std::size_t)>(
+      ::dlsym(RTLD_NEXT, sizeof size == 8 ? "_Znwm" : "_Znwj"));
   if (Refuse()) throw std::bad_alloc();
   return next(size);
 }
