@@ -137,11 +137,10 @@ TEST(KeyFile, AKilledWriterLeavesOldOrNewAndNoLockAndNoTrace) {
   const auto isWhole = [&](const std::string& text) {
     return text == "A=" + std::to_string(std::atoi(text.c_str() + 2)) + "\n" + tail + "\n";
   };
-  const std::string kept[] = {"/etc/.settings.backup", "/etc/.settings.new.notours",
-                              "/etc/.settings2.new.aB3xY9"};
+  const std::string kept[] = {"/etc/.settings.backup", "/etc/.settings2.zarncore-new"};
   for (const std::string& path : kept)
     WriteFile(path, "somebody's");
-  WriteFile("/etc/.settings.new.aB3xY9", "stale");
+  WriteFile("/etc/.settings.zarncore-new", "stale");
   WriteFile(kFile, "A=0\n" + tail + "\n");
   const Lines before = FolderEntries("/etc");
   for (int round = 0; round < 30; ++round) {
@@ -163,7 +162,7 @@ TEST(KeyFile, AKilledWriterLeavesOldOrNewAndNoLockAndNoTrace) {
       << "what was not finished is not taken for a file of its kind";
   EXPECT_EQ(0, Set("A", "end")) << "the lock died with its holder";
   Lines expected = before;
-  std::erase(expected, ".settings.new.aB3xY9");
+  std::erase(expected, ".settings.zarncore-new");
   EXPECT_EQ(expected, FolderEntries("/etc")) << "and what killed writers left is gone";
 }
 
