@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <memory>
 #include <net/if.h>
+#include <nlohmann/json.hpp>
 #include <unistd.h>
 
 namespace tool {

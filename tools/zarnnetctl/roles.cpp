@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "list.h"
 
