@@ -261,12 +261,15 @@ int KOPANetIfLinkDownEvent(const char* szIfname);
 /**
  * Gives a port another name: in the kernel, in its file (ifcfg-OLD becomes ifcfg-NEW, with DEVICE=NEW) and of its MTU
  * setting in /etc/zarninfo.conf. A port that is up is taken down for it and brought up again, which drops its IPv6
- * addresses and its routes; a DHCP client that runs on it is started afresh. Fires net/ifname_change before and
- * after, whatever came of it. When a step fails names and files are as they were.
- * @param szNew  at most 15 characters, none of "/%:.", no blank
- * @return 0; -1 with 0x0D00, 0xBC00 (no such port), 0xBB00 (the new name has an interface or a file), 0x8100 (the
- *         port is part of a bond, a bridge, Open vSwitch or a VLAN, or the kernel refuses), 0x0400 (a lock), 0x2800
- *         (its file) or 0x0B00 (the setting)
+ * addresses and its routes; the DHCP client of one whose file says BOOTPROTO=dhcp is stopped before and started under
+ * the name that it has afterwards. Fires net/ifname_change before and after, whatever came of it. When a step fails
+ * names and files are as they were. File and setting stand under both names until the kernel has renamed the port; when
+ * the call is killed on the way, the same call again brings it to its end.
+ * @param szNew  at most 15 characters, none of "/%:.", no blank, no "-" first
+ * @return 0, also with a client that does not start (0x2A00 tells of it); -1 with 0x0D00, 0xBC00 (no such port), 0xBB00
+ *         (the new name has an interface, or a file that is no trace of a killed call), 0x8100 (the port is part of a
+ *         bond, a bridge, Open vSwitch or a VLAN, or the kernel refuses), 0x0400 (a lock), 0x0900 (no socket, or the
+ *         settings), 0x2800 (its file, or the settings), 0x0A00 or 0x0B00 (the settings)
  * Holds the exclusive network lock, and that on the settings (waits up to 5 seconds for each). Programs: /bin/cp,
  * /sbin/start and /sbin/stop dhcp-client.
  */

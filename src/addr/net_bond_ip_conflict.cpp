@@ -5,47 +5,37 @@
 #include <string>
 
 #include <zarnnetsdk/addr.h>
-#include <zarnnetsdk/ipv4.h>
-#include <zarnnetsdk/virtual.h>
+#include <zarnnetsdk/net_int.h>
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/facts/bonds.h"
+#include "frame/facts/ovs.h"
+#include "frame/model/ovs.h"
 
 using namespace frame;
 
 namespace {
 
-constexpr int kOvsBond = 2;
-constexpr std::size_t kAddressSize = 1025;  // 1024 characters are compared
-
-std::optional<std::string> ConfiguredAddress(const std::string& ifname) {
-  char address[kAddressSize] = "";
-  if (ZARNILnxGetIPFromCfg(ifname.c_str(), address, sizeof address) < 0) return std::nullopt;
-  return address;
-}
-
 // Callers have room for four characters; a longer name is cut to them.
-void GiveOutPort(std::string_view port, char* out, int size) {
+void CopyShortName(std::string_view port, char* out, int size) {
   constexpr std::size_t kGiven = 4;
   const std::size_t length = std::min(port.size(), kGiven);
   std::memcpy(out, port.data(), length);
   if (length < kGiven || size > static_cast<int>(kGiven)) out[length] = '\0';
 }
 
-// 1 when the port has the bond's address, 0 when not, -1 when its file cannot be read.
-int Compare(std::string_view port, bool ovs, const std::string& bondAddress) {
-  const std::string name = std::string(ovs ? "ovs_" : "").append(port);
-  const auto address = ConfiguredAddress(name);
+// Is the port configured with the bond's address? Nothing when its file cannot be read.
+std::optional<bool> HasAddress(const std::string& port, bool ovs, const std::string& bondAddress) {
+  const std::string name = ovs ? model::OvsDeviceOver(port) : port;
+  const auto address = ipv4::ConfiguredAddress(name);
   if (!address) {
     LOG_ERROR("%s:%d get %s's IP from config failed", name.c_str());
-    return -1;
+    return std::nullopt;
   }
-  if (address->empty()) {
-    LOG_NOTE("%s:%d %s's IP is empty", name.c_str());
-    return 0;
-  }
-  return *address == bondAddress ? 1 : 0;
+  if (address->empty()) LOG_NOTE("%s:%d %s's IP is empty", name.c_str());
+  return !address->empty() && *address == bondAddress;
 }
 
 }  // namespace
@@ -55,23 +45,25 @@ int ZARNNetBondIPConflict(const char* szBond, char* szOutPort, int cbOutPort) {
     if (IsUnfitName(szBond) || szOutPort == nullptr || cbOutPort < 1) {
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }
-    ZARNLINKAGGROPT record{};
-    if (ZARNNetLinkAggrGet(szBond, &record) != 0) {
+    const auto slaves = facts::SlavesOf(szBond);
+    if (!slaves) {
       LOG_ERROR("%s:%d get %s information failed", szBond);
       return -1;
     }
-    const auto bondAddress = ConfiguredAddress(szBond);
+    const auto bondAddress = ipv4::ConfiguredAddress(szBond);
     if (!bondAddress) {
       LOG_ERROR("%s:%d get %s's IP failed", szBond);
       return -1;
     }
-    const bool ovs = KOPANetOVSIfIsMaster(szBond) == kOvsBond;
+    const bool ovs = facts::OvsKindOf(szBond) == ZARNOVS_BOND;
     // A bond takes its settings from its first member, which may still show them.
-    for (int i = 1; i < record.cSlave; ++i) {
-      const std::string_view port = FieldText(record.rgszSlave[i]);
-      const int same = Compare(port, ovs, *bondAddress);
-      if (same == 1) GiveOutPort(port, szOutPort, cbOutPort);
-      if (same != 0) return same;
+    for (std::size_t i = 1; i < slaves->size(); ++i) {
+      const std::string& port = (*slaves)[i];
+      const auto same = HasAddress(port, ovs, *bondAddress);
+      if (!same) return -1;
+      if (!*same) continue;
+      CopyShortName(port, szOutPort, cbOutPort);
+      return 1;
     }
     return 0;
   });

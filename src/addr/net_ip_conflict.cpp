@@ -3,11 +3,12 @@
 #include <vector>
 
 #include <zarnnetsdk/addr.h>
-#include <zarnnetsdk/ipv4.h>
 
+#include "frame/base/address.h"
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/facts/addresses.h"
 #include "frame/facts/net_dev.h"
 #include "frame/model/paths.h"
 #include "frame/os/command.h"
@@ -67,14 +68,14 @@ Macs OwnMacs() {
 std::string AddressFor(const std::string& ifname, const char* given) {
   std::string address = given != nullptr ? given : "";
   if (given == nullptr) {
-    char own[256] = "";
-    if (ZARNILnxGetIP(ifname.c_str(), own, sizeof own) <= 0) {
+    const auto own = facts::KernelAddress(ifname);
+    if (!own) {
       LOG_ERROR("%s:%d %s(%d) ZARNILnxGetIP failed.(%X)", kProbe, __LINE__, KOPACErrGet());
       return {};
     }
-    address = own;
+    address = DottedText(*own);
   }
-  if (BlKOPAIsIpAddr(address.c_str()) == 1) return address;
+  if (ParseHostAddress(address)) return address;
   LOG_ERROR("%s:%d [%s] is not a valid IP address for %s", address.c_str(), ifname.c_str());
   return {};
 }
@@ -113,6 +114,21 @@ bool IsInUse(const char* ifname, const char* address, const Macs& macs) {
   }
 }
 
+// 1 when any other host has one of the addresses, 0 when none has.
+int Probe(const KOPACSZLIST* ifnames, const KOPACSZLIST* addresses, PFNIPCONFLICT tell) {
+  const Macs macs = OwnMacs();
+  int result = 0;
+  for (int i = 0; i < ifnames->nItem; ++i) {
+    const char* const ifname = KOPACSzListGet(ifnames, i);
+    const char* const given = addresses != nullptr ? KOPACSzListGet(addresses, i) : nullptr;
+    const std::string address = AddressFor(ifname, given);
+    if (address.empty() || !IsInUse(ifname, address.c_str(), macs)) continue;
+    result = 1;
+    if (tell != nullptr) tell(ifname, address.c_str());
+  }
+  return result;
+}
+
 int ProbeOne(const char* ifname, const char* address) {
   constexpr int kCapacity = 128;
   StringList ifnames(kCapacity);
@@ -121,7 +137,7 @@ int ProbeOne(const char* ifname, const char* address) {
     LOG_ERROR("%s:%d Failed to settle parameters.");
     return -1;
   }
-  return IpConflictDetectInternal(ifnames.Get(), addresses.Get(), nullptr);
+  return Probe(ifnames.Get(), addresses.Get(), nullptr);
 }
 
 }  // namespace
@@ -132,32 +148,17 @@ int IpConflictDetectInternal(const KOPACSZLIST* pIfnames, const KOPACSZLIST* pAd
     if (pIfnames == nullptr || (pAddrs != nullptr && pAddrs->nItem != pIfnames->nItem)) {
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }
-    const Macs macs = OwnMacs();
-    int result = 0;
-    for (int i = 0; i < pIfnames->nItem; ++i) {
-      const char* const ifname = KOPACSzListGet(pIfnames, i);
-      const char* const given = pAddrs != nullptr ? KOPACSzListGet(pAddrs, i) : nullptr;
-      const std::string address = AddressFor(ifname, given);
-      if (address.empty() || !IsInUse(ifname, address.c_str(), macs)) continue;
-      result = 1;
-      if (pfnConflict != nullptr) pfnConflict(ifname, address.c_str());
-    }
-    return result;
+    return Probe(pIfnames, pAddrs, pfnConflict);
   });
 }
 
 int ZARNIIpConflict(const char* szIfname, const char* szAddr) {
   return Boundary(
       -1,
-      [&](const Place& at) -> int {
+      [&]() -> int {
         if (AnyEmpty({szIfname, szAddr})) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-        char own[256] = "";
-        const int got = ZARNILnxGetIP(szIfname, own, sizeof own);
-        if (got < 0) {
-          LOG_ERROR_FUNC(at, "%s(%d) ZARNILnxGetIP failed.(%X)", KOPACErrGet());
-          return got;
-        }
-        if (got > 0 && std::string_view(own) == szAddr) return 0;
+        const auto own = facts::KernelAddress(szIfname);
+        if (own && DottedText(*own) == szAddr) return 0;
         const int result = ProbeOne(szIfname, szAddr);
         if (result == 1) LOG_DETAIL_PLAIN("%s is conflict at %s", szAddr, szIfname);
         return result;

@@ -81,32 +81,32 @@ std::optional<Ports> UsedPorts(Protocols protocols) {
   return ports;
 }
 
-bool IsRange(int first, int last) {
-  return first >= 1 && first <= last && last <= kMaxPort;
+// Fills the list with the taken ports of a range, as many as it has room for, and counts them all.
+int ListUsed(int first, int last, const char* protocol, int* list, int room) {
+  const auto protocols = ProtocolsOf(protocol);
+  const bool isRange = first >= 1 && first <= last && last <= kMaxPort;
+  if (!isRange || !protocols || room < 0 || (list == nullptr && room > 0))
+    return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+  const auto used = UsedPorts(*protocols);
+  if (!used) return -1;
+  int count = 0;
+  for (int port = first; port <= last; ++port) {
+    if (!used->test(static_cast<std::size_t>(port))) continue;
+    if (count < room) list[count] = port;
+    ++count;
+  }
+  return count;
 }
 
 }  // namespace
 
 int ZARNNetGetPortUsedInRange(int first, int last, const char* szProto, int* rgPort, int cPort) {
-  return Boundary(-1, [&]() -> int {
-    const auto protocols = ProtocolsOf(szProto);
-    if (!IsRange(first, last) || !protocols || cPort < 0 || (rgPort == nullptr && cPort > 0))
-      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    const auto used = UsedPorts(*protocols);
-    if (!used) return -1;
-    int count = 0;
-    for (int port = first; port <= last; ++port) {
-      if (!used->test(static_cast<std::size_t>(port))) continue;
-      if (count < cPort) rgPort[count] = port;
-      ++count;
-    }
-    return count;
-  });
+  return Boundary(-1, [&]() -> int { return ListUsed(first, last, szProto, rgPort, cPort); });
 }
 
 int ZARNNetIsPortRangeUsed(int first, int last, const char* szProto) {
   return Boundary(-1, [&]() -> int {
-    const int count = ZARNNetGetPortUsedInRange(first, last, szProto, nullptr, 0);
+    const int count = ListUsed(first, last, szProto, nullptr, 0);
     return count > 0 ? 1 : count;
   });
 }

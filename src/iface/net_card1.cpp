@@ -2,32 +2,35 @@
 // first Ethernet port, or what covers it: a bond, a bridge, an Open vSwitch device.
 #include <algorithm>
 #include <cstring>
-#include <ctime>
 #include <optional>
 #include <string>
 #include <unistd.h>
 
-#include <zarnnetsdk/addr.h>
 #include <zarnnetsdk/iface.h>
-#include <zarnnetsdk/ipv4.h>
+#include <zarnnetsdk/net_int.h>
 
+#include "frame/base/address.h"
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/base/undo.h"
 #include "frame/facts/net_dev.h"
 #include "frame/facts/ovs.h"
 #include "frame/model/ifcfg.h"
+#include "frame/model/ovs.h"
 #include "frame/model/paths.h"
 #include "frame/os/backup.h"
-#include "frame/os/command.h"
 #include "frame/os/kernel.h"
 #include "frame/os/key_file.h"
 #include "frame/os/lock.h"
+#include "iface/dhcp_client.h"
+#include "iface/records.h"
 
 using namespace frame;
 
 namespace {
 
+// The values of the record's boot protocol.
 constexpr std::int32_t kDhcp = 0;
 constexpr std::int32_t kStatic = 1;
 
@@ -56,21 +59,20 @@ std::string MasterOf(const std::string& ifname) {
   return name.starts_with("ovs-") ? std::string() : std::string(name);
 }
 
-std::string CoverOf(const std::string& ifname) {
+// What an interface is part of, and gives its address to; empty when it stands by itself.
+std::string InterfaceOver(const std::string& ifname) {
   if (const auto bond = facts::OvsBondOf(ifname); bond && !bond->empty()) return *bond;
-  std::string device = "ovs_" + ifname;
-  if (Exists(paths::SysVirtualNet(device))) return device;
-  return MasterOf(ifname);
+  return facts::IsUnderOvs(ifname) ? model::OvsDeviceOver(ifname) : MasterOf(ifname);
 }
 
 // A bond may be in a bridge, and so on; the kernel stacks no more than eight.
 std::optional<std::string> Primary() {
-  constexpr int kMostCovers = 8;
+  constexpr int kMostLayers = 8;
   auto ifname = FirstPort();
-  for (int i = 0; ifname && i < kMostCovers; ++i) {
-    const std::string cover = CoverOf(*ifname);
-    if (cover.empty()) break;
-    ifname = cover;
+  for (int i = 0; ifname && i < kMostLayers; ++i) {
+    const std::string upper = InterfaceOver(*ifname);
+    if (upper.empty()) break;
+    ifname = upper;
   }
   if (!ifname) {
     const InnerError inner;
@@ -85,60 +87,44 @@ bool ReadConfig(const std::string& ifname, ZARNNETIFADDR* config) {
   CopyText(ifname, config->szName);
   if (const auto mac = InetSocket().HardwareAddress(ifname))
     std::memcpy(config->rgMac, mac->data(), mac->size());
-  return ZARNNetIFGetIPConfig(ifname.c_str(), config) == 0;
+  return interfaces::ReadIpConfig(ifname, config);
 }
 
 // ---- writing
 
-int SetStatic(const std::string& ifname, const ZARNNETIFADDR& config) {
+bool SetStatic(const std::string& ifname, const ZARNNETIFADDR& config) {
   const std::string ip(FieldText(config.szIP));
   const std::string mask(FieldText(config.szMask));
-  if (BlKOPAIsIpAddr(ip.c_str()) != 1 || BlKOPAIsValidIpMask(mask.c_str()) != 1)
-    return Fail(ZARNNETERR_MALFORMED_ADDRESS, -1);
-  return ZARNILnxSetIPNetmask(ifname.c_str(), ip.c_str(), mask.c_str());
+  return ParseHostAddress(ip) && ParseMask(mask) && ipv4::SetStatic(ifname, ip, mask);
 }
 
 bool WriteDhcp(const std::string& path, const std::string& ifname) {
-  return KeyEdit()
-      .Set(keys::kDevice, ifname.c_str())
-      .Set(keys::kOnBoot, "yes")
-      .Set(keys::kBootProto, "dhcp")
-      .Drop(keys::kIpAddr)
-      .Drop(keys::kNetmask)
-      .WriteTo(path);
+  KeyEdit edit;
+  edit.Set(keys::kDevice, ifname.c_str()).Set(keys::kOnBoot, "yes");
+  model::SetLeasedAddress(&edit);
+  if (edit.WriteTo(path)) return true;
+  LOG_ERROR("%s:%d Set %s error.", path.c_str());
+  return Fail(ZARNNETERR_WRITE, false);
 }
 
-// The client gives the interface its address; the old one goes when the new one comes.
-int WriteAndStartDhcp(const std::string& path, const std::string& ifname) {
-  if (!WriteDhcp(path, ifname)) {
-    LOG_ERROR("%s:%d Set %s error.", path.c_str());
-    return Fail(ZARNNETERR_WRITE, -1);
-  }
-  const std::string instance = "IFACE=" + ifname;
-  // One that does not run cannot be stopped.
-  static_cast<void>(Run(paths::kStop, "dhcp-client", instance));
-  if (!Run(paths::kStart, "dhcp-client", instance)) {
-    LOG_ERROR("%s:%d unable to start dhcp-client instance on %s", ifname.c_str());
-    return Fail(ZARNNETERR_COMMAND, -1);
-  }
-  return 0;
-}
-
-int SetDhcp(const std::string& ifname) {
+// The client gives the interface its address; the old one goes when the new one comes. On failure
+// the file is as it was.
+bool SetDhcp(const std::string& ifname, const Place& at) {
   const std::string path = paths::Ifcfg(ifname);
-  const bool isNew = !Exists(path);
-  Backup backup(path, Format(".tmp%ld", static_cast<long>(std::time(nullptr))));
-  if (!isNew && !backup.Made()) {
+  const bool isThere = Exists(path);
+  Undo undo;
+  if (!isThere) undo.Add([&] { ::unlink(path.c_str()); });
+  Backup backup(path, model::ChangeSuffix());
+  if (isThere && !backup.Made()) {
     LOG_ERROR("%s:%d Failed to copy %s.", path.c_str());
-    return Fail(ZARNNETERR_COMMAND, -1);
+    return Fail(ZARNNETERR_COMMAND, false);
   }
-  const int result = WriteAndStartDhcp(path, ifname);
-  if (result < 0) {
-    if (isNew) ::unlink(path.c_str());
-    return result;  // the copy takes the place of the file
-  }
+  if (!WriteDhcp(path, ifname)) return false;
+  interfaces::StopDhcpClient(ifname, at);
+  if (!interfaces::StartDhcpClient(ifname, at)) return false;
+  undo.Keep();
   if (!backup.Remove()) LOG_ERROR("%s:%d Failed to remove %s.", backup.CopyName().c_str());
-  return 0;
+  return true;
 }
 
 }  // namespace
@@ -158,18 +144,18 @@ int ZARNNetGetCard1Ex(KOPANetIfInfo* pInfo, ZARNNETIFADDR* pConfig) {
   return Boundary(-1, [&]() -> int {
     if (pInfo == nullptr || pConfig == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     const auto ifname = Primary();
-    KOPANetIfInfo info{};
+    if (!ifname) return -1;
+    const auto info = interfaces::ReadKernelRecord(*ifname);
     ZARNNETIFADDR config{};
-    if (!ifname || ZARNNetIFGetInfo(ifname->c_str(), &info) < 0 || !ReadConfig(*ifname, &config))
-      return -1;
-    *pInfo = info;
+    if (!info || !ReadConfig(*ifname, &config)) return -1;
+    *pInfo = *info;
     *pConfig = config;
     return 0;
   });
 }
 
 int ZARNNetSetCard1(const ZARNNETIFADDR* pConfig) {
-  return Boundary(-1, [&]() -> int {
+  return Boundary(-1, [&](const Place& at) -> int {
     if (pConfig == nullptr || (pConfig->bootProto != kDhcp && pConfig->bootProto != kStatic))
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     const auto ifname = Primary();
@@ -177,11 +163,9 @@ int ZARNNetSetCard1(const ZARNNETIFADDR* pConfig) {
     const std::string_view meant = FieldText(pConfig->szName);
     if (!meant.empty() && meant != *ifname) return Fail(ZARNNETERR_NOT_FOUND, -1);
     const Lock lock(kNetworkWrite);
-    if (!lock.Held()) {
-      const InnerError inner;
-      LOG_ERROR("%s:%d KOPACFileLock failed.[0x%04X %s:%d]", inner.code, inner.file, inner.line);
-      return Fail(ZARNNETERR_LOCK, -1);
-    }
-    return pConfig->bootProto == kStatic ? SetStatic(*ifname, *pConfig) : SetDhcp(*ifname);
+    if (!lock.HeldOrLog()) return -1;
+    const bool isSet =
+        pConfig->bootProto == kStatic ? SetStatic(*ifname, *pConfig) : SetDhcp(*ifname, at);
+    return isSet ? 0 : -1;
   });
 }

@@ -5,11 +5,13 @@
 #include <string_view>
 
 #include <zarnnetsdk/iface.h>
-#include <zarnnetsdk/virtual.h>
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/facts/bonds.h"
+#include "frame/facts/ovs.h"
+#include "frame/model/ovs.h"
 #include "frame/os/kernel.h"
 
 using namespace frame;
@@ -57,25 +59,23 @@ std::optional<std::string> WithoutVlan(std::string_view ifname) {
 
 // A bond answers for its first slave.
 std::optional<std::string> FirstSlave(const std::string& bond) {
-  ZARNLINKAGGROPT record{};
-  if (ZARNNetLinkAggrGet(bond.c_str(), &record) != 0) {
+  const auto slaves = facts::SlavesOf(bond);
+  if (!slaves) {
     LOG_ERROR("%s:%d LinkAddrGet failed [%s]", bond.c_str());
     return std::nullopt;
   }
-  if (record.cSlave <= 0) {
+  if (slaves->empty()) {
     LOG_ERROR("%s:%d No slave on bond [%s]", bond.c_str());
     return std::nullopt;
   }
-  return std::string(FieldText(record.rgszSlave[0]));
+  return slaves->front();
 }
 
 std::optional<std::string> UnderOvsDevice(const std::string& ifname) {
-  char original[IFNAMSIZ] = "";
-  if (KOPANetOVSGetOriginalIf(ifname.c_str(), original, sizeof original) < 0) {
-    LOG_ERROR("%s:%d get ovs origin interface error");
-    return std::nullopt;
-  }
-  return std::string(original);
+  auto port = facts::PortUnder(ifname);
+  if (port && FitsKernel(*port)) return port;
+  LOG_ERROR("%s:%d get ovs origin interface error");
+  return std::nullopt;
 }
 
 // The number of the Ethernet port that a name stands for; nothing, logged, when there is none.
@@ -85,8 +85,9 @@ std::optional<int> PortIndex(const char* ifname) {
     LOG_ERROR("%s:%d Failed to sscanf: %s", ifname);
     return std::nullopt;
   }
-  if (name->starts_with("bond") || name->starts_with("ovs_bond")) name = FirstSlave(*name);
-  if (name && KOPANetOVSIfIsMaster(name->c_str()) > 0) name = UnderOvsDevice(*name);
+  if (name->starts_with("bond") || name->starts_with(model::kOvsBondPrefix))
+    name = FirstSlave(*name);
+  if (name && facts::OvsKindOf(*name) != ZARNOVS_NONE) name = UnderOvsDevice(*name);
   if (!name) return std::nullopt;
   int index = 0;
   if (std::sscanf(name->c_str(), "eth%d", &index) != 1) {  // an alias, eth0:1, is its port
@@ -96,23 +97,28 @@ std::optional<int> PortIndex(const char* ifname) {
   return index;
 }
 
+// The address of a port that the appliance shows, or on request its own.
+MacResult ReadAddress(int index, bool local, char* buffer, int size) {
+  if (!local && ZARNHAIsRunning() == 1) {
+    if (ReadSharedAddress(index, buffer, size)) return kOk;
+    LOG_ERROR("%s:%d Failed to get mac in SHA mode");
+    return kNoSharedAddress;
+  }
+  if (!local && KOPACSupportDualhead() == 1) {
+    LOG_ERROR("%s:%d Failed to get mac in AHA mode");
+    return kTwoHeads;
+  }
+  if (ReadOwnAddress(index, buffer, static_cast<std::size_t>(size))) return kOk;
+  LOG_ERROR("%s:%d Failed to get local original mac");
+  return local ? kBadRequest : kNoOwnAddress;
+}
+
 }  // namespace
 
 int KOPANetGetMacAddr(int index, char* szBuf, int cbBuf, int blLocal) {
   return Boundary(kBadRequest, [&]() -> int {
     if (szBuf == nullptr || cbBuf <= 0) return Fail(ZARNNETERR_BAD_PARAMETER, kBadRequest);
-    if (blLocal == 0 && ZARNHAIsRunning() == 1) {
-      if (ReadSharedAddress(index, szBuf, cbBuf)) return kOk;
-      LOG_ERROR("%s:%d Failed to get mac in SHA mode");
-      return kNoSharedAddress;
-    }
-    if (blLocal == 0 && KOPACSupportDualhead() == 1) {
-      LOG_ERROR("%s:%d Failed to get mac in AHA mode");
-      return kTwoHeads;
-    }
-    if (ReadOwnAddress(index, szBuf, static_cast<std::size_t>(cbBuf))) return kOk;
-    LOG_ERROR("%s:%d Failed to get local original mac");
-    return blLocal != 0 ? kBadRequest : kNoOwnAddress;
+    return ReadAddress(index, blLocal != 0, szBuf, cbBuf);
   });
 }
 
@@ -122,6 +128,6 @@ int KOPANetGetMacAddrByInterface(const char* szIfname, char* szBuf, int cbBuf, i
       return Fail(ZARNNETERR_BAD_PARAMETER, kBadRequest);
     }
     const auto index = PortIndex(szIfname);
-    return index ? KOPANetGetMacAddr(*index, szBuf, cbBuf, blLocal) : kBadRequest;
+    return index ? ReadAddress(*index, blLocal != 0, szBuf, cbBuf) : kBadRequest;
   });
 }

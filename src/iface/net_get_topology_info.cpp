@@ -1,15 +1,13 @@
 // The network topologies of an appliance with a wireless interface, and which one is in force.
-#include <cstdlib>
-#include <memory>
 #include <string>
 #include <strings.h>
 
 #include <zarnnetsdk/iface.h>
-#include <zarnnetsdk/virtual.h>
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/facts/vlans.h"
 #include "frame/model/paths.h"
 #include "frame/os/key_file.h"
 
@@ -33,13 +31,11 @@ uint32_t CurrentTopology() {
 
 // Where a VLAN runs over the uplink, the VLAN is what leads outside.
 void PreferVlan(KOPANETTOPOLOGY* info) {
-  KOPANETVLAN* vlans = nullptr;
-  int count = 0;
-  if (KOPANetVlanEnum(&vlans, &count) < 0) return;
-  const std::unique_ptr<KOPANETVLAN, decltype(&std::free)> owner(vlans, &std::free);
-  for (int i = 0; i < count; ++i) {
-    if (FieldText(vlans[i].szRowDev) != FieldText(info->szUplink)) continue;
-    CopyText(FieldText(vlans[i].szName), info->szUplink);
+  const auto vlans = facts::Vlans();
+  if (!vlans) return;
+  for (const KOPANETVLAN& vlan : *vlans) {
+    if (FieldText(vlan.szRowDev) != FieldText(info->szUplink)) continue;
+    CopyText(FieldText(vlan.szName), info->szUplink);
     return;
   }
 }

@@ -2,8 +2,8 @@
 #include <cstdlib>
 #include <string>
 
-#include <zarnnetsdk/dhcpd.h>
 #include <zarnnetsdk/iface.h>
+#include <zarnnetsdk/net_int.h>
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
@@ -13,11 +13,13 @@
 #include "frame/os/file.h"
 #include "frame/os/key_file.h"
 #include "frame/os/lock.h"
+#include "iface/records.h"
 
 using namespace frame;
 
 namespace {
 
+// The values of the record's boot protocol.
 constexpr std::int32_t kDhcp = 0;
 constexpr std::int32_t kStatic = 1;
 
@@ -27,6 +29,23 @@ bool ReadAddressAndMask(const std::string& path, ZARNNETIFADDR* info) {
 }
 
 }  // namespace
+
+bool interfaces::ReadIpConfig(const std::string& ifname, ZARNNETIFADDR* config) {
+  const Lock lock(kNetworkRead);
+  if (!lock.Held()) {
+    LOG_ERROR("%s:%d KOPACFileLock() failed.(%X)", KOPACErrGet());
+    return Fail(ZARNNETERR_LOCK, false);
+  }
+  if (!dhcpd::IsDhcp(ifname)) {
+    config->bootProto = kStatic;
+    return ReadAddressAndMask(paths::Ifcfg(ifname), config);
+  }
+  config->bootProto = kDhcp;
+  const std::string lease = paths::DhcpInfo(ifname);
+  if (Exists(lease)) return ReadAddressAndMask(lease, config);
+  LOG_NOTE("%s:%d /etc/dhclient/ipv4/dhcpcd-%s.info is not exist", ifname.c_str());
+  return true;
+}
 
 int ZARNNetIfIsStaticIP(const char* szIfname) {
   return Boundary(0, [&]() -> int {
@@ -41,7 +60,7 @@ int ZARNNetIfIsStaticIP(const char* szIfname) {
       LOG_ERROR("%s:%d Get BOOTPROTO key failed.(%X)", KOPACErrGet());
       return 0;
     }
-    return proto.text == "static" ? 1 : 0;
+    return proto.text == model::kStatic ? 1 : 0;
   });
 }
 
@@ -56,22 +75,7 @@ int ZARNNetIFGetIPConfig(const char* szIfname, ZARNNETIFADDR* pNetInfo) {
   return Boundary(-1, [&]() -> int {
     if (IsUnfitName(szIfname)) return InvalidArgument("((void *)0) != szIfname", -1);
     if (pNetInfo == nullptr) return InvalidArgument("NULL != pNetInfo", -1);
-    const Lock lock(kNetworkRead);
-    if (!lock.Held()) {
-      LOG_ERROR("%s:%d KOPACFileLock() failed.(%X)", KOPACErrGet());
-      return Fail(ZARNNETERR_LOCK, -1);
-    }
-    if (BlZARNLnxIsDHCP(szIfname) != 1) {
-      pNetInfo->bootProto = kStatic;
-      return ReadAddressAndMask(paths::Ifcfg(szIfname), pNetInfo) ? 0 : -1;
-    }
-    pNetInfo->bootProto = kDhcp;
-    const std::string lease = paths::DhcpInfo(szIfname);
-    if (!Exists(lease)) {
-      LOG_NOTE("%s:%d /etc/dhclient/ipv4/dhcpcd-%s.info is not exist", szIfname);
-      return 0;
-    }
-    return ReadAddressAndMask(lease, pNetInfo) ? 0 : -1;
+    return interfaces::ReadIpConfig(szIfname, pNetInfo) ? 0 : -1;
   });
 }
 

@@ -6,33 +6,40 @@
 #include "frame/base/text.h"
 #include "frame/facts/record.h"
 #include "frame/os/kernel.h"
+#include "iface/records.h"
 
 using namespace frame;
 
+std::optional<KOPANetIfInfo> interfaces::ReadKernelRecord(const std::string& ifname) {
+  if (IsUnfitName(ifname.c_str())) return Fail(ZARNNETERR_BAD_PARAMETER, std::nullopt);
+  const InetSocket socket;
+  if (!socket.IsOpen()) return Fail(ZARNNETERR_REFUSED, std::nullopt);
+  // Cut, a longer name would be another interface's.
+  const auto flags = FitsKernel(ifname) ? socket.Flags(ifname) : std::nullopt;
+  if (!flags) return Fail(ZARNNETERR_NOT_FOUND, std::nullopt);
+  KOPANetIfInfo info{};
+  facts::FillRecord(socket, ifname, *flags, facts::HasCarrier(ifname, *flags), &info);
+  return info;
+}
+
 int ZARNNetIFGetInfo(const char* szIfname, KOPANetIfInfo* pInfo) {
   return Boundary(-1, [&]() -> int {
-    if (IsUnfitName(szIfname) || pInfo == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    const InetSocket socket;
-    if (!socket.IsOpen()) return Fail(ZARNNETERR_REFUSED, -1);
-    // Cut, a longer name would be another interface's.
-    const auto flags = FitsKernel(szIfname) ? socket.Flags(szIfname) : std::nullopt;
-    if (!flags) return Fail(ZARNNETERR_NOT_FOUND, -1);
-    KOPANetIfInfo info{};
-    facts::FillRecord(socket, szIfname, *flags, facts::HasCarrier(szIfname, *flags), &info);
-    *pInfo = info;
+    if (IsEmpty(szIfname) || pInfo == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const auto info = interfaces::ReadKernelRecord(szIfname);
+    if (!info) return -1;
+    *pInfo = *info;
     return 0;
   });
 }
 
 int ZARNNetIFGetInfoEx(const char* szIfname, KOPANetIfInfo* pInfo, ZARNNETIFADDR* pConfig) {
   return Boundary(-1, [&]() -> int {
-    if (pInfo == nullptr || pConfig == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    KOPANetIfInfo info{};
+    if (IsEmpty(szIfname) || pInfo == nullptr || pConfig == nullptr)
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const auto info = interfaces::ReadKernelRecord(szIfname);
     ZARNNETIFADDR config = *pConfig;
-    if (ZARNNetIFGetInfo(szIfname, &info) < 0 || ZARNNetIFGetIPConfig(szIfname, &config) < 0) {
-      return -1;
-    }
-    *pInfo = info;
+    if (!info || !interfaces::ReadIpConfig(szIfname, &config)) return -1;
+    *pInfo = *info;
     *pConfig = config;
     return 0;
   });

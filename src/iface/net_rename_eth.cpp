@@ -1,34 +1,42 @@
 // Gives a port another name: in the kernel, in its file and in the settings. When a step fails
-// everything is as it was.
+// everything is as it was; what a killed call has left behind is brought to its end by the next
+// one.
+#include <algorithm>
 #include <cerrno>
-#include <cstdio>
-#include <ctime>
 #include <net/if.h>
-#include <new>
 #include <optional>
 #include <string>
 #include <unistd.h>
+#include <vector>
 
 #include <zarnnetsdk/iface.h>
+#include <zarnnetsdk/net_int.h>
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/base/undo.h"
+#include "frame/facts/ovs.h"
 #include "frame/model/ifcfg.h"
 #include "frame/model/mtu.h"
 #include "frame/model/paths.h"
 #include "frame/os/backup.h"
-#include "frame/os/command.h"
-#include "frame/os/containers.h"
 #include "frame/os/file.h"
+#include "frame/os/folder.h"
 #include "frame/os/kernel.h"
 #include "frame/os/key_file.h"
+#include "frame/os/line_file.h"
 #include "frame/os/lock.h"
-#include "virtual/rename_event.h"
+#include "iface/dhcp_client.h"
 
 using namespace frame;
 
 namespace {
+
+struct Names {
+  std::string now;
+  std::string next;
+};
 
 // ---- may it be renamed?
 
@@ -41,204 +49,184 @@ bool IsPortName(const char* name) {
 
 // Bonds, bridges, Open vSwitch and VLANs know their ports by name, in files of their own.
 bool IsBuiltUpon(const std::string& ifname) {
-  StringList covers(4);
-  return KOPACFileEnumDir(paths::SysNet(ifname, "").c_str(), "upper_", covers.Out(), 0) != 0 ||
-         Exists(paths::SysVirtualNet("ovs_" + ifname));
+  const auto uppers = EntriesOf(paths::SysNet(ifname, ""), "upper_");
+  return !uppers || !uppers->empty() || facts::IsUnderOvs(ifname);
 }
 
-bool MayRename(const InetSocket& socket, const char* ifname, const char* newName) {
+// How far an earlier call, which was killed, has come.
+enum class Progress { kNone, kFile, kKernel };
+
+// The lines of an interface file but the one with its name.
+std::optional<std::vector<std::string>> SettingsOf(const std::string& ifname) {
+  auto lines = LinesOf(paths::Ifcfg(ifname));
+  if (!lines) return std::nullopt;
+  const std::string device = std::string(keys::kDevice) + '=';
+  std::erase_if(*lines, [&](const std::string& line) { return line.starts_with(device); });
+  return lines;
+}
+
+// Both files stand only while a rename is under way: the new one is the old one with another name.
+bool IsUnderWay(const Names& names) {
+  if (!Exists(paths::Ifcfg(names.now)) || !Exists(paths::Ifcfg(names.next))) return false;
+  const auto settings = SettingsOf(names.now);
+  return settings && settings == SettingsOf(names.next);
+}
+
+bool IsPort(const InetSocket& socket, const std::string& ifname) {
   const auto flags = socket.Flags(ifname);
   // The socket knows an interface by its other names too; its files do not.
-  if (!flags || (*flags & IFF_LOOPBACK) != 0 || !Exists(paths::SysNet(ifname, ""))) {
-    LOG_ERROR("%s:%d No port %s", ifname);
-    return Fail(ZARNNETERR_NOT_FOUND, false);
+  return flags && (*flags & IFF_LOOPBACK) == 0 && Exists(paths::SysNet(ifname, ""));
+}
+
+// Nothing, logged and with its code, when the port may not be renamed.
+std::optional<Progress> Examine(const InetSocket& socket, const Names& names) {
+  const bool isUnderWay = IsUnderWay(names);
+  const bool isPort = IsPort(socket, names.now);
+  if (!isPort && isUnderWay && !socket.Flags(names.now) && IsPort(socket, names.next))
+    return Progress::kKernel;
+  if (!isPort) {
+    LOG_ERROR("%s:%d No port %s", names.now.c_str());
+    return Fail(ZARNNETERR_NOT_FOUND, std::nullopt);
   }
-  if (socket.Flags(newName) || Exists(paths::Ifcfg(newName))) {
-    LOG_ERROR("%s:%d There is a %s already", newName);
-    return Fail(ZARNNETERR_EXISTS, false);
+  if (socket.Flags(names.next) || (Exists(paths::Ifcfg(names.next)) && !isUnderWay)) {
+    LOG_ERROR("%s:%d There is a %s already", names.next.c_str());
+    return Fail(ZARNNETERR_EXISTS, std::nullopt);
   }
-  if (IsBuiltUpon(ifname)) {
-    LOG_ERROR("%s:%d %s is part of another interface", ifname);
-    return Fail(ZARNNETERR_REFUSED, false);
+  if (IsBuiltUpon(names.now)) {
+    LOG_ERROR("%s:%d %s is part of another interface", names.now.c_str());
+    return Fail(ZARNNETERR_REFUSED, std::nullopt);
   }
-  return true;
+  return isUnderWay ? Progress::kFile : Progress::kNone;
 }
 
 // ---- the files
 
-std::string BackupSuffix() {
-  return Format(".tmp%ld", static_cast<long>(std::time(nullptr)));
+// Makes the interface's file under its new name. The one under the old name stays until the kernel
+// has renamed the port: whenever the machine stops, the port has its settings.
+bool MakeNewFile(const Names& names, Undo* undo) {
+  const std::string path = paths::Ifcfg(names.now);
+  const std::string newPath = paths::Ifcfg(names.next);
+  if (!Exists(path)) return true;
+  // A link has mode and owner from the beginning, and the edit replaces it by a file of its own.
+  const bool isMade = ::link(path.c_str(), newPath.c_str()) == 0 || errno == EEXIST;
+  if (isMade) undo->Add([newPath] { ::unlink(newPath.c_str()); });
+  if (isMade && SetKey(newPath, keys::kDevice, names.next.c_str())) return true;
+  LOG_ERROR("%s:%d Failed to rename the file of %s. %m", names.now.c_str());
+  return Fail(ZARNNETERR_RENAME, false);
 }
 
-// The interface's file under its new name. Without Keep() it gets its old name and content again.
-class FileMove {
- public:
-  FileMove(const char* ifname, const char* newName)
-      : newPath_(paths::Ifcfg(newName)), exists_(Exists(paths::Ifcfg(ifname))) {
-    if (!exists_) return;
-    backup_.emplace(paths::Ifcfg(ifname), BackupSuffix());
-    moved_ = backup_->Made() && std::rename(paths::Ifcfg(ifname).c_str(), newPath_.c_str()) == 0 &&
-             KOPACFileSetKeyValue(newPath_.c_str(), keys::kDevice, newName, kBareLine) >= 0;
+// Gives the MTU a setting under the new name, beside the one under the old name. The backup is that
+// of the settings, where they are touched.
+bool MakeNewSetting(const Names& names, std::optional<Backup>* backup) {
+  const KeyValue mtu = ReadKey(paths::kInfo, model::MtuKey(names.now).c_str(), 16);
+  if (mtu.Found()) {
+    backup->emplace(paths::kInfo, model::ChangeSuffix());
+    const std::string key = model::MtuKey(names.next);
+    if ((*backup)->Made() && SetKey(paths::kInfo, key.c_str(), mtu.text.c_str(), kQuotedLine))
+      return true;
+  } else if (!mtu.Unreadable() || !Exists(paths::kInfo)) {
+    return true;
   }
-  ~FileMove() {
-    if (exists_ && !kept_) ::unlink(newPath_.c_str());  // the backup takes the old name again
-  }
-  FileMove(const FileMove&) = delete;
-  FileMove& operator=(const FileMove&) = delete;
+  LOG_ERROR("%s:%d Failed to rename the setting of %s", names.now.c_str());
+  return false;
+}
 
-  [[nodiscard]] bool Done() const { return !exists_ || moved_; }
-  void Keep() {
-    kept_ = true;
-    if (backup_ && !backup_->Remove())
-      LOG_ERROR("%s:%d Failed to remove %s.", backup_->CopyName().c_str());
-  }
-
- private:
-  std::string newPath_;
-  bool exists_;
-  bool moved_ = false;
-  bool kept_ = false;
-  std::optional<Backup> backup_;
-};
-
-// The MTU under the new name. Without Keep() the settings are as they were.
-class SettingMove {
- public:
-  SettingMove(const char* ifname, const char* newName) {
-    const std::string key = model::MtuKey(ifname);
-    const KeyValue mtu = ReadKey(paths::kInfo, key.c_str(), 16);
-    if (!mtu.Found()) return;
-    backup_.emplace(paths::kInfo, BackupSuffix());
-    StringHash set;
-    StringHash drop;
-    set.Set(model::MtuKey(newName).c_str(), mtu.text.c_str());
-    drop.Set(key.c_str(), "");
-    done_ =
-        backup_->Made() && KOPACFileSetKeys(paths::kInfo, set.Get(), drop.Get(), kQuotedLine) >= 0;
-  }
-
-  [[nodiscard]] bool Done() const { return done_; }
-  void Keep() {
-    if (backup_ && !backup_->Remove())
-      LOG_ERROR("%s:%d Failed to remove %s.", backup_->CopyName().c_str());
-  }
-
- private:
-  std::optional<Backup> backup_;
-  bool done_ = true;
-};
+// The port has its new name, and goes on under it whatever becomes of what the old name had.
+void DropOldNames(const Names& names) {
+  const std::string key = model::MtuKey(names.now);
+  if (ReadKey(paths::kInfo, key.c_str(), 16).Found() && !DropKey(paths::kInfo, key.c_str()))
+    LOG_ERROR("%s:%d Failed to remove the setting of %s", names.now.c_str());
+  const std::string path = paths::Ifcfg(names.now);
+  if (Exists(path) && ::unlink(path.c_str()) != 0)
+    LOG_ERROR("%s:%d Failed to remove %s.", path.c_str());
+}
 
 // ---- the kernel
 
 // Gives an interface that does not come up under its new name the old one again. True when that
 // was done.
-bool TakeBack(const InetSocket& socket, const char* ifname, const char* newName, short flags) {
-  if (!socket.Rename(newName, ifname)) return false;
-  static_cast<void>(socket.SetFlags(ifname, flags));  // nothing more can be done about it
+bool TakeBack(const InetSocket& socket, const Names& names, short flags) {
+  if (!socket.Rename(names.next, names.now)) return false;
+  static_cast<void>(socket.SetFlags(names.now, flags));  // nothing more can be done about it
   return true;
 }
 
 // The kernel renames an interface only while it is down. Whatever happens it is up again
 // afterwards, if it was.
-bool RenameInKernel(const InetSocket& socket, const char* ifname, const char* newName) {
-  const auto flags = socket.Flags(ifname);
+bool RenameInKernel(const InetSocket& socket, const Names& names) {
+  const auto flags = socket.Flags(names.now);
   if (!flags) return false;
   const bool isUp = (*flags & IFF_UP) != 0;
   const auto down = static_cast<short>(*flags & ~IFF_UP);
-  if (isUp && !socket.SetFlags(ifname, down)) return false;
-  const bool renamed = socket.Rename(ifname, newName);
+  if (isUp && !socket.SetFlags(names.now, down)) return false;
+  const bool isRenamed = socket.Rename(names.now, names.next);
   const int error = errno;
-  if (isUp && !socket.SetFlags(renamed ? newName : ifname, *flags)) {
-    LOG_ERROR("%s:%d Failed to bring up %s. %m", renamed ? newName : ifname);
-    return renamed && !TakeBack(socket, ifname, newName, *flags);
+  const std::string& ifname = isRenamed ? names.next : names.now;
+  if (isUp && !socket.SetFlags(ifname, *flags)) {
+    LOG_ERROR("%s:%d Failed to bring up %s. %m", ifname.c_str());
+    return isRenamed && !TakeBack(socket, names, *flags);
   }
   errno = error;
-  return renamed;
+  return isRenamed;
 }
 
-// ---- those who follow the name
+// The call that was killed may have left the port down.
+void BringUpAtBoot(const InetSocket& socket, const std::string& ifname) {
+  const auto flags = socket.Flags(ifname);
+  if (!flags || !KeyIs(paths::Ifcfg(ifname), keys::kOnBoot, "yes")) return;
+  if (!socket.SetFlags(ifname, static_cast<short>(*flags | IFF_UP)))
+    LOG_ERROR("%s:%d Failed to bring up %s. %m", ifname.c_str());
+}
 
-// Tells those who follow the name, before and after. An event that fails stops nothing.
-class Announcement {
- public:
-  Announcement(const char* ifname, const char* newName) {
-    if (KOPACSzListPush(oldNames_.Out(), ifname) < 0 ||
-        KOPACSzListPush(newNames_.Out(), newName) < 0)
-      throw std::bad_alloc();
-    if (!event_.Init()) {
-      LOG_ERROR_PLAIN("KOPAPluginSDKInit failed");
-    } else if (!event_.Before(oldNames_.Get(), newNames_.Get())) {
-      LOG_ERROR_PLAIN("KOPAPluginAction failed");
-    }
-  }
-  void After(int result) {
-    if (!event_.After(oldNames_.Get(), newNames_.Get(), result))
-      LOG_ERROR_PLAIN("KOPAPluginAction failed");
-  }
+// ---- the whole
 
- private:
-  StringList oldNames_{1};
-  StringList newNames_{1};
-  virtual_if::RenameEvent event_;
-};
+bool Rename(const InetSocket& socket, const Names& names, Progress progress) {
+  const bool isAhead = progress != Progress::kKernel;
+  Undo undo;
+  if (isAhead && !MakeNewFile(names, &undo)) return false;
+  const Lock lock(kSettingsWrite);
+  if (!lock.HeldOrLog()) return false;
+  std::optional<Backup> settings;
+  if (!MakeNewSetting(names, &settings)) return false;
+  if (isAhead && !RenameInKernel(socket, names)) {
+    LOG_ERROR("%s:%d Failed to rename %s to %s. %m", names.now.c_str(), names.next.c_str());
+    return Fail(ZARNNETERR_REFUSED, false);
+  }
+  undo.Keep();
+  if (progress != Progress::kNone) BringUpAtBoot(socket, names.next);
+  if (settings && !settings->Remove())
+    LOG_ERROR("%s:%d Failed to remove %s.", settings->CopyName().c_str());
+  DropOldNames(names);
+  return true;
+}
 
 // The client of the old name would go on under it.
-bool StopDhcpClient(const char* ifname) {
-  return Run(paths::kStop, "dhcp-client", Format("IFACE=%s", ifname));
-}
-void StartDhcpClient(const char* ifname) {
-  if (!Run(paths::kStart, "dhcp-client", Format("IFACE=%s", ifname)))
-    LOG_ERROR("%s:%d unable to start dhcp-client instance on %s", ifname);
-}
-
-int Rename(const InetSocket& socket, const char* ifname, const char* newName) {
-  FileMove file(ifname, newName);
-  if (!file.Done()) {
-    LOG_ERROR("%s:%d Failed to rename the file of %s. %m", ifname);
-    return Fail(ZARNNETERR_RENAME, -1);
+int RenameWithClient(const InetSocket& socket, const Names& names, Progress progress,
+                     const Place& at) {
+  const bool onDhcp = KeyIs(paths::Ifcfg(names.now), keys::kBootProto, model::kDhcp);
+  if (onDhcp) interfaces::StopDhcpClient(names.now, at);
+  const bool isRenamed = Rename(socket, names, progress);
+  if (onDhcp) {
+    ::unlink(paths::DhcpInfo(names.now).c_str());  // the client writes one for the name it gets
+    // The port keeps its new name without a client, too: the code tells of it.
+    static_cast<void>(interfaces::StartDhcpClient(isRenamed ? names.next : names.now, at));
   }
-  const Lock settings(kSettingsWrite);
-  if (!settings.Held()) {
-    const InnerError inner;
-    LOG_ERROR("%s:%d Failed to lock zarninfo [0x%04X %s:%d]", inner.code, inner.file, inner.line);
-    return Fail(ZARNNETERR_LOCK, -1);
-  }
-  SettingMove setting(ifname, newName);
-  if (!setting.Done()) {
-    LOG_ERROR("%s:%d Failed to rename the setting of %s", ifname);
-    return Fail(ZARNNETERR_WRITE, -1);
-  }
-  if (!RenameInKernel(socket, ifname, newName)) {
-    LOG_ERROR("%s:%d Failed to rename %s to %s. %m", ifname, newName);
-    return Fail(ZARNNETERR_REFUSED, -1);
-  }
-  setting.Keep();
-  file.Keep();
-  return 0;
+  return isRenamed ? 0 : -1;
 }
 
 }  // namespace
 
 int ZARNNetRenameEth(const char* szOld, const char* szNew) {
-  return Boundary(-1, [&]() -> int {
+  return Boundary(-1, [&](const Place& at) -> int {
     if (!IsPortName(szOld) || !IsPortName(szNew)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     const Lock lock(kNetworkWrite);
-    if (!lock.Held()) {
-      const InnerError inner;
-      LOG_ERROR("%s:%d KOPACFileLock failed.[0x%04X %s:%d]", inner.code, inner.file, inner.line);
-      return Fail(ZARNNETERR_LOCK, -1);
-    }
+    if (!lock.HeldOrLog()) return -1;
     const InetSocket socket;
-    if (!MayRename(socket, szOld, szNew)) return -1;
-    Announcement announcement(szOld, szNew);
-    const bool onDhcp =
-        KeyIs(paths::Ifcfg(szOld), keys::kBootProto, "dhcp") && StopDhcpClient(szOld);
-    const int result = Rename(socket, szOld, szNew);
-    if (onDhcp) {
-      ::unlink(paths::DhcpInfo(szOld).c_str());  // the client writes one for the name it gets
-      StartDhcpClient(result == 0 ? szNew : szOld);
-    }
-    announcement.After(result);
-    return result;
+    if (!socket.IsOpen()) return Fail(ZARNNETERR_OPEN, -1);
+    const Names names{szOld, szNew};
+    const auto progress = Examine(socket, names);
+    if (!progress) return -1;
+    return ipv4::WhileRenaming(ipv4::Renamed::kPort, {names.now}, {names.next},
+                               [&] { return RenameWithClient(socket, names, *progress, at); });
   });
 }
