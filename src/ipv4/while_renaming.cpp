@@ -4,6 +4,7 @@
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
+#include "frame/model/events.h"
 #include "frame/os/containers.h"
 #include "frame/os/plugin_event.h"
 #include "ipv4/rename_arguments.h"
@@ -56,7 +57,7 @@ int ipv4::WhileRenaming(Renamed what, const std::vector<std::string>& oldNames,
     names.Add(name.c_str());
 
   PluginEvent event;
-  const bool begun = event.Init("net", "net/ifname_change");
+  const bool begun = event.Init(events::kNet, events::kIfnameChange);
   if (!begun) {
     LogNotBegun(what, at);
     if (what != Renamed::kPort) return -1;

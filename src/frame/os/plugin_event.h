@@ -1,12 +1,13 @@
 // One event of the plugin facility, released when its scope ends.
 #pragma once
 
+#include <zarnnetsdk/ipv4.h>
 #include <zarnsdk/zarnsdk.h>
 
 namespace frame {
 
-inline constexpr int kStageBefore = 4;
-inline constexpr int kStageAfter = 5;
+inline constexpr int kStageBefore = ZARNNETSTAGE_BEFORE;
+inline constexpr int kStageAfter = ZARNNETSTAGE_AFTER;
 
 // Each operation answers false when the plugin SDK refuses.
 class PluginEvent {
@@ -28,7 +29,7 @@ class PluginEvent {
   [[nodiscard]] bool Set(const char* name, int value) {
     return KOPAPluginSetArgByInt(handle_, name, value) >= 0;
   }
-  // For who sets arguments by the SDK's type.
+  // For the functions of the C interface, which take the SDK's type.
   [[nodiscard]] PKOPAPLUGIN Handle() const { return handle_; }
   [[nodiscard]] bool Fire(int stage) { return KOPAPluginAction(stage, handle_) >= 0; }
 
