@@ -99,7 +99,7 @@ const char* ZARNNetNtoa(uint32_t value);
  * @param szAddr  address with prefix or mask, as ipcalc takes it
  * @param szOut   receives the address
  * @param cbOut   size of szOut in bytes; also bounds the line that is read from ipcalc
- * @return 0; -1 with 0x0D00 for a missing argument, or when ipcalc is missing or prints no usable line
+ * @return 0; -1 with 0x0D00 (a missing argument) or 0x2A00 (ipcalc is missing or prints no usable line)
  */
 int ZARNNetCalBroadcast(const char* szAddr, char* szOut, int cbOut);
 
