@@ -6,7 +6,6 @@
 #include <cstring>
 #include <string>
 #include <strings.h>
-#include <unistd.h>
 
 #include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/ipv6.h>
@@ -21,6 +20,7 @@
 #include "frame/model/paths.h"
 #include "frame/os/file.h"
 #include "frame/os/key_file.h"
+#include "frame/os/wait.h"
 #include "ipv4/flush.h"
 
 using namespace frame;
@@ -55,13 +55,6 @@ bool HasTentativeLinkLocal(const std::string& ifname) {
          });
 }
 
-void WaitForLinkLocal(const std::string& ifname) {
-  constexpr int kTries = 10;
-  constexpr useconds_t kPause = 500'000;
-  for (int i = 0; i < kTries && HasTentativeLinkLocal(ifname); ++i)
-    ::usleep(kPause);
-}
-
 }  // namespace
 
 bool ipv4::SwitchV6(const std::string& ifname, bool on) {
@@ -69,7 +62,7 @@ bool ipv4::SwitchV6(const std::string& ifname, bool on) {
     return facts::IsOfKind(ifname, ZARNNETKIND_ALL);
   }
   if (!WriteSwitch(paths::Ipv6Switch(ifname), on)) return false;
-  if (on) WaitForLinkLocal(ifname);
+  if (on) WaitWhile([&] { return HasTentativeLinkLocal(ifname); });
   return true;
 }
 

@@ -5,7 +5,6 @@
 #include <optional>
 #include <string>
 
-#include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/ipv4.h>
 #include <zarnnetsdk/net_int.h>
 
@@ -13,6 +12,7 @@
 #include "frame/base/log.h"
 #include "frame/base/text.h"
 #include "frame/facts/bonds.h"
+#include "frame/facts/driver.h"
 #include "frame/facts/ovs.h"
 #include "frame/os/wait.h"
 #include "ipv4/hooks.h"
@@ -61,12 +61,12 @@ bool SetInterface(const std::string& mtu, const std::string& ifname) {
     LOG_ERROR("%s:%d Failed to ifconfig MTU Value(0x%04X)", KOPACErrGet());
     return false;
   }
-  ZARNNETETHINFO info{};
-  if (ZARNNetGetEthInfo(ifname.c_str(), &info) < 0) {
+  const auto driver = facts::DriverInfoOf(ifname);
+  if (!driver) {
     LOG_ERROR("%s:%d Can not get EthInfo(%X).", KOPACErrGet());
     return false;
   }
-  if (IsJumboOnSlowLink(info.speed, mtu)) {
+  if (IsJumboOnSlowLink(driver->speed, mtu)) {
     LOG_WARN("%s:%d Skip setting Jumbo MTU %s to %s which link-speed is lower than 1Gbps.",
              mtu.c_str(), ifname.c_str());
     return true;
