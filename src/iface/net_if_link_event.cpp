@@ -22,7 +22,7 @@ int Fire(const char* event, const char* ifname) {
     LOG_ERROR_PLAIN("KOPAPluginSetArg failed, interface = %s", ifname);
     return -1;
   }
-  if (!plugin.Fire(kStageAfter)) {
+  if (!plugin.Fire(ZARNNETSTAGE_AFTER)) {
     LOG_ERROR_PLAIN("KOPAPluginAction failed");
     return -1;
   }

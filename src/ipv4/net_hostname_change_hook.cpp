@@ -19,7 +19,7 @@ bool ipv4::TellHostnameChange(const std::string& hostname) {
     LOG_ERROR_PLAIN("KOPAPluginSetArg failed, hostname = %s", hostname.c_str());
     return false;
   }
-  if (!plugin.Fire(kStageAfter)) {
+  if (!plugin.Fire(ZARNNETSTAGE_AFTER)) {
     LOG_ERROR_PLAIN("KOPAPluginAction failed");
     return false;
   }

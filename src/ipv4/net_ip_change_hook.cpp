@@ -45,7 +45,7 @@ bool ipv4::TellAddressChange(Family family, const char* ifname, const char* form
   return plugin.Set(events::kIfname, ifname) && plugin.Set(events::kOriginAddress, former) &&
          plugin.Set(events::kNewAddress, wanted) &&
          plugin.Set(events::kPrefixLength, prefixText.c_str()) &&
-         plugin.Set(events::kIsLink, *link ? "true" : "false") && plugin.Fire(kStageBefore);
+         plugin.Set(events::kIsLink, *link ? "true" : "false") && plugin.Fire(ZARNNETSTAGE_BEFORE);
 }
 
 int ZARNNetIPChangePreHook(int type, const char* szIfname, const char* szOld, const char* szNew,

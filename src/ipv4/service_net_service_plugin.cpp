@@ -35,10 +35,10 @@ int KOPAServicePlugin(int daemonAction, unsigned int flags) {
       LOG_ERROR("%s:%d Fail to do plugin init[0x%04X %s:%d]", inner.code, inner.file, inner.line);
       return -1;
     }
-    if (!FireStage(&plugin, kStageBefore, daemonAction, flags)) {
+    if (!FireStage(&plugin, ZARNNETSTAGE_BEFORE, daemonAction, flags)) {
       LOG_ERROR("%s:%d Fail to execute service plugin (PRE)");
     }
-    if (!FireStage(&plugin, kStageAfter, daemonAction, flags)) {
+    if (!FireStage(&plugin, ZARNNETSTAGE_AFTER, daemonAction, flags)) {
       LOG_ERROR("%s:%d Fail to execute service plugin (POST)");
     }
     return 0;

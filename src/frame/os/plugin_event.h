@@ -1,13 +1,10 @@
 // One event of the plugin facility, released when its scope ends.
 #pragma once
 
-#include <zarnnetsdk/ipv4.h>
+#include <zarnnetsdk/ipv4.h>  // the stages
 #include <zarnsdk/zarnsdk.h>
 
 namespace frame {
-
-inline constexpr int kStageBefore = ZARNNETSTAGE_BEFORE;
-inline constexpr int kStageAfter = ZARNNETSTAGE_AFTER;
 
 // Each operation answers false when the plugin SDK refuses.
 class PluginEvent {
@@ -31,6 +28,7 @@ class PluginEvent {
   }
   // For the functions of the C interface, which take the SDK's type.
   [[nodiscard]] PKOPAPLUGIN Handle() const { return handle_; }
+  // The stage is a ZARNNETSTAGE_...
   [[nodiscard]] bool Fire(int stage) { return KOPAPluginAction(stage, handle_) >= 0; }
 
  private:
