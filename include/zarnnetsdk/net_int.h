@@ -44,14 +44,16 @@ bool StoreMtu(const std::string& ifname, const std::string& mtu);
 bool TellDnsChange(int stage, const KOPACSZLIST* servers);
 bool TellDnsConfigChange(int stage, const char* ifname, const KOPACSZLIST* servers);
 
+// What takes new names: it decides the lines that tell of a failed event, and whether the work is
+// done where the event cannot even be begun. A port's is; the others end with -1.
+enum class Renamed { kVlan, kBond, kPort };
+
 // Tells those who follow the names, before the work and after it, that interfaces take other
 // interfaces' places; answers what the work answers. A failure of the event is logged in the
-// caller's name and stops nothing; one that cannot even be begun ends the call where the caller's
-// contract says so.
-enum class WithoutEvent { kFail, kGoOn };
-int WhileRenaming(const std::vector<std::string>& oldNames,
-                  const std::vector<std::string>& newNames, WithoutEvent withoutEvent,
-                  const std::function<int()>& work, const frame::Place& at = {});
+// caller's name and stops nothing. Work that runs out of memory ends with -1 and 0x0200.
+int WhileRenaming(Renamed what, const std::vector<std::string>& oldNames,
+                  const std::vector<std::string>& newNames, const std::function<int()>& work,
+                  const frame::Place& at = {});
 
 }  // namespace ipv4
 

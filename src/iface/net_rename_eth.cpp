@@ -4,12 +4,12 @@
 #include <cstdio>
 #include <ctime>
 #include <net/if.h>
-#include <new>
 #include <optional>
 #include <string>
 #include <unistd.h>
 
 #include <zarnnetsdk/iface.h>
+#include <zarnnetsdk/net_int.h>
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
@@ -24,7 +24,6 @@
 #include "frame/os/kernel.h"
 #include "frame/os/key_file.h"
 #include "frame/os/lock.h"
-#include "virtual/rename_event.h"
 
 using namespace frame;
 
@@ -158,30 +157,6 @@ bool RenameInKernel(const InetSocket& socket, const char* ifname, const char* ne
 
 // ---- those who follow the name
 
-// Tells those who follow the name, before and after. An event that fails stops nothing.
-class Announcement {
- public:
-  Announcement(const char* ifname, const char* newName) {
-    if (KOPACSzListPush(oldNames_.Out(), ifname) < 0 ||
-        KOPACSzListPush(newNames_.Out(), newName) < 0)
-      throw std::bad_alloc();
-    if (!event_.Init()) {
-      LOG_ERROR_PLAIN("KOPAPluginSDKInit failed");
-    } else if (!event_.Before(oldNames_.Get(), newNames_.Get())) {
-      LOG_ERROR_PLAIN("KOPAPluginAction failed");
-    }
-  }
-  void After(int result) {
-    if (!event_.After(oldNames_.Get(), newNames_.Get(), result))
-      LOG_ERROR_PLAIN("KOPAPluginAction failed");
-  }
-
- private:
-  StringList oldNames_{1};
-  StringList newNames_{1};
-  virtual_if::RenameEvent event_;
-};
-
 // The client of the old name would go on under it.
 bool StopDhcpClient(const char* ifname) {
   return Run(paths::kStop, "dhcp-client", Format("IFACE=%s", ifname));
@@ -217,6 +192,17 @@ int Rename(const InetSocket& socket, const char* ifname, const char* newName) {
   return 0;
 }
 
+int RenameWithClient(const InetSocket& socket, const char* ifname, const char* newName) {
+  const bool onDhcp =
+      KeyIs(paths::Ifcfg(ifname), keys::kBootProto, "dhcp") && StopDhcpClient(ifname);
+  const int result = Rename(socket, ifname, newName);
+  if (onDhcp) {
+    ::unlink(paths::DhcpInfo(ifname).c_str());  // the client writes one for the name it gets
+    StartDhcpClient(result == 0 ? newName : ifname);
+  }
+  return result;
+}
+
 }  // namespace
 
 int ZARNNetRenameEth(const char* szOld, const char* szNew) {
@@ -230,15 +216,7 @@ int ZARNNetRenameEth(const char* szOld, const char* szNew) {
     }
     const InetSocket socket;
     if (!MayRename(socket, szOld, szNew)) return -1;
-    Announcement announcement(szOld, szNew);
-    const bool onDhcp =
-        KeyIs(paths::Ifcfg(szOld), keys::kBootProto, "dhcp") && StopDhcpClient(szOld);
-    const int result = Rename(socket, szOld, szNew);
-    if (onDhcp) {
-      ::unlink(paths::DhcpInfo(szOld).c_str());  // the client writes one for the name it gets
-      StartDhcpClient(result == 0 ? szNew : szOld);
-    }
-    announcement.After(result);
-    return result;
+    return ipv4::WhileRenaming(ipv4::Renamed::kPort, {szOld}, {szNew},
+                               [&] { return RenameWithClient(socket, szOld, szNew); });
   });
 }

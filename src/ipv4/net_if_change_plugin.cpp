@@ -1,10 +1,18 @@
-// The arguments of the event that one interface takes another's place.
+// The arguments of the event that interfaces take other interfaces' places.
 #include <zarnnetsdk/ipv4.h>
 
 #include "frame/base/boundary.h"
 #include "frame/base/error.h"
+#include "ipv4/rename_arguments.h"
 
 using namespace frame;
+
+bool ipv4::SetRenameArguments(PKOPAPLUGIN event, const KOPACSZLIST* oldNames,
+                              const KOPACSZLIST* newNames, int result) {
+  return KOPAPluginSetArgByArray(event, "ORIGIN_IFNAME", oldNames) >= 0 &&
+         KOPAPluginSetArgByArray(event, "IFNAME", newNames) >= 0 &&
+         KOPAPluginSetArgByInt(event, "RESULT", result) >= 0;
+}
 
 int KOPANetIFChgPluginSetArgs(PKOPAPLUGIN pPlugin, const KOPACSZLIST* pOldNames,
                               const KOPACSZLIST* pNewNames, int result) {
@@ -12,9 +20,6 @@ int KOPANetIFChgPluginSetArgs(PKOPAPLUGIN pPlugin, const KOPACSZLIST* pOldNames,
     if (pPlugin == nullptr || pOldNames == nullptr || pNewNames == nullptr) {
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }
-    const bool set = KOPAPluginSetArgByArray(pPlugin, "ORIGIN_IFNAME", pOldNames) >= 0 &&
-                     KOPAPluginSetArgByArray(pPlugin, "IFNAME", pNewNames) >= 0 &&
-                     KOPAPluginSetArgByInt(pPlugin, "RESULT", result) >= 0;
-    return set ? 0 : -1;
+    return ipv4::SetRenameArguments(pPlugin, pOldNames, pNewNames, result) ? 0 : -1;
   });
 }

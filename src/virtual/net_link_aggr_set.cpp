@@ -5,6 +5,7 @@
 #include <unistd.h>
 #include <vector>
 
+#include <zarnnetsdk/net_int.h>
 #include <zarnnetsdk/virtual.h>
 
 #include "frame/base/boundary.h"
@@ -13,15 +14,19 @@
 #include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
 #include "frame/os/command.h"
-#include "frame/os/containers.h"
 #include "frame/os/key_file.h"
-#include "virtual/rename_event.h"
 
 using namespace frame;
 
 namespace {
 
 constexpr uint32_t kLastMode = 8;
+
+using Names = std::vector<std::string>;
+
+Names SlavesOf(const ZARNLINKAGGROPT& record) {
+  return {record.rgszSlave, record.rgszSlave + record.cSlave};
+}
 
 enum class Kind { kCreate, kChange, kDelete };
 
@@ -177,30 +182,11 @@ int Restart(Kind kind, ZARNLINKAGGROPT* wanted, ZARNLINKAGGROPT* present) {
 // A restart that the rest of the appliance hears of, before and after: the bond takes the places of
 // its slaves, or they take its.
 int RestartWithEvent(Kind kind, ZARNLINKAGGROPT* wanted, ZARNLINKAGGROPT* present) {
-  StringList bond(1);
-  StringList slaves(ZARNLINKAGGR_MAX_SLAVE);
-  bond.Add(wanted->szName);
-  for (int i = 0; i < wanted->cSlave; ++i)
-    slaves.Add(wanted->rgszSlave[i]);
-  const StringList& oldNames = kind == Kind::kCreate ? slaves : bond;
-  const StringList& newNames = kind == Kind::kCreate ? bond : slaves;
-  virtual_if::RenameEvent event;
-  if (!event.Init()) {
-    LOG_ERROR("%s:%d plugin sdk init failed");
-    return -1;
-  }
-  if (!event.Before(oldNames.Get(), newNames.Get())) {
-    const InnerError inner;
-    LOG_ERROR("%s:%d Fail to execute net plugin (PRE) [0x%04X %s:%d]", inner.code, inner.file,
-              inner.line);
-  }
-  const int result = Restart(kind, wanted, present);
-  if (!event.After(oldNames.Get(), newNames.Get(), result)) {
-    const InnerError inner;
-    LOG_ERROR("%s:%d Fail to execute net plugin (POST) [0x%04X %s:%d]", inner.code, inner.file,
-              inner.line);
-  }
-  return result;
+  const Names bond = {wanted->szName};
+  const Names slaves = SlavesOf(*wanted);
+  const bool create = kind == Kind::kCreate;
+  return ipv4::WhileRenaming(ipv4::Renamed::kBond, create ? slaves : bond, create ? bond : slaves,
+                             [&] { return Restart(kind, wanted, present); });
 }
 
 }  // namespace

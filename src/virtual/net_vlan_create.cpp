@@ -7,6 +7,7 @@
 #include <zarnnetsdk/addr.h>
 #include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/ipv4.h>
+#include <zarnnetsdk/net_int.h>
 #include <zarnnetsdk/pppoe.h>
 #include <zarnnetsdk/virtual.h>
 
@@ -15,9 +16,7 @@
 #include "frame/base/text.h"
 #include "frame/model/paths.h"
 #include "frame/os/command.h"
-#include "frame/os/containers.h"
 #include "frame/os/rewrite.h"
-#include "virtual/rename_event.h"
 #include "virtual/vlan_files.h"
 #include "virtual/vlan_followers.h"
 
@@ -105,33 +104,6 @@ int Create(const KOPANETVLAN& vlan, const ZARNNETIFSETTINGS& settings) {
   return vlan::MoveDhcpServer(parent, name) ? 0 : -1;
 }
 
-int CreateAndTell(const KOPANETVLAN& vlan, const ZARNNETIFSETTINGS& settings) {
-  StringList oldNames(1);
-  StringList newNames(1);
-  if (KOPACSzListPush(oldNames.Out(), vlan.szRowDev) < 0 ||
-      KOPACSzListPush(newNames.Out(), vlan.szName) < 0) {
-    return Fail(ZARNNETERR_NO_MEMORY, -1);
-  }
-  virtual_if::RenameEvent event;
-  if (!event.Init()) {
-    const InnerError inner;
-    LOG_ERROR("%s:%d Fail to init plugin) [0x%04X %s:%d]", inner.code, inner.file, inner.line);
-    return -1;
-  }
-  if (!event.Before(oldNames.Get(), newNames.Get())) {
-    const InnerError inner;
-    LOG_ERROR("%s:%d Fail to execute net plugin (PRE) [0x%04X %s:%d]", inner.code, inner.file,
-              inner.line);
-  }
-  const int result = Create(vlan, settings);
-  if (!event.After(oldNames.Get(), newNames.Get(), result)) {
-    const InnerError inner;
-    LOG_ERROR("%s:%d Fail to execute net plugin (POST) [0x%04X %s:%d]", inner.code, inner.file,
-              inner.line);
-  }
-  return result;
-}
-
 }  // namespace
 
 int KOPANetVlanCreate(const char* szRowDev, unsigned int id, const ZARNNETIFSETTINGS* pSettings) {
@@ -148,6 +120,7 @@ int KOPANetVlanCreate(const char* szRowDev, unsigned int id, const ZARNNETIFSETT
     CopyText(name, vlan.szName);
     CopyText(szRowDev, vlan.szRowDev);
     vlan.id = static_cast<int32_t>(id);
-    return CreateAndTell(vlan, *pSettings);
+    return ipv4::WhileRenaming(ipv4::Renamed::kVlan, {szRowDev}, {name},
+                               [&] { return Create(vlan, *pSettings); });
   });
 }

@@ -2,6 +2,7 @@
 #include <string>
 #include <unistd.h>
 
+#include <zarnnetsdk/net_int.h>
 #include <zarnnetsdk/pppoe.h>
 #include <zarnnetsdk/virtual.h>
 
@@ -11,9 +12,7 @@
 #include "frame/model/mtu.h"
 #include "frame/model/paths.h"
 #include "frame/os/command.h"
-#include "frame/os/containers.h"
 #include "frame/os/rewrite.h"
-#include "virtual/rename_event.h"
 #include "virtual/vlan_files.h"
 #include "virtual/vlan_followers.h"
 
@@ -63,29 +62,7 @@ int KOPANetVlanRemove(const char* szVlan) {
     if (IsUnfitName(szVlan)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     KOPANETVLAN vlan{};
     if (KOPANetVlanGet(szVlan, &vlan) != 1) return -1;
-    StringList oldNames(1);
-    StringList newNames(1);
-    if (KOPACSzListPush(oldNames.Out(), vlan.szName) < 0 ||
-        KOPACSzListPush(newNames.Out(), vlan.szRowDev) < 0) {
-      return Fail(ZARNNETERR_NO_MEMORY, -1);
-    }
-    virtual_if::RenameEvent event;
-    if (!event.Init()) {
-      const InnerError inner;
-      LOG_ERROR("%s:%d Fail to init plugin) [0x%04X %s:%d]", inner.code, inner.file, inner.line);
-      return -1;
-    }
-    if (!event.Before(oldNames.Get(), newNames.Get())) {
-      const InnerError inner;
-      LOG_ERROR("%s:%d Fail to execute net plugin (PRE) [0x%04X %s:%d]", inner.code, inner.file,
-                inner.line);
-    }
-    const int result = Remove(vlan);
-    if (!event.After(oldNames.Get(), newNames.Get(), result)) {
-      const InnerError inner;
-      LOG_ERROR("%s:%d Fail to execute net plugin (POST) [0x%04X %s:%d]", inner.code, inner.file,
-                inner.line);
-    }
-    return result;
+    return ipv4::WhileRenaming(ipv4::Renamed::kVlan, {vlan.szName}, {vlan.szRowDev},
+                               [&] { return Remove(vlan); });
   });
 }

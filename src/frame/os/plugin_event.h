@@ -28,6 +28,8 @@ class PluginEvent {
   [[nodiscard]] bool Set(const char* name, int value) {
     return KOPAPluginSetArgByInt(handle_, name, value) >= 0;
   }
+  // For who sets arguments by the SDK's type.
+  [[nodiscard]] PKOPAPLUGIN Handle() const { return handle_; }
   [[nodiscard]] bool Fire(int stage) { return KOPAPluginAction(stage, handle_) >= 0; }
 
  private:
