@@ -2,6 +2,7 @@
 #include <string>
 
 #include <zarnnetsdk/ipv4.h>
+#include <zarnnetsdk/net_int.h>
 #include <zarnnetsdk/virtual.h>
 
 #include "frame/base/boundary.h"
@@ -38,46 +39,49 @@ bool Store(const char* ifname, const char* mtu) {
 
 }  // namespace
 
+std::optional<std::string> ipv4::StoredMtu(const std::string& ifname) {
+  constexpr Place kAt(__FILE__, __LINE__, "ZARNConfGetMTUValue");
+  constexpr std::size_t kSize = 1024;
+  const std::string owner = SettingOwner(ifname.c_str());
+  const KeyValue mtu = ReadKey(paths::kInfo, model::MtuKey(owner).c_str(), kSize);
+  if (mtu.Unreadable()) {
+    LOG_ERROR_FUNC(kAt, "%s (%d) Failed to get %s_mtu (%X)", owner.c_str(), KOPACErrGet());
+    return std::nullopt;
+  }
+  return mtu.Found() ? mtu.text : kDefaultMtu;
+}
+
+bool ipv4::StoreMtu(const std::string& ifname, const std::string& mtu) {
+  const std::string owner = SettingOwner(ifname.c_str());
+  KOPANETVLAN vlan{};
+  const int isVlan = KOPANetVlanGet(owner.c_str(), &vlan);
+  // Where the kernel cannot be asked nothing is stored and nothing is wrong: callers rely on it.
+  if (isVlan < 0) return true;
+  Lock lock(kSettingsWrite);
+  if (!lock.HeldOrLog()) return false;
+  const bool parentStored = isVlan != 1 || Store(vlan.szRowDev, mtu.c_str());
+  const bool stored = Store(owner.c_str(), mtu.c_str());
+  if (!lock.Release()) {
+    const InnerError inner;
+    LOG_ERROR("%s:%d Failed to unlock zarninfo[0x%04X %s:%d]", inner.code, inner.file, inner.line);
+    return false;
+  }
+  return parentStored && stored;
+}
+
 int ZARNConfGetMTUValue(const char* szIfname, char* szBuf, int cbBuf) {
-  return Boundary(-1, [&](const Place& at) -> int {
+  return Boundary(-1, [&]() -> int {
     if (IsEmpty(szIfname) || szBuf == nullptr || cbBuf <= 0)
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    const auto size = static_cast<std::size_t>(cbBuf);
-    const std::string owner = SettingOwner(szIfname);
-    CopyText("", szBuf, size);
-    const int length =
-        KOPACFileGetKeyValue(paths::kInfo, model::MtuKey(owner).c_str(), szBuf, size, 0);
-    if (length < 0) {
-      LOG_ERROR_FUNC(at, "%s (%d) Failed to get %s_mtu (%X)", owner.c_str(), KOPACErrGet());
-      return -1;
-    }
-    if (length == 0) CopyText(kDefaultMtu, szBuf, size);
-    return 0;
+    const auto mtu = ipv4::StoredMtu(szIfname);
+    CopyText(mtu.value_or(""), szBuf, static_cast<std::size_t>(cbBuf));
+    return mtu ? 0 : -1;
   });
 }
 
 int ZARNConfSetMTUValue(const char* szMTU, const char* szIfname) {
   return Boundary(-1, [&]() -> int {
     if (AnyEmpty({szMTU, szIfname})) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    const std::string owner = SettingOwner(szIfname);
-    KOPANETVLAN vlan{};
-    const int isVlan = KOPANetVlanGet(owner.c_str(), &vlan);
-    // Where the kernel cannot be asked nothing is stored and nothing is wrong: callers rely on it.
-    if (isVlan < 0) return 0;
-    Lock lock(kSettingsWrite);
-    if (!lock.Held()) {
-      const InnerError inner;
-      LOG_ERROR("%s:%d Failed to lock zarninfo [0x%04X %s:%d]", inner.code, inner.file, inner.line);
-      return -1;
-    }
-    const bool parentStored = isVlan != 1 || Store(vlan.szRowDev, szMTU);
-    const bool stored = Store(owner.c_str(), szMTU);
-    if (!lock.Release()) {
-      const InnerError inner;
-      LOG_ERROR("%s:%d Failed to unlock zarninfo[0x%04X %s:%d]", inner.code, inner.file,
-                inner.line);
-      return -1;
-    }
-    return parentStored && stored ? 0 : -1;
+    return ipv4::StoreMtu(szIfname, szMTU) ? 0 : -1;
   });
 }

@@ -1,5 +1,6 @@
 // Tells the appliance that the configured, or the active, DNS servers change.
 #include <zarnnetsdk/ipv4.h>
+#include <zarnnetsdk/net_int.h>
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
@@ -32,30 +33,38 @@ bool Fire(PluginEvent* plugin, int stage) {
 
 }  // namespace
 
+bool ipv4::TellDnsConfigChange(int stage, const char* ifname, const KOPACSZLIST* servers) {
+  PluginEvent plugin;
+  if (!plugin.Init("net", "net/dns_config_change")) {
+    LOG_ERROR("%s:%d KOPAPluginSDKInit failed");
+    return false;
+  }
+  if (!plugin.Set("INTERFACE", ifname)) {
+    LOG_ERROR("%s:%d KOPAPluginSetArg failed, interface = %s", ifname);
+    return false;
+  }
+  return SetServers(&plugin, servers) && Fire(&plugin, stage);
+}
+
+bool ipv4::TellDnsChange(int stage, const KOPACSZLIST* servers) {
+  PluginEvent plugin;
+  if (!plugin.Init("net", "net/dns_change")) {
+    LOG_ERROR("%s:%d KOPAPluginSDKInit failed");
+    return false;
+  }
+  return SetServers(&plugin, servers) && Fire(&plugin, stage);
+}
+
 int ZARNNetDnsConfigChangeHook(int stage, const char* szIfname, const KOPACSZLIST* pServers) {
   return Boundary(-1, [&]() -> int {
     if (szIfname == nullptr || pServers == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    PluginEvent plugin;
-    if (!plugin.Init("net", "net/dns_config_change")) {
-      LOG_ERROR("%s:%d KOPAPluginSDKInit failed");
-      return -1;
-    }
-    if (!plugin.Set("INTERFACE", szIfname)) {
-      LOG_ERROR("%s:%d KOPAPluginSetArg failed, interface = %s", szIfname);
-      return -1;
-    }
-    return SetServers(&plugin, pServers) && Fire(&plugin, stage) ? 0 : -1;
+    return ipv4::TellDnsConfigChange(stage, szIfname, pServers) ? 0 : -1;
   });
 }
 
 int ZARNNetDNSChangeHook(int stage, const KOPACSZLIST* pServers) {
   return Boundary(-1, [&]() -> int {
     if (pServers == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    PluginEvent plugin;
-    if (!plugin.Init("net", "net/dns_change")) {
-      LOG_ERROR("%s:%d KOPAPluginSDKInit failed");
-      return -1;
-    }
-    return SetServers(&plugin, pServers) && Fire(&plugin, stage) ? 0 : -1;
+    return ipv4::TellDnsChange(stage, pServers) ? 0 : -1;
   });
 }

@@ -3,6 +3,7 @@
 
 #include <zarnnetsdk/dhcpd.h>
 #include <zarnnetsdk/ipv4.h>
+#include <zarnnetsdk/net_int.h>
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
@@ -12,8 +13,40 @@
 #include "frame/model/paths.h"
 #include "frame/os/file.h"
 #include "frame/os/kernel.h"
+#include "frame/os/key_file.h"
 
 using namespace frame;
+
+namespace {
+
+// Nothing when the file that would hold the address is not there.
+std::optional<KeyValue> ReadConfigured(const std::string& ifname, std::size_t size) {
+  const std::string path =
+      BlZARNLnxIsDHCP(ifname.c_str()) == 1 ? paths::DhcpInfo(ifname) : paths::Ifcfg(ifname);
+  if (!Exists(path)) {
+    LOG_ERROR("%s:%d config %s is not exsit, maybe create a new interface", path.c_str());
+    return std::nullopt;
+  }
+  KeyValue address = ReadKey(path, keys::kIpAddr, size);
+  if (address.Unreadable()) {
+    LOG_ERROR("%s:%d Failed to get [%s] from [%s], zarnerr=[0x%04X]", keys::kIpAddr, path.c_str(),
+              KOPACErrGet());
+  } else if (!address.Found()) {
+    LOG_NOTE("%s:%d IP is not found");
+  }
+  return address;
+}
+
+}  // namespace
+
+std::optional<std::string> ipv4::ConfiguredAddress(const std::string& ifname) {
+  constexpr std::size_t kSize = 64;
+  if (IsUnfitName(ifname.c_str())) return Fail(ZARNNETERR_BAD_PARAMETER, std::nullopt);
+  auto address = ReadConfigured(ifname, kSize);
+  if (!address) return "";
+  if (address->Unreadable()) return std::nullopt;
+  return std::move(address->text);
+}
 
 int ZARNILnxGetIP(const char* szIfname, char* szBuf, int cbBuf) {
   return Boundary(-1, [&]() -> int {
@@ -29,22 +62,11 @@ int ZARNILnxGetIPFromCfg(const char* szIfname, char* szBuf, int cbBuf) {
   return Boundary(-1, [&]() -> int {
     if (IsUnfitName(szIfname) || szBuf == nullptr || cbBuf <= 0)
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    const std::string path =
-        BlZARNLnxIsDHCP(szIfname) == 1 ? paths::DhcpInfo(szIfname) : paths::Ifcfg(szIfname);
-    if (!Exists(path)) {
-      LOG_ERROR("%s:%d config %s is not exsit, maybe create a new interface", path.c_str());
-      return 0;
-    }
-    const int length = KOPACFileGetKeyValue(path.c_str(), keys::kIpAddr, szBuf,
-                                            static_cast<std::size_t>(cbBuf), 0);
-    if (length > 0) return 1;
-    *szBuf = '\0';
-    if (length < 0) {
-      LOG_ERROR("%s:%d Failed to get [%s] from [%s], zarnerr=[0x%04X]", keys::kIpAddr, path.c_str(),
-                KOPACErrGet());
-      return -1;
-    }
-    LOG_NOTE("%s:%d IP is not found");
-    return 0;
+    const auto size = static_cast<std::size_t>(cbBuf);
+    const auto address = ReadConfigured(szIfname, size);
+    if (!address) return 0;
+    CopyText(address->Found() ? address->text : "", szBuf, size);
+    if (address->Unreadable()) return -1;
+    return address->Found() ? 1 : 0;
   });
 }

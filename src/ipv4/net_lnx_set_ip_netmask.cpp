@@ -2,11 +2,11 @@
 // it was.
 #include <cerrno>
 #include <cstring>
-#include <ctime>
 #include <string>
 
 #include <zarnnetsdk/addr.h>
 #include <zarnnetsdk/ipv4.h>
+#include <zarnnetsdk/net_int.h>
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
@@ -34,11 +34,11 @@ bool WriteStaticAddress(const std::string& path, const char* ifname, const char*
       .WriteTo(path);
 }
 
-int WriteAndApply(const std::string& path, const char* ifname, const char* ip,
-                  const char* netmask) {
+bool WriteAndApply(const std::string& path, const char* ifname, const char* ip,
+                   const char* netmask) {
   if (!WriteStaticAddress(path, ifname, ip, netmask)) {
     LOG_ERROR("%s:%d Set %s error.", path.c_str());
-    return -1;
+    return false;
   }
   if (!Run(paths::kStop, "dhcp-client", Format("IFACE=%s", ifname))) {
     LOG_ERROR("%s:%d unable to stop dhcp-client instance on %s", ifname);
@@ -46,33 +46,43 @@ int WriteAndApply(const std::string& path, const char* ifname, const char* ip,
   const int prefix = ZARNNetNetmaskToPrefix(netmask);
   if (prefix < 0) {
     LOG_ERROR("%s:%d calculate prefix length failed");
-    return -1;
+    return false;
   }
   if (ZARNNetSetIP("-4", ifname, ip, static_cast<unsigned>(prefix), "add") < 0) {
     LOG_ERROR("%s:%d excute command /usr/zarn/sbin/zarnnet--set_ip failed");
-    return -1;
+    return false;
   }
-  return 0;
+  return true;
+}
+
+void EndBackup(Backup* backup, bool changed) {
+  constexpr Place kAt(__FILE__, __LINE__, "ZARNILnxSetIPNetmask");
+  if (!changed) {
+    if (!backup->Restore()) LOG_ERROR_FUNC(kAt, "%s(%d): rename fail.");
+  } else if (!backup->Remove()) {
+    LOG_ERROR_FUNC(kAt, "%s(%d): unlink fail.");
+  }
 }
 
 }  // namespace
 
+bool ipv4::SetStatic(const std::string& ifname, const std::string& ip, const std::string& netmask) {
+  if (IsUnfitName(ifname.c_str()) || ip.empty() || netmask.empty())
+    return Fail(ZARNNETERR_BAD_PARAMETER, false);
+  const std::string path = paths::Ifcfg(ifname);
+  Backup backup(path, model::ChangeSuffix());
+  if (!backup.Made()) {
+    LOG_ERROR("%s:%d copy (%s, %s) failed.(strerror=%s)", path.c_str(), backup.CopyName().c_str(),
+              std::strerror(errno));
+  }
+  const bool changed = WriteAndApply(path, ifname.c_str(), ip.c_str(), netmask.c_str());
+  EndBackup(&backup, changed);
+  return changed;
+}
+
 int ZARNILnxSetIPNetmask(const char* szIfname, const char* szIP, const char* szMask) {
-  return Boundary(-1, [&](const Place& at) -> int {
-    if (IsUnfitName(szIfname) || AnyEmpty({szIP, szMask}))
-      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    const std::string path = paths::Ifcfg(szIfname);
-    Backup backup(path, Format(".tmp%ld", static_cast<long>(std::time(nullptr))));
-    if (!backup.Made()) {
-      LOG_ERROR("%s:%d copy (%s, %s) failed.(strerror=%s)", path.c_str(), backup.CopyName().c_str(),
-                std::strerror(errno));
-    }
-    const int result = WriteAndApply(path, szIfname, szIP, szMask);
-    if (result < 0) {
-      if (!backup.Restore()) LOG_ERROR_FUNC(at, "%s(%d): rename fail.");
-    } else if (!backup.Remove()) {
-      LOG_ERROR_FUNC(at, "%s(%d): unlink fail.");
-    }
-    return result;
+  return Boundary(-1, [&]() -> int {
+    if (AnyEmpty({szIfname, szIP, szMask})) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    return ipv4::SetStatic(szIfname, szIP, szMask) ? 0 : -1;
   });
 }

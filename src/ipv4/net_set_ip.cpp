@@ -10,6 +10,7 @@
 #include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/ipv4.h>
 #include <zarnnetsdk/ipv6.h>
+#include <zarnnetsdk/net_int.h>
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
@@ -171,6 +172,13 @@ const char* OrEmpty(const char* text) {
 }
 
 }  // namespace
+
+bool ipv4::SetV6Address(const std::string& ifname, const std::string& ip, unsigned prefix,
+                        bool add) {
+  const Request request{kV6.data(), ifname.c_str(), ip.c_str(), prefix,
+                        Format("%s/%u", ip.c_str(), prefix)};
+  return SetV6(request, add) == 0;
+}
 
 int ZARNNetSetIP(const char* szType, const char* szIfname, const char* szIP, unsigned int prefix,
                  const char* szAction) {
