@@ -4,6 +4,7 @@
 #include <string>
 
 #include <zarnnetsdk/dhcpd.h>
+#include <zarnnetsdk/net_int.h>
 
 #include "dhcpd/files.h"
 #include "frame/base/boundary.h"
@@ -82,9 +83,12 @@ int DHCPServerRestart(void) {
   return Boundary(-1, [&]() -> int { return RunServer(kRestart); });
 }
 
+bool dhcpd::RestartServer() {
+  return RunStatus(paths::kNetworkScript, kRestart) == 0;
+}
+
 int KOPANetDHCPServerRestart(void) {
-  return Boundary(
-      -1, [&]() -> int { return RunStatus(paths::kNetworkScript, kRestart) == 0 ? 0 : -1; });
+  return Boundary(-1, [&]() -> int { return RestartServer() ? 0 : -1; });
 }
 
 int DHCPInterfaceIsEnabled(const char* ifname, int iptype) {

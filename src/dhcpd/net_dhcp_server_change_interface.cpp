@@ -4,6 +4,7 @@
 #include <string>
 
 #include <zarnnetsdk/dhcpd.h>
+#include <zarnnetsdk/net_int.h>
 
 #include "dhcpd/files.h"
 #include "frame/base/boundary.h"
@@ -12,6 +13,7 @@
 #include "frame/os/command.h"
 #include "frame/os/containers.h"
 #include "frame/os/file.h"
+#include "frame/os/folder.h"
 
 using namespace frame;
 using namespace dhcpd;
@@ -127,18 +129,23 @@ bool MoveProxy(const Names& names) {
 
 }  // namespace
 
+bool dhcpd::MoveInterface(const std::string& oldName, const std::string& newName) {
+  const Names names{oldName.c_str(), newName.c_str()};
+  if (IsUnfitForSed(names.from) || IsUnfitForSed(names.to)) {
+    LOG_ERROR("%s:%d Bad parameters");
+    return false;
+  }
+  if (!IsFolder(kFolder)) return true;
+  return MoveSwitch(names) && MoveSubnets(names) && MoveStaticLeases(names) && MoveProxy(names);
+}
+
 int DHCPDConfChangeInterface(const char* old_if, const char* new_if) {
   return Boundary(
       -1,
       [&]() -> int {
-        if (IsUnfitForSed(old_if) || IsUnfitForSed(new_if)) {
-          LOG_ERROR("%s:%d Bad parameters");
-          return -1;
-        }
-        if (KOPACFileCheckDir(kFolder) != 1) return 0;
-        const Names names{old_if, new_if};
+        // A missing name is refused as an empty one is.
         const bool moved =
-            MoveSwitch(names) && MoveSubnets(names) && MoveStaticLeases(names) && MoveProxy(names);
+            MoveInterface(old_if == nullptr ? "" : old_if, new_if == nullptr ? "" : new_if);
         return moved ? 0 : -1;
       },
       [&] { LOG_ERROR("%s:%d Can not alloc memory for string list"); });

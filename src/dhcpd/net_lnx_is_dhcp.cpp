@@ -3,6 +3,7 @@
 #include <string>
 
 #include <zarnnetsdk/dhcpd.h>
+#include <zarnnetsdk/net_int.h>
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
@@ -15,25 +16,31 @@
 
 using namespace frame;
 
+// Its lines carry the name of the exported function, whoever asks.
+bool dhcpd::IsDhcp(const std::string& ifname) {
+  constexpr Place at("net_lnx_is_dhcp", 0, "BlZARNLnxIsDHCP");
+  if (IsUnfitName(ifname.c_str())) return Fail(ZARNNETERR_BAD_PARAMETER, false);
+  const Lock lock(kNetworkRead);
+  if (!lock.Held()) {
+    LOG_ERROR_FUNC(at, "%s(%d) KOPACFileLock failed.");
+    return false;
+  }
+  const std::string path = paths::Ifcfg(ifname);
+  const KeyValue proto = ReadKey(path, keys::kBootProto, 16);
+  if (proto.Found()) return proto.text == model::kDhcp;
+  LOG_ERROR_FUNC(at, "%s(%d) Get BOOTPROTO failed.(%X)", KOPACErrGet());
+  // Readers come by here all the time, so a file without the key is repaired on the way; an
+  // interface without a file stays without one.
+  if (Exists(path) && !SetKey(path, keys::kBootProto, model::kStatic)) {
+    LOG_ERROR_FUNC(at, "%s(%d) KOPACFileSetKeyValue(%s, BOOTPROTO, static) failed.(%X)",
+                   path.c_str(), KOPACErrGet());
+  }
+  return false;
+}
+
 int BlZARNLnxIsDHCP(const char* ifname) {
-  return Boundary(0, [&](const Place& at) -> int {
-    if (IsUnfitName(ifname)) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
-    const Lock lock(kNetworkRead);
-    if (!lock.Held()) {
-      LOG_ERROR_FUNC(at, "%s(%d) KOPACFileLock failed.");
-      return 0;
-    }
-    const std::string path = paths::Ifcfg(ifname);
-    const KeyValue proto = ReadKey(path, keys::kBootProto, 16);
-    if (proto.Found()) return proto.text == "dhcp" ? 1 : 0;
-    LOG_ERROR_FUNC(at, "%s(%d) Get BOOTPROTO failed.(%X)", KOPACErrGet());
-    // Readers come by here all the time, so a file without the key is repaired on the way; an
-    // interface without a file stays without one.
-    if (Exists(path) &&
-        KOPACFileSetKeyValue(path.c_str(), keys::kBootProto, "static", kBareLine) < 0) {
-      LOG_ERROR_FUNC(at, "%s(%d) KOPACFileSetKeyValue(%s, BOOTPROTO, static) failed.(%X)",
-                     path.c_str(), KOPACErrGet());
-    }
-    return 0;
+  return Boundary(0, [&]() -> int {
+    if (ifname == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
+    return dhcpd::IsDhcp(ifname) ? 1 : 0;
   });
 }

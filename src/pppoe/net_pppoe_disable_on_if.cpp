@@ -1,4 +1,5 @@
 // Hanging up, when the interface that the PPPoE client dials on is to be used otherwise.
+#include <zarnnetsdk/net_int.h>
 #include <zarnnetsdk/pppoe.h>
 
 #include "frame/base/boundary.h"
@@ -7,14 +8,17 @@
 
 using namespace frame;
 
+bool pppoe::DisableOn(const std::string& ifname) {
+  const int status = ZARNPPPoECheckStatus(1);
+  if (status != 1) return status == 0;
+  PPPOE_CONF conf{};
+  if (PPPoEConfigGet(&conf) < 0) return false;
+  return FieldText(conf.eth) != ifname || ZARNPPPoEService(0) >= 0;
+}
+
 int KOPADisablePPPoEOnIf(const char* ifname) {
   return Boundary(-1, [&]() -> int {
     if (ifname == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    const int status = ZARNPPPoECheckStatus(1);
-    if (status != 1) return status;
-    PPPOE_CONF conf{};
-    if (PPPoEConfigGet(&conf) < 0) return -1;
-    if (FieldText(conf.eth) != ifname) return 0;
-    return ZARNPPPoEService(0) < 0 ? -1 : 0;
+    return pppoe::DisableOn(ifname) ? 0 : -1;
   });
 }
