@@ -20,8 +20,9 @@ extern "C" {
 int cKOPAISepIP(const char* szIP, unsigned int rgPart[4]);
 
 /**
- * Is the text the IPv4 address of a host (first part not 127 and not above 223)?
- * @return 1, or 0 with 0x1000
+ * Is the text the IPv4 address of a host (first part not 127 and not above 223)? Of a longer text the first 31
+ * characters are judged.
+ * @return 1; 0 with 0x1000, or 0x0D00 for null
  */
 int BlKOPAIsIpAddr(const char* szIP);
 
@@ -52,7 +53,7 @@ int ErrKOPASubnetToIpMask(char* szIn, char* szOut);
 /** "a.b.c.d/m.m.m.m" to "network/N"; arguments and results as ErrKOPASubnetToIpMask(). */
 int ErrKOPAIpMaskToSubnet(char* szIn, char* szOut);
 
-/** The number of one-bits of a dotted netmask, contiguous or not. @return 0 to 32, or -1 */
+/** The number of one-bits of a dotted netmask, contiguous or not. @return 0 to 32; -1 with 0x1000, or 0x0D00 for null */
 int ZARNNetNetmaskToPrefix(const char* szMask);
 
 /** Is the text an IPv6 address, with or without "/" and a prefix length of 0 to 128? @return 1 or 0 */

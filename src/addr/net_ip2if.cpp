@@ -1,15 +1,15 @@
 // Which interface has an address.
-#include <arpa/inet.h>
-#include <array>
 #include <cstring>
 #include <ifaddrs.h>
 #include <memory>
+#include <netinet/in.h>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include <zarnnetsdk/addr.h>
 
+#include "frame/base/address.h"
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
@@ -25,23 +25,19 @@ using Interfaces = std::unique_ptr<ifaddrs, FreeInterfaces>;
 
 // An address of either family; a link-local one may name its interface ("fe80::1%eth0").
 struct Wanted {
-  int family;
-  std::array<unsigned char, sizeof(in6_addr)> bytes;
+  Address address;
   std::string ifname;
 };
 
 std::optional<Wanted> Parse(std::string_view text) {
   const std::size_t percent = text.find('%');
-  const std::string address(text.substr(0, percent));
-  Wanted wanted{AF_INET, {}, {}};
-  if (percent == std::string_view::npos &&
-      ::inet_pton(AF_INET, address.c_str(), wanted.bytes.data()) == 1) {
-    return wanted;
+  if (percent == std::string_view::npos) {
+    const auto address = ParseAddress(text);
+    return address ? std::optional(Wanted{*address, {}}) : std::nullopt;
   }
-  wanted.family = AF_INET6;
-  if (::inet_pton(AF_INET6, address.c_str(), wanted.bytes.data()) != 1) return std::nullopt;
-  if (percent != std::string_view::npos) wanted.ifname = text.substr(percent + 1);
-  return wanted;
+  const auto address = ParseAddress(AF_INET6, text.substr(0, percent));
+  if (!address) return std::nullopt;
+  return Wanted{*address, std::string(text.substr(percent + 1))};
 }
 
 // The name without the label of a second address ("eth0:1").
@@ -51,16 +47,18 @@ std::string_view NameOf(const ifaddrs& entry) {
 }
 
 bool Has(const ifaddrs& entry, const Wanted& wanted) {
-  if (entry.ifa_addr == nullptr || entry.ifa_addr->sa_family != wanted.family) return false;
+  const int family = wanted.address.family;
+  const Ipv6& bytes = wanted.address.bytes;
+  if (entry.ifa_addr == nullptr || entry.ifa_addr->sa_family != family) return false;
   if (!wanted.ifname.empty() && NameOf(entry) != wanted.ifname) return false;
-  if (wanted.family == AF_INET) {
+  if (family == AF_INET) {
     sockaddr_in address{};
     std::memcpy(&address, entry.ifa_addr, sizeof address);
-    return std::memcmp(&address.sin_addr, wanted.bytes.data(), sizeof address.sin_addr) == 0;
+    return std::memcmp(&address.sin_addr, bytes.data(), sizeof address.sin_addr) == 0;
   }
   sockaddr_in6 address{};
   std::memcpy(&address, entry.ifa_addr, sizeof address);
-  return std::memcmp(&address.sin6_addr, wanted.bytes.data(), sizeof address.sin6_addr) == 0;
+  return std::memcmp(&address.sin6_addr, bytes.data(), sizeof address.sin6_addr) == 0;
 }
 
 }  // namespace

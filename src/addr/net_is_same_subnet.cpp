@@ -5,7 +5,7 @@
 
 #include <zarnnetsdk/addr.h>
 
-#include "addr/address.h"
+#include "frame/base/address.h"
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 
@@ -16,9 +16,9 @@ int ZARNNetIsSameSubnet(const char* szAddr1, const char* szAddr2, const char* sz
     if (szAddr1 == nullptr || szAddr2 == nullptr || szMask == nullptr) {
       return Fail(ZARNNETERR_BAD_PARAMETER, 0);
     }
-    const auto first = addr::Parse(szAddr1);
-    const auto second = addr::Parse(szAddr2);
-    const auto mask = addr::Parse(szMask);
+    const auto first = ParseAddress(szAddr1);
+    const auto second = ParseAddress(szAddr2);
+    const auto mask = ParseAddress(szMask);
     if (!first || !second || !mask) return 0;
     if (first->family != second->family || first->family != mask->family) return 0;
     for (std::size_t i = 0; i < mask->bytes.size(); ++i) {
@@ -37,18 +37,19 @@ int KOPAIsIpInRange(const char* szAddr, const char* szStart, const char* szEnd, 
     if (szAddr == nullptr || szStart == nullptr || szEnd == nullptr) {
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }
-    const auto address = addr::ParseAs(family, szAddr);
-    const auto start = addr::ParseAs(family, szStart);
-    const auto end = addr::ParseAs(family, szEnd);
+    const auto address = ParseAddress(family, szAddr);
+    const auto start = ParseAddress(family, szStart);
+    const auto end = ParseAddress(family, szEnd);
     if (!address || !start || !end) return -1;
-    const auto [lowest, highest] = std::minmax(*start, *end);
-    return lowest <= *address && *address <= highest ? 1 : 0;
+    const auto [lowest, highest] = std::minmax(start->bytes, end->bytes);
+    return lowest <= address->bytes && address->bytes <= highest ? 1 : 0;
   });
 }
 
 int ZARNNetGetAddrType(const char* szIP) {
   return Boundary(-1, [&]() -> int {
-    const auto address = addr::Parse(szIP);
+    if (szIP == nullptr) return 0;
+    const auto address = ParseAddress(szIP);
     return address ? address->family : 0;
   });
 }

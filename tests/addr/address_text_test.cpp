@@ -71,11 +71,13 @@ TEST(AddressText, SplitStopsAtTheFirstPartThatIsNone) {
 }
 
 TEST(AddressText, HostsAndPrivateBlocksEndWhereTheyShould) {
-  ExpectEach(BlKOPAIsIpAddr, {"0.0.0.0", "126.255.255.255", "128.0.0.0", "223.255.255.255"},
+  ExpectEach(BlKOPAIsIpAddr,
+             {"0.0.0.0", "126.255.255.255", "128.0.0.0", "223.255.255.255",
+              "1.2.3.0000000000000000000000000x, which is beyond the judged 31 characters"},
              {1, 0});
   ExpectEach(BlKOPAIsIpAddr,
              {"127.0.0.1", "224.0.0.1", "256.1.1.1", "1.256.1.1", "1.1.256.1", "1.1.1.256", "1.2.3",
-              "", "1.2.3.00000000000000000000000004\nONBOOT=no"},
+              "", "1.2.3.000000000000000000000004x"},
              {0, 0x1000});
   ExpectEach(BlKOPAIsIpAddr, {nullptr}, {0, 0x0D00});
   ExpectEach(ZARNNetIsPrivateIP,
@@ -103,7 +105,7 @@ TEST(AddressText, MaskHasNoGap) {
   EXPECT_EQ(test::LogCount(LOG_ERR, "net_is_ip_mask", "Invaild Argument (NULL != szMask)=[0]\n"), 1)
       << test::LogText();
   ExpectEach(ZARNNetNetmaskToPrefix, {"255.255.0.0", "255.0.255.0"}, {16, 0});
-  ExpectEach(ZARNNetNetmaskToPrefix, {"255.255.255.256", ""}, {-1, 0});
+  ExpectEach(ZARNNetNetmaskToPrefix, {"255.255.255.256", ""}, {-1, 0x1000});
 }
 
 TEST(AddressText, MaskIsRewrittenWhereItStands) {

@@ -1,11 +1,12 @@
 // The addresses that the kernel has on an interface.
 #include "frame/facts/addresses.h"
 
-#include <arpa/inet.h>
 #include <cerrno>
 #include <cstdio>
 
+#include "frame/base/address.h"
 #include "frame/base/log.h"
+#include "frame/base/text.h"
 #include "frame/model/paths.h"
 #include "frame/os/file.h"
 #include "frame/os/kernel.h"
@@ -20,15 +21,9 @@ constexpr std::size_t kFieldsAt = 36;  // behind the address, the interface inde
 
 // "fe80000000000000..." as compressed text.
 void CopyAddress(std::string_view hex, ZARNNETV6ADDR* record) {
-  std::string groups;
-  for (std::size_t i = 0; i < kHexDigits; i += 4) {
-    if (i != 0) groups += ':';
-    groups += hex.substr(i, 4);
-  }
-  in6_addr address{};
-  if (::inet_pton(AF_INET6, groups.c_str(), &address) != 1)
-    LOG_ERROR_AT(Place(kSource), "%s:%d inet_pton failed. %m");
-  ::inet_ntop(AF_INET6, &address, record->szAddr, sizeof record->szAddr);
+  const auto address = ParseHexIpv6(hex);
+  if (!address) LOG_ERROR_AT(Place(kSource), "%s:%d inet_pton failed. %m");
+  CopyText(Ipv6Text(address.value_or(Ipv6{})), record->szAddr);
 }
 
 // Fills the record from a line of the kernel's list and tells whose address it is.

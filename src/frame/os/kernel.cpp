@@ -1,7 +1,6 @@
 // The interface ioctls, over one datagram socket that lives as long as the call that needs it.
 #include "frame/os/kernel.h"
 
-#include <arpa/inet.h>
 #include <cstring>
 #include <linux/if_vlan.h>
 #include <linux/sockios.h>
@@ -132,12 +131,6 @@ std::optional<int> InetSocket::VlanId(std::string_view ifname) const {
   vlan_ioctl_args request = VlanRequest(GET_VLAN_VID_CMD, ifname);
   if (::ioctl(socket_.Get(), SIOCGIFVLAN, &request) != 0) return std::nullopt;
   return request.u.VID;
-}
-
-std::string DottedText(in_addr address) {
-  char text[INET_ADDRSTRLEN] = "";
-  ::inet_ntop(AF_INET, &address, text, sizeof text);
-  return text;
 }
 
 }  // namespace frame

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "frame/base/address.h"
 #include "frame/os/file.h"
 
 namespace frame {
@@ -53,7 +54,5 @@ class InetSocket {
 
   Descriptor socket_;
 };
-
-std::string DottedText(in_addr address);
 
 }  // namespace frame
