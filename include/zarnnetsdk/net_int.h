@@ -36,6 +36,10 @@ std::optional<std::string> ConfiguredAddress(const std::string& ifname);
 // One IPv6 address, added to or deleted from the running kernel.
 bool SetV6Address(const std::string& ifname, const std::string& ip, unsigned prefix, bool add);
 
+// Switches IPv6 off or on for one interface, and waits until its link-local address is in use. An
+// interface that is not switched, such as a bond, counts as done.
+bool SwitchV6(const std::string& ifname, bool on);
+
 // The stored MTU as text, "1500" when none is stored.
 std::optional<std::string> StoredMtu(const std::string& ifname);
 bool StoreMtu(const std::string& ifname, const std::string& mtu);

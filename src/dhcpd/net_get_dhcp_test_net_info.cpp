@@ -13,6 +13,7 @@
 #include "frame/os/command.h"
 #include "frame/os/file.h"
 #include "frame/os/key_file.h"
+#include "frame/os/shared_folder.h"
 
 using namespace frame;
 
@@ -28,6 +29,7 @@ bool EnsureClientScript() {
 
 bool RunTrial(const std::string& ifname) {
   const std::string lease = paths::DhcpLease(ifname);
+  static_cast<void>(ClaimFile(lease));  // the client says so itself when it cannot write there
   const std::string pid = paths::DhcpPid(ifname);
   if (Run(paths::kDhclient, "-q", "--zarn_test", "-lf", lease, "-pf", pid, "-sf",
           paths::kDhclientScriptCopy, ifname)) {

@@ -8,12 +8,12 @@
 
 #include <zarnnetsdk/dns_route.h>
 
+#include "frame/base/address.h"
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
 #include "frame/model/paths.h"
 #include "frame/os/file.h"
-#include "frame/os/kernel.h"
 
 using namespace frame;
 
@@ -51,49 +51,61 @@ std::optional<Route> Scan(const char* line) {
   return route;
 }
 
-void CopyIfWanted(std::string_view text, char* buffer, int size) {
-  if (buffer != nullptr) CopyText(text, buffer, static_cast<std::size_t>(size));
+// The first default route, or none. False, with its code, for a table that cannot be read. The
+// lines carry the name of the exported function, whichever of the three was called.
+bool FindDefault(std::optional<Route>* found) {
+  constexpr Place kAt(__FILE__, __LINE__, "DefaultGatewayGet");
+  const File file = OpenFile(paths::kProcRoute, "r");
+  if (!file) {
+    const int reason = errno;
+    LOG_ERROR_FUNC(kAt, "%s (%d) Failed to open /proc/net/route, errno=[%s/%d]",
+                   std::strerror(reason), reason);
+    return Fail(ZARNNETERR_OPEN, false);
+  }
+  char line[kLineSize];
+  bool heading = true;
+  while (std::fgets(line, sizeof line, file.get()) != nullptr) {
+    if (std::exchange(heading, false)) continue;
+    const auto route = Scan(line);
+    if (!route) {
+      const int reason = errno;
+      LOG_ERROR_FUNC(kAt, "%s (%d) Unknow kernel routing table format, errno=[%s/%d]",
+                     std::strerror(reason), reason);
+      return Fail(ZARNNETERR_UNEXPECTED_CONTENT, false);
+    }
+    if (!route->IsDefault()) continue;
+    *found = route;
+    break;
+  }
+  return true;
+}
+
+// Either buffer may be null; without a default route both are left alone.
+int GetDefault(char* gateway, int gatewaySize, char* ifname, int ifnameSize) {
+  if ((gateway != nullptr && gatewaySize <= 0) || (ifname != nullptr && ifnameSize <= 0))
+    return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+  std::optional<Route> route;
+  if (!FindDefault(&route)) return -1;
+  if (!route) return 0;
+  if (gateway != nullptr) {
+    const in_addr address{static_cast<in_addr_t>(route->gateway)};
+    CopyText(DottedText(address), gateway, static_cast<std::size_t>(gatewaySize));
+  }
+  if (ifname != nullptr) CopyText(route->ifname, ifname, static_cast<std::size_t>(ifnameSize));
+  return 0;
 }
 
 }  // namespace
 
 int DefaultGatewayGet(char* szGateway, int cbGateway, char* szIfname, int cbIfname) {
-  return Boundary(-1, [&](const Place& at) -> int {
-    if ((szGateway != nullptr && cbGateway <= 0) || (szIfname != nullptr && cbIfname <= 0)) {
-      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    }
-    const File file = OpenFile(paths::kProcRoute, "r");
-    if (!file) {
-      const int reason = errno;
-      LOG_ERROR_FUNC(at, "%s (%d) Failed to open /proc/net/route, errno=[%s/%d]",
-                     std::strerror(reason), reason);
-      return Fail(ZARNNETERR_OPEN, -1);
-    }
-    char line[kLineSize];
-    bool heading = true;
-    while (std::fgets(line, sizeof line, file.get()) != nullptr) {
-      if (std::exchange(heading, false)) continue;
-      const auto route = Scan(line);
-      if (!route) {
-        const int reason = errno;
-        LOG_ERROR_FUNC(at, "%s (%d) Unknow kernel routing table format, errno=[%s/%d]",
-                       std::strerror(reason), reason);
-        return Fail(ZARNNETERR_UNEXPECTED_CONTENT, -1);
-      }
-      if (!route->IsDefault()) continue;
-      const in_addr gateway{static_cast<in_addr_t>(route->gateway)};
-      CopyIfWanted(DottedText(gateway), szGateway, cbGateway);
-      CopyIfWanted(route->ifname, szIfname, cbIfname);
-      break;
-    }
-    return 0;
-  });
+  return Boundary(-1,
+                  [&]() -> int { return GetDefault(szGateway, cbGateway, szIfname, cbIfname); });
 }
 
 int ZARNNetDefaultGatewayGet(char* szBuf, int cbBuf) {
-  return Boundary(-1, [&]() -> int { return DefaultGatewayGet(szBuf, cbBuf, nullptr, 0); });
+  return Boundary(-1, [&]() -> int { return GetDefault(szBuf, cbBuf, nullptr, 0); });
 }
 
 int ZARNNetDefaultGatewayInterfaceGet(char* szBuf, int cbBuf) {
-  return Boundary(-1, [&]() -> int { return DefaultGatewayGet(nullptr, 0, szBuf, cbBuf); });
+  return Boundary(-1, [&]() -> int { return GetDefault(nullptr, 0, szBuf, cbBuf); });
 }

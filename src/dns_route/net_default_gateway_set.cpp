@@ -23,8 +23,9 @@ int ZARNNetDefaultGatewayGetConf(char* szBuf, int cbBuf) {
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }
     const auto size = static_cast<std::size_t>(cbBuf);
-    CopyText("", szBuf, size);
-    if (KOPACFileGetKeyValue(paths::kNetwork, kGatewayKey, szBuf, size, 0) >= 0) return 0;
+    const KeyValue gateway = ReadKey(paths::kNetwork, kGatewayKey, size);
+    CopyText(gateway.text, szBuf, size);
+    if (!gateway.Unreadable()) return 0;
     LOG_ERROR_FUNC(at, "%s(%d) Failed to get default gateway.");
     return -1;
   });
@@ -32,10 +33,9 @@ int ZARNNetDefaultGatewayGetConf(char* szBuf, int cbBuf) {
 
 int ZARNNetDefaultGatewaySetConf(const char* szGateway) {
   return Boundary(-1, [&]() -> int {
-    const int result = IsEmpty(szGateway) ? KOPACFileRemoveKey(paths::kNetwork, kGatewayKey)
-                                          : KOPACFileSetKeyValue(paths::kNetwork, kGatewayKey,
-                                                                 szGateway, kBareLine);
-    return result < 0 ? -1 : 0;
+    const bool stored = IsEmpty(szGateway) ? DropKey(paths::kNetwork, kGatewayKey)
+                                           : SetKey(paths::kNetwork, kGatewayKey, szGateway);
+    return stored ? 0 : -1;
   });
 }
 

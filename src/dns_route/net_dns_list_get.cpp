@@ -29,7 +29,7 @@ bool AppendServers(const char* path, PKOPACSZLIST* list) {
   }
   char line[512];  // what is longer goes on as a line of its own
   while (std::fgets(line, sizeof line, file.get()) != nullptr) {
-    if (!std::string_view(line).starts_with(dns::kServerWord)) continue;
+    if (!std::string_view(line).starts_with(dns_route::kServerWord)) continue;
     const auto words = SplitWords(line);
     if (words.size() < 2) continue;
     if (KOPACSzListPush(list, std::string(words[1]).c_str()) < 0) {
@@ -37,6 +37,12 @@ bool AppendServers(const char* path, PKOPACSZLIST* list) {
     }
   }
   return true;
+}
+
+bool AppendActiveServers(PKOPACSZLIST* list) {
+  const Lock lock(kNetworkRead);
+  if (!lock.Held()) return Fail(ZARNNETERR_LOCK, false);
+  return AppendServers(paths::kResolv, list);
 }
 
 }  // namespace
@@ -51,17 +57,15 @@ int ZARNNetStaticDNSListGet(PKOPACSZLIST* ppList) {
 int ZARNNetDNSListGet(PKOPACSZLIST* ppList) {
   return Boundary(-1, [&]() -> int {
     if (ppList == nullptr || *ppList == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    const Lock lock(kNetworkRead);
-    if (!lock.Held()) return Fail(ZARNNETERR_LOCK, -1);
-    return AppendServers(paths::kResolv, ppList) ? 0 : -1;
+    return AppendActiveServers(ppList) ? 0 : -1;
   });
 }
 
 int ZARNNetDNSGet(char* szBuf, int cbBuf) {
   return Boundary(-1, [&]() -> int {
     if (szBuf == nullptr || cbBuf <= 0) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    StringList servers(dns::kListCapacity);
-    if (ZARNNetDNSListGet(servers.Out()) < 0) return -1;
+    StringList servers(dns_route::kListCapacity);
+    if (!AppendActiveServers(servers.Out())) return -1;
     const char* const first = servers.Count() > 0 ? servers[0] : "";
     CopyText(first, szBuf, static_cast<std::size_t>(cbBuf));
     return 0;

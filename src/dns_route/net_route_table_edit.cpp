@@ -1,21 +1,26 @@
 // The routes to the subnets that the appliance is in. The kernel makes one for each address; here
 // it is replaced by one that names the interface's address as its source, or removed where the
 // interface has lost its carrier and another one may reach the subnet.
-#include <arpa/inet.h>
 #include <bit>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include <zarnnetsdk/dhcpd.h>
 #include <zarnnetsdk/dns_route.h>
-#include <zarnnetsdk/iface.h>
-#include <zarnnetsdk/virtual.h>
+#include <zarnnetsdk/net_int.h>
 
+#include "frame/base/address.h"
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/facts/bridges.h"
+#include "frame/facts/inventory.h"
 #include "frame/facts/net_dev.h"
+#include "frame/facts/ovs.h"
+#include "frame/facts/record.h"
+#include "frame/facts/up_interfaces.h"
 #include "frame/model/ifcfg.h"
+#include "frame/model/ovs.h"
 #include "frame/model/paths.h"
 #include "frame/os/command.h"
 #include "frame/os/file.h"
@@ -30,22 +35,31 @@ namespace {
 constexpr unsigned kInstall = 0;
 constexpr unsigned kRemove = 1;
 
+// An interface's own address, which is the source of the route, and its netmask.
 struct SubnetRoute {
-  const char* ifname;
-  const char* source;  // the interface's own address
-  const char* netmask;
+  std::string ifname;
+  std::string source;
+  std::string netmask;
   std::string network;
   std::string destination;  // the network with its prefix length
 };
 
-bool Parse(const char* text, in_addr* address) {
-  if (::inet_pton(AF_INET, text, address) == 1) return true;
-  LOG_ERROR("%s:%d inet_pton error (%s)", text);
-  return Fail(ZARNNETERR_BAD_PARAMETER, false);
+std::optional<Ipv4> Parse(const std::string& text) {
+  const auto address = ParseIpv4(text);
+  if (address) return address;
+  LOG_ERROR("%s:%d inet_pton error (%s)", text.c_str());
+  return Fail(ZARNNETERR_BAD_PARAMETER, std::nullopt);
 }
 
-std::string NetworkText(in_addr address, in_addr mask) {
-  return DottedText(in_addr{address.s_addr & mask.s_addr});
+// Nothing for texts that are no addresses.
+std::optional<SubnetRoute> RouteOf(const std::string& ifname, const std::string& ip,
+                                   const std::string& netmask) {
+  const auto mask = Parse(netmask);
+  const auto address = mask ? Parse(ip) : std::nullopt;
+  if (!address) return std::nullopt;
+  const std::string network = DottedText(*address & *mask);
+  return SubnetRoute{ifname, ip, netmask, network,
+                     Format("%s/%d", network.c_str(), std::popcount(mask->value))};
 }
 
 void Remove(const SubnetRoute& route) {
@@ -53,11 +67,11 @@ void Remove(const SubnetRoute& route) {
           route.source)) {
     return;
   }
-  LOG_NOTE("%s:%d %s ip route del failed, instead of route", route.ifname);
+  LOG_NOTE("%s:%d %s ip route del failed, instead of route", route.ifname.c_str());
   if (!Run(paths::kRoute, "del", "-net", route.network, "netmask", route.netmask, "dev",
            route.ifname)) {
     LOG_NOTE("%s:%d cmd route del -net %s netmask %s dev %s failded", route.network.c_str(),
-             route.netmask, route.ifname);
+             route.netmask.c_str(), route.ifname.c_str());
   }
 }
 
@@ -67,56 +81,89 @@ void Add(const SubnetRoute& route) {
     return;
   }
   LOG_NOTE("%s:%d %s ip route add failed, might be the same subnet, instead of route",
-           route.ifname);
+           route.ifname.c_str());
   if (!Run(paths::kRoute, "add", "-net", route.network, "netmask", route.netmask, "dev",
            route.ifname)) {
     LOG_NOTE("%s:%d cmd route add -net %s netmask %s dev %s failded", route.network.c_str(),
-             route.netmask, route.ifname);
+             route.netmask.c_str(), route.ifname.c_str());
   }
+}
+
+void Edit(unsigned op, const SubnetRoute& route) {
+  Remove(route);
+  if (op == kInstall) Add(route);
 }
 
 // The address of a switch's port is carried by the switch's own device.
 std::string DeviceOf(const std::string& ifname) {
-  if (ifname.starts_with("eth") && KOPANetOVSIfIsSlave(ifname.c_str()) != 0) {
-    return "ovs_" + ifname;
-  }
-  return ifname;
+  return ifname.starts_with("eth") && facts::IsOvsPort(ifname) ? model::OvsDeviceOver(ifname)
+                                                               : ifname;
 }
 
 // A lease's route is the DHCP client's, that of a member its master's.
 bool IsInstalledByOthers(const std::string& device, bool dhcp) {
-  return dhcp || KOPANetBridgeIfIsSlave(device.c_str()) != 0 ||
-         ZARNNetIfIsBondingPassive(device.c_str()) != 0;
+  if (dhcp || facts::IsBridgePort(device)) return true;
+  const auto flags = InetSocket().Flags(device);
+  return flags && facts::IsBondingPassive(device, *flags);
 }
 
 // Edits the route of the address that a settings file holds.
-int EditFromFile(unsigned op, const std::string& path, const std::string& device) {
-  char ip[20] = "";
-  char netmask[20] = "";
-  if (!ReadKeyInto(path, keys::kIpAddr, ip)) {
+bool EditFromFile(unsigned op, const std::string& path, const std::string& device) {
+  constexpr std::size_t kSize = 20;
+  const KeyValue ip = ReadKey(path, keys::kIpAddr, kSize);
+  if (!ip.Found()) {
     LOG_ERROR("%s:%d Get IP from %s fail", path.c_str());
-    return -1;
+    return false;
   }
-  if (!ReadKeyInto(path, keys::kNetmask, netmask)) {
+  const KeyValue netmask = ReadKey(path, keys::kNetmask, kSize);
+  if (!netmask.Found()) {
     LOG_ERROR("%s:%d Get netmask from %s fail", path.c_str());
-    return -1;
+    return false;
   }
-  // A file with an address that is none has no route to edit; that is logged there.
-  static_cast<void>(NetRoutetableEdit(op, ip, netmask, device.c_str()));
-  return 0;
+  // A file with an address that is none has no route to edit.
+  if (const auto route = RouteOf(device, ip.text, netmask.text)) Edit(op, *route);
+  return true;
 }
 
-int RemoveWithoutCarrier(const std::vector<KOPANetIfInfo>& list, int count) {
+// Edits the route of an interface with a lease or a fixed address, if it has one of its own.
+bool EditOf(unsigned op, const std::string& ifname) {
+  const std::string device = DeviceOf(ifname);
+  if (!facts::IsOfKind(device, ZARNNETKIND_USABLE)) return true;
+  const bool dhcp = dhcpd::IsDhcp(device);
+  const std::string path = dhcp ? paths::DhcpInfo(device) : paths::Ifcfg(device);
+  if (dhcp && !Exists(path)) {
+    LOG_ERROR("%s:%d /etc/dhclient/ipv4/dhcpcd-%s.info is not exist", device.c_str());
+    return false;
+  }
+  if (op > kRemove || (op == kInstall && IsInstalledByOthers(device, dhcp))) return true;
+  return EditFromFile(op, path, device);
+}
+
+bool RemoveWithoutCarrier(const std::vector<KOPANetIfInfo>& list, int count) {
   constexpr int kCarrier = 2;
   for (int i = 0; i < count; ++i) {
     const KOPANetIfInfo& info = list[static_cast<std::size_t>(i)];
-    if (info.link == kCarrier) continue;
-    if (NetRoutetableHandler(kRemove, info.name) == -1) {
-      LOG_ERROR("%s:%d NetRoutetableHandler clear [%s] route table fail", info.name);
-      return -1;
-    }
+    if (info.link == kCarrier || EditOf(kRemove, info.name)) continue;
+    LOG_ERROR("%s:%d NetRoutetableHandler clear [%s] route table fail", info.name);
+    return false;
   }
-  return 0;
+  return true;
+}
+
+bool Check() {
+  const Lock lock(kNetworkRead);
+  if (!lock.Held()) {
+    LOG_ERROR("%s:%d lock fail(%X)", KOPACErrGet());
+    return Fail(ZARNNETERR_LOCK, false);
+  }
+  std::vector<KOPANetIfInfo> list(facts::kMaxInterfaces);
+  const int count = facts::ListUpInterfaces(list.data(), facts::kMaxInterfaces);
+  if (count <= 0) {
+    LOG_ERROR("%s:%d %s", count == 0 ? "No interface." : "Get interface info fail.");
+    return false;
+  }
+  // An appliance with one interface keeps its only way out, whatever its carrier says.
+  return count == 1 || RemoveWithoutCarrier(list, count);
 }
 
 }  // namespace
@@ -131,52 +178,21 @@ int NetRoutetableEdit(unsigned int op, const char* szIP, const char* szMask, con
       LOG_ERROR("%s:%d error type");
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }
-    in_addr mask{};
-    in_addr address{};
-    if (!Parse(szMask, &mask) || !Parse(szIP, &address)) return -1;
-    const std::string network = NetworkText(address, mask);
-    const SubnetRoute route{szIfname, szIP, szMask, network,
-                            Format("%s/%d", network.c_str(), std::popcount(mask.s_addr))};
-    Remove(route);
-    if (op == kInstall) Add(route);
+    const auto route = RouteOf(szIfname, szIP, szMask);
+    if (!route) return -1;
+    Edit(op, *route);
     return 0;
   });
 }
 
 int NetRoutetableHandler(unsigned int op, const char* szIfname) {
   return Boundary(-1, [&]() -> int {
-    constexpr unsigned kUsableKind = 2;
     if (IsUnfitName(szIfname)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    const std::string device = DeviceOf(szIfname);
-    if (ZARNNetIsDevTypeMatch(device.c_str(), kUsableKind) != 1) return 0;
-    const bool dhcp = BlZARNLnxIsDHCP(device.c_str()) == 1;
-    const std::string path = dhcp ? paths::DhcpInfo(device) : paths::Ifcfg(device);
-    if (dhcp && !Exists(path)) {
-      LOG_ERROR("%s:%d /etc/dhclient/ipv4/dhcpcd-%s.info is not exist", device.c_str());
-      return -1;
-    }
-    if (op > kRemove || (op == kInstall && IsInstalledByOthers(device, dhcp))) return 0;
-    return EditFromFile(op, path, device);
+    return EditOf(op, szIfname) ? 0 : -1;
   });
 }
 
 int NetRoutetableCheck(void) {
   return Boundary(
-      -1,
-      [&]() -> int {
-        const Lock lock(kNetworkRead);
-        if (!lock.Held()) {
-          LOG_ERROR("%s:%d lock fail(%X)", KOPACErrGet());
-          return Fail(ZARNNETERR_LOCK, -1);
-        }
-        std::vector<KOPANetIfInfo> list(facts::kMaxInterfaces);
-        const int count = KOPANetInterfaceEnum(list.data(), facts::kMaxInterfaces, 0);
-        if (count <= 0) {
-          LOG_ERROR("%s:%d %s", count == 0 ? "No interface." : "Get interface info fail.");
-          return -1;
-        }
-        // An appliance with one interface keeps its only way out, whatever its carrier says.
-        return count == 1 ? 0 : RemoveWithoutCarrier(list, count);
-      },
-      [&] { LOG_ERROR("%s:%d malloc fail"); });
+      -1, [&]() -> int { return Check() ? 0 : -1; }, [] { LOG_ERROR("%s:%d malloc fail"); });
 }

@@ -3,14 +3,14 @@
 
 #include "frame/base/text.h"
 
-std::string dns::ServerLines(const KOPACSZLIST* servers) {
+std::string dns_route::ServerLines(const KOPACSZLIST* servers) {
   std::string text;
   for (int i = 0; i < servers->nItem; ++i)
     text.append(kServerWord).append("\t").append(KOPACSzListGet(servers, i)).append("\n");
   return text;
 }
 
-std::optional<std::string_view> dns::ScanServer(std::string_view line) {
+std::optional<std::string_view> dns_route::ScanServer(std::string_view line) {
   if (!line.starts_with(kServerWord)) return std::nullopt;
   const auto words = frame::SplitWords(line.substr(kServerWord.size()), " \t\r\n\v\f");
   if (words.empty()) return std::nullopt;

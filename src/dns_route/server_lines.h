@@ -8,7 +8,7 @@
 
 #include <zarncore/zarncore.h>
 
-namespace dns {
+namespace dns_route {
 
 inline constexpr std::string_view kServerWord = "nameserver";
 inline constexpr int kListCapacity = 512;
@@ -21,4 +21,4 @@ std::string ServerLines(const KOPACSZLIST* servers);
 // with the word, or has nothing behind it.
 std::optional<std::string_view> ScanServer(std::string_view line);
 
-}  // namespace dns
+}  // namespace dns_route

@@ -3,16 +3,17 @@
 
 #include <zarnnetsdk/ipv4.h>
 #include <zarnnetsdk/net_int.h>
-#include <zarnnetsdk/virtual.h>
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/facts/ovs.h"
+#include "frame/facts/vlans.h"
 #include "frame/model/mtu.h"
 #include "frame/model/paths.h"
+#include "frame/os/kernel.h"
 #include "frame/os/key_file.h"
 #include "frame/os/lock.h"
-#include "ipv4/ovs_device.h"
 
 using namespace frame;
 
@@ -20,20 +21,19 @@ namespace {
 
 constexpr char kDefaultMtu[] = "1500";
 
-// The setting of an Open vSwitch port is that of the port under it.
-std::string SettingOwner(const char* ifname) {
-  if (ipv4::OvsKindOf(ifname) != ipv4::OvsKind::kPort) return ifname;
-  const auto port = ipv4::UnderlyingPort(ifname);
-  if (!port) LOG_ERROR("%s:%d Failed to fetch slave interface from OVS master %s", ifname);
+// The setting of an Open vSwitch device is that of the port under it.
+std::string SettingOwner(const std::string& ifname) {
+  if (facts::OvsKindOf(ifname) != ZARNOVS_DEVICE) return ifname;
+  const auto port = facts::PortUnder(ifname);
+  if (!port) LOG_ERROR("%s:%d Failed to fetch slave interface from OVS master %s", ifname.c_str());
   return port.value_or(ifname);
 }
 
-bool Store(const char* ifname, const char* mtu) {
-  if (KOPACFileSetKeyValue(paths::kInfo, model::MtuKey(ifname).c_str(), mtu, kQuotedLine) >= 0)
-    return true;
+bool Store(const std::string& ifname, const std::string& mtu) {
+  if (SetKey(paths::kInfo, model::MtuKey(ifname).c_str(), mtu.c_str(), kQuotedLine)) return true;
   const InnerError inner;
-  LOG_ERROR("%s:%d Failed to set %s MTU config value[0x%04X %s:%d]", ifname, inner.code, inner.file,
-            inner.line);
+  LOG_ERROR("%s:%d Failed to set %s MTU config value[0x%04X %s:%d]", ifname.c_str(), inner.code,
+            inner.file, inner.line);
   return false;
 }
 
@@ -42,7 +42,7 @@ bool Store(const char* ifname, const char* mtu) {
 std::optional<std::string> ipv4::StoredMtu(const std::string& ifname) {
   constexpr Place kAt(__FILE__, __LINE__, "ZARNConfGetMTUValue");
   constexpr std::size_t kSize = 1024;
-  const std::string owner = SettingOwner(ifname.c_str());
+  const std::string owner = SettingOwner(ifname);
   const KeyValue mtu = ReadKey(paths::kInfo, model::MtuKey(owner).c_str(), kSize);
   if (mtu.Unreadable()) {
     LOG_ERROR_FUNC(kAt, "%s (%d) Failed to get %s_mtu (%X)", owner.c_str(), KOPACErrGet());
@@ -52,15 +52,15 @@ std::optional<std::string> ipv4::StoredMtu(const std::string& ifname) {
 }
 
 bool ipv4::StoreMtu(const std::string& ifname, const std::string& mtu) {
-  const std::string owner = SettingOwner(ifname.c_str());
-  KOPANETVLAN vlan{};
-  const int isVlan = KOPANetVlanGet(owner.c_str(), &vlan);
+  const std::string owner = SettingOwner(ifname);
+  const InetSocket socket;
   // Where the kernel cannot be asked nothing is stored and nothing is wrong: callers rely on it.
-  if (isVlan < 0) return true;
+  if (!socket.IsOpen()) return true;
+  const auto vlan = facts::VlanOf(socket, owner);
   Lock lock(kSettingsWrite);
   if (!lock.HeldOrLog()) return false;
-  const bool parentStored = isVlan != 1 || Store(vlan.szRowDev, mtu.c_str());
-  const bool stored = Store(owner.c_str(), mtu.c_str());
+  const bool parentStored = !vlan || Store(vlan->szRowDev, mtu);
+  const bool stored = Store(owner, mtu);
   if (!lock.Release()) {
     const InnerError inner;
     LOG_ERROR("%s:%d Failed to unlock zarninfo[0x%04X %s:%d]", inner.code, inner.file, inner.line);

@@ -5,6 +5,7 @@
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/model/events.h"
 #include "frame/os/plugin_event.h"
 
 using namespace frame;
@@ -12,13 +13,13 @@ using namespace frame;
 namespace {
 
 bool SetServers(PluginEvent* plugin, const KOPACSZLIST* servers) {
-  if (!plugin->Set("NITEMS", Format("%d", servers->nItem).c_str())) {
+  if (!plugin->Set(events::kServerCount, Format("%d", servers->nItem).c_str())) {
     LOG_ERROR("%s:%d KOPAPluginSetArg failed, dns_number = %d", servers->nItem);
     return false;
   }
   for (int i = 1; i <= servers->nItem; ++i) {
     const char* const server = KOPACSzListGet(servers, i - 1);
-    if (plugin->Set(Format("DNS_%d", i).c_str(), server)) continue;
+    if (plugin->Set(Format(events::kServerFormat, i).c_str(), server)) continue;
     LOG_ERROR("%s:%d KOPAPluginSetArg failed, dns[%d] = %s", i, server != nullptr ? server : "");
     return false;
   }
@@ -35,11 +36,11 @@ bool Fire(PluginEvent* plugin, int stage) {
 
 bool ipv4::TellDnsConfigChange(int stage, const char* ifname, const KOPACSZLIST* servers) {
   PluginEvent plugin;
-  if (!plugin.Init("net", "net/dns_config_change")) {
+  if (!plugin.Init(events::kNet, events::kDnsConfigChange)) {
     LOG_ERROR("%s:%d KOPAPluginSDKInit failed");
     return false;
   }
-  if (!plugin.Set("INTERFACE", ifname)) {
+  if (!plugin.Set(events::kInterface, ifname)) {
     LOG_ERROR("%s:%d KOPAPluginSetArg failed, interface = %s", ifname);
     return false;
   }
@@ -48,7 +49,7 @@ bool ipv4::TellDnsConfigChange(int stage, const char* ifname, const KOPACSZLIST*
 
 bool ipv4::TellDnsChange(int stage, const KOPACSZLIST* servers) {
   PluginEvent plugin;
-  if (!plugin.Init("net", "net/dns_change")) {
+  if (!plugin.Init(events::kNet, events::kDnsChange)) {
     LOG_ERROR("%s:%d KOPAPluginSDKInit failed");
     return false;
   }

@@ -8,8 +8,10 @@
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
+#include "frame/base/text.h"
 #include "frame/model/paths.h"
 #include "frame/os/command.h"
+#include "frame/os/key_file.h"
 
 using namespace frame;
 
@@ -27,12 +29,14 @@ char* ZARNExternalIPGet(void) {
                       __LINE__, __func__, std::strerror(errno));
       return nullptr;
     }
-    if (KOPACFileGetKeyValue(paths::kExternalIpResult, "externalIP", ip.get(), kSize, 0) <= 0) {
+    const KeyValue address = ReadKey(paths::kExternalIpResult, "externalIP", kSize);
+    if (!address.Found()) {
       LOG_ERROR_FUNC(
           at, "%s(%d) Failed to get external IP from /run/ddns/externalIP.result, zarn_errno=[%X]",
           KOPACErrGet());
       return nullptr;
     }
+    CopyText(address.text, ip.get(), kSize);
     return ip.release();
   });
 }

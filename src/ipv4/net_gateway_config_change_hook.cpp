@@ -4,6 +4,7 @@
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/model/events.h"
 #include "frame/os/plugin_event.h"
 
 using namespace frame;
@@ -15,23 +16,23 @@ int ZARNNetGatewayConfigChangeHook(int stage, const char* szType, const char* sz
       if (text == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }
     PluginEvent plugin;
-    if (!plugin.Init("net", "net/gateway_config_change")) {
+    if (!plugin.Init(events::kNet, events::kGatewayConfigChange)) {
       LOG_ERROR("%s:%d KOPAPluginSDKInit failed");
       return -1;
     }
-    if (!plugin.Set("TYPE", szType)) {
+    if (!plugin.Set(events::kGatewayType, szType)) {
       LOG_ERROR("%s:%d KOPAPluginSetArg failed, Type = %s", szType);
       return -1;
     }
-    if (!plugin.Set("INTERFACE", szIfname)) {
+    if (!plugin.Set(events::kInterface, szIfname)) {
       LOG_ERROR("%s:%d KOPAPluginSetArg failed, Interface = %s", szIfname);
       return -1;
     }
-    if (!plugin.Set("GATEWAY_OLD", szOld)) {
+    if (!plugin.Set(events::kGatewayOld, szOld)) {
       LOG_ERROR("%s:%d KOPAPluginSetArg failed, GatewayOld = %s", szOld);
       return -1;
     }
-    if (!plugin.Set("GATEWAY_NEW", szNew)) {
+    if (!plugin.Set(events::kGatewayNew, szNew)) {
       LOG_ERROR("%s:%d KOPAPluginSetArg failed, GatewayNew = %s", szNew);
       return -1;
     }

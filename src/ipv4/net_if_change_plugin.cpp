@@ -3,15 +3,16 @@
 
 #include "frame/base/boundary.h"
 #include "frame/base/error.h"
+#include "frame/model/events.h"
 #include "ipv4/rename_arguments.h"
 
 using namespace frame;
 
 bool ipv4::SetRenameArguments(PKOPAPLUGIN event, const KOPACSZLIST* oldNames,
                               const KOPACSZLIST* newNames, int result) {
-  return KOPAPluginSetArgByArray(event, "ORIGIN_IFNAME", oldNames) >= 0 &&
-         KOPAPluginSetArgByArray(event, "IFNAME", newNames) >= 0 &&
-         KOPAPluginSetArgByInt(event, "RESULT", result) >= 0;
+  return KOPAPluginSetArgByArray(event, events::kOriginIfname, oldNames) >= 0 &&
+         KOPAPluginSetArgByArray(event, events::kIfname, newNames) >= 0 &&
+         KOPAPluginSetArgByInt(event, events::kResult, result) >= 0;
 }
 
 int KOPANetIFChgPluginSetArgs(PKOPAPLUGIN pPlugin, const KOPACSZLIST* pOldNames,

@@ -1,7 +1,6 @@
 // The IPv4 address of an interface: the one the kernel has, and the one that is configured.
 #include <string>
 
-#include <zarnnetsdk/dhcpd.h>
 #include <zarnnetsdk/ipv4.h>
 #include <zarnnetsdk/net_int.h>
 
@@ -21,8 +20,7 @@ namespace {
 
 // Nothing when the file that would hold the address is not there.
 std::optional<KeyValue> ReadConfigured(const std::string& ifname, std::size_t size) {
-  const std::string path =
-      BlZARNLnxIsDHCP(ifname.c_str()) == 1 ? paths::DhcpInfo(ifname) : paths::Ifcfg(ifname);
+  const std::string path = dhcpd::IsDhcp(ifname) ? paths::DhcpInfo(ifname) : paths::Ifcfg(ifname);
   if (!Exists(path)) {
     LOG_ERROR("%s:%d config %s is not exsit, maybe create a new interface", path.c_str());
     return std::nullopt;

@@ -16,6 +16,7 @@
 #include "frame/os/file.h"
 #include "frame/os/lock.h"
 #include "frame/os/rewrite.h"
+#include "ipv4/hooks.h"
 
 using namespace frame;
 
@@ -82,7 +83,7 @@ int ZARNLnxSetHostname(const char* szHostname) {
     if (ZARNIsDockerPLV() == 1) return 0;  // the name belongs to the container runtime
     const bool done = SetKernelName(szHostname) && WriteHostnameFile(szHostname) &&
                       WriteHostsFile(szHostname) && ReloadLogger() &&
-                      ZARNNetHostnameChangeHook(szHostname) >= 0;
+                      ipv4::TellHostnameChange(szHostname);
     return done ? 0 : -1;
   });
 }

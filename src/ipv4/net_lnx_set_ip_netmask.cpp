@@ -1,13 +1,13 @@
-// Gives an interface a fixed IPv4 address, in its file and in the kernel; on failure the file is as
-// it was.
+// Gives an interface a fixed IPv4 address, in its file and in the kernel; on failure a file that
+// was there is as it was.
 #include <cerrno>
 #include <cstring>
 #include <string>
 
-#include <zarnnetsdk/addr.h>
 #include <zarnnetsdk/ipv4.h>
 #include <zarnnetsdk/net_int.h>
 
+#include "frame/base/address.h"
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
@@ -16,39 +16,33 @@
 #include "frame/os/backup.h"
 #include "frame/os/command.h"
 #include "frame/os/key_file.h"
+#include "ipv4/live_address.h"
 
 using namespace frame;
 
 namespace {
 
-bool WriteStaticAddress(const std::string& path, const char* ifname, const char* ip,
-                        const char* netmask) {
-  return KeyEdit()
-      .Set(keys::kDevice, ifname)
-      .Set(keys::kOnBoot, "yes")
-      .Set(keys::kIpAddr, ip)
-      .Set(keys::kNetmask, netmask)
-      .Set(keys::kBootProto, "static")
-      .Drop("MASTER")
-      .Drop("SLAVE")
-      .WriteTo(path);
+bool WriteStaticAddress(const std::string& path, const std::string& ifname, const std::string& ip,
+                        const std::string& netmask) {
+  KeyEdit edit;
+  edit.Set(keys::kDevice, ifname.c_str()).Set(keys::kOnBoot, "yes");
+  model::SetFixedAddress(&edit, ip.c_str(), netmask.c_str());
+  model::LeaveBond(&edit);
+  if (edit.WriteTo(path)) return true;
+  LOG_ERROR("%s:%d Set %s error.", path.c_str());
+  return false;
 }
 
-bool WriteAndApply(const std::string& path, const char* ifname, const char* ip,
-                   const char* netmask) {
-  if (!WriteStaticAddress(path, ifname, ip, netmask)) {
-    LOG_ERROR("%s:%d Set %s error.", path.c_str());
-    return false;
+bool Apply(const std::string& ifname, const std::string& ip, const std::string& netmask) {
+  if (!Run(paths::kStop, "dhcp-client", Format("IFACE=%s", ifname.c_str()))) {
+    LOG_ERROR("%s:%d unable to stop dhcp-client instance on %s", ifname.c_str());
   }
-  if (!Run(paths::kStop, "dhcp-client", Format("IFACE=%s", ifname))) {
-    LOG_ERROR("%s:%d unable to stop dhcp-client instance on %s", ifname);
-  }
-  const int prefix = ZARNNetNetmaskToPrefix(netmask);
-  if (prefix < 0) {
+  const auto prefix = OneBitsOf(netmask);
+  if (!prefix) {
     LOG_ERROR("%s:%d calculate prefix length failed");
     return false;
   }
-  if (ZARNNetSetIP("-4", ifname, ip, static_cast<unsigned>(prefix), "add") < 0) {
+  if (!ipv4::AddAddress(ifname, ip, *prefix)) {
     LOG_ERROR("%s:%d excute command /usr/zarn/sbin/zarnnet--set_ip failed");
     return false;
   }
@@ -75,7 +69,7 @@ bool ipv4::SetStatic(const std::string& ifname, const std::string& ip, const std
     LOG_ERROR("%s:%d copy (%s, %s) failed.(strerror=%s)", path.c_str(), backup.CopyName().c_str(),
               std::strerror(errno));
   }
-  const bool changed = WriteAndApply(path, ifname.c_str(), ip.c_str(), netmask.c_str());
+  const bool changed = WriteStaticAddress(path, ifname, ip, netmask) && Apply(ifname, ip, netmask);
   EndBackup(&backup, changed);
   return changed;
 }

@@ -3,6 +3,7 @@
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
+#include "frame/model/events.h"
 #include "frame/os/lock.h"
 #include "frame/os/plugin_event.h"
 
@@ -12,11 +13,11 @@ namespace {
 
 bool FireStage(PluginEvent* plugin, int stage, int daemonAction, unsigned flags) {
   const auto bit = [flags](unsigned number) { return static_cast<int>((flags >> number) & 1U); };
-  return plugin->IsUsable() && plugin->Set("SERVICE_IP_CHANGE", bit(0)) &&
-         plugin->Set("SERVICE_HOSTNAME_CHANGE", bit(1)) &&
-         plugin->Set("SERVICE_MTU_CHANGE", bit(2)) &&
-         plugin->Set("SERVICE_DAEMON_ACTION", daemonAction) && plugin->Set("RESULT", 0) &&
-         plugin->Fire(stage);
+  return plugin->IsUsable() && plugin->Set(events::kServiceIpChange, bit(0)) &&
+         plugin->Set(events::kServiceHostnameChange, bit(1)) &&
+         plugin->Set(events::kServiceMtuChange, bit(2)) &&
+         plugin->Set(events::kServiceDaemonAction, daemonAction) &&
+         plugin->Set(events::kResult, 0) && plugin->Fire(stage);
 }
 
 }  // namespace
@@ -29,15 +30,15 @@ int KOPAServicePlugin(int daemonAction, unsigned int flags) {
       return -1;
     }
     PluginEvent plugin;
-    if (!plugin.Init("service", "service")) {
+    if (!plugin.Init(events::kService, events::kServiceChange)) {
       const InnerError inner;
       LOG_ERROR("%s:%d Fail to do plugin init[0x%04X %s:%d]", inner.code, inner.file, inner.line);
       return -1;
     }
-    if (!FireStage(&plugin, kStageBefore, daemonAction, flags)) {
+    if (!FireStage(&plugin, ZARNNETSTAGE_BEFORE, daemonAction, flags)) {
       LOG_ERROR("%s:%d Fail to execute service plugin (PRE)");
     }
-    if (!FireStage(&plugin, kStageAfter, daemonAction, flags)) {
+    if (!FireStage(&plugin, ZARNNETSTAGE_AFTER, daemonAction, flags)) {
       LOG_ERROR("%s:%d Fail to execute service plugin (POST)");
     }
     return 0;

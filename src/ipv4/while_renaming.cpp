@@ -4,6 +4,7 @@
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
+#include "frame/model/events.h"
 #include "frame/os/containers.h"
 #include "frame/os/plugin_event.h"
 #include "ipv4/rename_arguments.h"
@@ -34,7 +35,7 @@ void LogFailed(ipv4::Renamed what, int stage, const Place& at) {
   const InnerError inner;
   if (what == ipv4::Renamed::kPort) {
     LOG_ERROR_PLAIN("KOPAPluginAction failed");
-  } else if (stage == kStageBefore) {
+  } else if (stage == ZARNNETSTAGE_BEFORE) {
     LOG_ERROR_AT(at, "%s:%d Fail to execute net plugin (PRE) [0x%04X %s:%d]", inner.code,
                  inner.file, inner.line);
   } else {
@@ -56,7 +57,7 @@ int ipv4::WhileRenaming(Renamed what, const std::vector<std::string>& oldNames,
     names.Add(name.c_str());
 
   PluginEvent event;
-  const bool begun = event.Init("net", "net/ifname_change");
+  const bool begun = event.Init(events::kNet, events::kIfnameChange);
   if (!begun) {
     LogNotBegun(what, at);
     if (what != Renamed::kPort) return -1;
@@ -67,9 +68,9 @@ int ipv4::WhileRenaming(Renamed what, const std::vector<std::string>& oldNames,
       return;
     LogFailed(what, stage, at);
   };
-  tell(kStageBefore, 0);
+  tell(ZARNNETSTAGE_BEFORE, 0);
   // Who has been told of the beginning is told of the end, also where memory runs out between.
   const int result = Boundary(-1, work, at);
-  tell(kStageAfter, result);
+  tell(ZARNNETSTAGE_AFTER, result);
   return result;
 }

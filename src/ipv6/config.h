@@ -1,24 +1,27 @@
-// The IPv6 keys of an interface file and the configuration types.
+// The configuration types as the interface files spell them.
 #pragma once
+
+#include <optional>
+#include <string>
+#include <strings.h>
 
 #include <zarnnetsdk/ipv6.h>
 
 namespace ipv6 {
 
-inline constexpr char kTypeKey[] = "IPV6INIT";
-inline constexpr char kAddressKey[] = "IPV6ADDR";
-inline constexpr char kPrefixKey[] = "IPV6PREFIXLENG";
-inline constexpr char kGatewayKey[] = "IPV6_DEFAULTGW";
-inline constexpr char kAcceptRaKey[] = "IPV6_ACCEPT_RA";
-
-// The type's text, by its number.
+// By its number, a ZARNNET_IPV6_...
 inline constexpr const char* kTypeTexts[] = {"auto", "off", "dhcp", "static", "auto_dhcp"};
-inline constexpr int kTypes = sizeof kTypeTexts / sizeof kTypeTexts[0];
+inline constexpr int kTypes = ZARNNET_IPV6_AUTO_DHCP + 1;
+static_assert(sizeof kTypeTexts / sizeof kTypeTexts[0] == kTypes);
 
-inline constexpr int kMaxPrefix = 128;
+inline constexpr unsigned kMaxPrefix = 128;
 
-// The commands of ZARNNetIPv6IPAction().
-inline constexpr int kAdd = 0;
-inline constexpr int kDelete = 1;
+// Nothing for a text that is no type; case does not matter.
+inline std::optional<int> TypeOf(const std::string& text) {
+  for (int type = 0; type < kTypes; ++type) {
+    if (strcasecmp(text.c_str(), kTypeTexts[type]) == 0) return type;
+  }
+  return std::nullopt;
+}
 
 }  // namespace ipv6

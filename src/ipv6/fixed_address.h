@@ -6,7 +6,7 @@
 
 #include <zarnnetsdk/ipv6.h>
 
-#include "ipv6/steps.h"
+#include "frame/base/undo.h"
 
 namespace ipv6 {
 
@@ -17,12 +17,12 @@ struct Fixed {
   std::string gateway;
 };
 
-// Every address that the kernel has on the interface.
+// Every address that the kernel has on the interface; none where they cannot be read.
 std::vector<ZARNNETV6ADDR> AddressesOf(const std::string& ifname);
 
 // Takes the interface from one to the other. What the kernel has already is left alone, and the old
 // address goes last, so that the interface is never without one.
 [[nodiscard]] bool Move(const std::string& ifname, const Fixed& former, const Fixed& wanted,
-                        Steps* steps);
+                        frame::Undo* undo);
 
 }  // namespace ipv6

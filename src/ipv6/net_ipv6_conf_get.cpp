@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <optional>
 #include <string>
-#include <strings.h>
 
 #include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/ipv6.h>
@@ -11,6 +10,8 @@
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/facts/inventory.h"
+#include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
 #include "frame/os/key_file.h"
 #include "ipv6/config.h"
@@ -19,16 +20,8 @@ using namespace frame;
 
 namespace {
 
-constexpr unsigned kUsableKind = 2;
 constexpr int kSmallestBuffer = 46;  // the longest address and its end
 constexpr std::size_t kValueSize = 128;
-
-std::optional<int> TypeOf(const std::string& text) {
-  for (int type = 0; type < ipv6::kTypes; ++type) {
-    if (strcasecmp(text.c_str(), ipv6::kTypeTexts[type]) == 0) return type;
-  }
-  return std::nullopt;
-}
 
 // The text is handed out as it stands in the file; only a system without IPv6 refuses it.
 bool CopyAddress(const std::string& path, const std::string& text, char* buffer, int size) {
@@ -42,18 +35,18 @@ bool CopyAddress(const std::string& path, const std::string& text, char* buffer,
 }
 
 bool ReadAddress(const std::string& path, char* buffer, int size) {
-  const KeyValue address = ReadKey(path, ipv6::kAddressKey, kValueSize);
+  const KeyValue address = ReadKey(path, keys::kIpv6Address, kValueSize);
   if (address.Unreadable()) {
-    LOG_ERROR("%s:%d error when get ipv6 key value %s, %s,", ipv6::kAddressKey, path.c_str());
+    LOG_ERROR("%s:%d error when get ipv6 key value %s, %s,", keys::kIpv6Address, path.c_str());
     return false;
   }
   return !address.Found() || CopyAddress(path, address.text, buffer, size);
 }
 
 bool ReadPrefix(const std::string& path, int* prefix) {
-  const KeyValue text = ReadKey(path, ipv6::kPrefixKey, kValueSize);
+  const KeyValue text = ReadKey(path, keys::kIpv6Prefix, kValueSize);
   if (text.Unreadable()) {
-    LOG_ERROR("%s:%d error when get ipv6 key value %s, %s,", ipv6::kPrefixKey, path.c_str());
+    LOG_ERROR("%s:%d error when get ipv6 key value %s, %s,", keys::kIpv6Prefix, path.c_str());
     return false;
   }
   if (text.Found() && std::sscanf(text.text.c_str(), "%d", prefix) != 1) {
@@ -64,9 +57,9 @@ bool ReadPrefix(const std::string& path, int* prefix) {
 }
 
 bool ReadGateway(const std::string& path, char* buffer, int size) {
-  const KeyValue gateway = ReadKey(path, ipv6::kGatewayKey, kValueSize);
+  const KeyValue gateway = ReadKey(path, keys::kIpv6Gateway, kValueSize);
   if (gateway.Unreadable()) {
-    LOG_ERROR("%s:%d can not get ipv6 key value %s, %s,", ipv6::kGatewayKey, path.c_str());
+    LOG_ERROR("%s:%d can not get ipv6 key value %s, %s,", keys::kIpv6Gateway, path.c_str());
     return false;
   }
   return !gateway.Found() || CopyAddress(path, gateway.text, buffer, size);
@@ -81,23 +74,23 @@ int ZARNNetIPv6ConfGet(const char* szIfname, int* pType, char* szAddr, int cbAdd
         szGateway == nullptr || cbAddr < kSmallestBuffer || cbGateway < kSmallestBuffer) {
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }
-    if (ZARNNetIsDevTypeMatch(szIfname, kUsableKind) != 1) return 0;
+    if (IsEmpty(szIfname) || !facts::IsOfKind(szIfname, ZARNNETKIND_USABLE)) return 0;
     *pPrefix = -1;
     *pType = ZARNNET_IPV6_AUTO;
     CopyText("", szAddr, static_cast<std::size_t>(cbAddr));
     CopyText("", szGateway, static_cast<std::size_t>(cbGateway));
 
     const std::string path = paths::Ifcfg(szIfname);
-    const KeyValue type = ReadKey(path, ipv6::kTypeKey, kValueSize);
+    const KeyValue type = ReadKey(path, keys::kIpv6Type, kValueSize);
     if (type.Unreadable()) {
-      LOG_ERROR("%s:%d can not get ipv6 key value %s, %s,", ipv6::kTypeKey, path.c_str());
+      LOG_ERROR("%s:%d can not get ipv6 key value %s, %s,", keys::kIpv6Type, path.c_str());
       return -1;
     }
     if (!type.Found()) {
       LOG_NOTE("%s:%d no ipv6 configtype, first time set IPv6");
       return 0;
     }
-    const auto known = TypeOf(type.text);
+    const auto known = ipv6::TypeOf(type.text);
     if (!known) {
       LOG_ERROR("%s:%d ipv6 init type undefined %s, %s,", type.text.c_str(), path.c_str());
       return type.length;

@@ -1,21 +1,22 @@
 // Configures IPv6 on an interface: its file, the kernel's switch, the DHCPv6 client, the fixed
 // address and route. When a step fails everything is as it was.
 #include <algorithm>
-#include <arpa/inet.h>
 #include <cstdlib>
-#include <ctime>
 #include <linux/if_addr.h>
 #include <optional>
 #include <string>
-#include <strings.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <zarnnetsdk/ipv6.h>
+#include <zarnnetsdk/net_int.h>
 
+#include "frame/base/address.h"
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/base/undo.h"
+#include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
 #include "frame/os/backup.h"
 #include "frame/os/command.h"
@@ -23,10 +24,11 @@
 #include "frame/os/kernel.h"
 #include "frame/os/key_file.h"
 #include "frame/os/lock.h"
+#include "frame/os/wait.h"
 #include "ipv6/accept_ra.h"
 #include "ipv6/config.h"
 #include "ipv6/fixed_address.h"
-#include "ipv6/steps.h"
+#include "ipv6/ip_action.h"
 
 using namespace frame;
 
@@ -53,11 +55,9 @@ struct Request {
 
 // The text as the kernel prints it; nothing when it is no IPv6 address.
 std::optional<std::string> KernelText(const std::string& address) {
-  in6_addr parsed{};
-  if (::inet_pton(AF_INET6, address.c_str(), &parsed) != 1) return std::nullopt;
-  char text[INET6_ADDRSTRLEN] = "";
-  ::inet_ntop(AF_INET6, &parsed, text, sizeof text);
-  return text;
+  const auto parsed = ParseIpv6(address);
+  if (!parsed) return std::nullopt;
+  return Ipv6Text(*parsed);
 }
 
 bool IsLegal(const std::string& address, bool required) {
@@ -70,7 +70,7 @@ bool IsLegal(const std::string& address, bool required) {
 bool IsSensible(const Request& request) {
   const int shortest = request.IsStatic() ? 1 : 0;
   if (IsUnfitName(request.ifname.c_str()) || request.type < 0 || request.type >= ipv6::kTypes ||
-      request.prefix < shortest || request.prefix > ipv6::kMaxPrefix) {
+      request.prefix < shortest || request.prefix > static_cast<int>(ipv6::kMaxPrefix)) {
     LOG_ERROR("%s:%d Bad parameters.");
     return false;
   }
@@ -88,11 +88,11 @@ ipv6::Fixed WantedFixed(const Request& request) {
 // What the configuration in force has put on the interface.
 ipv6::Fixed FormerFixed(const std::string& path) {
   constexpr std::size_t kSize = 64;
-  const KeyValue type = ReadKey(path, ipv6::kTypeKey, kSize);
-  if (strcasecmp(type.text.c_str(), ipv6::kTypeTexts[ZARNNET_IPV6_STATIC]) != 0) return {};
-  return {KernelText(ReadKey(path, ipv6::kAddressKey, kSize).text).value_or(""),
-          static_cast<unsigned>(std::atoi(ReadKey(path, ipv6::kPrefixKey, kSize).text.c_str())),
-          KernelText(ReadKey(path, ipv6::kGatewayKey, kSize).text).value_or("")};
+  const KeyValue type = ReadKey(path, keys::kIpv6Type, kSize);
+  if (ipv6::TypeOf(type.text) != ZARNNET_IPV6_STATIC) return {};
+  return {KernelText(ReadKey(path, keys::kIpv6Address, kSize).text).value_or(""),
+          static_cast<unsigned>(std::atoi(ReadKey(path, keys::kIpv6Prefix, kSize).text.c_str())),
+          KernelText(ReadKey(path, keys::kIpv6Gateway, kSize).text).value_or("")};
 }
 
 // A key that the type does not use is dropped. The switch goes into the file too: start-up sets it
@@ -107,46 +107,34 @@ bool WriteKeys(const std::string& path, const Request& request) {
       edit.Drop(key);
     }
   };
-  edit.Set(ipv6::kTypeKey, ipv6::kTypeTexts[request.type]);
-  edit.Set(ipv6::kAcceptRaKey, request.UsesAdvertisements() ? "1" : "0");
-  put(ipv6::kAddressKey, request.address);
-  put(ipv6::kPrefixKey, prefix);
-  put(ipv6::kGatewayKey, request.gateway);
+  edit.Set(keys::kIpv6Type, ipv6::kTypeTexts[request.type]);
+  edit.Set(keys::kIpv6AcceptRa, request.UsesAdvertisements() ? "1" : "0");
+  put(keys::kIpv6Address, request.address);
+  put(keys::kIpv6Prefix, prefix);
+  put(keys::kIpv6Gateway, request.gateway);
   if (edit.WriteTo(path)) return true;
   LOG_ERROR("%s:%d Set %s error.", path.c_str());
   return false;
 }
 
-// The file as it was, until the change is complete.
-class FormerFile {
- public:
-  explicit FormerFile(const std::string& path) : path_(path) {
-    if (!Exists(path)) return;
-    copy_.emplace(path, Format(".tmp%ld", static_cast<long>(std::time(nullptr))));
-    if (!copy_->Made())
-      LOG_ERROR("%s:%d copy (%s, %s) failed.", path.c_str(), copy_->CopyName().c_str());
-  }
+// Copies the file, so that it can be put back. Without a copy of a file that is there nothing may
+// be changed.
+bool Save(const std::string& path, std::optional<Backup>* copy) {
+  if (!Exists(path)) return true;
+  copy->emplace(path, model::ChangeSuffix());
+  if ((*copy)->Made()) return true;
+  LOG_ERROR("%s:%d copy (%s, %s) failed.", path.c_str(), (*copy)->CopyName().c_str());
+  return false;
+}
 
-  // Without a copy of a file that exists nothing may be changed.
-  [[nodiscard]] bool IsSafe() const { return !copy_ || copy_->Made(); }
-
-  void PutBack() {
-    const bool back = copy_ ? copy_->Restore() : ::unlink(path_.c_str()) == 0 || !Exists(path_);
-    if (!back) LOG_ERROR("%s:%d Failed to restore %s", path_.c_str());
-  }
-  void Forget() {
-    if (copy_ && !copy_->Remove())
-      LOG_ERROR("%s:%d Failed to remove %s", copy_->CopyName().c_str());
-  }
-
- private:
-  std::string path_;
-  std::optional<Backup> copy_;
-};
+void PutBack(const std::string& path, std::optional<Backup>* copy) {
+  const bool back = *copy ? (*copy)->Restore() : ::unlink(path.c_str()) == 0 || !Exists(path);
+  if (!back) LOG_ERROR("%s:%d Failed to restore %s", path.c_str());
+}
 
 // ---- router advertisements
 
-bool SwitchAdvertisements(const Request& request, ipv6::Steps* steps) {
+bool SwitchAdvertisements(const Request& request, Undo* undo) {
   const bool accept = request.UsesAdvertisements();
   const auto before = ipv6::ReadAcceptRa(request.ifname);
   if (!ipv6::WriteAcceptRa(request.ifname, accept ? ipv6::kAcceptRa : ipv6::kIgnoreRa)) {
@@ -158,7 +146,7 @@ bool SwitchAdvertisements(const Request& request, ipv6::Steps* steps) {
     return false;
   }
   if (before) {
-    steps->Done([=] { static_cast<void>(ipv6::WriteAcceptRa(request.ifname, *before)); });
+    undo->Add([=] { static_cast<void>(ipv6::WriteAcceptRa(request.ifname, *before)); });
   }
   return true;
 }
@@ -168,12 +156,11 @@ bool SwitchAdvertisements(const Request& request, ipv6::Steps* steps) {
 // A flush of an interface that was "off" leaves IPv6 switched off, and no address could be given
 // then.
 bool SwitchOn(const Request& request) {
-  constexpr unsigned kEnable = 0;
   if (request.type == ZARNNET_IPV6_OFF) return true;
   LineReader lines(paths::Ipv6Switch(request.ifname));
   const auto line = lines.IsOpen() ? lines.Next() : std::nullopt;
   if (!line || Trimmed(*line) != "1") return true;
-  if (ZARNLnxIPv6ProcAction(request.ifname.c_str(), kEnable) == 0) return true;
+  if (ipv4::SwitchV6(request.ifname, true)) return true;
   LOG_ERROR("%s:%d Failed to enable IPv6 on [%s]", request.ifname.c_str());
   return false;
 }
@@ -203,7 +190,7 @@ bool TellClient(const char* program, const std::string& ifname, const char* acti
   return Run(program, kClientJob, Format("IFACE=%s", ifname.c_str()), Format("ACTION=%s", action));
 }
 
-bool StartClient(const std::string& ifname, ipv6::Steps* steps) {
+bool StartClient(const std::string& ifname, Undo* undo) {
   if (IsClientRunning(ifname)) {
     LOG_ERROR("%s:%d DHCPv6 already running!");
     return true;
@@ -212,18 +199,18 @@ bool StartClient(const std::string& ifname, ipv6::Steps* steps) {
     LOG_ERROR("%s:%d Failed to start dhclient on interface [%s]", ifname.c_str());
     return Fail(ZARNNETERR_COMMAND, false);
   }
-  steps->Done([=] { static_cast<void>(TellClient(paths::kStop, ifname, kStopAction)); });
+  undo->Add([=] { static_cast<void>(TellClient(paths::kStop, ifname, kStopAction)); });
   return true;
 }
 
 // The job refuses to stop what does not run: only a client that lives on is a failure.
-bool StopClient(const std::string& ifname, ipv6::Steps* steps) {
+bool StopClient(const std::string& ifname, Undo* undo) {
   const bool ran = IsClientRunning(ifname);
   if (!TellClient(paths::kStop, ifname, kStopAction) && IsClientRunning(ifname)) {
     LOG_ERROR("%s:%d Failed to stop dhclient on interface [%s]", ifname.c_str());
     return Fail(ZARNNETERR_COMMAND, false);
   }
-  if (ran) steps->Done([=] { static_cast<void>(TellClient(paths::kStart, ifname, kStartAction)); });
+  if (ran) undo->Add([=] { static_cast<void>(TellClient(paths::kStart, ifname, kStartAction)); });
   return true;
 }
 
@@ -238,21 +225,13 @@ bool IsBeingProbed(const std::string& ifname) {
   });
 }
 
-void WaitForProbes(const std::string& ifname) {
-  constexpr int kTries = 10;
-  constexpr useconds_t kPause = 500'000;
-  for (int i = 0; i < kTries && IsBeingProbed(ifname); ++i)
-    ::usleep(kPause);
-}
-
 bool RemoveDuplicates(const std::string& ifname) {
-  WaitForProbes(ifname);
+  WaitWhile([&] { return IsBeingProbed(ifname); });
   for (const ZARNNETV6ADDR& address : ipv6::AddressesOf(ifname)) {
     if ((address.flags & IFA_F_DADFAILED) == 0) continue;
     LOG_ERROR("%s:%d ipv6 dad fail, ip:%s, pxleng:%d", address.szAddr,
               static_cast<int>(address.prefix));
-    if (ZARNNetIPv6IPAction(ipv6::kDelete, ifname.c_str(), address.szAddr, address.prefix,
-                            nullptr) < 0) {
+    if (!ipv6::ChangeAddress(ipv6::Change::kDelete, ifname, address.szAddr, address.prefix)) {
       LOG_ERROR("%s:%d failed to run ipv6 dad failed ip");
       return false;
     }
@@ -262,12 +241,32 @@ bool RemoveDuplicates(const std::string& ifname) {
 
 // ---- all of it
 
-bool Apply(const Request& request, const ipv6::Fixed& former, ipv6::Steps* steps) {
-  if (!SwitchAdvertisements(request, steps) || !SwitchOn(request)) return false;
+bool Apply(const Request& request, const ipv6::Fixed& former, Undo* undo) {
+  if (!SwitchAdvertisements(request, undo) || !SwitchOn(request)) return false;
   const bool client =
-      request.UsesDhcp() ? StartClient(request.ifname, steps) : StopClient(request.ifname, steps);
-  return client && ipv6::Move(request.ifname, former, WantedFixed(request), steps) &&
+      request.UsesDhcp() ? StartClient(request.ifname, undo) : StopClient(request.ifname, undo);
+  return client && ipv6::Move(request.ifname, former, WantedFixed(request), undo) &&
          RemoveDuplicates(request.ifname);
+}
+
+bool Configure(const Request& request) {
+  // Not the network lock: the client's scripts and the event's plugins take that one while this
+  // call waits.
+  const std::string path = paths::Ifcfg(request.ifname);
+  const FileLock lock(path);
+  if (!lock.Held()) {
+    LOG_ERROR("%s:%d KOPACFileLockTimeByFile failed!");
+    return false;
+  }
+  const ipv6::Fixed former = FormerFixed(path);
+  std::optional<Backup> copy;
+  if (!Save(path, &copy)) return false;
+  Undo undo;
+  undo.Add([&] { PutBack(path, &copy); });
+  if (!WriteKeys(path, request) || !Apply(request, former, &undo)) return false;
+  undo.Keep();
+  if (copy && !copy->Remove()) LOG_ERROR("%s:%d Failed to remove %s", copy->CopyName().c_str());
+  return true;
 }
 
 std::string TextOf(const char* text) {
@@ -281,25 +280,6 @@ int ZARNNetIPv6ConfSet(const char* szIfname, int type, const char* szAddr, int p
   return Boundary(-1, [&]() -> int {
     const Request request{TextOf(szIfname), type, TextOf(szAddr), prefix, TextOf(szGateway)};
     if (!IsSensible(request)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-
-    // Not the network lock: the client's scripts and the event's plugins take that one while this
-    // call waits.
-    const std::string path = paths::Ifcfg(request.ifname);
-    const FileLock lock(path);
-    if (!lock.Held()) {
-      LOG_ERROR("%s:%d KOPACFileLockTimeByFile failed!");
-      return -1;
-    }
-    const ipv6::Fixed former = FormerFixed(path);
-    FormerFile file(path);
-    if (!file.IsSafe()) return -1;
-    ipv6::Steps steps;
-    if (!WriteKeys(path, request) || !Apply(request, former, &steps)) {
-      steps.TakeBack();
-      file.PutBack();
-      return -1;
-    }
-    file.Forget();
-    return 0;
+    return Configure(request) ? 0 : -1;
   });
 }

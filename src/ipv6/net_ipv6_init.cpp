@@ -1,18 +1,18 @@
 // At start-up: the kernel listens to router advertisements where the interface files want it to,
 // and not elsewhere.
-#include <memory>
 #include <optional>
 #include <string>
-#include <strings.h>
 #include <vector>
 
-#include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/ipv6.h>
-#include <zarnnetsdk/virtual.h>
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
+#include "frame/facts/bridges.h"
 #include "frame/facts/net_dev.h"
+#include "frame/facts/ovs.h"
+#include "frame/facts/record.h"
+#include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
 #include "frame/os/file.h"
 #include "frame/os/kernel.h"
@@ -24,44 +24,36 @@ using namespace frame;
 
 namespace {
 
-struct FreeStatistics {
-  void operator()(PKOPANETSTATLIST list) const { KOPANetStatFree(list); }
-};
-
 // An interface that is part of another one listens through that.
-bool IsKept(const InetSocket& socket, const char* ifname) {
+bool IsKept(const InetSocket& socket, const std::string& ifname) {
   const auto flags = socket.Flags(ifname);
   if (!flags || (*flags & IFF_LOOPBACK) != 0) return false;
-  return ZARNNetIfIsBondingPassive(ifname) != 1 && KOPANetBridgeIfIsSlave(ifname) <= 0 &&
-         KOPANetOVSIfIsSlave(ifname) <= 0;
+  return !facts::IsBondingPassive(ifname, *flags) && !facts::IsBridgePort(ifname) &&
+         !facts::IsOvsPort(ifname);
 }
 
 std::optional<std::vector<std::string>> KeptInterfaces() {
-  const std::unique_ptr<KOPANETSTATLIST, FreeStatistics> list(
-      KOPANetStatInit(facts::kMaxInterfaces));
-  if (!list || KOPANetStatGetAll(list.get()) < 0) return std::nullopt;
+  auto names = facts::ListNetDev();
+  if (!names) return std::nullopt;
   const InetSocket socket;
-  std::vector<std::string> names;
-  for (int i = 0; i < list->nItem; ++i) {
-    if (IsKept(socket, list->rgItem[i].name)) names.emplace_back(list->rgItem[i].name);
-  }
+  std::erase_if(*names, [&](const std::string& ifname) { return !IsKept(socket, ifname); });
   return names;
 }
 
 // Nothing when the file cannot be read.
 std::optional<bool> WantsAdvertisements(const std::string& path) {
-  const KeyValue accept = ReadKey(path, ipv6::kAcceptRaKey, 16);
+  const KeyValue accept = ReadKey(path, keys::kIpv6AcceptRa, 16);
   if (accept.Unreadable()) {
-    LOG_ERROR("%s:%d Failed to get key %s in %s", ipv6::kAcceptRaKey, path.c_str());
+    LOG_ERROR("%s:%d Failed to get key %s in %s", keys::kIpv6AcceptRa, path.c_str());
     return std::nullopt;
   }
   if (accept.Found()) return accept.text != "0";
-  const KeyValue type = ReadKey(path, ipv6::kTypeKey, 16);
+  const KeyValue type = ReadKey(path, keys::kIpv6Type, 16);
   if (type.Unreadable()) {
-    LOG_ERROR("%s:%d Failed to get key %s in %s", ipv6::kTypeKey, path.c_str());
+    LOG_ERROR("%s:%d Failed to get key %s in %s", keys::kIpv6Type, path.c_str());
     return std::nullopt;
   }
-  return strcasecmp(type.text.c_str(), ipv6::kTypeTexts[ZARNNET_IPV6_STATIC]) != 0;
+  return ipv6::TypeOf(type.text) != ZARNNET_IPV6_STATIC;
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // One IPv6 address or default route, added to or deleted from the running kernel.
-#include <zarnnetsdk/ipv4.h>
 #include <zarnnetsdk/ipv6.h>
+#include <zarnnetsdk/net_int.h>
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
@@ -8,13 +8,29 @@
 #include "frame/model/paths.h"
 #include "frame/os/command.h"
 #include "ipv6/config.h"
+#include "ipv6/ip_action.h"
 
 using namespace frame;
+
+bool ipv6::ChangeAddress(Change change, const std::string& ifname, const std::string& address,
+                         unsigned prefix) {
+  if (ipv4::SetV6Address(ifname, address, prefix, change == Change::kAdd)) return true;
+  // The prefix stands for a netmask in IPv6; the line keeps its place for one.
+  LOG_ERROR("%s:%d set IP failed. IP = %s, Netmask = %s, prefix = %d", address.c_str(), "",
+            static_cast<int>(prefix));
+  return false;
+}
+
+int ipv6::ChangeDefaultRoute(Change change, const std::string& ifname, const std::string& gateway) {
+  const char* const action = change == Change::kAdd ? "add" : "del";
+  return RunVectorStatus(paths::kIp, "-6", "route", action, "default", "via", gateway, "dev",
+                         ifname);
+}
 
 int ZARNNetIPv6IPAction(int cmd, const char* szIfname, const char* szAddr, unsigned int prefix,
                         const char* szGateway) {
   return Boundary(-1, [&]() -> int {
-    if (prefix > static_cast<unsigned>(ipv6::kMaxPrefix)) {
+    if (prefix > ipv6::kMaxPrefix) {
       LOG_ERROR("%s:%d Paramter Prefix length %d out of range [0, 128] ", static_cast<int>(prefix));
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }
@@ -26,21 +42,12 @@ int ZARNNetIPv6IPAction(int cmd, const char* szIfname, const char* szAddr, unsig
       LOG_ERROR("%s:%d Paramter szDevice can not be NULL");
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }
-    if (cmd != ipv6::kAdd && cmd != ipv6::kDelete) {
+    const auto change = static_cast<ipv6::Change>(cmd);
+    if (change != ipv6::Change::kAdd && change != ipv6::Change::kDelete) {
       LOG_ERROR("%s:%d Paramter ZARNIPV6IPCMD is not a legal parameter");
       return -1;
     }
-    const char* const action = cmd == ipv6::kAdd ? "add" : "del";
-    if (!IsEmpty(szGateway)) {
-      return RunVectorStatus(paths::kIp, "-6", "route", action, "default", "via", szGateway, "dev",
-                             szIfname);
-    }
-    if (ZARNNetSetIP("-6", szIfname, szAddr, prefix, action) < 0) {
-      // The prefix stands for a netmask in IPv6; the line keeps its place for one.
-      LOG_ERROR("%s:%d set IP failed. IP = %s, Netmask = %s, prefix = %d", szAddr, "",
-                static_cast<int>(prefix));
-      return -1;
-    }
-    return 0;
+    if (!IsEmpty(szGateway)) return ipv6::ChangeDefaultRoute(change, szIfname, szGateway);
+    return ipv6::ChangeAddress(change, szIfname, szAddr, prefix) ? 0 : -1;
   });
 }

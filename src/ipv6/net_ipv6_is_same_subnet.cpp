@@ -1,36 +1,36 @@
 // Do two IPv6 addresses agree in their prefix?
-#include <arpa/inet.h>
-#include <cstring>
+#include <algorithm>
 #include <optional>
 
 #include <zarnnetsdk/ipv6.h>
 
+#include "frame/base/address.h"
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
+#include "ipv6/config.h"
 
 using namespace frame;
 
 namespace {
 
-std::optional<in6_addr> Parse(const char* text) {
-  in6_addr address{};
-  if (::inet_pton(AF_INET6, text, &address) == 1) return address;
-  LOG_ERROR("%s:%d Invalid network address: %s", text);
-  return std::nullopt;
+std::optional<Ipv6> Parse(const char* text) {
+  const auto address = ParseIpv6(text);
+  if (!address) LOG_ERROR("%s:%d Invalid network address: %s", text);
+  return address;
 }
 
-bool AgreeInPrefix(const in6_addr& a, const in6_addr& b, unsigned prefix) {
+bool AgreeInPrefix(const Ipv6& a, const Ipv6& b, unsigned prefix) {
   const unsigned whole = prefix / 8;
   const unsigned rest = prefix % 8;
-  if (std::memcmp(a.s6_addr, b.s6_addr, whole) != 0) return false;
-  return rest == 0 || ((a.s6_addr[whole] ^ b.s6_addr[whole]) >> (8 - rest)) == 0;
+  if (!std::equal(a.begin(), a.begin() + whole, b.begin())) return false;
+  return rest == 0 || ((a[whole] ^ b[whole]) >> (8 - rest)) == 0;
 }
 
 }  // namespace
 
 int ZARNNetIPv6IsSameSubnet(const char* szAddrA, const char* szAddrB, unsigned int prefix) {
   return Boundary(-1, [&]() -> int {
-    if (szAddrA == nullptr || szAddrB == nullptr || prefix > 128) {
+    if (szAddrA == nullptr || szAddrB == nullptr || prefix > ipv6::kMaxPrefix) {
       LOG_ERROR("%s:%d Bad parameter.");
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }

@@ -14,6 +14,7 @@
 #include "frame/os/file.h"
 #include "frame/os/kernel.h"
 #include "frame/os/rewrite.h"
+#include "frame/os/shared_folder.h"
 
 using namespace frame;
 
@@ -46,9 +47,10 @@ std::string WithoutNewline(std::string_view line) {
   return std::string(line);
 }
 
-// Nothing when nothing is remembered; an empty line is a line too.
+// Nothing when nothing is remembered, or somebody else has laid something there; an empty line is a
+// line too.
 std::optional<std::string> Remembered() {
-  LineReader lines{paths::kPppoeIntf};
+  LineReader lines(OpenTrustedFile(paths::kPppoeIntf));
   if (!lines.IsOpen()) return std::nullopt;
   const auto line = lines.Next();
   return line ? std::optional(WithoutNewline(*line)) : std::nullopt;

@@ -128,7 +128,7 @@ struct Lan : testing::Test {
 TEST_F(Lan, AHostIsConnectedWhenItAnswersInTime) {
   WriteFile("/etc/hosts", "192.168.50.1 router\n192.168.50.77 twofold\nfd00::1 twofold\n");
   WriteFile("/etc/host.conf", "multi on\n");
-  EXPECT_EQ(1, Connected("192.168.50.1", 5, 0, 3)) << LogText();
+  EXPECT_EQ(1, Connected("192.168.50.1", 5, 0, 3));
   EXPECT_EQ(1, Connected("fd00::1", 5, 0, 3)) << Shell("ip address");
   EXPECT_EQ(1, Connected("127.0.0.1", 5, 0, 3));
   EXPECT_EQ(1, Connected("router", 5, 0, 3));
@@ -185,7 +185,7 @@ TEST_F(Lan, AWakeFrameIsBroadcastAndHasTheAddressSixteenTimes) {
   port.sll_ifindex = static_cast<int>(::if_nametoindex("eth0"));
   ASSERT_EQ(0, ::bind(capture.Get(), reinterpret_cast<const sockaddr*>(&port), sizeof port));
   REFUSED(0x0D00, KOPANetEtherWake("eth0", "00-1a:2B:3c:4d:5E"));
-  ASSERT_EQ(0, KOPANetEtherWake("eth0", "00:1a:2B:3c:4d:5E")) << LogText();
+  ASSERT_EQ(0, KOPANetEtherWake("eth0", "00:1a:2B:3c:4d:5E"));
   const std::string mac("\x00\x1a\x2b\x3c\x4d\x5e", 6);
   std::string wanted = std::string(6, '\xFF') + std::string("\x02\x00\x00\x00\x00\x10\x08\x42", 8) +
                        std::string(6, '\xFF');
@@ -210,7 +210,7 @@ TEST_F(Lan, AWakeFrameIsBroadcastAndHasTheAddressSixteenTimes) {
 TEST(Conflict, TheSecondHostsAddressIsInUseAndAFreeOneIsNot) {
   Shell("ip link add br0 type bridge; ip link set eth0 master br0 up; ip link set br0 up");
   Shell("ip address add 192.168.50.10/24 dev br0");
-  EXPECT_EQ(1, ZARNIIpConflict("br0", "192.168.50.1")) << LogText();
-  EXPECT_EQ(0, ZARNIIpConflict("br0", "192.168.50.77")) << LogText();
+  EXPECT_EQ(1, ZARNIIpConflict("br0", "192.168.50.1"));
+  EXPECT_EQ(0, ZARNIIpConflict("br0", "192.168.50.77"));
   EXPECT_EQ(0, ZARNIIpConflict("br0", "192.168.50.10")) << "its own";
 }

@@ -20,8 +20,7 @@ TEST(State, UpAndDownAreTheKernels) {
   EXPECT_EQ(0, ZARNNetIsIFUp("eth0"));
   EXPECT_EQ(1, KOPANetReInitIf("eth0")) << "a down interface is brought up";
   EXPECT_EQ(1, ZARNNetIsIFUp("eth0"));
-  for (const char* name :
-       {static_cast<const char*>(nullptr), "", "nosuch0", "eth0123456789abcdef"}) {
+  for (const char* name : {"nosuch0", "eth0123456789abcdef"}) {
     EXPECT_EQ(0, ZARNNetIsIFUp(name));
     EXPECT_EQ(0, KOPANetIfUp(name));
     EXPECT_EQ(0, KOPANetReInitIf(name));
@@ -39,8 +38,7 @@ TEST(State, CarrierIsThatOfThePortUnderAnOvsDevice) {
   EXPECT_EQ(1, ZARNNetIfIsLink("eth0"));
   EXPECT_EQ(0, ZARNNetIfIsLink("eth1"));
   EXPECT_EQ(-1, ZARNNetIfIsLink("nosuch0"));
-  EXPECT_EQ(1, LogCount(LOG_INFO, "net_if_is_link", "get link status failed on nosuch0"))
-      << LogText();
+  ExpectLog(LOG_INFO, "net_if_is_link", "get link status failed on nosuch0");
   Shell(
       "ip link add ovs_eth0 type bridge; ip link add ovs_eth1 type bridge; ip link set ovs_eth1 "
       "up");
@@ -48,7 +46,7 @@ TEST(State, CarrierIsThatOfThePortUnderAnOvsDevice) {
   EXPECT_EQ(0, ZARNNetIfIsLink("ovs_eth1"));
   Shell("ip link add ovs_bond0 type bridge");
   EXPECT_EQ(-1, ZARNNetIfIsLink("ovs_bond0")) << "no file to read the slaves from";
-  EXPECT_EQ(1, LogCount(LOG_ERR, "net_if_is_link", "Failed to get OVS bond slave of ovs_bond0"));
+  ExpectLog(LOG_ERR, "net_if_is_link", "Failed to get OVS bond slave of ovs_bond0");
   WriteIfcfg("ovs_bond0", "SLAVE_LIST=eth1 eth0\nBOND_MODE=balance-slb\n");
   EXPECT_EQ(1, ZARNNetIfIsLink("ovs_bond0"));
   WriteIfcfg("ovs_bond0", "SLAVE_LIST=eth1 eth2\nBOND_MODE=balance-slb\n");
@@ -64,8 +62,6 @@ TEST(State, AMemberOfAnOvsBondIsPassiveAndTheBondIsNot) {
   EXPECT_EQ(1, ZARNNetIfIsBondingPassive("eth2")) << "the last line without newline";
   Shell("ip link set eth3 name ovs_bond1");
   EXPECT_EQ(0, ZARNNetIfIsBondingPassive("ovs_bond1"));
-  EXPECT_EQ(0, ZARNNetIfIsBondingPassive(""));
-  EXPECT_EQ(0x0D00, KOPACErrGet());
 }
 
 TEST(Mac, EveryResultCodeHasItsCause) {
@@ -78,8 +74,6 @@ TEST(Mac, EveryResultCodeHasItsCause) {
   EXPECT_EQ(2, KOPANetGetMacAddr(9, buffer, sizeof buffer, 0));
   EXPECT_STREQ("", buffer);
   EXPECT_EQ(1, KOPANetGetMacAddr(9, buffer, sizeof buffer, 1));
-  EXPECT_EQ(1, KOPANetGetMacAddr(0, buffer, 0, 1));
-  EXPECT_EQ(0x0D00, KOPACErrGet());
   WriteFile("/etc/zarnha.conf", "active=yes\nrunning=yes\neth0_mac=02:aa:bb:cc:dd:ee\n");
   EXPECT_EQ(0, KOPANetGetMacAddr(0, buffer, sizeof buffer, 0));
   EXPECT_STREQ("02:aa:bb:cc:dd:ee", buffer) << "the pair's";
@@ -98,15 +92,14 @@ TEST(Mac, AVirtualInterfaceAnswersForThePortUnderIt) {
       "ovs_eth2 type bridge");
   WriteIfcfg("ovs_bond0", "SLAVE_LIST=eth3 eth2\nBOND_MODE=balance-tcp\n");
   for (const char* name : {"eth2", "eth2.10", "eth2:1", "ovs_eth2", "ovs_bond0", "ovs_bond0.7"}) {
-    EXPECT_EQ(0, KOPANetGetMacAddrByInterface(name, buffer, sizeof buffer, 1)) << name << "\n"
-                                                                               << LogText();
+    EXPECT_EQ(0, KOPANetGetMacAddrByInterface(name, buffer, sizeof buffer, 1)) << name;
     EXPECT_STREQ("02:00:00:00:00:22", buffer) << name;
   }
   for (const char* name : {"bond9", "wlan0", ".10", "", "eth"}) {
     EXPECT_EQ(1, KOPANetGetMacAddrByInterface(name, buffer, sizeof buffer, 1)) << name;
   }
-  EXPECT_EQ(1, LogCount(LOG_ERR, "net_get_mac", "No slave on bond [bond9]"));
-  EXPECT_EQ(1, LogCount(LOG_DEBUG, "net_get_mac", "Failed to get interface idx: wlan0"));
+  ExpectLog(LOG_ERR, "net_get_mac", "No slave on bond [bond9]");
+  ExpectLog(LOG_DEBUG, "net_get_mac", "Failed to get interface idx: wlan0");
 }
 
 TEST(Topology, NamesChooseTheEntry) {

@@ -14,7 +14,7 @@ TEST(Dhcp, ATrialReportsAnAddressAndLeavesTheInterfaceAlone) {
   BringUp("eth0");
   ZARNNETIFADDR info{};
   std::snprintf(info.szName, sizeof info.szName, "eth0");
-  ASSERT_EQ(0, ZARNIGetDHCPTestNetInfo(&info)) << LogText();
+  ASSERT_EQ(0, ZARNIGetDHCPTestNetInfo(&info));
   EXPECT_EQ(1, KOPAIsIpInRange(info.szIP, "192.168.50.100", "192.168.50.150", 2)) << info.szIP;
   EXPECT_STREQ("255.255.255.0", info.szMask);
   EXPECT_EQ(std::string::npos, Shell("ip -4 address show dev eth0").find("inet "));
@@ -29,7 +29,7 @@ TEST(Dhcp, AFixedAddressEndsTheClientThatHeldTheLease) {
   EXPECT_EQ(0, ZARNNetIFGetIPConfig("eth0", &config));
   EXPECT_EQ(0, config.bootProto);
   EXPECT_STREQ(address, config.szIP);
-  ASSERT_EQ(0, ZARNILnxSetIPNetmask("eth0", "192.168.50.10", "255.255.255.0")) << LogText();
+  ASSERT_EQ(0, ZARNILnxSetIPNetmask("eth0", "192.168.50.10", "255.255.255.0"));
   EXPECT_EQ(0, KOPACPs("dhclient", nullptr, 0)) << Shell("ps ax");
   EXPECT_EQ(0, ZARNNetIFGetIPConfig("eth0", &config));
   EXPECT_EQ(1, config.bootProto);

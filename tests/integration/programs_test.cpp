@@ -135,7 +135,7 @@ TEST(DhcpServer, GivesClientsWhatTheRecordSays) {
   std::strcpy(subnet.dns1, "192.168.60.1");
   std::strcpy(subnet.dns2, "192.168.60.2");
   subnet.options = &time;
-  ASSERT_EQ(0, DHCPTagConfSet("eth0", 0, 0, &subnet)) << LogText();
+  ASSERT_EQ(0, DHCPTagConfSet("eth0", 0, 0, &subnet));
   ASSERT_EQ(0, DHCPInterfaceSetEnabled("eth0", 0, 1));
   ASSERT_EQ(0, KOPANetDHCPServerRestart());
   const std::string lease = Lease();
@@ -152,7 +152,7 @@ TEST(DhcpServer, GivesClientsWhatTheRecordSays) {
   BringUp("eth1");
   ZARNNETIFADDR offered{};
   std::strcpy(offered.szName, "eth1");
-  EXPECT_EQ(0, ZARNIGetDHCPTestNetInfo(&offered)) << LogText();
+  EXPECT_EQ(0, ZARNIGetDHCPTestNetInfo(&offered));
   EXPECT_EQ(1, KOPAIsIpInRange(offered.szIP, "192.168.60.50", "192.168.60.60", 2)) << offered.szIP;
 }
 

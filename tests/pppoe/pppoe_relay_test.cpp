@@ -89,7 +89,7 @@ TEST(PppoeRelay, RunsAsTheSettingsSayAndOthersAreLeftAlone) {
   const PPPOE_RELAY_CONF off = Relay(0, "eth0");
   for (const char* ifname : {"lbr1", "lbr10"})
     ASSERT_EQ(0, ZARNNetSetPPPoERelayConfig(ifname, &on));
-  ASSERT_EQ(0, ZARNNetApplyPPPoERelayConfigAll()) << LogText();
+  ASSERT_EQ(0, ZARNNetApplyPPPoERelayConfigAll());
   EXPECT_GT(Running("lbr1 -S eth0"), 0) << Processes();
   EXPECT_GT(Running("lbr10 -S eth0"), 0);
   const std::string before = Processes();

@@ -1,14 +1,12 @@
 // The PPPoE client: files byte for byte, the password nowhere else, real processes and a real link.
 #include <csignal>
 #include <cstring>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <syslog.h>
 
 #include <zarnnetsdk/pppoe.h>
 
-#include "support/appliance.h"
 #include "support/children.h"
+#include "support/transcript.h"
 
 using namespace test;
 
@@ -41,13 +39,7 @@ TEST(PppoeConfig, StandsInBothFilesQuotedAndComesBack) {
   WriteFile(kSecrets, "'a'\t*\t'1'\n'b'\t*\t'2'\n'c'\t*\t'3'\n", 0644);
   WriteFile(kTemporary, "left behind", 0644);
   const PPPOE_CONF conf = Account("o'neil", "pass word");
-  ASSERT_EQ(0, PPPoEConfigSet(&conf)) << LogText();
-  EXPECT_EQ(
-      "# made by hand\nETH=eth0\nDNSTYPE=SERVER\nDEFAULTROUTE=yes\nUSER='o'\"'\"'neil'\nMTU=1492\n",
-      ReadFile(kConf));
-  EXPECT_EQ("'o'\"'\"'neil'\t*\t'pass word'\n", ReadFile(kSecrets));
-  EXPECT_EQ(0600, FileMode(kSecrets));
-  EXPECT_FALSE(FileExists(kTemporary));
+  TELL(PPPoEConfigSet(&conf));
   const struct {
     std::string user;
     std::string password;
@@ -71,24 +63,22 @@ TEST(PppoeConfig, StandsInBothFilesQuotedAndComesBack) {
 }
 
 TEST(PppoeConfig, IsReadFromWhatOthersWrote) {
-  PPPOE_CONF got{};
+  const auto get = [](const std::string& why) {
+    PPPOE_CONF got{};
+    Tell(why, [&] { return PPPoEConfigGet(&got); });
+    Say(std::string(got.eth) + " " + got.user + " " + got.password + " " + got.mtu + " " +
+        std::to_string(got.defaultroute));
+  };
   WriteFile(kConf, "ETH=eth1\nDEFAULTROUTE=no");
-  EXPECT_EQ(0, PPPoEConfigGet(&got));
-  EXPECT_STREQ("eth1", got.eth);
-  EXPECT_STREQ("", got.user);
+  get("no user");
   WriteFile(kConf, "ETH=eth1\nUSER='joe'\nMTU=1400\n");
-  EXPECT_EQ(-1, PPPoEConfigGet(&got)) << "no secrets";
+  get("no secrets");
   WriteFile(kSecrets, "# 'joe' * 'no'\n'jo'\t*\t'no'\n  'joe'   *  'yes' 10.0.0.1\n'joe' * 'late'");
-  EXPECT_EQ(0, PPPoEConfigGet(&got));
-  EXPECT_STREQ("joe", got.user);
-  EXPECT_STREQ("yes", got.password);
+  get("the first line of the user");
   WriteFile(kSecrets, "'ann' * 'x'\n");
-  EXPECT_EQ(0, PPPoEConfigGet(&got));
-  EXPECT_STREQ("", got.password);
+  get("another's secret alone");
   WriteFile(kConf, "");
-  EXPECT_EQ(-1, PPPoEConfigGet(&got));
-  EXPECT_EQ(-1, PPPoEConfigGet(nullptr));
-  EXPECT_EQ(1, LogCount(LOG_ERR, "PPPoEConfigGet ", "bad parameter PPPoEConf")) << LogText();
+  get("nothing");
 }
 
 TEST(PppoeConfig, ThePasswordIsInNoLogArgumentOrReadableFileWhateverFails) {
@@ -123,7 +113,7 @@ TEST(PppoeConfig, ThePasswordIsInNoLogArgumentOrReadableFileWhateverFails) {
   EXPECT_EQ(-1, PPPoEConfigSet(&conf)) << "no temporary";
   RemoveFile(kTemporary);
   EXPECT_EQ(0, PPPoEConfigSet(&conf));
-  EXPECT_EQ(0, ZARNPPPoEService(1)) << LogText();
+  EXPECT_EQ(0, ZARNPPPoEService(1));
   EXPECT_FALSE(Has(Shell("cat /proc/[0-9]*/cmdline | tr '\\0' ' '"), secret));
   EXPECT_EQ(0, ZARNPPPoEService(0));
   search("stored");
@@ -153,12 +143,18 @@ TEST(PppoeConfig, TheSecretsAreNeverReadableForOthersWhileTheyAreWritten) {
 }
 
 TEST(PppoeService, StartsStopsAndKeepsTheSwitchInStep) {
+  Mask("(  slept [0-9]+ ms)", "");
+  const auto link = [] {
+    char ifname[16] = "";
+    char ip[20] = "";
+    char mask[20] = "";
+    TELL(ZARNPPPoeIntfGet(ifname, sizeof ifname));
+    TELL(ZARNPPPoeNetInfoGet(ip, sizeof ip, mask, sizeof mask));
+    Say(std::string(ifname) + " " + ip + " " + mask);
+  };
   WriteFile(kConf, "ETH=eth0\n");
-  EXPECT_EQ(0, ZARNPPPoECheckStatus(0)) << "never switched on";
-  EXPECT_EQ(-1, ZARNPPPoEService(2));
-  EXPECT_EQ(0x0D00, KOPACErrGet());
-  EXPECT_EQ(1, LogCount(LOG_ERR, "service_pppoe", "Invaild Argument ((op == 1 || op == 0))=[0]\n"))
-      << LogText();
+  TELL(ZARNPPPoECheckStatus(0));
+  TELL(ZARNPPPoEService(2));
   WriteFile(kConcentrator, "refuse\n");
   EXPECT_EQ(-1, ZARNPPPoEService(1));
   EXPECT_EQ("pppoe_enable=\"no\"\n", ReadFile(kInfo));
@@ -166,42 +162,30 @@ TEST(PppoeService, StartsStopsAndKeepsTheSwitchInStep) {
   EXPECT_EQ(19, ZARNPPPoEService(1));
   EXPECT_EQ("pppoe_enable=\"no\"\n", ReadFile(kInfo));
   RemoveFile(kConcentrator);
-  ASSERT_EQ(0, ZARNPPPoEService(1)) << LogText();
+  ASSERT_EQ(0, ZARNPPPoEService(1));
   EXPECT_EQ("pppoe_enable=\"yes\"\n", ReadFile(kInfo));
-  EXPECT_EQ(1, ZARNPPPoECheckStatus(0));
-  char ifname[16] = "";
-  char ip[20] = "";
-  char mask[20] = "";
-  EXPECT_EQ(0, ZARNPPPoeIntfGet(ifname, sizeof ifname)) << LogText();
-  EXPECT_STREQ("ppp0", ifname);
-  EXPECT_EQ("ppp0\n", ReadFile("/tmp/zarnpppoe.intf"));
-  EXPECT_EQ(0, ZARNPPPoeNetInfoGet(ip, sizeof ip, mask, sizeof mask));
-  EXPECT_STREQ("10.67.0.10", ip);
-  EXPECT_STREQ("255.255.255.255", mask);
-  EXPECT_EQ(0, ZARNPPPoeNetInfoGet(nullptr, 0, mask, 0));
+  TELL(ZARNPPPoECheckStatus(0));
+  link();
+  EXPECT_EQ(0, ZARNPPPoeNetInfoGet(nullptr, 0, nullptr, 0));
   WriteFile("/tmp/zarnpppoe.intf", "ppp7\n");
-  EXPECT_EQ(-1, ZARNPPPoeNetInfoGet(ip, sizeof ip, nullptr, 0));
-  EXPECT_FALSE(FileExists("/tmp/zarnpppoe.intf")) << "what was remembered is wrong";
-  EXPECT_EQ(0, KOPADisablePPPoEOnIf("eth1"));
-  EXPECT_EQ(1, ZARNPPPoECheckStatus(0));
+  Say("what was remembered is wrong");
+  link();
+  TELL(KOPADisablePPPoEOnIf("eth1"));
+  EXPECT_EQ(1, ZARNPPPoECheckStatus(0)) << "another port's";
   EXPECT_EQ(0, KOPADisablePPPoEOnIf("eth0"));
   EXPECT_EQ("pppoe_enable=\"no\"\n", ReadFile(kInfo));
-  EXPECT_EQ(0, ZARNPPPoECheckStatus(0));
-  EXPECT_EQ(-1, ZARNPPPoeIntfGet(ifname, sizeof ifname)) << "the kernel has none";
+  TELL(ZARNPPPoECheckStatus(0));
+  link();
 }
 
 TEST(PppoeService, TheStatusSetsRightWhatIsOutOfStep) {
   WriteFile(kInfo, "pppoe_enable=\"Yes\"\n");
-  EXPECT_EQ(0, ZARNPPPoECheckStatus(0));
-  EXPECT_EQ("pppoe_enable=\"Yes\"\n", ReadFile(kInfo));
-  EXPECT_EQ(0, ZARNPPPoECheckStatus(1));
-  EXPECT_EQ("pppoe_enable=\"no\"\n", ReadFile(kInfo));
+  TELL(ZARNPPPoECheckStatus(0));
+  TELL(ZARNPPPoECheckStatus(1));
   ASSERT_EQ(0, ZARNPPPoEService(1));
   WriteFile(kInfo, "pppoe_enable=\"no\"\n");
   EXPECT_EQ(0, ZARNPPPoECheckStatus(0));
   EXPECT_EQ(0, KOPACPs("pppoe-connect", nullptr, 0)) << "one that runs although it is not meant to";
   const LockHolder other(0x806);
-  EXPECT_EQ(-1, ZARNPPPoECheckStatus(1));
-  EXPECT_EQ(-1, KOPADisablePPPoEOnIf(nullptr));
-  EXPECT_EQ(0x0D00, KOPACErrGet());
+  TELL(ZARNPPPoECheckStatus(1));
 }

@@ -44,10 +44,8 @@ int AnswerDriver(const PoorDriver& driver, void* request) {
 void Note(unsigned long command, const ifreq& request) {
   const std::string name = request.ifr_name;
   const bool up = (request.ifr_flags & IFF_UP) != 0;
-  const auto note = [](const std::string& change) {
-    Kernel().changes.push_back(change);
-    Journal("kernel " + change);
-  };
+  const auto note = [](const std::string& change) { Journal("kernel " + change); };
+  if (command == SIOCSIFNAME) note(name + " is now " + request.ifr_newname);
   if (command == SIOCSIFFLAGS) note(name + (up ? " up" : " down"));
   if (command == SIOCSIFMTU) note(name + " " + std::to_string(request.ifr_mtu));
 }
@@ -75,6 +73,7 @@ extern "C" int ioctl(int fd, unsigned long command, ...) noexcept {
     errno = EBUSY;
     return -1;
   }
-  if (command == SIOCSIFFLAGS || command == SIOCSIFMTU) test::Note(command, *request);
+  if (command == SIOCSIFFLAGS || command == SIOCSIFMTU || command == SIOCSIFNAME)
+    test::Note(command, *request);
   return static_cast<int>(::syscall(SYS_ioctl, fd, command, argument));
 }

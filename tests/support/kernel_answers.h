@@ -23,7 +23,6 @@ struct KernelAnswers {
       vlanNeedsFile;  // this VLAN is there while it has a file, as the start script makes it
   std::optional<PoorDriver> driver;
   bool refuseRename = false;
-  Lines changes;  // the flags and MTUs that were set, in order: "eth0 down", "eth0 1400"
 };
 
 KernelAnswers& Kernel();

@@ -1,5 +1,5 @@
-// Takes the place of the C library's syslog, usleep, sleep and clock in a test program: lines are
-// kept, sleeps are noted, and a wait for a lock that somebody else holds is a short one.
+// Takes the place of the C library's syslog, usleep and sleep in a test program: lines are kept
+// and sleeps are noted.
 #include <algorithm>
 #include <cctype>
 #include <cstdarg>
@@ -8,7 +8,7 @@
 #include <fcntl.h>
 #include <mutex>
 #include <poll.h>
-#include <sys/syscall.h>
+
 #include <sys/wait.h>
 #include <syslog.h>
 #include <unistd.h>
@@ -23,10 +23,6 @@ std::mutex mutex;
 long slept = 0;
 bool forReal = false;
 bool untilChildEnds = false;
-// The clock of waiters: behind a point in time it runs faster, and never back.
-bool hurried = false;
-long long hurriedSince = 0;
-long long ahead = 0;
 const pid_t owner = ::getpid();
 
 void Append(const char* path, const std::string& line) {
@@ -70,18 +66,6 @@ bool Matches(const std::string& line, std::string_view source, std::string_view 
   return rest == message || (rest.starts_with(' ') && rest.substr(1) == message);
 }
 
-constexpr long long kSecond = 1'000'000'000;
-
-long long Clock(clockid_t clock) {
-  timespec now{};
-  ::syscall(SYS_clock_gettime, clock, &now);
-  return now.tv_sec * kSecond + now.tv_nsec;
-}
-
-long long Ahead(long long now) {
-  return ahead + (hurried ? (now - hurriedSince) * 100 : 0);
-}
-
 }  // namespace
 
 // Visible to the platform libraries too, which log and wait for themselves.
@@ -100,13 +84,6 @@ void __syslog_chk(int priority, int, const char* format, ...) {
   va_start(args, format);
   Keep(priority, format, args);
   va_end(args);
-}
-
-int clock_gettime(clockid_t clock, timespec* time) noexcept {
-  long long now = Clock(clock);
-  if (clock == CLOCK_MONOTONIC) now += Ahead(now);
-  *time = {now / kSecond, now % kSecond};
-  return 0;
 }
 
 int usleep(useconds_t microseconds) {
@@ -148,12 +125,6 @@ std::string LogText() {
 
 long SleptMilliseconds() {
   return slept;
-}
-void HurryClock(bool on) {
-  const long long now = Clock(CLOCK_MONOTONIC);
-  ahead = Ahead(now);
-  hurriedSince = now;
-  hurried = on;
 }
 void SleepForReal() {
   forReal = true;

@@ -56,8 +56,7 @@ TEST_F(Bonds, ModeLineGivesTheMode) {
   Bond("bond0", "eth0\n", "balance-tlb 5\n");
   EXPECT_EQ(Get("bond0"), 0);
   EXPECT_EQ(record_.mode, 0U);
-  EXPECT_EQ(test::LogCount(LOG_ERR, kSource, "Non-supported bonding mode [balance-tlb 5]"), 1)
-      << test::LogText();
+  test::ExpectLog(LOG_ERR, kSource, "Non-supported bonding mode [balance-tlb 5]");
 }
 
 TEST_F(Bonds, PartnerIsMissingUntilItHasAnAddress) {
@@ -95,8 +94,6 @@ TEST_F(Bonds, FailuresAndMissingSlavesAreToldApart) {
   Bond("bond2", "eth0 eth1 eth0\n", "802.3ad 4\n");
   EXPECT_EQ(Get("bond2"), -1);
   EXPECT_EQ(KOPACErrGet(), 0xBB00);
-  EXPECT_EQ(Get(nullptr), -1);
-  EXPECT_EQ(KOPACErrGet(), 0x0D00);
 }
 
 TEST_F(Bonds, SlavesStayWithinTheRecord) {
@@ -134,8 +131,6 @@ TEST_F(Bonds, EnumCountsAllAndListsThoseWithSlaves) {
   EXPECT_EQ(ZARNNetLinkAggrEnum(&list), -1);
   EXPECT_EQ(KOPACErrGet(), 0x0A00);
   KOPACSzListFree(list);
-  EXPECT_EQ(ZARNNetLinkAggrEnum(nullptr), -1);
-  EXPECT_EQ(KOPACErrGet(), 0x0D00);
 }
 
 // The ports are the kernel's own: a member that it does not know is left out.
@@ -145,19 +140,15 @@ TEST_F(Bonds, OvsBondIsReadFromItsFile) {
   EXPECT_EQ(Get("ovs_bond0"), 1) << "no file";
   test::WriteIfcfg("ovs_bond0", "SLAVE_LIST=\"  eth1  gone0 ovs_bond0 eth0 \"\n");
   EXPECT_EQ(Get("ovs_bond0"), 1);
-  EXPECT_EQ(test::LogCount(LOG_ERR, kSource, "Failed to get key [BLOCK_CNT]"), 1)
-      << test::LogText();
-  EXPECT_EQ(test::LogCount(LOG_ERR, kSource, "Failed to get key [BOND_MODE]"), 1)
-      << test::LogText();
+  test::ExpectLog(LOG_ERR, kSource, "Failed to get key [BLOCK_CNT]");
+  test::ExpectLog(LOG_ERR, kSource, "Failed to get key [BOND_MODE]");
   test::WriteIfcfg("ovs_bond0", test::ReadIfcfg("ovs_bond0") + "BOND_MODE=balance-tcp\n");
   EXPECT_EQ(Get("ovs_bond0"), 0);
   EXPECT_EQ(Slaves(), (test::Lines{"eth0", "eth1"}));
   EXPECT_EQ(record_.mode, 8U);
   test::WriteIfcfg("ovs_bond0", "SLAVE_LIST=eth0 eth0\nBOND_MODE=balance-slb\n");
   EXPECT_EQ(Get("ovs_bond0"), 1);
-  EXPECT_EQ(test::LogCount(LOG_ERR, kSource, "Failed to add the slave eth0 into ZARNLINKAGGROPT"),
-            1)
-      << test::LogText();
+  test::ExpectLog(LOG_ERR, kSource, "Failed to add the slave eth0 into ZARNLINKAGGROPT");
 }
 
 TEST(BondModes, TableAndNamesAgree) {

@@ -36,11 +36,8 @@ TEST(Vlan, KernelIsAskedForTheWholeName) {
 
 TEST(Vlan, BadArgumentsAndNoSocketAreTold) {
   KOPANETVLAN vlan{};
-  for (const unsigned id : {0U, 4095U, 65537U, ~0U}) {
-    KOPACErrSetEx(0, "", 0);
-    EXPECT_EQ(KOPANetVlanGetByRowDev("eth0", id, &vlan), -1) << id;
-    EXPECT_EQ(KOPACErrGet(), 0x0D00);
-  }
+  for (const unsigned id : {0U, 4095U, 65537U, ~0U})
+    test::Refused(0x0D00, [&] { return KOPANetVlanGetByRowDev("eth0", id, &vlan); });
   rlimit before{};
   ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
   const rlimit none{0, before.rlim_max};
@@ -66,7 +63,7 @@ TEST(Vlan, TableIsReadBehindItsHead) {
   test::WriteFile(kTable, std::string(kHead) +
                               "eth0.10        | 10  | eth0\nabcdefghijk.409| 409  | abcdefghijk\n"
                               "vlan7\t| 7  | ovs_eth3");
-  ASSERT_EQ(KOPANetVlanEnum(&vlans, &count), 0) << test::LogText();
+  ASSERT_EQ(KOPANetVlanEnum(&vlans, &count), 0);
   ASSERT_EQ(count, 3);
   const KOPANETVLAN wanted[] = {
       {"eth0.10", "eth0", 10}, {"abcdefghijk.409", "abcdefghijk", 409}, {"vlan7", "ovs_eth3", 7}};
@@ -87,7 +84,7 @@ TEST(Vlan, UnexpectedLineGivesNothing) {
     EXPECT_EQ(count, 0);
     EXPECT_EQ(KOPACErrGet(), 0x4000);
     const std::string message = "Get wrong format from /proc/net/vlan/config: " + std::string(line);
-    EXPECT_EQ(test::LogCount(LOG_ERR, "net_vlan_enum", message), 1) << test::LogText();
+    test::ExpectLog(LOG_ERR, "net_vlan_enum", message);
   }
 }
 

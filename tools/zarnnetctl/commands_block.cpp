@@ -27,7 +27,7 @@ void Set(const Context& context, const std::string& ifname, const std::vector<st
       std::string("cannot ") + (clear ? "clear" : "set") + " the block flags of " + ifname;
   RequireRoot(what);
   RequireInterfaceOrFile(what, ifname);
-  if (!HasFile(ifname)) throw Failure(what, kCannotOpen, ifname + " has no configuration file");
+  if (!HasFile(ifname)) throw Failure(what, ZARNNETERR_OPEN, ifname + " has no configuration file");
   unsigned mask = 0;
   for (const std::string& flag : flags)
     mask |= BlockBit(flag);
@@ -36,34 +36,31 @@ void Set(const Context& context, const std::string& ifname, const std::vector<st
   if (context.json) PrintBlocks(context, ifname);
 }
 
-void AddGet(CLI::App& group, Context& context) {
-  CLI::App* const verb = AddVerb(group, context, "get", "Shows the block flags that are set",
-                                 "  zarnnetctl block get eth0\n  zarnnetctl block get eth0 --json");
+void AddGet(const Group& group, Context& context) {
+  const Verb verb = AddVerb(group, context, "get", "Shows the block flags that are set",
+                            "  zarnnetctl block get eth0\n  zarnnetctl block get eth0 --json");
   const auto ifname = AddIfname(verb);
-  verb->callback([&context, ifname] { Get(context, *ifname); });
+  verb.Run([&context, ifname] { Get(context, *ifname); });
 }
 
-void AddSet(CLI::App& group, Context& context) {
-  CLI::App* const verb =
+void AddSet(const Group& group, Context& context) {
+  const Verb verb =
       AddVerb(group, context, "set", "Sets block flags, or clears them",
               "  zarnnetctl block set eth0 ha virtual\n  zarnnetctl block set eth0 ha --clear");
   const auto ifname = AddIfname(verb);
   auto flags = std::make_shared<std::vector<std::string>>();
   auto clear = std::make_shared<bool>(false);
-  verb->add_option("FLAG", *flags, "ha, aha, virtual or quendar")
-      ->required()
-      ->check(CLI::IsMember(BlockNames()));
-  verb->add_flag("--clear", *clear, "Clear the flags instead");
-  verb->callback([&context, ifname, flags, clear] { Set(context, *ifname, *flags, *clear); });
+  verb.AddOption("FLAG", *flags, "ha, aha, virtual or quendar").Required().OneOf(BlockNames());
+  verb.AddFlag("--clear", *clear, "Clear the flags instead");
+  verb.Run([&context, ifname, flags, clear] { Set(context, *ifname, *flags, *clear); });
 }
 
 }  // namespace
 
-void AddBlockCommands(CLI::App& app, Context& context) {
-  CLI::App* const group =
-      AddGroup(app, "block", "Reads and changes who keeps an interface for itself");
-  AddGet(*group, context);
-  AddSet(*group, context);
+void AddBlockCommands(const Group& app, Context& context) {
+  const Group group = AddGroup(app, "block", "Reads and changes who keeps an interface for itself");
+  AddGet(group, context);
+  AddSet(group, context);
 }
 
 }  // namespace tool

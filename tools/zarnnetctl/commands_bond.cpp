@@ -14,7 +14,7 @@ constexpr unsigned kDelete = 0;  // the mode that takes a bond apart
 
 Bond RequireBond(const std::string& what, const std::string& name) {
   const auto bond = ReadBond(name);
-  if (!bond) throw Failure(what, kNotFound, "there is no bond '" + name + "'");
+  if (!bond) throw Failure(what, ZARNNETERR_NOT_FOUND, "there is no bond '" + name + "'");
   return *bond;
 }
 
@@ -59,7 +59,7 @@ std::vector<std::string> Modes() {
 ZARNLINKAGGROPT NewRecord(const std::string& what, const std::string& name) {
   ZARNLINKAGGROPT record{};
   if (name.empty() || name.size() >= sizeof record.szName) {
-    throw Failure(what, kOutOfRange, "the name of a bond has 1 to 15 characters");
+    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "the name of a bond has 1 to 15 characters");
   }
   name.copy(record.szName, sizeof record.szName - 1);
   return record;
@@ -92,42 +92,41 @@ void Delete(const Context& context, const std::string& name) {
   if (context.json) PrintJson("bond", nullptr);
 }
 
-std::shared_ptr<std::string> AddName(CLI::App* verb) {
+std::shared_ptr<std::string> AddName(const Verb& verb) {
   auto name = std::make_shared<std::string>();
-  verb->add_option("BOND", *name, "Name of the bond, such as bond0")->required();
+  verb.AddOption("BOND", *name, "Name of the bond, such as bond0").Required();
   return name;
 }
 
 }  // namespace
 
-void AddBondCommands(CLI::App& app, Context& context) {
-  CLI::App* const group = AddGroup(app, "bond", "Lists and changes link aggregations");
-  CLI::App* const list = AddVerb(*group, context, "list", "Lists the bonds that have slaves",
-                                 "  zarnnetctl bond list --json");
-  list->callback([&context] { List(context); });
+void AddBondCommands(const Group& app, Context& context) {
+  const Group group = AddGroup(app, "bond", "Lists and changes link aggregations");
+  const Verb list = AddVerb(group, context, "list", "Lists the bonds that have slaves",
+                            "  zarnnetctl bond list --json");
+  list.Run([&context] { List(context); });
 
-  CLI::App* const show = AddVerb(*group, context, "show", "Shows the mode and the slaves of a bond",
-                                 "  zarnnetctl bond show bond0");
+  const Verb show = AddVerb(group, context, "show", "Shows the mode and the slaves of a bond",
+                            "  zarnnetctl bond show bond0");
   const auto shown = AddName(show);
-  show->callback([&context, shown] { Show(context, *shown); });
+  show.Run([&context, shown] { Show(context, *shown); });
 
-  CLI::App* const set = AddVerb(*group, context, "set", "Makes a bond of ports, or changes one",
-                                "  zarnnetctl bond set bond0 --mode 802.3ad eth0 eth1");
+  const Verb set = AddVerb(group, context, "set", "Makes a bond of ports, or changes one",
+                           "  zarnnetctl bond set bond0 --mode 802.3ad eth0 eth1");
   const auto changed = AddName(set);
   auto mode = std::make_shared<std::string>("active-backup");
-  set->add_option("--mode", *mode, "How the slaves share the traffic (active-backup)")
-      ->check(CLI::IsMember(Modes()));
+  set.AddOption("--mode", *mode, "How the slaves share the traffic (active-backup)").OneOf(Modes());
   auto slaves = std::make_shared<std::vector<std::string>>();
-  set->add_option("PORT", *slaves, "Its slaves; the first gives the bond its address")
-      ->required()
-      ->expected(2, ZARNLINKAGGR_MAX_SLAVE);
-  set->callback([&context, changed, mode, slaves] { Set(context, *changed, *mode, *slaves); });
+  set.AddOption("PORT", *slaves, "Its slaves; the first gives the bond its address")
+      .Required()
+      .Count(2, ZARNLINKAGGR_MAX_SLAVE);
+  set.Run([&context, changed, mode, slaves] { Set(context, *changed, *mode, *slaves); });
 
-  CLI::App* const remove =
-      AddVerb(*group, context, "delete", "Takes a bond apart; its first slave gets its address",
+  const Verb remove =
+      AddVerb(group, context, "delete", "Takes a bond apart; its first slave gets its address",
               "  zarnnetctl bond delete bond0");
   const auto deleted = AddName(remove);
-  remove->callback([&context, deleted] { Delete(context, *deleted); });
+  remove.Run([&context, deleted] { Delete(context, *deleted); });
 }
 
 }  // namespace tool

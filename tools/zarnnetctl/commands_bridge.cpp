@@ -52,19 +52,28 @@ void ListBridge(const Context& context) {
 
 // The roles as the file's writer numbers them.
 const std::map<std::string, std::uint32_t>& Roles() {
-  static const std::map<std::string, std::uint32_t> roles{
-      {"none", 1}, {"bridge", 2}, {"local-bridge", 3}, {"port", 4}};
+  static const std::map<std::string, std::uint32_t> roles{{"none", ZARNBRIDGE_STANDALONE},
+                                                          {"bridge", ZARNBRIDGE_BRIDGE},
+                                                          {"local-bridge", ZARNBRIDGE_LOCAL_LAN},
+                                                          {"port", ZARNBRIDGE_PORT}};
   return roles;
+}
+
+std::vector<std::string> RoleNames() {
+  std::vector<std::string> names;
+  for (const auto& [name, number] : Roles())
+    names.push_back(name);
+  return names;
 }
 
 // The reader of the file answers 1 for a port and 4 for an interface that stands by itself.
 std::string RoleInFile(std::uint32_t type) {
   switch (type) {
-    case 1:
+    case ZARNBRIDGE_STANDALONE:
       return "port";
-    case 2:
+    case ZARNBRIDGE_BRIDGE:
       return "bridge";
-    case 3:
+    case ZARNBRIDGE_LOCAL_LAN:
       return "local-bridge";
     default:
       return "none";
@@ -75,7 +84,7 @@ Json StoredBridgeJson(const std::string& what, const std::string& ifname) {
   ZARNBRIDGEINFO info{};
   ForgetErrors();
   if (ZARNNetGetBridgeConfig(ifname.c_str(), nullptr, &info) < 0) {
-    throw Failure(what, kNotFound, "there is no file for '" + ifname + "'");
+    throw Failure(what, ZARNNETERR_NOT_FOUND, "there is no file for '" + ifname + "'");
   }
   return {{"name", ifname}, {"role", RoleInFile(info.type)}, {"ref", TextOrNull(info.szRef)}};
 }
@@ -110,7 +119,7 @@ void SetBridge(const Context& context, const std::string& ifname, const WantedRo
   const std::string what = "cannot set the bridge role of " + ifname;
   RequireName(what, ifname);
   if ((wanted.role == "none") != wanted.ref.empty()) {
-    throw CLI::ValidationError("REF", "name the primary port of a bridge, or the bridge of a port");
+    throw WrongUsage("REF", "name the primary port of a bridge, or the bridge of a port");
   }
   if (!wanted.ref.empty()) RequireName(what, wanted.ref);
   RequireRoot(what);
@@ -125,35 +134,34 @@ void SetBridge(const Context& context, const std::string& ifname, const WantedRo
   if (context.json) PrintJson("bridge", StoredBridgeJson(what, ifname));
 }
 
-void AddBridge(CLI::App& app, Context& context) {
-  CLI::App* const group =
+void AddBridge(const Group& app, Context& context) {
+  const Group group =
       AddGroup(app, "bridge", "Lists bridges, sets the role in an interface's file");
-  CLI::App* const list = AddVerb(*group, context, "list", "Lists the bridges that are up",
-                                 "  zarnnetctl bridge list --json");
-  list->callback([&context] { ListBridge(context); });
+  const Verb list = AddVerb(group, context, "list", "Lists the bridges that are up",
+                            "  zarnnetctl bridge list --json");
+  list.Run([&context] { ListBridge(context); });
 
-  CLI::App* const show =
-      AddVerb(*group, context, "show", "Shows the role of an interface, stored and live",
+  const Verb show =
+      AddVerb(group, context, "show", "Shows the role of an interface, stored and live",
               "  zarnnetctl bridge show br0");
   const auto shown = AddIfname(show);
-  show->callback([&context, shown] { ShowBridge(context, *shown); });
+  show.Run([&context, shown] { ShowBridge(context, *shown); });
 
-  CLI::App* const set = AddVerb(
-      *group, context, "set", "Writes the role into the interface's file, for the next start",
+  const Verb set = AddVerb(
+      group, context, "set", "Writes the role into the interface's file, for the next start",
       "  zarnnetctl bridge set br0 bridge eth0 --dhcp\n  zarnnetctl bridge set eth0 port br0\n"
       "  zarnnetctl bridge set eth0 none --address 192.168.50.10/24");
   const auto changed = AddIfname(set);
   auto wanted = std::make_shared<WantedRole>();
-  set->add_option("ROLE", wanted->role, "none, port, bridge, or local-bridge for the local LAN")
-      ->required()
-      ->check(CLI::IsMember(Roles()));
-  set->add_option("REF", wanted->ref, "The bridge of a port, the primary port of a bridge");
+  set.AddOption("ROLE", wanted->role, "none, port, bridge, or local-bridge for the local LAN")
+      .Required()
+      .OneOf(RoleNames());
+  set.AddOption("REF", wanted->ref, "The bridge of a port, the primary port of a bridge");
   auto addressing = std::make_shared<Addressing>();
-  CLI::Option* const address =
-      set->add_option("--address", addressing->address, "A fixed ADDRESS/PREFIX");
-  set->add_flag("--dhcp", addressing->dhcp, "An address by DHCP")->excludes(address);
-  set->add_flag("--no-boot", addressing->notOnBoot, "Not at start-up; with --address or --dhcp");
-  set->callback([&context, changed, wanted, addressing] {
+  const Word address = set.AddOption("--address", addressing->address, "A fixed ADDRESS/PREFIX");
+  set.AddFlag("--dhcp", addressing->dhcp, "An address by DHCP").Excludes(address);
+  set.AddFlag("--no-boot", addressing->notOnBoot, "Not at start-up; with --address or --dhcp");
+  set.Run([&context, changed, wanted, addressing] {
     SetBridge(context, *changed, *wanted, *addressing);
   });
 }
@@ -190,42 +198,41 @@ void CreateVlan(const Context& context, const std::string& parent, unsigned id,
 void RemoveVlan(const Context& context, const std::string& name) {
   const std::string what = "cannot remove the VLAN " + name;
   RequireRoot(what);
-  if (!ReadVlan(name)) throw Failure(what, kNotFound, "there is no VLAN '" + name + "'");
+  if (!ReadVlan(name)) throw Failure(what, ZARNNETERR_NOT_FOUND, "there is no VLAN '" + name + "'");
   ForgetErrors();
   if (KOPANetVlanRemove(name.c_str()) < 0) Fail(what);
   if (context.json) PrintJson("vlan", nullptr);
 }
 
-void AddVlan(CLI::App& app, Context& context) {
-  CLI::App* const group = AddGroup(app, "vlan", "Lists, creates and removes VLANs");
-  CLI::App* const list =
-      AddVerb(*group, context, "list", "Lists the VLANs", "  zarnnetctl vlan list --json");
-  list->callback([&context] { ListVlan(context); });
+void AddVlan(const Group& app, Context& context) {
+  const Group group = AddGroup(app, "vlan", "Lists, creates and removes VLANs");
+  const Verb list =
+      AddVerb(group, context, "list", "Lists the VLANs", "  zarnnetctl vlan list --json");
+  list.Run([&context] { ListVlan(context); });
 
-  CLI::App* const create = AddVerb(
-      *group, context, "create",
-      "Creates a VLAN, which takes over the address of its parent's file",
+  const Verb create = AddVerb(
+      group, context, "create", "Creates a VLAN, which takes over the address of its parent's file",
       "  zarnnetctl vlan create eth0 10\n  zarnnetctl vlan create eth0 10 --address 10.0.10.2/24");
   auto parent = std::make_shared<std::string>();
-  create->add_option("PARENT", *parent, "Interface that carries the VLAN")->required();
+  create.AddOption("PARENT", *parent, "Interface that carries the VLAN").Required();
   auto id = std::make_shared<unsigned>();
-  create->add_option("ID", *id, "1 to 4094")->required()->check(CLI::Range(1, 4094));
+  create.AddOption("ID", *id, "1 to 4094").Required().Within(1, 4094);
   auto addressing = std::make_shared<Addressing>();
-  create->add_option("--address", addressing->address, "A fixed ADDRESS/PREFIX instead of DHCP");
-  create->callback(
+  create.AddOption("--address", addressing->address, "A fixed ADDRESS/PREFIX instead of DHCP");
+  create.Run(
       [&context, parent, id, addressing] { CreateVlan(context, *parent, *id, *addressing); });
 
-  CLI::App* const remove =
-      AddVerb(*group, context, "remove", "Removes a VLAN, whose address goes to its parent",
+  const Verb remove =
+      AddVerb(group, context, "remove", "Removes a VLAN, whose address goes to its parent",
               "  zarnnetctl vlan remove eth0.10");
   auto name = std::make_shared<std::string>();
-  remove->add_option("VLAN", *name, "Name of the VLAN, such as eth0.10")->required();
-  remove->callback([&context, name] { RemoveVlan(context, *name); });
+  remove.AddOption("VLAN", *name, "Name of the VLAN, such as eth0.10").Required();
+  remove.Run([&context, name] { RemoveVlan(context, *name); });
 }
 
 }  // namespace
 
-void AddBridgeCommands(CLI::App& app, Context& context) {
+void AddBridgeCommands(const Group& app, Context& context) {
   AddBridge(app, context);
   AddVlan(app, context);
 }

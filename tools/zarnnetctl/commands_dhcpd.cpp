@@ -83,15 +83,15 @@ void Restart(const Context& context) {
   if (context.json) PrintJson("dhcpd", StatusJson());
 }
 
-void AddSwitch(CLI::App& group, Context& context, bool on) {
+void AddSwitch(const Group& group, Context& context, bool on) {
   const std::string name = on ? "enable" : "disable";
-  CLI::App* const verb =
+  const Verb verb =
       AddVerb(group, context, name, on ? "Serves an interface" : "Stops serving an interface",
               "  zarnnetctl dhcpd " + name + " eth0\n  zarnnetctl dhcpd " + name + " eth0 -6");
   const auto ifname = AddIfname(verb);
   auto v6 = std::make_shared<bool>(false);
-  verb->add_flag("-6", *v6, "IPv6 instead of IPv4");
-  verb->callback([&context, ifname, v6, on] { Switch(context, *ifname, *v6, on); });
+  verb.AddFlag("-6", *v6, "IPv6 instead of IPv4");
+  verb.Run([&context, ifname, v6, on] { Switch(context, *ifname, *v6, on); });
 }
 
 // ---- option list
@@ -120,7 +120,7 @@ void CheckRange(const Context& context, const std::string& ifname, const Range& 
   RequireIpv4(what, range.start);
   RequireIpv4(what, range.end);
   if (BlKOPAIsValidIpMask(range.netmask.c_str()) != 1 || !IsPlainDotted(range.netmask))
-    throw Failure(what, kMalformedAddress, "'" + range.netmask + "' is not a netmask");
+    throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS, "'" + range.netmask + "' is not a netmask");
   std::array<char, 16> other{};
   ForgetErrors();
   const int result = DHCPIsRangeConflict(ifname.c_str(), range.start.c_str(), range.end.c_str(),
@@ -135,17 +135,17 @@ void CheckRange(const Context& context, const std::string& ifname, const Range& 
                     : Cell{"free", Tone::kGood}}});
 }
 
-void AddRange(CLI::App& app, Context& context) {
-  CLI::App* const group = AddGroup(app, "range", "Checks address ranges");
-  CLI::App* const check =
-      AddVerb(*group, context, "check", "Does another interface serve this network?",
+void AddRange(const Group& app, Context& context) {
+  const Group group = AddGroup(app, "range", "Checks address ranges");
+  const Verb check =
+      AddVerb(group, context, "check", "Does another interface serve this network?",
               "  zarnnetctl dhcpd range check eth0 192.168.50.100 192.168.50.150 255.255.255.0");
   const auto ifname = AddIfname(check);
   auto range = std::make_shared<Range>();
-  check->add_option("START", range->start, "First address")->required();
-  check->add_option("END", range->end, "Last address")->required();
-  check->add_option("NETMASK", range->netmask, "Its netmask")->required();
-  check->callback([&context, ifname, range] { CheckRange(context, *ifname, *range); });
+  check.AddOption("START", range->start, "First address").Required();
+  check.AddOption("END", range->end, "Last address").Required();
+  check.AddOption("NETMASK", range->netmask, "Its netmask").Required();
+  check.Run([&context, ifname, range] { CheckRange(context, *ifname, *range); });
 }
 
 // ---- vendor
@@ -213,13 +213,13 @@ void SetVendor(const Context& context, const std::string& vendor,
                const std::vector<std::string>& options) {
   const std::string what = "cannot set the vendor class " + vendor;
   if (vendor.empty() || vendor.find(',') != std::string::npos)
-    throw Failure(what, kOutOfRange, "its name must be a text without commas");
+    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "its name must be a text without commas");
   Hash hash;
   for (const std::string& text : options) {
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos || equals + 1 == text.size() ||
         DHCPVendorCheckOptNum(text.substr(0, equals).c_str()) != 1) {
-      throw CLI::ValidationError("OPTION", "give NUMBER=VALUE with a number of 1 to 254");
+      throw WrongUsage("OPTION", "give NUMBER=VALUE with a number of 1 to 254");
     }
     hash.Set(text.substr(0, equals), text.substr(equals + 1));
   }
@@ -229,28 +229,28 @@ void SetVendor(const Context& context, const std::string& vendor,
   if (context.json) PrintJson("vendor", VendorJson(vendor));
 }
 
-std::shared_ptr<std::string> AddVendorName(CLI::App* verb) {
+std::shared_ptr<std::string> AddVendorName(const Verb& verb) {
   auto vendor = std::make_shared<std::string>();
-  verb->add_option("VENDOR", *vendor, "The class that clients name themselves")->required();
+  verb.AddOption("VENDOR", *vendor, "The class that clients name themselves").Required();
   return vendor;
 }
 
-void AddVendor(CLI::App& app, Context& context) {
-  CLI::App* const group = AddGroup(app, "vendor", "Options for the clients of one vendor class");
-  CLI::App* const list = AddVerb(*group, context, "list", "Lists the classes that have options",
-                                 "  zarnnetctl dhcpd vendor list");
-  list->callback([&context] { ListVendors(context); });
-  CLI::App* const show = AddVerb(*group, context, "show", "Shows the options of a class",
-                                 "  zarnnetctl dhcpd vendor show Example");
+void AddVendor(const Group& app, Context& context) {
+  const Group group = AddGroup(app, "vendor", "Options for the clients of one vendor class");
+  const Verb list = AddVerb(group, context, "list", "Lists the classes that have options",
+                            "  zarnnetctl dhcpd vendor list");
+  list.Run([&context] { ListVendors(context); });
+  const Verb show = AddVerb(group, context, "show", "Shows the options of a class",
+                            "  zarnnetctl dhcpd vendor show Example");
   const auto shown = AddVendorName(show);
-  show->callback([&context, shown] { ShowVendor(context, *shown); });
-  CLI::App* const set =
-      AddVerb(*group, context, "set", "Replaces the options of a class; without any it goes",
+  show.Run([&context, shown] { ShowVendor(context, *shown); });
+  const Verb set =
+      AddVerb(group, context, "set", "Replaces the options of a class; without any it goes",
               "  zarnnetctl dhcpd vendor set Example 43=01:04:00 60=Example");
   const auto changed = AddVendorName(set);
   auto options = std::make_shared<std::vector<std::string>>();
-  set->add_option("OPTION", *options, "NUMBER=VALUE");
-  set->callback([&context, changed, options] { SetVendor(context, *changed, *options); });
+  set.AddOption("OPTION", *options, "NUMBER=VALUE");
+  set.Run([&context, changed, options] { SetVendor(context, *changed, *options); });
 }
 
 // ---- pxe
@@ -286,14 +286,14 @@ struct WantedPxe {
 void SetPxe(const Context& context, const WantedPxe& wanted) {
   const std::string what = "cannot set network boot";
   if (wanted.off != wanted.loader.empty())
-    throw CLI::ValidationError("LOADER", "give the name of the boot file, or --off");
+    throw WrongUsage("LOADER", "give the name of the boot file, or --off");
   if (!wanted.server.empty()) RequireIpv4(what, wanted.server);
   DHCP_PXE_CONF conf{};
   conf.enable = wanted.off ? 0 : 1;
   conf.is_remote_tftp = wanted.server.empty() ? 0 : 1;
   auto& loader = wanted.server.empty() ? conf.local_bootloader : conf.remote_bootloader;
   if (wanted.loader.size() >= sizeof loader)
-    throw Failure(what, kOutOfRange, "the name of the boot file is too long");
+    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "the name of the boot file is too long");
   wanted.loader.copy(loader, sizeof loader - 1);
   wanted.server.copy(conf.remote_tftp_server_ip, sizeof conf.remote_tftp_server_ip - 1);
   RequireRoot(what);
@@ -302,42 +302,42 @@ void SetPxe(const Context& context, const WantedPxe& wanted) {
   if (context.json) PrintJson("pxe", PxeJson());
 }
 
-void AddPxe(CLI::App& app, Context& context) {
-  CLI::App* const group = AddGroup(app, "pxe", "Network boot");
-  CLI::App* const show =
-      AddVerb(*group, context, "show", "Shows the settings", "  zarnnetctl dhcpd pxe show");
-  show->callback([&context] { ShowPxe(context); });
-  CLI::App* const set = AddVerb(*group, context, "set", "Sets the boot file, or switches it off",
-                                "  zarnnetctl dhcpd pxe set pxelinux.0\n"
-                                "  zarnnetctl dhcpd pxe set pxelinux.0 --server 192.168.50.2\n"
-                                "  zarnnetctl dhcpd pxe set --off");
+void AddPxe(const Group& app, Context& context) {
+  const Group group = AddGroup(app, "pxe", "Network boot");
+  const Verb show =
+      AddVerb(group, context, "show", "Shows the settings", "  zarnnetctl dhcpd pxe show");
+  show.Run([&context] { ShowPxe(context); });
+  const Verb set = AddVerb(group, context, "set", "Sets the boot file, or switches it off",
+                           "  zarnnetctl dhcpd pxe set pxelinux.0\n"
+                           "  zarnnetctl dhcpd pxe set pxelinux.0 --server 192.168.50.2\n"
+                           "  zarnnetctl dhcpd pxe set --off");
   auto wanted = std::make_shared<WantedPxe>();
-  set->add_option("LOADER", wanted->loader, "Name of the boot file on its TFTP server");
-  set->add_option("--server", wanted->server, "A remote TFTP server instead of the appliance");
-  set->add_flag("--off", wanted->off, "No network boot; the settings stay");
-  set->callback([&context, wanted] { SetPxe(context, *wanted); });
+  set.AddOption("LOADER", wanted->loader, "Name of the boot file on its TFTP server");
+  set.AddOption("--server", wanted->server, "A remote TFTP server instead of the appliance");
+  set.AddFlag("--off", wanted->off, "No network boot; the settings stay");
+  set.Run([&context, wanted] { SetPxe(context, *wanted); });
 }
 
 }  // namespace
 
-void AddDhcpdCommands(CLI::App& app, Context& context) {
-  CLI::App* const group = AddGroup(app, "dhcpd", "The built-in DHCP server");
-  CLI::App* const status =
-      AddVerb(*group, context, "status", "Shows what is switched on", "  zarnnetctl dhcpd status");
-  status->callback([&context] { Status(context); });
-  AddSwitch(*group, context, true);
-  AddSwitch(*group, context, false);
-  CLI::App* const restart = AddVerb(*group, context, "restart", "Puts the settings into effect",
-                                    "  zarnnetctl dhcpd restart");
-  restart->callback([&context] { Restart(context); });
-  AddDhcpdSubnetCommands(*group, context);
-  CLI::App* const options = AddGroup(*group, "option", "The options of an IPv4 subnet");
-  CLI::App* const list =
-      AddVerb(*options, context, "list", "Lists them", "  zarnnetctl dhcpd option list");
-  list->callback([&context] { ListOptions(context); });
-  AddRange(*group, context);
-  AddVendor(*group, context);
-  AddPxe(*group, context);
+void AddDhcpdCommands(const Group& app, Context& context) {
+  const Group group = AddGroup(app, "dhcpd", "The built-in DHCP server");
+  const Verb status =
+      AddVerb(group, context, "status", "Shows what is switched on", "  zarnnetctl dhcpd status");
+  status.Run([&context] { Status(context); });
+  AddSwitch(group, context, true);
+  AddSwitch(group, context, false);
+  const Verb restart = AddVerb(group, context, "restart", "Puts the settings into effect",
+                               "  zarnnetctl dhcpd restart");
+  restart.Run([&context] { Restart(context); });
+  AddDhcpdSubnetCommands(group, context);
+  const Group options = AddGroup(group, "option", "The options of an IPv4 subnet");
+  const Verb list =
+      AddVerb(options, context, "list", "Lists them", "  zarnnetctl dhcpd option list");
+  list.Run([&context] { ListOptions(context); });
+  AddRange(group, context);
+  AddVendor(group, context);
+  AddPxe(group, context);
 }
 
 }  // namespace tool

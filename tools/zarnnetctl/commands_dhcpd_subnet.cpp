@@ -39,7 +39,7 @@ int OptionNumber(const std::string& what, const std::string& name) {
   for (const ZARNNET_DHCP_OPTION& option : ZARNNetDhcpOptions) {
     if (name == option.name) return option.number;
   }
-  throw Failure(what, kOutOfRange, "there is no option '" + name + "'");
+  throw Failure(what, ZARNNETERR_BAD_PARAMETER, "there is no option '" + name + "'");
 }
 
 void AddOption(const std::string& what, const std::string& name,
@@ -88,7 +88,7 @@ std::optional<DHCP_SUBNET_CONF> Read(const Target& target) {
 
 DHCP_SUBNET_CONF Require(const Target& target) {
   const auto record = Read(target);
-  if (!record) throw Failure(target.What("show"), kNotFound, "there is no such subnet");
+  if (!record) throw Failure(target.What("show"), ZARNNETERR_NOT_FOUND, "there is no such subnet");
   return *record;
 }
 
@@ -242,7 +242,7 @@ void ApplyOptions(const std::string& what, const Given& given, Subnet* subnet) {
   for (const std::string& text : given.options) {
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos) {
-      throw CLI::ValidationError("--option", "give NAME=VALUE[,VALUE...]");
+      throw WrongUsage("--option", "give NAME=VALUE[,VALUE...]");
     }
     AddOption(what, text.substr(0, equals), SplitAtCommas(text.substr(equals + 1)), subnet);
   }
@@ -271,7 +271,7 @@ void ApplyGiven(const std::string& what, const Given& given, Subnet* subnet) {
 // ---- a whole subnet as JSON
 
 [[noreturn]] void RefuseDocument(const std::string& what, const std::string& problem) {
-  throw Failure(what, kOutOfRange, "the JSON document is no subnet: " + problem);
+  throw Failure(what, ZARNNETERR_BAD_PARAMETER, "the JSON document is no subnet: " + problem);
 }
 
 Json ReadDocument(const std::string& what) {
@@ -325,19 +325,21 @@ void RequireAddress(const std::string& what, const Target& target, const char* t
   if (*text == '\0') return;
   if (!target.v6) return RequireIpv4(what, text);
   if (BlKOPAIsv6IpAddrValid(text) == 1) return;
-  throw Failure(what, kMalformedAddress, "'" + std::string(text) + "' is not an IPv6 address");
+  throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS,
+                "'" + std::string(text) + "' is not an IPv6 address");
 }
 
 void RequireServable(const std::string& what, const Target& target,
                      const DHCP_SUBNET_CONF& record) {
   const bool ranged = !target.v6 || std::string(record.v6mode) == "stateful";
   if (ranged && (*record.start == '\0' || *record.end == '\0'))
-    throw Failure(what, kOutOfRange, "give the first and the last address");
-  if (target.v6 && *record.v6mode == '\0') throw Failure(what, kOutOfRange, "give a mode");
+    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "give the first and the last address");
+  if (target.v6 && *record.v6mode == '\0')
+    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "give a mode");
   for (const char* text : {record.start, record.end, record.router, record.dns1, record.dns2})
     RequireAddress(what, target, text);
   if (!target.v6 && (BlKOPAIsValidIpMask(record.netmask) != 1 || !IsPlainDotted(record.netmask)))
-    throw Failure(what, kMalformedAddress,
+    throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS,
                   "'" + std::string(record.netmask) + "' is not a netmask");
 }
 
@@ -361,54 +363,53 @@ void Set(const Context& context, const Target& target, const Given& given) {
   if (context.json) PrintJson("subnet", ToJson(target, subnet.record));
 }
 
-std::shared_ptr<Target> AddTarget(CLI::App* verb) {
+std::shared_ptr<Target> AddTarget(const Verb& verb) {
   auto target = std::make_shared<Target>();
-  verb->add_option("IFNAME", target->ifname, "Interface that serves the subnet")->required();
-  verb->add_option("NUMBER", target->number, "0, 1, 2 ...")->required();
-  verb->add_flag("-6", target->v6, "The IPv6 subnet of this number");
+  verb.AddOption("IFNAME", target->ifname, "Interface that serves the subnet").Required();
+  verb.AddOption("NUMBER", target->number, "0, 1, 2 ...").Required();
+  verb.AddFlag("-6", target->v6, "The IPv6 subnet of this number");
   return target;
 }
 
-void AddSet(CLI::App& group, Context& context) {
-  CLI::App* const set = AddVerb(
+void AddSet(const Group& group, Context& context) {
+  const Verb set = AddVerb(
       group, context, "set", "Makes or changes a subnet; dhcpd restart puts it into effect",
       "  zarnnetctl dhcpd subnet set eth0 0 --start 192.168.50.100 --end 192.168.50.150 \\\n"
       "    --netmask 255.255.255.0 --router 192.168.50.1 --dns 192.168.50.1 --option mtu=1400\n"
       "  zarnnetctl dhcpd subnet show eth0 0 --json | zarnnetctl dhcpd subnet set eth0 0 -");
   const auto target = AddTarget(set);
   auto given = std::make_shared<Given>();
-  set->add_option("DOCUMENT", given->document, "-: the whole subnet as JSON on standard input")
-      ->check(CLI::IsMember({"-"}));
-  set->add_option("--start", given->start, "First address");
-  set->add_option("--end", given->end, "Last address");
-  set->add_option("--netmask", given->netmask, "Netmask (IPv4)");
-  set->add_option("--router", given->router, "Default gateway of the clients (IPv4)");
-  set->add_option("--domain", given->domain, "Domain of the clients (IPv4)");
-  set->add_option("--dns", given->dns, "Name servers, in order of use");
-  set->add_option("--lease", given->lease, "Seconds of a lease (3600)")
-      ->check(CLI::Range(120, 2147483647));
-  set->add_option("--mode", given->mode, "IPv6: off, ra-only, ra-stateless or stateful")
-      ->check(CLI::IsMember({"off", "ra-only", "ra-stateless", "stateful"}));
-  set->add_option("--option", given->options,
-                  "NAME=VALUE[,VALUE...]; those given replace the stored ones");
-  CLI::Option* const enable = set->add_flag("--enable", given->enable, "Serve it");
-  set->add_flag("--disable", given->disable, "Keep it without serving it")->excludes(enable);
-  set->callback([&context, target, given] { Set(context, *target, *given); });
+  set.AddOption("DOCUMENT", given->document, "-: the whole subnet as JSON on standard input")
+      .OneOf({"-"});
+  set.AddOption("--start", given->start, "First address");
+  set.AddOption("--end", given->end, "Last address");
+  set.AddOption("--netmask", given->netmask, "Netmask (IPv4)");
+  set.AddOption("--router", given->router, "Default gateway of the clients (IPv4)");
+  set.AddOption("--domain", given->domain, "Domain of the clients (IPv4)");
+  set.AddOption("--dns", given->dns, "Name servers, in order of use");
+  set.AddOption("--lease", given->lease, "Seconds of a lease (3600)").Within(120, 2147483647);
+  set.AddOption("--mode", given->mode, "IPv6: off, ra-only, ra-stateless or stateful")
+      .OneOf({"off", "ra-only", "ra-stateless", "stateful"});
+  set.AddOption("--option", given->options,
+                "NAME=VALUE[,VALUE...]; those given replace the stored ones");
+  const Word enable = set.AddFlag("--enable", given->enable, "Serve it");
+  set.AddFlag("--disable", given->disable, "Keep it without serving it").Excludes(enable);
+  set.Run([&context, target, given] { Set(context, *target, *given); });
 }
 
 }  // namespace
 
-void AddDhcpdSubnetCommands(CLI::App& dhcpd, Context& context) {
-  CLI::App* const group = AddGroup(dhcpd, "subnet", "Lists, shows and sets the subnets served");
-  CLI::App* const list = AddVerb(*group, context, "list", "Lists the subnets of an interface",
-                                 "  zarnnetctl dhcpd subnet list eth0");
+void AddDhcpdSubnetCommands(const Group& dhcpd, Context& context) {
+  const Group group = AddGroup(dhcpd, "subnet", "Lists, shows and sets the subnets served");
+  const Verb list = AddVerb(group, context, "list", "Lists the subnets of an interface",
+                            "  zarnnetctl dhcpd subnet list eth0");
   const auto listed = AddIfname(list);
-  list->callback([&context, listed] { List(context, *listed); });
-  CLI::App* const show = AddVerb(*group, context, "show", "Shows one subnet",
-                                 "  zarnnetctl dhcpd subnet show eth0 0 --json");
+  list.Run([&context, listed] { List(context, *listed); });
+  const Verb show = AddVerb(group, context, "show", "Shows one subnet",
+                            "  zarnnetctl dhcpd subnet show eth0 0 --json");
   const auto target = AddTarget(show);
-  show->callback([&context, target] { Show(context, *target); });
-  AddSet(*group, context);
+  show.Run([&context, target] { Show(context, *target); });
+  AddSet(group, context);
 }
 
 }  // namespace tool

@@ -51,7 +51,8 @@ void Set(const Context& context, const std::vector<std::string>& addresses) {
   NameList servers;
   for (const std::string& address : addresses) {
     if (ZARNNetGetAddrType(address.c_str()) == 0) {
-      throw Failure(what, kMalformedAddress, "'" + address + "' is not an IPv4 or IPv6 address");
+      throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS,
+                    "'" + address + "' is not an IPv4 or IPv6 address");
     }
     servers.Add(address);
   }
@@ -79,27 +80,27 @@ void Update(const Context& context) {
 
 }  // namespace
 
-void AddDnsCommands(CLI::App& app, Context& context) {
-  CLI::App* const group = AddGroup(app, "dns", "Reads and sets the name servers");
-  CLI::App* const get =
-      AddVerb(*group, context, "get", "Shows the mode, the servers in use and the fixed ones",
+void AddDnsCommands(const Group& app, Context& context) {
+  const Group group = AddGroup(app, "dns", "Reads and sets the name servers");
+  const Verb get =
+      AddVerb(group, context, "get", "Shows the mode, the servers in use and the fixed ones",
               "  zarnnetctl dns get");
-  get->callback([&context] { Get(context); });
-  CLI::App* const set =
-      AddVerb(*group, context, "set", "Fixes the servers, and uses them instead of learned ones",
+  get.Run([&context] { Get(context); });
+  const Verb set =
+      AddVerb(group, context, "set", "Fixes the servers, and uses them instead of learned ones",
               "  zarnnetctl dns set 192.168.50.1 2001:db8::53");
   auto addresses = std::make_shared<std::vector<std::string>>();
-  set->add_option("ADDRESS", *addresses, "IPv4 and IPv6 addresses, in order of use")->required();
-  set->callback([&context, addresses] { Set(context, *addresses); });
-  CLI::App* const mode = AddVerb(*group, context, "mode", "Chooses which servers are used",
-                                 "  zarnnetctl dns mode auto");
+  set.AddOption("ADDRESS", *addresses, "IPv4 and IPv6 addresses, in order of use").Required();
+  set.Run([&context, addresses] { Set(context, *addresses); });
+  const Verb mode = AddVerb(group, context, "mode", "Chooses which servers are used",
+                            "  zarnnetctl dns mode auto");
   auto chosen = std::make_shared<std::string>();
-  mode->add_option("MODE", *chosen, kModes)->required()->check(CLI::IsMember({"static", "auto"}));
-  mode->callback([&context, chosen] { SetMode(context, *chosen); });
-  CLI::App* const update =
-      AddVerb(*group, context, "update", "Rebuilds the resolver's file from the servers in use",
+  mode.AddOption("MODE", *chosen, kModes).Required().OneOf({"static", "auto"});
+  mode.Run([&context, chosen] { SetMode(context, *chosen); });
+  const Verb update =
+      AddVerb(group, context, "update", "Rebuilds the resolver's file from the servers in use",
               "  zarnnetctl dns update");
-  update->callback([&context] { Update(context); });
+  update.Run([&context] { Update(context); });
 }
 
 }  // namespace tool

@@ -211,24 +211,23 @@ void Show(const Context& context, const std::string& ifname) {
 
 }  // namespace
 
-void AddIfCommands(CLI::App& app, Context& context) {
-  CLI::App* const group = AddGroup(app, "if", "Lists and shows interfaces");
+void AddIfCommands(const Group& app, Context& context) {
+  const Group group = AddGroup(app, "if", "Lists and shows interfaces");
 
-  CLI::App* const list = AddVerb(*group, context, "list", "Lists the interfaces that are up",
-                                 "  zarnnetctl if list\n  zarnnetctl if list --kind eth --json\n  "
-                                 "zarnnetctl if list --kind 1");
+  const Verb list = AddVerb(group, context, "list", "Lists the interfaces that are up",
+                            "  zarnnetctl if list\n  zarnnetctl if list --kind eth --json\n  "
+                            "zarnnetctl if list --kind 1");
   auto kind = std::make_shared<std::string>("all");
-  list->add_option("--kind", *kind,
-                   "eth: Ethernet ports; all (default): all but loopback and point-to-point; "
-                   "N: the library's selector")
-      ->check(CheckKind)
-      ->type_name("eth|all|N");
-  list->callback([&context, kind] { List(context, *kind); });
+  list.AddOption("--kind", *kind,
+                 "eth: Ethernet ports; all (default): all but loopback and point-to-point; "
+                 "N: the library's selector")
+      .Checked(CheckKind, "eth|all|N");
+  list.Run([&context, kind] { List(context, *kind); });
 
-  CLI::App* const show = AddVerb(*group, context, "show", "Shows all about one interface",
-                                 "  zarnnetctl if show eth0\n  zarnnetctl if show bond0 --json");
+  const Verb show = AddVerb(group, context, "show", "Shows all about one interface",
+                            "  zarnnetctl if show eth0\n  zarnnetctl if show bond0 --json");
   const auto ifname = AddIfname(show);
-  show->callback([&context, ifname] { Show(context, *ifname); });
+  show.Run([&context, ifname] { Show(context, *ifname); });
 }
 
 }  // namespace tool

@@ -103,46 +103,45 @@ void Flush(const Context& context, const std::string& ifname, const Families& fa
 
 // ---- the command line
 
-void AddGet(CLI::App& group, Context& context) {
-  CLI::App* const verb =
-      AddVerb(group, context, "get", "Shows the live and the configured addresses",
-              "  zarnnetctl ip get eth0\n  zarnnetctl ip get eth0 --json");
+void AddGet(const Group& group, Context& context) {
+  const Verb verb = AddVerb(group, context, "get", "Shows the live and the configured addresses",
+                            "  zarnnetctl ip get eth0\n  zarnnetctl ip get eth0 --json");
   const auto ifname = AddIfname(verb);
-  verb->callback([&context, ifname] { Get(context, *ifname); });
+  verb.Run([&context, ifname] { Get(context, *ifname); });
 }
 
-void AddSet(CLI::App& group, Context& context) {
-  CLI::App* const verb = AddVerb(
-      group, context, "set", "Gives an interface a fixed IPv4 address, now and for the next boot",
-      "  zarnnetctl ip set eth0 192.168.50.10/24\n"
-      "  zarnnetctl ip set eth0 192.168.50.10 255.255.255.0");
+void AddSet(const Group& group, Context& context) {
+  const Verb verb = AddVerb(group, context, "set",
+                            "Gives an interface a fixed IPv4 address, now and for the next boot",
+                            "  zarnnetctl ip set eth0 192.168.50.10/24\n"
+                            "  zarnnetctl ip set eth0 192.168.50.10 255.255.255.0");
   const auto ifname = AddIfname(verb);
   auto address = std::make_shared<std::string>();
   auto mask = std::make_shared<std::string>();
-  verb->add_option("ADDRESS", *address, "ADDRESS/PREFIX, or the address alone")->required();
-  verb->add_option("NETMASK", *mask, "Dotted netmask, for an address without a prefix");
-  verb->callback(
+  verb.AddOption("ADDRESS", *address, "ADDRESS/PREFIX, or the address alone").Required();
+  verb.AddOption("NETMASK", *mask, "Dotted netmask, for an address without a prefix");
+  verb.Run(
       [&context, ifname, address, mask] { Set(context, *ifname, TakeApart(*address, *mask)); });
 }
 
-void AddFlush(CLI::App& group, Context& context) {
-  CLI::App* const verb =
+void AddFlush(const Group& group, Context& context) {
+  const Verb verb =
       AddVerb(group, context, "flush", "Removes the addresses from the running system; files stay",
               "  zarnnetctl ip flush eth0\n  zarnnetctl ip flush eth0 -6");
   const auto ifname = AddIfname(verb);
   auto families = std::make_shared<Families>();
-  verb->add_flag("-4", families->ipv4, "IPv4 alone (default: both)");
-  verb->add_flag("-6", families->ipv6, "IPv6 alone (default: both)");
-  verb->callback([&context, ifname, families] { Flush(context, *ifname, *families); });
+  verb.AddFlag("-4", families->ipv4, "IPv4 alone (default: both)");
+  verb.AddFlag("-6", families->ipv6, "IPv6 alone (default: both)");
+  verb.Run([&context, ifname, families] { Flush(context, *ifname, *families); });
 }
 
 }  // namespace
 
-void AddIpCommands(CLI::App& app, Context& context) {
-  CLI::App* const group = AddGroup(app, "ip", "Reads, sets and flushes addresses");
-  AddGet(*group, context);
-  AddSet(*group, context);
-  AddFlush(*group, context);
+void AddIpCommands(const Group& app, Context& context) {
+  const Group group = AddGroup(app, "ip", "Reads, sets and flushes addresses");
+  AddGet(group, context);
+  AddSet(group, context);
+  AddFlush(group, context);
 }
 
 }  // namespace tool

@@ -38,16 +38,17 @@ Typed TakeApart(const std::string& what, const std::string& text) {
   const bool isNumber = !digits.empty() && digits.size() <= 3 &&
                         std::all_of(digits.begin(), digits.end(),
                                     [](unsigned char digit) { return std::isdigit(digit) != 0; });
-  if (!isNumber) throw CLI::ValidationError("ADDRESS", "give ADDRESS/PREFIX");
+  if (!isNumber) throw WrongUsage("ADDRESS", "give ADDRESS/PREFIX");
   if (BlKOPAIsv6IpAddrValid(text.c_str()) != 1) {
-    throw Failure(what, kMalformedAddress, "'" + text + "' is not an IPv6 address with a prefix");
+    throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS,
+                  "'" + text + "' is not an IPv6 address with a prefix");
   }
   return {text.substr(0, slash), static_cast<unsigned>(std::stoul(digits))};
 }
 
 void RequireAddress(const std::string& what, const std::string& address) {
   if (ZARNNetGetAddrType(address.c_str()) == 10) return;
-  throw Failure(what, kMalformedAddress, "'" + address + "' is not an IPv6 address");
+  throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS, "'" + address + "' is not an IPv6 address");
 }
 
 // ---- ipv6 get
@@ -116,9 +117,9 @@ void Set(const Context& context, const Wanted& wanted) {
   const std::string what = "cannot configure IPv6 on " + wanted.ifname;
   const bool isStatic = wanted.type == "static";
   if (isStatic && wanted.address.empty())
-    throw CLI::ValidationError("ADDRESS", "static needs ADDRESS/PREFIX");
+    throw WrongUsage("ADDRESS", "static needs ADDRESS/PREFIX");
   if (!isStatic && !(wanted.address.empty() && wanted.gateway.empty()))
-    throw CLI::ValidationError("ADDRESS", "an address and a gateway are for static alone");
+    throw WrongUsage("ADDRESS", "an address and a gateway are for static alone");
   const Typed typed = isStatic ? TakeApart(what, wanted.address) : Typed{};
   if (!wanted.gateway.empty()) RequireAddress(what, wanted.gateway);
   RequireRoot(what);
@@ -139,7 +140,7 @@ void Change(const Context& context, Command command, const Wanted& wanted) {
   const std::string what =
       (command == kAdd ? "cannot add to " : "cannot delete from ") + wanted.ifname;
   if (wanted.address.empty() == wanted.gateway.empty())
-    throw CLI::ValidationError("ADDRESS", "give ADDRESS/PREFIX or --gateway, one of them");
+    throw WrongUsage("ADDRESS", "give ADDRESS/PREFIX or --gateway, one of them");
   const Typed typed = wanted.address.empty() ? Typed{} : TakeApart(what, wanted.address);
   if (!wanted.gateway.empty()) RequireAddress(what, wanted.gateway);
   RequireRoot(what);
@@ -168,32 +169,31 @@ void Init(const Context& context) {
 
 // ---- the command line
 
-void AddGet(CLI::App& group, Context& context) {
-  CLI::App* const verb =
-      AddVerb(group, context, "get", "Shows how an interface gets its IPv6 address",
-              "  zarnnetctl ipv6 get eth0");
+void AddGet(const Group& group, Context& context) {
+  const Verb verb = AddVerb(group, context, "get", "Shows how an interface gets its IPv6 address",
+                            "  zarnnetctl ipv6 get eth0");
   const auto ifname = AddIfname(verb);
-  verb->callback([&context, ifname] { Get(context, *ifname); });
+  verb.Run([&context, ifname] { Get(context, *ifname); });
 }
 
-void AddSet(CLI::App& group, Context& context) {
-  CLI::App* const verb =
+void AddSet(const Group& group, Context& context) {
+  const Verb verb =
       AddVerb(group, context, "set", "Configures IPv6 on an interface, now and for the next boot",
               "  zarnnetctl ipv6 set eth0 auto\n"
               "  zarnnetctl ipv6 set eth0 static fd00::10/64 --gateway fd00::1");
   auto wanted = std::make_shared<Wanted>();
-  verb->add_option("IFNAME", wanted->ifname, "Name of the interface")->required();
-  verb->add_option("TYPE", wanted->type, "auto, off, dhcp, static or auto_dhcp")
-      ->required()
-      ->check(CLI::IsMember(std::vector<std::string>(kTypeNames.begin(), kTypeNames.end())));
-  verb->add_option("ADDRESS", wanted->address, "ADDRESS/PREFIX, for static");
-  verb->add_option("--gateway", wanted->gateway, "Default gateway, for static");
-  verb->callback([&context, wanted] { Set(context, *wanted); });
+  verb.AddOption("IFNAME", wanted->ifname, "Name of the interface").Required();
+  verb.AddOption("TYPE", wanted->type, "auto, off, dhcp, static or auto_dhcp")
+      .Required()
+      .OneOf(std::vector<std::string>(kTypeNames.begin(), kTypeNames.end()));
+  verb.AddOption("ADDRESS", wanted->address, "ADDRESS/PREFIX, for static");
+  verb.AddOption("--gateway", wanted->gateway, "Default gateway, for static");
+  verb.Run([&context, wanted] { Set(context, *wanted); });
 }
 
-void AddChange(CLI::App& group, Context& context, Command command) {
+void AddChange(const Group& group, Context& context, Command command) {
   const std::string name = command == kAdd ? "add" : "del";
-  CLI::App* const verb =
+  const Verb verb =
       AddVerb(group, context, name,
               command == kAdd
                   ? "Adds an address or the default route to the running system; no file changes"
@@ -201,28 +201,28 @@ void AddChange(CLI::App& group, Context& context, Command command) {
               "  zarnnetctl ipv6 " + name + " eth0 fd00::20/64\n  zarnnetctl ipv6 " + name +
                   " eth0 --gateway fd00::1");
   auto wanted = std::make_shared<Wanted>();
-  verb->add_option("IFNAME", wanted->ifname, "Name of the interface")->required();
-  verb->add_option("ADDRESS", wanted->address, "ADDRESS/PREFIX");
-  verb->add_option("--gateway", wanted->gateway, "Gateway of the default route");
-  verb->callback([&context, command, wanted] { Change(context, command, *wanted); });
+  verb.AddOption("IFNAME", wanted->ifname, "Name of the interface").Required();
+  verb.AddOption("ADDRESS", wanted->address, "ADDRESS/PREFIX");
+  verb.AddOption("--gateway", wanted->gateway, "Gateway of the default route");
+  verb.Run([&context, command, wanted] { Change(context, command, *wanted); });
 }
 
-void AddInit(CLI::App& group, Context& context) {
-  CLI::App* const verb = AddVerb(group, context, "init",
-                                 "Sets router advertisements of every interface as its file asks",
-                                 "  zarnnetctl ipv6 init");
-  verb->callback([&context] { Init(context); });
+void AddInit(const Group& group, Context& context) {
+  const Verb verb = AddVerb(group, context, "init",
+                            "Sets router advertisements of every interface as its file asks",
+                            "  zarnnetctl ipv6 init");
+  verb.Run([&context] { Init(context); });
 }
 
 }  // namespace
 
-void AddIpv6Commands(CLI::App& app, Context& context) {
-  CLI::App* const group = AddGroup(app, "ipv6", "Reads and changes IPv6 configuration");
-  AddGet(*group, context);
-  AddSet(*group, context);
-  AddChange(*group, context, kAdd);
-  AddChange(*group, context, kDelete);
-  AddInit(*group, context);
+void AddIpv6Commands(const Group& app, Context& context) {
+  const Group group = AddGroup(app, "ipv6", "Reads and changes IPv6 configuration");
+  AddGet(group, context);
+  AddSet(group, context);
+  AddChange(group, context, kAdd);
+  AddChange(group, context, kDelete);
+  AddInit(group, context);
 }
 
 }  // namespace tool

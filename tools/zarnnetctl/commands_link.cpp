@@ -35,14 +35,14 @@ void Switch(const Context& context, const std::vector<std::string>& ifnames, boo
   if (context.json) PrintJson("links", LinksJson(ifnames));
 }
 
-void AddSwitch(CLI::App& group, Context& context, bool up) {
+void AddSwitch(const Group& group, Context& context, bool up) {
   const std::string name = up ? "up" : "down";
-  CLI::App* const verb =
+  const Verb verb =
       AddVerb(group, context, name, up ? "Brings interfaces up" : "Takes interfaces down",
               "  zarnnetctl link " + name + " eth0\n  zarnnetctl link " + name + " eth2 eth3");
   auto ifnames = std::make_shared<std::vector<std::string>>();
-  verb->add_option("IFNAME", *ifnames, "Names of the interfaces")->required();
-  verb->callback([&context, ifnames, up] { Switch(context, *ifnames, up); });
+  verb.AddOption("IFNAME", *ifnames, "Names of the interfaces").Required();
+  verb.Run([&context, ifnames, up] { Switch(context, *ifnames, up); });
 }
 
 // ---- mac
@@ -71,23 +71,23 @@ void ShowMac(const Context& context, const std::string& ifname, bool local) {
   PrintJson("mac", {{"name", ifname}, {"mac", mac.data()}, {"local", local}});
 }
 
-void AddMac(CLI::App& app, Context& context) {
-  CLI::App* const verb =
+void AddMac(const Group& app, Context& context) {
+  const Verb verb =
       AddVerb(app, context, "mac", "Shows the MAC address of the port behind an interface",
               "  zarnnetctl mac eth0\n  zarnnetctl mac bond0 --local");
   const auto ifname = AddIfname(verb);
   auto local = std::make_shared<bool>(false);
-  verb->add_flag("--local", *local,
-                 "The port's own address, not the one a high-availability pair shares");
-  verb->callback([&context, ifname, local] { ShowMac(context, *ifname, *local); });
+  verb.AddFlag("--local", *local,
+               "The port's own address, not the one a high-availability pair shares");
+  verb.Run([&context, ifname, local] { ShowMac(context, *ifname, *local); });
 }
 
 }  // namespace
 
-void AddLinkCommands(CLI::App& app, Context& context) {
-  CLI::App* const group = AddGroup(app, "link", "Brings interfaces up and takes them down");
-  AddSwitch(*group, context, true);
-  AddSwitch(*group, context, false);
+void AddLinkCommands(const Group& app, Context& context) {
+  const Group group = AddGroup(app, "link", "Brings interfaces up and takes them down");
+  AddSwitch(group, context, true);
+  AddSwitch(group, context, false);
   AddMac(app, context);
 }
 

@@ -23,7 +23,7 @@ int ToPort(const std::string& text) {
   int port = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
   if (error != std::errc() || end != text.data() + text.size() || port < 1 || port > 65535)
-    throw CLI::ValidationError("PORT", "give a port of 1 to 65535, or FIRST-LAST");
+    throw WrongUsage("PORT", "give a port of 1 to 65535, or FIRST-LAST");
   return port;
 }
 
@@ -32,7 +32,7 @@ Range ToRange(const std::string& text) {
   const std::size_t dash = text.find('-');
   const int first = ToPort(text.substr(0, dash));
   const int last = dash == std::string::npos ? first : ToPort(text.substr(dash + 1));
-  if (last < first) throw CLI::ValidationError("PORT", "the first port is above the last");
+  if (last < first) throw WrongUsage("PORT", "the first port is above the last");
   return {first, last};
 }
 
@@ -58,15 +58,14 @@ void ShowPorts(const Context& context, const std::string& text, const std::strin
   PrintTable(rows);
 }
 
-void AddPort(CLI::App& app, Context& context) {
-  CLI::App* const verb = AddVerb(app, context, "port", "Shows the local ports that are taken",
-                                 "  zarnnetctl port\n  zarnnetctl port 5000-5010 --proto tcp");
+void AddPort(const Group& app, Context& context) {
+  const Verb verb = AddVerb(app, context, "port", "Shows the local ports that are taken",
+                            "  zarnnetctl port\n  zarnnetctl port 5000-5010 --proto tcp");
   auto range = std::make_shared<std::string>();
   auto proto = std::make_shared<std::string>();
-  verb->add_option("PORT", *range, "A port, or FIRST-LAST (default: all)");
-  verb->add_option("--proto", *proto, "tcp or udp (default: both)")
-      ->check(CLI::IsMember({"tcp", "udp"}));
-  verb->callback([&context, range, proto] { ShowPorts(context, *range, *proto); });
+  verb.AddOption("PORT", *range, "A port, or FIRST-LAST (default: all)");
+  verb.AddOption("--proto", *proto, "tcp or udp (default: both)").OneOf({"tcp", "udp"});
+  verb.Run([&context, range, proto] { ShowPorts(context, *range, *proto); });
 }
 
 // ---- ping
@@ -83,15 +82,14 @@ void Ping(const Context& context, const std::string& host, int seconds) {
   PrintTable({{{host}, {"answers", Tone::kGood}}});
 }
 
-void AddPing(CLI::App& app, Context& context) {
-  CLI::App* const verb = AddVerb(app, context, "ping", "Asks whether a host answers",
-                                 "  zarnnetctl ping 192.168.50.1 --timeout 2");
+void AddPing(const Group& app, Context& context) {
+  const Verb verb = AddVerb(app, context, "ping", "Asks whether a host answers",
+                            "  zarnnetctl ping 192.168.50.1 --timeout 2");
   auto host = std::make_shared<std::string>();
   auto seconds = std::make_shared<int>(5);
-  verb->add_option("HOST", *host, "Name or address, IPv4 or IPv6")->required();
-  verb->add_option("--timeout", *seconds, "Seconds to wait (default: 5)")
-      ->check(CLI::Range(1, 3600));
-  verb->callback([&context, host, seconds] { Ping(context, *host, *seconds); });
+  verb.AddOption("HOST", *host, "Name or address, IPv4 or IPv6").Required();
+  verb.AddOption("--timeout", *seconds, "Seconds to wait (default: 5)").Within(1, 3600);
+  verb.Run([&context, host, seconds] { Ping(context, *host, *seconds); });
 }
 
 // ---- lookup
@@ -116,14 +114,14 @@ void Lookup(const Context& context, const std::string& name) {
   PrintTable({{{"address"}, {address.data()}}, {{"interface"}, {owner}}});
 }
 
-void AddLookup(CLI::App& app, Context& context) {
-  CLI::App* const verb =
+void AddLookup(const Group& app, Context& context) {
+  const Verb verb =
       AddVerb(app, context, "lookup",
               "Shows the address of a host, and which interface of this machine has it",
               "  zarnnetctl lookup nas.local\n  zarnnetctl lookup 192.168.50.10");
   auto name = std::make_shared<std::string>();
-  verb->add_option("HOST", *name, "Name or address")->required();
-  verb->callback([&context, name] { Lookup(context, *name); });
+  verb.AddOption("HOST", *name, "Name or address").Required();
+  verb.Run([&context, name] { Lookup(context, *name); });
 }
 
 // ---- wake
@@ -137,14 +135,14 @@ void Wake(const Context& context, const std::string& ifname, const std::string& 
   if (context.json) PrintJson("wake", {{"interface", ifname}, {"mac", mac}});
 }
 
-void AddWake(CLI::App& app, Context& context) {
-  CLI::App* const verb =
+void AddWake(const Group& app, Context& context) {
+  const Verb verb =
       AddVerb(app, context, "wake", "Wakes a machine of the local network by its MAC address",
               "  zarnnetctl wake eth0 02:00:00:00:02:00");
   const auto ifname = AddIfname(verb);
   auto mac = std::make_shared<std::string>();
-  verb->add_option("MAC", *mac, "Its address")->required();
-  verb->callback([&context, ifname, mac] { Wake(context, *ifname, *mac); });
+  verb.AddOption("MAC", *mac, "Its address").Required();
+  verb.Run([&context, ifname, mac] { Wake(context, *ifname, *mac); });
 }
 
 // ---- card1
@@ -180,7 +178,7 @@ ZARNNETIFADDR WantedCard(const std::string& what, const std::string& address,
                          const std::string& mask) {
   ZARNNETIFADDR config{};
   if (address == kDhcp) {
-    if (!mask.empty()) throw CLI::ValidationError("NETMASK", "dhcp takes no netmask");
+    if (!mask.empty()) throw WrongUsage("NETMASK", "dhcp takes no netmask");
     return config;
   }
   const Address parsed = Validate(what, TakeApart(address, mask));
@@ -199,21 +197,20 @@ void SetCard(const Context& context, const std::string& address, const std::stri
   if (context.json) PrintJson("card1", CardJson(PrimaryName(what)));
 }
 
-void AddCard(CLI::App& app, Context& context) {
-  CLI::App* const group =
+void AddCard(const Group& app, Context& context) {
+  const Group group =
       AddGroup(app, "card1", "Reads and sets the primary interface: the first port or its cover");
-  CLI::App* const get = AddVerb(*group, context, "get", "Shows which it is, and its addresses",
-                                "  zarnnetctl card1 get");
-  get->callback([&context] { GetCard(context); });
-  CLI::App* const set = AddVerb(*group, context, "set", "Gives it a fixed address, or DHCP",
-                                "  zarnnetctl card1 set 192.168.50.10/24\n"
-                                "  zarnnetctl card1 set dhcp");
+  const Verb get = AddVerb(group, context, "get", "Shows which it is, and its addresses",
+                           "  zarnnetctl card1 get");
+  get.Run([&context] { GetCard(context); });
+  const Verb set = AddVerb(group, context, "set", "Gives it a fixed address, or DHCP",
+                           "  zarnnetctl card1 set 192.168.50.10/24\n"
+                           "  zarnnetctl card1 set dhcp");
   auto address = std::make_shared<std::string>();
   auto mask = std::make_shared<std::string>();
-  set->add_option("ADDRESS", *address, "ADDRESS/PREFIX, ADDRESS with a NETMASK, or dhcp")
-      ->required();
-  set->add_option("NETMASK", *mask, "Dotted netmask");
-  set->callback([&context, address, mask] { SetCard(context, *address, *mask); });
+  set.AddOption("ADDRESS", *address, "ADDRESS/PREFIX, ADDRESS with a NETMASK, or dhcp").Required();
+  set.AddOption("NETMASK", *mask, "Dotted netmask");
+  set.Run([&context, address, mask] { SetCard(context, *address, *mask); });
 }
 
 // ---- rename
@@ -227,19 +224,19 @@ void Rename(const Context& context, const std::string& ifname, const std::string
   if (context.json) PrintJson("rename", {{"old", ifname}, {"name", newName}});
 }
 
-void AddRename(CLI::App& app, Context& context) {
-  CLI::App* const verb =
+void AddRename(const Group& app, Context& context) {
+  const Verb verb =
       AddVerb(app, context, "rename", "Gives a port another name, now and for the next boot",
               "  zarnnetctl rename eth3 lan3");
   const auto ifname = AddIfname(verb);
   auto newName = std::make_shared<std::string>();
-  verb->add_option("NEWNAME", *newName, "At most 15 characters, none of / % : .")->required();
-  verb->callback([&context, ifname, newName] { Rename(context, *ifname, *newName); });
+  verb.AddOption("NEWNAME", *newName, "At most 15 characters, none of / % : .").Required();
+  verb.Run([&context, ifname, newName] { Rename(context, *ifname, *newName); });
 }
 
 }  // namespace
 
-void AddNetCommands(CLI::App& app, Context& context) {
+void AddNetCommands(const Group& app, Context& context) {
   AddPort(app, context);
   AddPing(app, context);
   AddLookup(app, context);

@@ -84,7 +84,8 @@ struct Wanted {
 // An account without an interface or a name would be stored over what could not be read.
 void RequireComplete(const std::string& what, const PPPOE_CONF& record) {
   if (*record.eth == '\0' || *record.user == '\0')
-    throw Failure(what, kOutOfRange, "no account is stored yet: give --interface and --user");
+    throw Failure(what, ZARNNETERR_BAD_PARAMETER,
+                  "no account is stored yet: give --interface and --user");
 }
 
 void Apply(const std::string& what, const Wanted& wanted, const std::optional<Secret>& secret,
@@ -100,7 +101,7 @@ void Apply(const std::string& what, const Wanted& wanted, const std::optional<Se
 
 void Set(const Context& context, const Wanted& wanted) {
   const std::string what = "cannot change the PPPoE account";
-  if (wanted.IsEmpty()) throw CLI::ValidationError("pppoe set", "give what is to change");
+  if (wanted.IsEmpty()) throw WrongUsage("pppoe set", "give what is to change");
   RequireRoot(what);
   if (!wanted.interface.empty()) RequireInterface(what, wanted.interface);
   {
@@ -178,7 +179,7 @@ PPPOE_RELAY_CONF ReadRelay(const std::string& what, const std::string& ifname) {
 
 Json RelayJson(const std::string& what, const std::string& ifname) {
   const PPPOE_RELAY_CONF conf = ReadRelay(what, ifname);
-  const std::string process = std::string(kRelay) + " -C " + ifname;
+  const std::string process = std::string(kRelay).append(" -C ").append(ifname);
   return {{"name", ifname},
           {"enabled", conf.enable == 1},
           {"server", TextOrNull(conf.server)},
@@ -206,7 +207,7 @@ struct WantedRelay {
 void RelaySet(const Context& context, const WantedRelay& wanted) {
   const std::string what = "cannot set the PPPoE relay of '" + wanted.ifname + "'";
   if (wanted.server.empty() && !wanted.enable && !wanted.disable)
-    throw CLI::ValidationError("pppoe-relay set", "give what is to change");
+    throw WrongUsage("pppoe-relay set", "give what is to change");
   RequireRoot(what);
   RequireInterface(what, wanted.ifname);
   if (!wanted.server.empty()) RequireInterface(what, wanted.server);
@@ -216,7 +217,8 @@ void RelaySet(const Context& context, const WantedRelay& wanted) {
     if (!wanted.server.empty()) Put(what, "server", wanted.server, conf.server);
     if (wanted.enable || wanted.disable) conf.enable = wanted.enable ? 1 : 0;
     if (conf.enable == 1 && (*conf.server == '\0' || wanted.ifname == conf.server))
-      throw Failure(what, kOutOfRange, "the server must be on another interface: give --server");
+      throw Failure(what, ZARNNETERR_BAD_PARAMETER,
+                    "the server must be on another interface: give --server");
     ForgetErrors();
     if (ZARNNetSetPPPoERelayConfig(wanted.ifname.c_str(), &conf) < 0) Fail(what);
   }
@@ -245,72 +247,72 @@ void RelayClear(const Context& context) {
 
 // ---- the command line
 
-void AddSet(CLI::App* group, Context& context) {
-  CLI::App* const set =
-      AddVerb(*group, context, "set", "Changes what is named of the account; the rest stays",
+void AddSet(const Group& group, Context& context) {
+  const Verb set =
+      AddVerb(group, context, "set", "Changes what is named of the account; the rest stays",
               "  zarnnetctl pppoe set --interface eth1 --user bob --password-file /root/secret\n"
               "  zarnnetctl pppoe set --mtu 1452 --default-route");
   constexpr int kLeastMtu = 68;
   constexpr int kMostMtu = 1500;
   auto wanted = std::make_shared<Wanted>();
-  set->add_option("--interface", wanted->interface, "The interface to dial on");
-  set->add_option("--user", wanted->user, "Name of the account");
-  set->add_option("--mtu", wanted->mtu, "MTU of the link")->check(CLI::Range(kLeastMtu, kMostMtu));
-  CLI::Option* const route =
-      set->add_flag("--default-route", wanted->defaultRoute, "The link becomes the default route");
-  set->add_flag("--no-default-route", wanted->noDefaultRoute, "It does not")->excludes(route);
-  set->add_option("--password-file", wanted->passwordFile,
-                  "The password: the first line of this file; - is standard input");
-  set->callback([&context, wanted] { Set(context, *wanted); });
+  set.AddOption("--interface", wanted->interface, "The interface to dial on");
+  set.AddOption("--user", wanted->user, "Name of the account");
+  set.AddOption("--mtu", wanted->mtu, "MTU of the link").Within(kLeastMtu, kMostMtu);
+  const Word route =
+      set.AddFlag("--default-route", wanted->defaultRoute, "The link becomes the default route");
+  set.AddFlag("--no-default-route", wanted->noDefaultRoute, "It does not").Excludes(route);
+  set.AddOption("--password-file", wanted->passwordFile,
+                "The password: the first line of this file; - is standard input");
+  set.Run([&context, wanted] { Set(context, *wanted); });
 }
 
-void AddClient(CLI::App& app, Context& context) {
-  CLI::App* const group = AddGroup(app, "pppoe", "Reads, sets and runs the PPPoE client");
-  AddVerb(*group, context, "get", "Shows the account, without its password",
+void AddClient(const Group& app, Context& context) {
+  const Group group = AddGroup(app, "pppoe", "Reads, sets and runs the PPPoE client");
+  AddVerb(group, context, "get", "Shows the account, without its password",
           "  zarnnetctl pppoe get")
-      ->callback([&context] { Get(context); });
+      .Run([&context] { Get(context); });
   AddSet(group, context);
-  AddVerb(*group, context, "start", "Dials, and does so at each boot", "  zarnnetctl pppoe start")
-      ->callback([&context] { Execute(context, true); });
-  AddVerb(*group, context, "stop", "Hangs up", "  zarnnetctl pppoe stop")->callback([&context] {
+  AddVerb(group, context, "start", "Dials, and does so at each boot", "  zarnnetctl pppoe start")
+      .Run([&context] { Execute(context, true); });
+  AddVerb(group, context, "stop", "Hangs up", "  zarnnetctl pppoe stop").Run([&context] {
     Execute(context, false);
   });
-  AddVerb(*group, context, "status", "Shows whether the client runs, and its address",
+  AddVerb(group, context, "status", "Shows whether the client runs, and its address",
           "  zarnnetctl pppoe status")
-      ->callback([&context] { Status(context); });
+      .Run([&context] { Status(context); });
 }
 
-void AddRelay(CLI::App& app, Context& context) {
-  CLI::App* const group =
+void AddRelay(const Group& app, Context& context) {
+  const Group group =
       AddGroup(app, "pppoe-relay", "Hands the PPPoE discovery of clients on to another interface");
-  CLI::App* const get = AddVerb(*group, context, "get", "Shows the relay of an interface",
-                                "  zarnnetctl pppoe-relay get eth1");
-  get->callback([&context, ifname = AddIfname(get)] { RelayGet(context, *ifname); });
+  const Verb get = AddVerb(group, context, "get", "Shows the relay of an interface",
+                           "  zarnnetctl pppoe-relay get eth1");
+  get.Run([&context, ifname = AddIfname(get)] { RelayGet(context, *ifname); });
 
-  CLI::App* const set = AddVerb(*group, context, "set", "Stores what is named; the rest stays",
-                                "  zarnnetctl pppoe-relay set eth1 --server eth0 --enable");
+  const Verb set = AddVerb(group, context, "set", "Stores what is named; the rest stays",
+                           "  zarnnetctl pppoe-relay set eth1 --server eth0 --enable");
   auto wanted = std::make_shared<WantedRelay>();
-  set->add_option("IFNAME", wanted->ifname, "The interface with the clients")->required();
-  set->add_option("--server", wanted->server, "The interface on the server's side");
-  CLI::Option* const enable = set->add_flag("--enable", wanted->enable, "Relay");
-  set->add_flag("--disable", wanted->disable, "Do not relay")->excludes(enable);
-  set->callback([&context, wanted] { RelaySet(context, *wanted); });
+  set.AddOption("IFNAME", wanted->ifname, "The interface with the clients").Required();
+  set.AddOption("--server", wanted->server, "The interface on the server's side");
+  const Word enable = set.AddFlag("--enable", wanted->enable, "Relay");
+  set.AddFlag("--disable", wanted->disable, "Do not relay").Excludes(enable);
+  set.Run([&context, wanted] { RelaySet(context, *wanted); });
 
-  CLI::App* const apply =
-      AddVerb(*group, context, "apply", "Starts or ends the relays as the settings say",
+  const Verb apply =
+      AddVerb(group, context, "apply", "Starts or ends the relays as the settings say",
               "  zarnnetctl pppoe-relay apply\n  zarnnetctl pppoe-relay apply eth1");
   auto ifname = std::make_shared<std::string>();
-  apply->add_option("IFNAME", *ifname, "Only this interface");
-  apply->callback([&context, ifname] { RelayApply(context, *ifname); });
+  apply.AddOption("IFNAME", *ifname, "Only this interface");
+  apply.Run([&context, ifname] { RelayApply(context, *ifname); });
 
-  AddVerb(*group, context, "clear", "Deletes the settings of all relays; those that run stay",
+  AddVerb(group, context, "clear", "Deletes the settings of all relays; those that run stay",
           "  zarnnetctl pppoe-relay clear")
-      ->callback([&context] { RelayClear(context); });
+      .Run([&context] { RelayClear(context); });
 }
 
 }  // namespace
 
-void AddPppoeCommands(CLI::App& app, Context& context) {
+void AddPppoeCommands(const Group& app, Context& context) {
   AddClient(app, context);
   AddRelay(app, context);
 }

@@ -58,31 +58,31 @@ void ChangeGateway(const Context& context, const Target& target, const std::stri
   if (context.json) PrintJson("gateway", GatewayJson(target));
 }
 
-std::shared_ptr<Target> AddSaved(CLI::App* verb) {
+std::shared_ptr<Target> AddSaved(const Verb& verb) {
   auto target = std::make_shared<Target>();
-  verb->add_flag("--saved", target->saved, "The stored one, used at start-up, not the kernel's");
+  verb.AddFlag("--saved", target->saved, "The stored one, used at start-up, not the kernel's");
   return target;
 }
 
-void AddGateway(CLI::App& app, Context& context) {
-  CLI::App* const group = AddGroup(app, "gateway", "Reads and changes the IPv4 default gateway");
-  CLI::App* const get =
-      AddVerb(*group, context, "get", "Shows the kernel's default gateway, or the stored one",
+void AddGateway(const Group& app, Context& context) {
+  const Group group = AddGroup(app, "gateway", "Reads and changes the IPv4 default gateway");
+  const Verb get =
+      AddVerb(group, context, "get", "Shows the kernel's default gateway, or the stored one",
               "  zarnnetctl gateway get\n  zarnnetctl gateway get --saved");
   const auto shown = AddSaved(get);
-  get->callback([&context, shown] { GetGateway(context, *shown); });
-  CLI::App* const set = AddVerb(
-      *group, context, "set", "Replaces the default route, or stores a gateway",
+  get.Run([&context, shown] { GetGateway(context, *shown); });
+  const Verb set = AddVerb(
+      group, context, "set", "Replaces the default route, or stores a gateway",
       "  zarnnetctl gateway set 192.168.50.1\n  zarnnetctl gateway set 192.168.50.1 --saved");
   const auto changed = AddSaved(set);
   auto address = std::make_shared<std::string>();
-  set->add_option("ADDRESS", *address, "IPv4 address of the gateway")->required();
-  set->callback([&context, changed, address] { ChangeGateway(context, *changed, *address); });
-  CLI::App* const clear =
-      AddVerb(*group, context, "clear", "Removes the default route, or the stored gateway",
+  set.AddOption("ADDRESS", *address, "IPv4 address of the gateway").Required();
+  set.Run([&context, changed, address] { ChangeGateway(context, *changed, *address); });
+  const Verb clear =
+      AddVerb(group, context, "clear", "Removes the default route, or the stored gateway",
               "  zarnnetctl gateway clear");
   const auto cleared = AddSaved(clear);
-  clear->callback([&context, cleared] { ChangeGateway(context, *cleared, ""); });
+  clear.Run([&context, cleared] { ChangeGateway(context, *cleared, ""); });
 }
 
 // ---- route
@@ -110,29 +110,26 @@ void CheckRoutes(const Context& context) {
   if (context.json) PrintJson("route", Json::object());
 }
 
-void AddRoute(CLI::App& app, Context& context) {
-  CLI::App* const group =
-      AddGroup(app, "route", "Puts the routes to the appliance's subnets right");
-  CLI::App* const check =
-      AddVerb(*group, context, "check",
-              "Removes the subnet routes of interfaces that are up without carrier",
-              "  zarnnetctl route check");
-  check->callback([&context] { CheckRoutes(context); });
-  CLI::App* const add =
-      AddVerb(*group, context, "add", "Routes the subnet of a fixed address through its interface",
+void AddRoute(const Group& app, Context& context) {
+  const Group group = AddGroup(app, "route", "Puts the routes to the appliance's subnets right");
+  const Verb check = AddVerb(group, context, "check",
+                             "Removes the subnet routes of interfaces that are up without carrier",
+                             "  zarnnetctl route check");
+  check.Run([&context] { CheckRoutes(context); });
+  const Verb add =
+      AddVerb(group, context, "add", "Routes the subnet of a fixed address through its interface",
               "  zarnnetctl route add eth0");
   const auto added = AddIfname(add);
-  add->callback([&context, added] { EditRoute(context, *added, kInstall); });
-  CLI::App* const del =
-      AddVerb(*group, context, "del", "Removes the route to an interface's subnet",
-              "  zarnnetctl route del eth0");
+  add.Run([&context, added] { EditRoute(context, *added, kInstall); });
+  const Verb del = AddVerb(group, context, "del", "Removes the route to an interface's subnet",
+                           "  zarnnetctl route del eth0");
   const auto deleted = AddIfname(del);
-  del->callback([&context, deleted] { EditRoute(context, *deleted, kRemove); });
+  del.Run([&context, deleted] { EditRoute(context, *deleted, kRemove); });
 }
 
 }  // namespace
 
-void AddRouteCommands(CLI::App& app, Context& context) {
+void AddRouteCommands(const Group& app, Context& context) {
   AddGateway(app, context);
   AddRoute(app, context);
 }

@@ -210,22 +210,21 @@ void ShowRates(const Context& context, const std::vector<std::string>& ifnames,
 
 }  // namespace
 
-void AddStatCommands(CLI::App& app, Context& context) {
-  CLI::App* const verb = AddVerb(app, context, "stat", "Shows the traffic counters of interfaces",
-                                 "  zarnnetctl stat\n  zarnnetctl stat eth0 --json\n"
-                                 "  zarnnetctl stat --watch --interval 2");
+void AddStatCommands(const Group& app, Context& context) {
+  const Verb verb = AddVerb(app, context, "stat", "Shows the traffic counters of interfaces",
+                            "  zarnnetctl stat\n  zarnnetctl stat eth0 --json\n"
+                            "  zarnnetctl stat --watch --interval 2");
   auto ifnames = std::make_shared<std::vector<std::string>>();
-  verb->add_option("IFNAME", *ifnames, "Names of the interfaces (default: all)");
+  verb.AddOption("IFNAME", *ifnames, "Names of the interfaces (default: all)");
   auto watch = std::make_shared<Watch>();
-  CLI::Option* const on =
-      verb->add_flag("--watch", watch->on, "Show the traffic a second, again and again");
-  verb->add_option("--interval", watch->interval, "Seconds between two looks (default: 1)")
-      ->needs(on)
-      ->check(CLI::Range(0.1, 3600.0));
-  verb->add_option("--count", watch->count, "End after so many (default: without end)")
-      ->needs(on)
-      ->check(CLI::Range(1, 1000000));
-  verb->callback([&context, ifnames, watch] {
+  const Word on = verb.AddFlag("--watch", watch->on, "Show the traffic a second, again and again");
+  verb.AddOption("--interval", watch->interval, "Seconds between two looks (default: 1)")
+      .Needs(on)
+      .Within(0.1, 3600.0);
+  verb.AddOption("--count", watch->count, "End after so many (default: without end)")
+      .Needs(on)
+      .Within(1, 1000000);
+  verb.Run([&context, ifnames, watch] {
     if (watch->on) return ShowRates(context, *ifnames, *watch);
     Show(context, *ifnames);
   });

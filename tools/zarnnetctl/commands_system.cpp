@@ -40,20 +40,19 @@ void SetMtu(const Context& context, const std::string& ifname, unsigned value) {
   if (context.json) PrintJson("mtu", MtuJson(what, ifname));
 }
 
-void AddMtu(CLI::App& app, Context& context) {
-  CLI::App* const group = AddGroup(app, "mtu", "Reads and sets the MTU of an interface");
-  CLI::App* const get =
-      AddVerb(*group, context, "get", "Shows the kernel's MTU and the configured one",
-              "  zarnnetctl mtu get eth0");
+void AddMtu(const Group& app, Context& context) {
+  const Group group = AddGroup(app, "mtu", "Reads and sets the MTU of an interface");
+  const Verb get = AddVerb(group, context, "get", "Shows the kernel's MTU and the configured one",
+                           "  zarnnetctl mtu get eth0");
   const auto shown = AddIfname(get);
-  get->callback([&context, shown] { GetMtu(context, *shown); });
-  CLI::App* const set =
-      AddVerb(*group, context, "set", "Sets the MTU, now and for the next boot; takes 5 seconds",
+  get.Run([&context, shown] { GetMtu(context, *shown); });
+  const Verb set =
+      AddVerb(group, context, "set", "Sets the MTU, now and for the next boot; takes 5 seconds",
               "  zarnnetctl mtu set eth0 9000");
   const auto changed = AddIfname(set);
   auto value = std::make_shared<unsigned>();
-  set->add_option("MTU", *value, "In bytes, 68 to 65535")->required()->check(CLI::Range(68, 65535));
-  set->callback([&context, changed, value] { SetMtu(context, *changed, *value); });
+  set.AddOption("MTU", *value, "In bytes, 68 to 65535").Required().Within(68, 65535);
+  set.Run([&context, changed, value] { SetMtu(context, *changed, *value); });
 }
 
 // ---- hostname
@@ -79,21 +78,21 @@ void SetHostname(const Context& context, const std::string& name) {
   if (context.json) PrintJson("hostname", HostnameJson(what));
 }
 
-void AddHostname(CLI::App& app, Context& context) {
-  CLI::App* const group = AddGroup(app, "hostname", "Reads and sets the name of the appliance");
-  CLI::App* const get =
-      AddVerb(*group, context, "get", "Shows the host name", "  zarnnetctl hostname get");
-  get->callback([&context] { GetHostname(context); });
-  CLI::App* const set =
-      AddVerb(*group, context, "set", "Sets the host name", "  zarnnetctl hostname set nas");
+void AddHostname(const Group& app, Context& context) {
+  const Group group = AddGroup(app, "hostname", "Reads and sets the name of the appliance");
+  const Verb get =
+      AddVerb(group, context, "get", "Shows the host name", "  zarnnetctl hostname get");
+  get.Run([&context] { GetHostname(context); });
+  const Verb set =
+      AddVerb(group, context, "set", "Sets the host name", "  zarnnetctl hostname set nas");
   auto name = std::make_shared<std::string>();
-  set->add_option("NAME", *name, "1 to 63 characters")->required();
-  set->callback([&context, name] { SetHostname(context, *name); });
+  set.AddOption("NAME", *name, "1 to 63 characters").Required();
+  set.Run([&context, name] { SetHostname(context, *name); });
 }
 
 }  // namespace
 
-void AddSystemCommands(CLI::App& app, Context& context) {
+void AddSystemCommands(const Group& app, Context& context) {
   AddMtu(app, context);
   AddHostname(app, context);
 }

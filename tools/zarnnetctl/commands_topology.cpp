@@ -48,16 +48,16 @@ void SetTopology(const Context& context, const std::string& name) {
   if (context.json) PrintJson("topology", TopologyJson());
 }
 
-void AddTopology(CLI::App& app, Context& context) {
-  CLI::App* const group = AddGroup(app, "topology", "Reads and stores the network topology");
-  CLI::App* const get = AddVerb(*group, context, "get", "Shows the topology and its uplink",
-                                "  zarnnetctl topology get --json");
-  get->callback([&context] { GetTopology(context); });
-  CLI::App* const set =
-      AddVerb(*group, context, "set", "Stores the topology", "  zarnnetctl topology set bridge");
+void AddTopology(const Group& app, Context& context) {
+  const Group group = AddGroup(app, "topology", "Reads and stores the network topology");
+  const Verb get = AddVerb(group, context, "get", "Shows the topology and its uplink",
+                           "  zarnnetctl topology get --json");
+  get.Run([&context] { GetTopology(context); });
+  const Verb set =
+      AddVerb(group, context, "set", "Stores the topology", "  zarnnetctl topology set bridge");
   auto name = std::make_shared<std::string>();
-  set->add_option("NAME", *name, "The topology")->required()->check(CLI::IsMember(Topologies()));
-  set->callback([&context, name] { SetTopology(context, *name); });
+  set.AddOption("NAME", *name, "The topology").Required().OneOf(Topologies());
+  set.Run([&context, name] { SetTopology(context, *name); });
 }
 
 // ---- conflict
@@ -95,15 +95,15 @@ void CompareBond(const Context& context, const std::string& bond) {
                            : Cell{"no port has its address", Tone::kGood}}});
 }
 
-void AddConflict(CLI::App& app, Context& context) {
-  CLI::App* const verb =
+void AddConflict(const Group& app, Context& context) {
+  const Verb verb =
       AddVerb(app, context, "conflict", "Asks the LAN whether another host has an address",
               "  zarnnetctl conflict eth0 192.168.50.10\n  zarnnetctl conflict bond0");
   const auto ifname = AddIfname(verb);
   auto address = std::make_shared<std::string>();
-  verb->add_option("ADDRESS", *address,
-                   "IPv4 address; without it, a bond is compared with its ports");
-  verb->callback([&context, ifname, address] {
+  verb.AddOption("ADDRESS", *address,
+                 "IPv4 address; without it, a bond is compared with its ports");
+  verb.Run([&context, ifname, address] {
     if (address->empty()) return CompareBond(context, *ifname);
     ProbeAddress(context, *ifname, *address);
   });
@@ -213,16 +213,16 @@ void ShowTree(const Context& context) {
   PrintJson("tree", tree);
 }
 
-void AddTree(CLI::App& app, Context& context) {
-  CLI::App* const verb = AddVerb(app, context, "tree",
-                                 "Draws bridges over ports, bonds over slaves, VLANs over parents",
-                                 "  zarnnetctl tree");
-  verb->callback([&context] { ShowTree(context); });
+void AddTree(const Group& app, Context& context) {
+  const Verb verb = AddVerb(app, context, "tree",
+                            "Draws bridges over ports, bonds over slaves, VLANs over parents",
+                            "  zarnnetctl tree");
+  verb.Run([&context] { ShowTree(context); });
 }
 
 }  // namespace
 
-void AddTopologyCommands(CLI::App& app, Context& context) {
+void AddTopologyCommands(const Group& app, Context& context) {
   AddTopology(app, context);
   AddConflict(app, context);
   AddTree(app, context);

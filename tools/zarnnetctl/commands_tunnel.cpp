@@ -111,7 +111,7 @@ void Set(const Context& context, const Wanted& wanted) {
   const std::string what = "cannot change the settings of the tunnel";
   if (wanted.server.empty() && wanted.user.empty() && wanted.passwordFile.empty() &&
       !wanted.anonymous) {
-    throw CLI::ValidationError("tunnel set", "give what is to change");
+    throw WrongUsage("tunnel set", "give what is to change");
   }
   RequireRoot(what);
   {
@@ -135,7 +135,7 @@ class RunLock {
     constexpr int kExclusive = 1;
     constexpr int kWaitSeconds = 5;
     if (KOPACFileLockTimeByFile(kScript, kExclusive, kWaitSeconds, &lock_) < 0)
-      throw Failure(what, kLockHeld, "the tunnel is being started or stopped");
+      throw Failure(what, ZARNNETERR_LOCK, "the tunnel is being started or stopped");
   }
   ~RunLock() { KOPACFileUnlockByFile(lock_); }
   RunLock(const RunLock&) = delete;
@@ -162,7 +162,7 @@ void Execute(const Context& context, const Action& action) {
   RequireRoot(what);
   const RunLock lock(what);
   // The client's list of brokers, which is set aside, is in the client's folder.
-  if (::chdir(kFolder) != 0) throw Failure(what, kCannotOpen, "cannot enter /etc/gogoc");
+  if (::chdir(kFolder) != 0) throw Failure(what, ZARNNETERR_OPEN, "cannot enter /etc/gogoc");
   ForgetErrors();
   if (ZARNTunnelExecute(action.number, nullptr) < 0) Fail(what);
   if (action.number != ZARNTUNNEL_STOP && StateText() == "down")
@@ -172,28 +172,28 @@ void Execute(const Context& context, const Action& action) {
 
 }  // namespace
 
-void AddTunnelCommands(CLI::App& app, Context& context) {
-  CLI::App* const group = AddGroup(app, "tunnel", "Reads, sets and runs the IPv6 tunnel");
-  CLI::App* const get =
-      AddVerb(*group, context, "get", "Shows the settings and whether there is a tunnel",
+void AddTunnelCommands(const Group& app, Context& context) {
+  const Group group = AddGroup(app, "tunnel", "Reads, sets and runs the IPv6 tunnel");
+  const Verb get =
+      AddVerb(group, context, "get", "Shows the settings and whether there is a tunnel",
               "  zarnnetctl tunnel get");
-  get->callback([&context] { Get(context); });
-  CLI::App* const set =
-      AddVerb(*group, context, "set", "Changes the settings that are named; others stay",
+  get.Run([&context] { Get(context); });
+  const Verb set =
+      AddVerb(group, context, "set", "Changes the settings that are named; others stay",
               "  zarnnetctl tunnel set --server broker.example --anonymous\n"
               "  zarnnetctl tunnel set --user bob --password-file /root/secret");
   auto wanted = std::make_shared<Wanted>();
-  set->add_option("--server", wanted->server, "The tunnel broker");
-  CLI::Option* const anonymous = set->add_flag("--anonymous", wanted->anonymous, "Without a login");
-  set->add_option("--user", wanted->user, "User id of the login")->excludes(anonymous);
-  set->add_option("--password-file", wanted->passwordFile,
-                  "Its password: the first line of this file; - is standard input")
-      ->excludes(anonymous);
-  set->callback([&context, wanted] { Set(context, *wanted); });
+  set.AddOption("--server", wanted->server, "The tunnel broker");
+  const Word anonymous = set.AddFlag("--anonymous", wanted->anonymous, "Without a login");
+  set.AddOption("--user", wanted->user, "User id of the login").Excludes(anonymous);
+  set.AddOption("--password-file", wanted->passwordFile,
+                "Its password: the first line of this file; - is standard input")
+      .Excludes(anonymous);
+  set.Run([&context, wanted] { Set(context, *wanted); });
   for (const Action& action : kActions) {
-    CLI::App* const verb = AddVerb(*group, context, action.name, action.description,
-                                   std::string("  zarnnetctl tunnel ") + action.name);
-    verb->callback([&context, &action] { Execute(context, action); });
+    const Verb verb = AddVerb(group, context, action.name, action.description,
+                              std::string("  zarnnetctl tunnel ") + action.name);
+    verb.Run([&context, &action] { Execute(context, action); });
   }
 }
 

@@ -1,4 +1,4 @@
-// The reasons behind the library's codes, in words, in this one place.
+// A request that failed, and the reason in words.
 #include "failure.h"
 
 #include <array>
@@ -7,35 +7,6 @@
 #include <zarncore/zarncore.h>
 
 namespace tool {
-namespace {
-
-struct Entry {
-  Code code;
-  const char* reason;
-};
-
-constexpr std::array<Entry, 17> kReasons{{
-    {0x0100, "a table of fixed size is full"},
-    {0x0200, "out of memory"},
-    {kLockHeld, "another process holds the network configuration"},
-    {kCannotOpen, "a file or socket could not be opened"},
-    {0x0A00, "a file could not be read to its end"},
-    {0x0B00, "a file could not be written"},
-    {kOutOfRange, "an argument is missing or out of range"},
-    {0x0E00, "the host name is empty or too long"},
-    {kMalformedAddress, "not a well-formed IPv4 address or netmask"},
-    {0x2800, "a new file could not take the place of the old one"},
-    {0x2A00, "a program that makes the change failed"},
-    {0x3400, "the kernel did not answer the VLAN query"},
-    {0x4000, "a file of the kernel reads otherwise than expected"},
-    {kRefused, "the system refused the request"},
-    {0xBB00, "it exists already"},
-    {kNotFound, "there is no such interface, or it is of another kind"},
-    {0xBD00, "the bond has its most slaves already"},
-}};
-
-}  // namespace
-
 std::string Failure::CodeText() const {
   if (!code_) return {};
   std::array<char, 8> text{};
@@ -44,14 +15,12 @@ std::string Failure::CodeText() const {
 }
 
 std::string ReasonOf(Code code) {
-  for (const Entry& entry : kReasons) {
-    if (entry.code == code) return entry.reason;
-  }
-  return "unknown code";
+  const char* const text = ZARNNetErrorText(code);
+  return text != nullptr ? text : "unknown code";
 }
 
 void ForgetErrors() {
-  KOPACErrSetEx(0, "", 0);
+  ZARNNetErrorClear();
 }
 
 void Fail(const std::string& what) {

@@ -6,17 +6,11 @@
 #include <optional>
 #include <string>
 
+#include <zarnnetsdk/error.h>
+
 namespace tool {
 
 using Code = std::uint16_t;
-
-// The codes that the program itself reports; all others come from the library.
-inline constexpr Code kLockHeld = 0x0400;
-inline constexpr Code kCannotOpen = 0x0900;
-inline constexpr Code kOutOfRange = 0x0D00;
-inline constexpr Code kMalformedAddress = 0x1000;
-inline constexpr Code kRefused = 0x8100;
-inline constexpr Code kNotFound = 0xBC00;
 
 class Failure : public std::exception {
  public:

@@ -15,7 +15,7 @@ class NetworkLock {
   // Waits for at most 5 seconds, then throws.
   explicit NetworkLock(const std::string& what) {
     if (KOPACFileLock(kExclusive, kWaitSeconds) != 0) {
-      throw Failure(what, kLockHeld, ReasonOf(kLockHeld));
+      throw Failure(what, ZARNNETERR_LOCK, ReasonOf(ZARNNETERR_LOCK));
     }
   }
   ~NetworkLock() { KOPACFileUnlock(kClass); }

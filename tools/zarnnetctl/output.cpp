@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iostream>
+#include <nlohmann/json.hpp>
 #include <string_view>
 #include <unistd.h>
 

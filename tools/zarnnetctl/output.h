@@ -1,7 +1,7 @@
 // What the program says: tables for people, JSON for programs, failures on standard error.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 

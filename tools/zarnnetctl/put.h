@@ -14,7 +14,7 @@ template <std::size_t N>
 void Put(const std::string& what, const std::string& name, const std::string& text,
          char (&field)[N]) {
   if (text.size() >= N)
-    throw Failure(what, kOutOfRange,
+    throw Failure(what, ZARNNETERR_BAD_PARAMETER,
                   "the " + name + " has more than " + std::to_string(N - 1) + " characters");
   std::memset(field, 0, N);
   text.copy(field, N - 1);

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <memory>
 #include <net/if.h>
+#include <nlohmann/json.hpp>
 #include <unistd.h>
 
 namespace tool {
@@ -33,7 +34,7 @@ Address ConfiguredAddress(const std::string& ifname) {
   ZARNNETIFADDR record{};
   ForgetErrors();
   const int result = ZARNNetIFGetIPConfig(ifname.c_str(), &record);
-  if (result < 0 && KOPACErrGet() == kLockHeld) {
+  if (result < 0 && KOPACErrGet() == ZARNNETERR_LOCK) {
     const std::string what = "cannot read the configuration of " + ifname;
     RequireRoot(what);
     Fail(what);
@@ -44,7 +45,7 @@ Address ConfiguredAddress(const std::string& ifname) {
 }  // namespace
 
 void RequireRoot(const std::string& what) {
-  if (::geteuid() != 0) throw Failure(what, kRefused, "this needs root");
+  if (::geteuid() != 0) throw Failure(what, ZARNNETERR_REFUSED, "this needs root");
 }
 
 // The kernel finds an interface by an alias ("eth0:1") and by an alternative name too; under such a
@@ -67,18 +68,20 @@ bool IsPlainDotted(const std::string& text) {
 
 void RequireIpv4(const std::string& what, const std::string& text) {
   if (BlKOPAIsIpAddr(text.c_str()) == 1 && IsPlainDotted(text)) return;
-  throw Failure(what, kMalformedAddress, "'" + text + "' is not the IPv4 address of a host");
+  throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS,
+                "'" + text + "' is not the IPv4 address of a host");
 }
 
 void RequireName(const std::string& what, const std::string& name) {
   if (name.empty() || name.size() > 15 || name.find('/') != std::string::npos) {
-    throw Failure(what, kOutOfRange, "'" + name + "' cannot be the name of an interface");
+    throw Failure(what, ZARNNETERR_BAD_PARAMETER,
+                  "'" + name + "' cannot be the name of an interface");
   }
 }
 
 void RequireInterface(const std::string& what, const std::string& ifname) {
   if (KernelHas(ifname)) return;
-  throw Failure(what, kNotFound, "there is no interface '" + ifname + "'");
+  throw Failure(what, ZARNNETERR_NOT_FOUND, "there is no interface '" + ifname + "'");
 }
 
 std::vector<std::string> KernelInterfaces() {

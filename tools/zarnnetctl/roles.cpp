@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "list.h"
 
@@ -33,11 +34,11 @@ std::optional<Bond> ReadBond(const std::string& ifname) {
 std::optional<Bridge> ReadBridge(const std::string& ifname) {
   ZARNBRIDGEINFO info{};
   switch (KOPANETGetBridgeInfo(ifname.c_str(), &info)) {
-    case 2:
+    case ZARNBRIDGE_BRIDGE:
       return Bridge{"bridge", info.szRef, BridgePorts(ifname)};
-    case 3:
+    case ZARNBRIDGE_LOCAL_LAN:
       return Bridge{"local_bridge", info.szRef, BridgePorts(ifname)};
-    case 4:
+    case ZARNBRIDGE_PORT:
       return Bridge{"port", info.szRef, {}};
     default:
       return std::nullopt;
@@ -46,8 +47,8 @@ std::optional<Bridge> ReadBridge(const std::string& ifname) {
 
 std::string ReadOvs(const std::string& ifname) {
   const int master = KOPANetOVSIfIsMaster(ifname.c_str());
-  if (master == 2) return "bond";
-  if (master == 1) return "device";
+  if (master == ZARNOVS_BOND) return "bond";
+  if (master == ZARNOVS_DEVICE) return "device";
   return KOPANetOVSIfIsSlave(ifname.c_str()) == 1 ? "member" : "";
 }
 

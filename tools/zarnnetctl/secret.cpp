@@ -45,7 +45,7 @@ Secret::Secret(const std::string& what, const std::string& path) {
     Read(what, path, file);
   }
   if (::strnlen(line_.data(), line_.size()) >= kSize)
-    throw Failure(what, kOutOfRange, "the password has more than 31 characters");
+    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "the password has more than 31 characters");
 }
 
 Secret::~Secret() {
@@ -55,7 +55,7 @@ Secret::~Secret() {
 void Secret::Read(const std::string& what, const std::string& path, std::istream& input) {
   const bool opened = input.good();
   input.getline(line_.data(), static_cast<std::streamsize>(line_.size()));
-  if (!opened || input.bad()) throw Failure(what, kCannotOpen, "cannot read '" + path + "'");
+  if (!opened || input.bad()) throw Failure(what, ZARNNETERR_OPEN, "cannot read '" + path + "'");
 }
 
 }  // namespace tool

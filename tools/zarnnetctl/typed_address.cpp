@@ -1,10 +1,11 @@
 // An IPv4 address and its prefix or netmask, as typed on the command line.
 #include "typed_address.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <cctype>
+
+#include "verbs.h"
 
 namespace tool {
 namespace {
@@ -15,7 +16,7 @@ bool IsNumber(const std::string& text) {
 }
 
 [[noreturn]] void RefuseAddress(const std::string& what, const std::string& problem) {
-  throw Failure(what, kMalformedAddress, problem);
+  throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS, problem);
 }
 
 std::string PrefixToMask(const std::string& what, const std::string& cidr) {
@@ -35,13 +36,12 @@ std::string PrefixToMask(const std::string& what, const std::string& cidr) {
 Typed TakeApart(const std::string& address, const std::string& mask) {
   const std::size_t slash = address.find('/');
   if (slash == std::string::npos) {
-    if (mask.empty())
-      throw CLI::ValidationError("ADDRESS", "give ADDRESS/PREFIX or ADDRESS NETMASK");
+    if (mask.empty()) throw WrongUsage("ADDRESS", "give ADDRESS/PREFIX or ADDRESS NETMASK");
     return {address, "", mask};
   }
-  if (!mask.empty()) throw CLI::ValidationError("NETMASK", "give a prefix or a netmask, not both");
+  if (!mask.empty()) throw WrongUsage("NETMASK", "give a prefix or a netmask, not both");
   Typed typed{address.substr(0, slash), address.substr(slash + 1), ""};
-  if (!IsNumber(typed.prefix)) throw CLI::ValidationError("ADDRESS", "the prefix must be a number");
+  if (!IsNumber(typed.prefix)) throw WrongUsage("ADDRESS", "the prefix must be a number");
   return typed;
 }
 

@@ -14,7 +14,7 @@
  * in a format and a buffer that is too small among them; 0x4000 for content that cannot be. What is absent (a key, a
  * line, an item) is no failure and sets nothing; nor does a question that is answered with 0.
  *
- * Files are rewritten whole and at once: a hidden temporary file beside them (".NAME.new.XXXXXX"), with their mode and
+ * Files are rewritten whole and at once: a hidden temporary file beside them (".NAME.zarncore-new"), with their mode and
  * owner whatever the umask, is synced and renamed over them, and the folder is synced. A link stays, and the file
  * behind it is rewritten. Lines that an edit does not name stay as they are; an edit that changes nothing writes
  * nothing; one that fails leaves the file as it was. Once the new content is in the file's place the edit has

@@ -1,8 +1,6 @@
 // Reading a file whole, and replacing one: the only way in which this library rewrites files.
 #include "whole_file.h"
 
-#include <algorithm>
-#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
@@ -11,7 +9,6 @@
 #include <unistd.h>
 
 #include "common/descriptor.h"
-#include "folder.h"
 #include "per_thread.h"
 
 namespace zarncore {
@@ -22,8 +19,6 @@ using platform::CodeOf;
 using platform::Descriptor;
 
 constexpr int kLockSeconds = 30;
-// What mkostemp() puts in the place of the last characters of a name.
-constexpr std::string_view kRandom = "XXXXXX";
 
 std::string FolderOf(const std::string& path) {
   const std::size_t slash = path.rfind('/');
@@ -54,9 +49,10 @@ std::string Resolved(const std::string& path) {
 }
 
 // Hidden beside the file: who looks through the folder for files of a kind finds none half written.
-// The middle part tells it from a hidden copy that somebody keeps (".NAME.backup").
-std::string TemporaryNameOf(const std::string& path) {
-  return "." + NameOf(path) + ".new.";
+// Always the same: whoever has the file's lock may remove what a killed writer left, and finds it
+// without a look through the folder.
+std::string TemporaryOf(const std::string& path) {
+  return FolderOf(path) + "/." + NameOf(path) + ".zarncore-new";
 }
 
 bool WriteAll(int fd, std::string_view text) {
@@ -154,28 +150,12 @@ bool FileEdit::SetModeAndOwner(int fd) const {
          ::fchmod(fd, old.st_mode & 07777) == 0;
 }
 
-// Whoever made them is gone: this edit has the lock.
-void FileEdit::RemoveStaleTemporaries() const {
-  const std::string folder = FolderOf(path_);
-  const std::string beginning = TemporaryNameOf(path_);
-  // What cannot be looked for now is found by a later edit.
-  static_cast<void>(VisitFolder(folder.c_str(), [&](std::string_view name) {
-    if (!name.starts_with(beginning)) return;
-    const std::string_view random = name.substr(beginning.size());
-    const bool isOurs =
-        random.size() == kRandom.size() && std::all_of(random.begin(), random.end(), [](char c) {
-          return std::isalnum(static_cast<unsigned char>(c)) != 0;
-        });
-    if (isOurs) ::unlink((folder + "/").append(name).c_str());
-  }));
-}
-
 Code FileEdit::Replace(std::string_view content) {
   if (!isNew_ && content == file_.text) return Code::kNone;
-  RemoveStaleTemporaries();
   const std::string folder = FolderOf(path_);
-  std::string temporary = folder + "/" + TemporaryNameOf(path_).append(kRandom);
-  Descriptor fd(::mkostemp(temporary.data(), O_CLOEXEC));
+  const std::string temporary = TemporaryOf(path_);
+  ::unlink(temporary.c_str());
+  Descriptor fd(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
   if (!fd) return CodeOf(Code::kOpen);
   const bool written = SetModeAndOwner(fd.Get()) && WriteAll(fd.Get(), content) &&
                        ::fsync(fd.Get()) == 0 && fd.Close();

@@ -62,7 +62,6 @@ class FileEdit {
   [[nodiscard]] platform::Code Load();
   [[nodiscard]] platform::Code Lock();
   [[nodiscard]] bool SetModeAndOwner(int fd) const;
-  void RemoveStaleTemporaries() const;
 
   mode_t newMode_;
   std::optional<SpareLock>* spare_;  // this thread's

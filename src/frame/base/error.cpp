@@ -4,6 +4,7 @@
 #include <zarncore/zarncore.h>
 
 #include "frame/base/boundary.h"
+#include "frame/base/text.h"
 
 namespace frame {
 
@@ -13,6 +14,14 @@ void SetError(ZARNNETERROR code, const Place& at) {
 
 InnerError::InnerError()
     : code(KOPACErrGet()), file(KOPACErrorGetFile()), line(KOPACErrorGetLine()) {}
+
+KeepError::KeepError() : code_(KOPACErrGet()), file_{}, line_(KOPACErrorGetLine()) {
+  CopyText(KOPACErrorGetFile(), file_);
+}
+
+KeepError::~KeepError() {
+  KOPACErrSetEx(code_, file_, line_);
+}
 
 }  // namespace frame
 
@@ -33,7 +42,7 @@ Description Describe(unsigned int number) {
     case ZARNNETERR_NO_MEMORY:
       return {"ZARNNETERR_NO_MEMORY", "out of memory"};
     case ZARNNETERR_LOCK:
-      return {"ZARNNETERR_LOCK", "another process holds the lock"};
+      return {"ZARNNETERR_LOCK", "another process holds the network configuration"};
     case ZARNNETERR_OPEN:
       return {"ZARNNETERR_OPEN", "a file or socket could not be opened"};
     case ZARNNETERR_READ:

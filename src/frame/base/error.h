@@ -26,4 +26,19 @@ struct InnerError {
   int line;
 };
 
+// Keeps the error state as it is until its scope ends, around what is done because of a failure or
+// whatever comes of it: the code that a caller finds is that of the failure which ended the call.
+class KeepError {
+ public:
+  KeepError();
+  ~KeepError();
+  KeepError(const KeepError&) = delete;
+  KeepError& operator=(const KeepError&) = delete;
+
+ private:
+  unsigned short code_;
+  char file_[64];
+  int line_;
+};
+
 }  // namespace frame

@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "frame/base/error.h"
+
 namespace frame {
 
 // Each step that succeeds adds its way back; unless Keep() is called they are gone, last first,
@@ -13,6 +15,8 @@ class Undo {
  public:
   Undo() = default;
   ~Undo() {
+    if (ways_.empty()) return;
+    const KeepError keep;
     for (auto way = ways_.rbegin(); way != ways_.rend(); ++way)
       (*way)();
   }

@@ -25,6 +25,7 @@ class Descriptor {
 
   [[nodiscard]] int Get() const { return fd_; }
   explicit operator bool() const { return fd_ >= 0; }
+  [[nodiscard]] int Release() { return std::exchange(fd_, -1); }
 
  private:
   int fd_;
@@ -38,6 +39,13 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 // Opens close-on-exec; null when it cannot be opened, errno says why.
 inline File OpenFile(const std::string& path, const char* mode) {
   return File(std::fopen(path.c_str(), std::string(mode).append("e").c_str()));
+}
+
+// A stream that owns the descriptor; null when it cannot be had, errno says why.
+inline File StreamOf(Descriptor fd, const char* mode) {
+  File file(fd ? ::fdopen(fd.Get(), mode) : nullptr);
+  if (file) static_cast<void>(fd.Release());  // it is the stream's now
+  return file;
 }
 
 bool Exists(const std::string& path);

@@ -57,6 +57,12 @@ bool InetSocket::SetFlags(std::string_view ifname, short flags) const {
   return Request(SIOCSIFFLAGS, ifname, &request);
 }
 
+bool InetSocket::SetUp(std::string_view ifname, bool up) const {
+  const auto flags = Flags(ifname);
+  if (!flags) return false;
+  return SetFlags(ifname, static_cast<short>(up ? *flags | IFF_UP : *flags & ~IFF_UP));
+}
+
 std::optional<in_addr> InetSocket::AskAddress(unsigned long command,
                                               std::string_view ifname) const {
   ifreq request{};

@@ -25,6 +25,7 @@ class InetSocket {
 
   [[nodiscard]] std::optional<short> Flags(std::string_view ifname) const;
   [[nodiscard]] bool SetFlags(std::string_view ifname, short flags) const;
+  [[nodiscard]] bool SetUp(std::string_view ifname, bool up) const;
   [[nodiscard]] std::optional<in_addr> Address(std::string_view ifname) const;
   [[nodiscard]] bool SetAddress(std::string_view ifname, in_addr address) const;
   [[nodiscard]] std::optional<in_addr> Netmask(std::string_view ifname) const;

@@ -1,12 +1,10 @@
 // One event of the plugin facility, released when its scope ends.
 #pragma once
 
+#include <zarnnetsdk/ipv4.h>  // the stages
 #include <zarnsdk/zarnsdk.h>
 
 namespace frame {
-
-inline constexpr int kStageBefore = 4;
-inline constexpr int kStageAfter = 5;
 
 // Each operation answers false when the plugin SDK refuses.
 class PluginEvent {
@@ -28,8 +26,9 @@ class PluginEvent {
   [[nodiscard]] bool Set(const char* name, int value) {
     return KOPAPluginSetArgByInt(handle_, name, value) >= 0;
   }
-  // For who sets arguments by the SDK's type.
+  // For the functions of the C interface, which take the SDK's type.
   [[nodiscard]] PKOPAPLUGIN Handle() const { return handle_; }
+  // The stage is a ZARNNETSTAGE_...
   [[nodiscard]] bool Fire(int stage) { return KOPAPluginAction(stage, handle_) >= 0; }
 
  private:

@@ -1,0 +1,310 @@
+// How operations fail: with a code and a place of their own, and also where memory, descriptors or
+// the disk have run out.
+#include <cerrno>
+#include <fcntl.h>
+#include <functional>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <thread>
+#include <vector>
+
+#include <zarnhacore/zarnhacore.h>
+#include <zarnplvcore/zarnplvcore.h>
+#include <zarnsdk/zarnsdk.h>
+
+#include "fixture.h"
+#include "support/appliance.h"
+#include "support/children.h"
+#include "support/clock.h"
+
+using namespace test;
+
+namespace {
+
+const char kFile[] = "/etc/settings";
+const char kNone[] = "/nofolder/none";
+constexpr char* kEnd = nullptr;
+
+// An operation, described by its own text. Negative and null answers are failures.
+struct Operation {
+  const char* text;
+  std::function<int()> run;
+};
+#define CALL(expression)                              \
+  {                                                   \
+#expression, [&] { return Answered(expression); } \
+  }
+int Answered(int result) {
+  return result;
+}
+int Answered(const void* pointer) {
+  return pointer != nullptr ? 0 : -1;
+}
+
+void ExpectFailures(const char* error, const std::vector<Operation>& operations) {
+  for (const Operation& operation : operations) {
+    SetForeignError();
+    EXPECT_GT(0, operation.run()) << operation.text;
+    EXPECT_EQ(error, ErrorNow()) << operation.text;
+  }
+}
+
+// While it lives nothing can be opened.
+struct NoDescriptors {
+  NoDescriptors() {
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    const struct rlimit none = {0, before.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &none);
+  }
+  ~NoDescriptors() { ::setrlimit(RLIMIT_NOFILE, &before); }
+  struct rlimit before {};
+};
+
+// Somebody else who holds the locks of all edits so far.
+void HoldEditLocks() {
+  for (const std::string& name : FolderEntries("/run/lock/zarncore")) {
+    struct flock all {};
+    all.l_type = F_WRLCK;
+    const int fd = ::open(("/run/lock/zarncore/" + name).c_str(), O_RDWR | O_CLOEXEC);
+    EXPECT_EQ(0, ::fcntl(fd, F_OFD_SETLK, &all));
+  }
+}
+
+int Get(const char* path) {
+  char value[16];
+  return KOPACFileGetKeyValue(path, "A", value, sizeof value, 0);
+}
+int Set(const char* key, const char* value, const char* format = nullptr) {
+  return KOPACFileSetKeyValue(kFile, key, value, format);
+}
+int SetIn(const char* path) {
+  return KOPACFileSetKeyValue(path, "B", "2", nullptr);
+}
+int Execute(const char* path) {
+  return KOPACExecl(path, 187, kEnd);
+}
+PKOPAPLUGIN Event(const char* name) {
+  PKOPAPLUGIN plugin = nullptr;
+  EXPECT_EQ(0, KOPAPluginSDKInit("net", name, &plugin));
+  return plugin;
+}
+
+}  // namespace
+
+TEST(Failures, NameThemselves) {
+  WriteFile(kFile, "A=1\n");
+  WriteFile("/run/three", "#!/bin/sh\nexit 3\n", 0755);
+  WriteFile("/run/killed", "#!/bin/sh\nkill -9 $$\n", 0755);
+  WriteFile("/etc/zarnservice/odd.conf", "run=perhaps\n");
+  WriteFile("/usr/zarn/plugins/net/failing/10", "#!/bin/sh\nexit 1\n", 0755);
+  RecordTool("/sbin/initctl", 1);
+  RecordTool("/sbin/stop", 1);
+  List list;
+  Hash hash;
+  char buffer[16] = "";
+  char noTemplate[] = "/etc/template";
+  char noFolder[] = "/nofolder/XXXXXX";
+  int run = 0;
+  PKOPAPLUGIN plugin = Event("failing");
+  ExpectFailures("0D00 key_file",
+                 {CALL(Set("A", "1\nROOT=yes")), CALL(Set("A", "1\rROOT=yes")),
+                  CALL(Set("A\nB", "1")), CALL(Set("A=B", "1")), CALL(Set("", "1")),
+                  CALL(Set(nullptr, "1")), CALL(Set("A", nullptr)), CALL(Set("A", "2", "%n%s\n"))});
+  ExpectFailures("0D00 line_file", {CALL(KOPACFileAddLine(kFile, nullptr, "x\ny", 0)),
+                                    CALL(KOPACFileReplaceSubStr(kFile, "1", "1\nROOT=yes")),
+                                    CALL(KOPACFileGetLine(kFile, "A", buffer, sizeof buffer, 3)),
+                                    CALL(KOPACFileITmpName("/etc/hosts", buffer, 12)),
+                                    CALL(KOPACFileTempFileOpen(noTemplate))});
+  ExpectFailures("0D00 locks",
+                 {CALL(KOPACFileLock(0x107, 0)), CALL(KOPACFileUnlockByFile(nullptr))});
+  ExpectFailures("0D00 list", {CALL(KOPACSzListPush(&list.list, nullptr))});
+  ExpectFailures("0D00 hash", {CALL(KOPACSzHashSetValue(&hash.hash, "k", nullptr))});
+  ExpectFailures("0D00 text", {CALL(KOPACStrTok(buffer, ",", nullptr)),
+                               CALL(KOPACStrTokIndex(buffer, ",", -1))});
+  ExpectFailures("0D00 process",
+                 {CALL(Execute("true")), CALL(Execute(nullptr)), CALL(KOPACPclose(stdin)),
+                  CALL(KOPACPopen("/bin/cat", "w", kEnd))});
+  ExpectFailures("0D00 process_table", {CALL(KOPACKill("", 1)), CALL(KOPACPs("", buffer, 16))});
+  ExpectFailures("0D00 system", {CALL(KOPACModuleIsLoad("../x"))});
+  ExpectFailures("0D00 cipher", {CALL(KOPACCryptBufCrypt("secret", 6, buffer, 5))});
+  ExpectFailures("0D00 plugin", {CALL(KOPAPluginSDKInit("net", "../../../run", &plugin)),
+                                 CALL(KOPAPluginSetArg(plugin, "LD_PRELOAD", "x")),
+                                 CALL(KOPAPluginAction(3, plugin))});
+  ExpectFailures("0D00 service",
+                 {CALL(KOPAServiceReload("--help")), CALL(KOPAServicecfgRunKeyGet("x", nullptr))});
+  ExpectFailures("0D00 zarnhacore", {CALL(ZARNHAGetRelatedIFInfo("eth0", nullptr))});
+
+  ExpectFailures(
+      "0900 key_file",
+      {CALL(Get(kNone)), CALL(KOPACFileCheckKeyValue(kNone, "A", "1", 0)), CALL(SetIn(kNone)),
+       CALL(KOPACFileRemoveKey("/etc/none", "A")), CALL(KOPACFileRemoveKey("/etc/none", "a=b")),
+       CALL(KOPAServicecfgRunKeyGet("none", &run))});
+  ExpectFailures("0900 line_file",
+                 {CALL(KOPACFileReadLines(kNone, &list.list)), CALL(KOPACFileTouch(kNone)),
+                  CALL(KOPACFileGetLine(kNone, "A", buffer, sizeof buffer, 2)),
+                  CALL(KOPACFileReplaceSubStr("/etc/none", "a", "b")),
+                  CALL(KOPACFileEnumDir("/nofolder", nullptr, &list.list, 0)),
+                  CALL(KOPACFileTempFileOpen(noFolder)),
+                  CALL(KOPACFileITmpName("/none/x", buffer, sizeof buffer))});
+  ExpectFailures("0900 process_table", {CALL(KOPACReadPidFile(kNone))});
+  ExpectFailures("0A00 key_file",
+                 {CALL(Get("/etc")), CALL(Get("/proc/self/mem")), CALL(SetIn("/etc"))});
+  ExpectFailures("0400 locks", {CALL(KOPACFileUnlock(0x300))});
+  ExpectFailures("2A00 process",
+                 {CALL(Execute(kNone)), CALL(Execute("/run/three")), CALL(Execute("/run/killed")),
+                  CALL(KOPACPopen(kNone, "r", kEnd)), CALL(KOPAServiceReload("ddns")),
+                  CALL(KOPAServicectlJobStop("job"))});
+  ExpectFailures("2A00 plugin", {CALL(KOPAPluginAction(4, plugin))});
+  ExpectFailures("4000 process_table", {CALL(KOPACReadPidFile(kFile))});
+  const int line = KOPACErrorGetLine();
+  ExpectFailures("4000 service", {CALL(KOPAServicecfgRunKeyGet("odd", &run))});
+  EXPECT_NE(line, KOPACErrorGetLine());
+  EXPECT_EQ("A=1\n", ReadFile(kFile)) << "what was refused has changed nothing";
+  EXPECT_EQ(3, KOPACExec("/run/three", nullptr, nullptr, nullptr, nullptr));
+  EXPECT_EQ("2A00 process", ErrorNow()) << "and its status is told";
+  KOPAPluginExit(plugin);
+}
+
+TEST(Failures, WhatIsAbsentIsNone) {
+  WriteFile(kFile, "A=1\n");
+  WriteFile("/run/three", "#!/bin/sh\nexit 3\n", 0755);
+  for (const char* path : {"/etc/zarnha.conf", "/etc/zarnplv.conf", "/etc.defaults/zarninfo.conf"})
+    RemoveFile(path);
+  char buffer[16];
+  List list;
+  SetForeignError();
+  EXPECT_EQ(0, KOPACFileGetKeyValue(kFile, "B", buffer, sizeof buffer, 0));
+  EXPECT_EQ(0, KOPACFileCheckKeyValue(kFile, "A", "2", 0));
+  EXPECT_EQ(0, KOPACFileRemoveKey(kFile, "B"));
+  EXPECT_EQ(0, KOPACFileGetLine(kFile, "B", buffer, sizeof buffer, 2));
+  EXPECT_EQ(nullptr, KOPACSzListGet(list.list, 0));
+  EXPECT_GT(0, KOPACSzListFind(list.list, "x"));
+  EXPECT_EQ(0, KOPACFileExist(kNone) + KOPACFileCheckDir(kNone) + KOPACIsProcAlive("/none"));
+  EXPECT_EQ(0, ZARNHAIsActive() + ZARNHAIsRunning() + ZARNHAHasHAIF() + ZARNIsDockerPLV());
+  EXPECT_EQ(0, KOPACSupportDualhead());
+  EXPECT_GT(0, ZARNHAGetMac("eth0", buffer, sizeof buffer));
+  PKOPAPLUGIN plugin = Event("nobody_waits");
+  EXPECT_EQ(0, KOPAPluginAction(4, plugin));
+  KOPAPluginExit(plugin);
+  EXPECT_EQ(3, KOPACPclose(KOPACPopen("/run/three", "r", kEnd)));
+  EXPECT_EQ("7777 foreign", ErrorNow());
+}
+
+// What cannot be seen must not pass for what is not there.
+TEST(Failures, TellOfWhatHasRunOut) {
+  ASSERT_EQ(0, Set("A", "1"));
+  HoldEditLocks();
+  WriteFile("/usr/zarn/plugins/net/some/10", "#!/bin/sh\n", 0755);
+  WriteFile("/etc/bound", "A=1\n");
+  EXPECT_EQ("", Shell("mount --bind /etc/bound /etc/bound; mkfifo /etc/pipe; mkdir /etc/small"));
+  MountEmpty("/etc/small", "16k");
+  const std::string old = "A=1\n" + std::string(4000, '#') + "\n";
+  WriteFile("/etc/small/conf", old);
+  FillDisk("/etc/small");
+  RunClockFaster(100);
+  const LockHolder other(0x106);
+  List list;
+  PKOPAPLUGIN plugin = Event("some");
+  ExpectFailures("0900 key_file", {CALL(Get("/etc/pipe")), CALL(SetIn("/etc/pipe"))});
+  ExpectFailures("0400 locks", {CALL(KOPACFileLock(0x105, 5))});
+  ExpectFailures("0400 key_file", {CALL(SetIn(kFile))});
+  ExpectFailures("0B00 key_file", {CALL(SetIn("/etc/small/conf"))});
+  ExpectFailures("2800 key_file", {CALL(SetIn("/etc/bound"))});
+  EXPECT_EQ(old, ReadFile("/etc/small/conf"));
+  EXPECT_EQ((Lines{"conf", "filler"}), FolderEntries("/etc/small")) << "nothing is left behind";
+  const NoDescriptors none;
+  ExpectFailures("0900 key_file", {CALL(Get(kFile))});
+  ExpectFailures("0900 line_file", {CALL(KOPACFileEnumDir("/etc", nullptr, &list.list, 0)),
+                                    CALL(KOPAPluginAction(4, plugin))});
+  ExpectFailures("0900 process_table", {CALL(KOPACIsProcAlive("/sbin/none"))});
+  ExpectFailures("0900 process", {CALL(KOPACPopen("/bin/true", "r", kEnd))});
+  ExpectFailures("0400 locks", {CALL(KOPACFileLock(0x906, 0))});
+  KOPAPluginExit(plugin);
+}
+
+// Each allocation of each operation is refused once, alone and with all that follow, in a thread
+// that has nothing yet. A plugin that memory keeps from starting has failed as any other.
+TEST(Failures, RefusedMemoryIsAFailureAndNoEnd) {
+  WriteFile("/etc/target", "A=0\n");
+  ASSERT_EQ(0, ::symlink("/etc/target", kFile));
+  WriteFile("/usr/zarn/plugins/net/some/10", "#!/bin/sh\n", 0755);
+  WriteFile("/etc/zarnha.conf", "heartbeat_if=eth1\n");
+  PKOPAPLUGIN plugin = Event("some");
+  int value = 0;
+  char buffer[64];
+  const char longText[] = "a text that is longer than a string holds by itself";
+  const auto listFolder = [] {
+    List list;
+    return list.list == nullptr ? -1 : KOPACFileEnumDir("/etc", "z", &list.list, 0);
+  };
+  const auto fillHash = [&] {
+    Hash hash;
+    if (hash.hash == nullptr) return -1;
+    const int result = KOPACSzHashSetValue(&hash.hash, longText, longText);
+    EXPECT_TRUE(result == 0 || KOPACSzHashGetValue(hash.hash, longText) == nullptr);
+    return result;
+  };
+  const auto lockFile = [] {
+    PKOPACFILELOCK lock = nullptr;
+    return KOPACFileLockTimeByFile(kFile, 1, 0, &lock) < 0 ? -1 : KOPACFileUnlockByFile(lock);
+  };
+  const auto encipher = [&] {
+    ::unlink("/etc/zarncore/cipher.key");
+    return KOPACCryptBufCrypt(longText, sizeof longText, buffer, sizeof buffer);
+  };
+  const auto readProgram = [] {
+    FILE* const output = KOPACPopen("/bin/true", "r", "x", kEnd);
+    return output == nullptr ? -1 : KOPACPclose(output);
+  };
+  const std::vector<Operation> operations = {
+      CALL(Set("A", std::to_string(value).c_str())),
+      CALL(Get(kFile)),
+      CALL(KOPACFileAddLine("/etc/lines", "x", "a line", 0)),
+      CALL(listFolder()),
+      CALL(KOPACFileLock(0x106, 0) < 0 ? -1 : KOPACFileUnlock(0x100)),
+      CALL(lockFile()),
+      CALL(fillHash()),
+      CALL(encipher()),
+      CALL(Execute("/bin/true")),
+      CALL(readProgram()),
+      CALL(KOPACIsProcAlive("/bin/none")),
+      CALL(KOPAPluginSetArg(plugin, "NAME", longText) < 0 ? -1 : KOPAPluginAction(5, plugin)),
+      CALL(ZARNHAGetHeartbeatIF(buffer, 64))};
+  for (const Operation& operation : operations) {
+    const std::size_t descriptors = FolderEntries("/proc/self/fd").size();
+    bool any = true;
+    for (int k = 0; any; ++k) {
+      ASSERT_GT(500, k);
+      for (const bool all : {false, true}) {
+        ++value;
+        int result = 0;
+        std::thread([&] {
+          SetForeignError();
+          RefuseMemory(k, all);
+          result = operation.run();
+          any = StopRefusing();
+          EXPECT_TRUE(result >= 0 ||
+                      (any && (KOPACErrGet() == 0x0200 || ErrorNow() == "2A00 plugin")))
+              << operation.text << ", allocation " << k << ": " << result << " " << ErrorNow();
+        }).join();
+        if (&operation != &operations.front()) continue;
+        EXPECT_EQ(result == 0, ReadFile("/etc/target") == "A=" + std::to_string(value) + "\n");
+      }
+    }
+    EXPECT_EQ(descriptors, FolderEntries("/proc/self/fd").size()) << operation.text;
+    EXPECT_EQ(-1, ::waitpid(-1, nullptr, WNOHANG)) << "a child is left of: " << operation.text;
+  }
+  EXPECT_EQ("/etc/target", Shell("printf %s $(readlink /etc/settings)")) << "the link stays";
+  KOPAPluginExit(plugin);
+}
+
+TEST(ErrorState, IsTheThreads) {
+  KOPACErrSetEx(0x0D00, "here", 7);
+  std::thread([] {
+    EXPECT_EQ(0, KOPACErrGet());
+    KOPACErrSetEx(0x0900, "there", 8);
+  }).join();
+  EXPECT_EQ("0D00 here", ErrorNow());
+  EXPECT_EQ(7, KOPACErrorGetLine());
+}

@@ -1,0 +1,119 @@
+// What a command line may say, and the reading of it.
+#include "verbs.h"
+
+#include <CLI/CLI.hpp>
+#include <optional>
+
+namespace tool {
+
+// ---- words
+
+Word Word::Required() const {
+  return Word(option_->required());
+}
+
+Word Word::OneOf(const std::vector<std::string>& values) const {
+  return Word(option_->check(CLI::IsMember(values)));
+}
+
+Word Word::Within(int least, int most) const {
+  return Word(option_->check(CLI::Range(least, most)));
+}
+
+Word Word::Within(double least, double most) const {
+  return Word(option_->check(CLI::Range(least, most)));
+}
+
+Word Word::Checked(const Check& check, const std::string& shape) const {
+  return Word(option_->check(check)->type_name(shape));
+}
+
+Word Word::Count(int least, int most) const {
+  return Word(option_->expected(least, most));
+}
+
+Word Word::Needs(const Word& other) const {
+  return Word(option_->needs(other.option_));
+}
+
+Word Word::Excludes(const Word& other) const {
+  return Word(option_->excludes(other.option_));
+}
+
+// ---- verbs
+
+template <class Value>
+Word Verb::AddOption(const std::string& name, Value& value, const std::string& description) const {
+  return Word(verb_->add_option(name, value, description));
+}
+
+using Texts = std::vector<std::string>;
+template Word Verb::AddOption(const std::string&, std::string&, const std::string&) const;
+template Word Verb::AddOption(const std::string&, Texts&, const std::string&) const;
+template Word Verb::AddOption(const std::string&, int&, const std::string&) const;
+template Word Verb::AddOption(const std::string&, unsigned&, const std::string&) const;
+template Word Verb::AddOption(const std::string&, double&, const std::string&) const;
+template Word Verb::AddOption(const std::string&, std::optional<std::string>&,
+                              const std::string&) const;
+template Word Verb::AddOption(const std::string&, std::optional<Texts>&, const std::string&) const;
+template Word Verb::AddOption(const std::string&, std::optional<int>&, const std::string&) const;
+
+Word Verb::AddFlag(const std::string& name, bool& value, const std::string& description) const {
+  return Word(verb_->add_flag(name, value, description));
+}
+
+void Verb::Run(const std::function<void()>& action) const {
+  verb_->callback(action);
+}
+
+Group AddGroup(const Group& group, const std::string& name, const std::string& description) {
+  CLI::App* const added = group.app->add_subcommand(name, description);
+  added->require_subcommand(1);
+  return {added};
+}
+
+Verb AddVerb(const Group& group, Context& context, const std::string& name,
+             const std::string& description, const std::string& examples) {
+  CLI::App* const verb = group.app->add_subcommand(name, description);
+  verb->add_flag("--json", context.json, "Print JSON, errors too");
+  verb->footer("Examples:\n" + examples);
+  return Verb(verb);
+}
+
+std::shared_ptr<std::string> AddIfname(const Verb& verb) {
+  auto ifname = std::make_shared<std::string>();
+  verb.AddOption("IFNAME", *ifname, "Name of the interface, such as eth0").Required();
+  return ifname;
+}
+
+// ---- the whole
+
+CommandLine::CommandLine()
+    : app_(std::make_unique<CLI::App>("Reads and changes the networking of the appliance.",
+                                      "zarnnetctl")) {
+  app_->set_version_flag("--version", "zarnnetctl " ZARNNETCTL_VERSION);
+  app_->require_subcommand(1);
+  app_->footer("Exit status: 0 done, 1 failed, 2 wrong usage. Each verb has its own --help.");
+}
+
+CommandLine::~CommandLine() = default;
+
+void CommandLine::Run(int argc, char** argv) const try {
+  app_->parse(argc, argv);
+} catch (const CLI::Success& request) {
+  app_->exit(request);  // prints the help or the version
+} catch (const CLI::ParseError& error) {
+  throw WrongUsage(error.what());
+}
+
+std::string CommandLine::ChosenVerb() const {
+  std::string words = app_->get_name();
+  const CLI::App* chosen = app_.get();
+  while (!chosen->get_subcommands().empty()) {
+    chosen = chosen->get_subcommands().front();
+    words += " " + chosen->get_name();
+  }
+  return words;
+}
+
+}  // namespace tool
