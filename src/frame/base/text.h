@@ -22,8 +22,9 @@ inline bool AnyEmpty(std::initializer_list<const char*> texts) {
   return false;
 }
 
-// True for a name that cannot be part of a path or of a line of a file: null, empty, or with a
-// slash, blank or control character in it. The kernel takes no such interface name either.
+// True for a name that cannot be part of a path, of a line of a file or of a command: null, empty,
+// with a slash, blank or control character in it, or an option ("-" first). The kernel takes no
+// such interface name either, but for the last.
 bool IsUnfitName(const char* name);
 
 // Copies text into a buffer of size bytes, cut to fit and always terminated; size 0 writes nothing.
