@@ -29,14 +29,17 @@ int ZARNNetDNSListSet(PKOPACSZLIST pList);
 int ZARNNetDNSSet(const char* szAddr);
 
 /** Stores the mode, "static" or "auto", and rebuilds the resolver file.
- * @return 0, or -1: 0x0D00 (another mode), or what ZARNNetDNSUpdate() fails with; the mode stays stored then */
+ * @return 0, or -1: 0x0D00 (another mode), what settings that cannot be written leave, or what ZARNNetDNSUpdate()
+ * fails with; the mode stays stored then */
 int ZARNNetDNSModeSet(const char* szMode);
 
-/** The fixed servers; none without a file. @return 0; -1 with 0x0D00 (no list) or 0x0200 */
+/** The fixed servers; none without a file. @return 0; -1 with 0x0D00 (no list), 0x0A00 (reading failed before the end)
+ * or 0x0200 */
 int ZARNNetStaticDNSListGet(PKOPACSZLIST* ppList);
 
 /** The servers of the resolver file; none without a file. Reads under the shared network lock.
- * @return 0; -1 with 0x0D00 (no list), 0x0400 (lock not had within 5 seconds) or 0x0200 */
+ * @return 0; -1 with 0x0D00 (no list), 0x0400 (lock not had within 5 seconds), 0x0A00 (reading failed before the end)
+ * or 0x0200 */
 int ZARNNetDNSListGet(PKOPACSZLIST* ppList);
 
 /** The first server of the resolver file, empty when there is none. @return as ZARNNetDNSListGet(); the
@@ -57,8 +60,8 @@ int ZARNNetDNSFileSet(PKOPACSZLIST pServers, PKOPACSZLIST pExtra);
  * Rebuilds the resolver file from the mode's source and the line "domain<tab>..." of
  * /etc/resolv.conf.option, then reloads the services ddns and, if it runs, zarnrelayd. Without any server
  * the file is left as it is. A line of the source that names no server repeats the one before it.
- * @return 0, or -1: 0x0400 (lock not had within 5 seconds), 0x0A00 (a source that is there cannot be read), or
- *         what ZARNNetDNSFileSet() fails with
+ * @return 0, or -1: 0x0400 (lock not had within 5 seconds), 0x0A00 (the settings or a source that is there cannot
+ *         be read), or what ZARNNetDNSFileSet() fails with
  * Holds the network lock for writing, also while the plugins and the services run.
  */
 int ZARNNetDNSUpdate(void);
@@ -67,15 +70,19 @@ int ZARNNetDNSUpdate(void);
  * The stored one is the key GATEWAY of /etc/sysconfig/network, the active one is the kernel's first
  * default route; a setter changes one of the two. No locks, no events. */
 
-/** The stored gateway, empty when there is none. @return 0, or -1 (0x0D00, or the file cannot be read) */
+/** The stored gateway, empty when there is none. @return 0; -1 with 0x0D00, or 0x0900 or 0x0A00 (the
+ * file cannot be read) */
 int ZARNNetDefaultGatewayGetConf(char* szBuf, int cbBuf);
 
-/** Stores the gateway; null or empty removes it. @return 0 or -1 */
+/** Stores the gateway; null or empty removes it.
+ * @return 0; -1 with 0x0D00 (a text that begins with "-" or has other characters than letters, digits and
+ * ".:/%_-"), or what a file that cannot be written leaves */
 int ZARNNetDefaultGatewaySetConf(const char* szGateway);
 
 /**
  * Replaces the kernel's default route; null or empty only removes it.
- * @return 0; -1 with 0x2A00 when the kernel does not take the gateway, and the old route is gone then
+ * @return 0; -1 with 0x0D00 (as for ZARNNetDefaultGatewaySetConf(); the old route stays), or 0x2A00 when the kernel
+ *         does not take the gateway, and the old route is gone then
  * Runs /sbin/route.
  */
 int ZARNNetDefaultGatewaySet(const char* szGateway);
@@ -108,14 +115,15 @@ int NetRoutetableEdit(unsigned int op, const char* szIP, const char* szMask, con
  * The same for an interface with the address of its lease (/etc/dhclient/ipv4/dhcpcd-IFNAME.info) on DHCP,
  * of its file otherwise. A port of an Open vSwitch is handled as the switch's device, ovs_IFNAME. Only
  * interfaces of kind 2 (KOPANetGetInterfaceInfo()) have such a route; op 0 leaves those on DHCP alone.
- * @return 0, also when there is nothing to do; -1 with 0x0D00, or without a lease, an address or a netmask
+ * @return 0, also when there is nothing to do; -1 with 0x0D00, 0x0900 (without a lease), 0x4000 (without an address
+ *         or a netmask), or 0x0900 or 0x0A00 when the file cannot be read
  */
 int NetRoutetableHandler(unsigned int op, const char* szIfname);
 
 /**
  * Removes the subnet routes of all interfaces that are up without carrier, unless just one interface is up.
- * @return 0; -1 with 0x0400 (lock not had within 5 seconds), 0x0200, without any interface, or when
- *         NetRoutetableHandler() fails for one: the rest is not looked at then
+ * @return 0; -1 with 0x0400 (lock not had within 5 seconds), 0x0200, 0xBC00 (no interface is up), 0x0900 or
+ *         0x4000 (/proc/net/dev), or when NetRoutetableHandler() fails for one: the rest is not looked at then
  * Holds the shared network lock.
  */
 int NetRoutetableCheck(void);

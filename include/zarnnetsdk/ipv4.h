@@ -22,8 +22,9 @@ enum {
  * @param prefix    prefix length, at most 32 or 128
  * @param szAction  "add" (IPv4: replaces the interface's address), "del", or "flush" (all addresses;
  *                  szIP and prefix are ignored)
- * @return 0, or -1; what earlier steps changed stays (after a failed second ifconfig the interface is
- *         left at 0.0.0.0)
+ * @return 0; -1 with 0x0D00 (an argument that cannot be meant; nothing was run), 0x0900 (the kernel's list of
+ *         IPv6 addresses) or 0x2A00 (a program failed); what earlier steps changed stays (after a failed second
+ *         ifconfig the interface is left at 0.0.0.0)
  * Adding an address that the interface does not have fires net/ipv4_change or net/ipv6_change first.
  * Runs /sbin/ip, /sbin/ifconfig, /bin/ipcalc, and zarnnetdtool when the same IPv4 address is set again.
  */
@@ -31,10 +32,12 @@ int ZARNNetSetIP(const char* szType, const char* szIfname, const char* szIP, uns
                  const char* szAction);
 
 /**
- * Gives the interface a fixed IPv4 address, in its file and in the kernel. On failure the file is put
- * back as it was.
+ * Gives the interface a fixed IPv4 address, in its file and in the kernel. On failure a file that was there is put
+ * back as it was; where there was none the new one stays.
  * @param szMask  dotted netmask
- * @return 0, or -1 (0x0D00: an argument null or empty)
+ * @return 0; -1 with 0x0D00 (an argument null or empty, a name or text that begins with "-", a text with other
+ *         characters than letters, digits and ".:/%_-": nothing is written then), 0x1000 (no netmask), what a file
+ *         that cannot be written leaves, or what ZARNNetSetIP() fails with
  * Writes ifcfg-IFNAME (DEVICE, ONBOOT, IPADDR, NETMASK, BOOTPROTO; drops MASTER and SLAVE). Runs /bin/cp,
  * /sbin/stop dhcp-client and what ZARNNetSetIP() runs. Takes no lock: the caller serialises.
  */
@@ -44,28 +47,33 @@ int ZARNILnxSetIPNetmask(const char* szIfname, const char* szIP, const char* szM
 int ZARNILnxGetIP(const char* szIfname, char* szBuf, int cbBuf);
 
 /** The configured address: of the lease on DHCP, of the interface's file otherwise.
- * @return 1; 0 without an address (buffer emptied) or without a file (buffer left alone); -1 on failure */
+ * @return 1; 0 without an address (buffer emptied) or without a file (buffer left alone); -1 with 0x0D00, or 0x0900
+ * or 0x0A00 when the file cannot be read (buffer emptied) */
 int ZARNILnxGetIPFromCfg(const char* szIfname, char* szBuf, int cbBuf);
 
-/** Removes all addresses of one family from the kernel; szType is "-4" or "-6". @return 0 or -1 */
+/** Removes all addresses of one family from the kernel; szType is "-4" or "-6".
+ * @return 0; -1 with 0x0D00 (another type, no name), 0x2A00 (the program failed), or for "-6" as
+ * ZARNLnxIPv6FlushAddr() */
 int ZARNNetFlushIP(const char* szType, const char* szIfname);
 
 /** The appliance's address as seen from the internet, asked of /usr/zarn/sbin/ddnsd -e.
- * @return a 16-byte text to be freed with free(), or null */
+ * @return a 16-byte text to be freed with free(); null with 0x2A00 (the program failed), 0x4000 (its result holds no
+ * address), 0x0200, or what a result that cannot be read leaves */
 char* ZARNExternalIPGet(void);
 
 /* ---- MTU --------------------------------------------------------------------------------------------
- * An MTU is decimal text. It is stored in /etc/zarninfo.conf under "IFNAME_mtu" (of a name, the first 16
- * characters). An Open vSwitch port stands for the interface under it, an Open vSwitch bond for its members. */
+ * An MTU is a text of decimal digits; another is refused with 0x0D00. It is stored in /etc/zarninfo.conf under
+ * "IFNAME_mtu" (of a name, the first 16 characters). An Open vSwitch port stands for the interface under it, an Open vSwitch bond for its members. */
 
 /** The stored MTU, "1500" when none is stored. Takes no lock.
- * @return 0; -1 with 0x0D00, or when the file cannot be read */
+ * @return 0; -1 with 0x0D00, or 0x0900 or 0x0A00 when the file cannot be read */
 int ZARNConfGetMTUValue(const char* szIfname, char* szBuf, int cbBuf);
 
 /**
  * Stores the MTU of an interface, of a VLAN under its parent's name first. No kernel change.
- * @return 0, also with nothing stored where the kernel cannot be asked for VLANs; -1 with 0x0D00, or when
- *         the lock or a write failed (of the two writes of a VLAN the other is done all the same)
+ * @return 0, also with nothing stored where the kernel cannot be asked for VLANs; -1 with 0x0D00, 0x0400 (lock),
+ *         or 0x0900, 0x0B00 or 0x2800 when a write failed (of the two writes of a VLAN the other is done all the
+ *         same)
  * Writes under the settings lock (waits up to 5 seconds).
  */
 int ZARNConfSetMTUValue(const char* szMTU, const char* szIfname);
@@ -74,8 +82,9 @@ int ZARNConfSetMTUValue(const char* szMTU, const char* szIfname);
  * Sets the MTU in the kernel, of a VLAN on its parent first, of a bond on its members in order until one
  * refuses. Each interface is taken down for it and brought up again whatever happens, which drops its IPv6
  * addresses and its routes. No file, no event.
- * @return 0; -1 with 0x0D00 (also a name of more than 16 characters), 0x8100 (a VLAN that is its own
- *         parent), or when the kernel refuses
+ * @return 0; -1 with 0x0D00 (also a name of more than 16 characters), 0x3400 (no socket), 0xBC00 (a name that no
+ *         interface can have), 0x8100 (the kernel refuses, or a VLAN is its own parent), or what the look-up of an
+ *         Open vSwitch device's ports fails with
  */
 int ZARNNetSetMTUEth(const char* szMTU, const char* szIfname);
 
@@ -88,12 +97,12 @@ int ZARNNetSetMTUEth(const char* szMTU, const char* szIfname);
  */
 int ZARNNetSetMTUValue(const char* szMTU, const char* szIfname);
 
-/** The kernel's MTU of this very interface. @return it; 0 when there is none of that name; -1 (0x0D00, a name
- * of more than 16 characters, no socket) */
+/** The kernel's MTU of this very interface. @return it; 0 when there is none of that name; -1 with 0x0D00
+ * (no name, or one of more than 16 characters) or 0x0900 (no socket) */
 int ZARNGetMTU(const char* szIfname);
 
-/** The MTU in force: of a bond, the largest of its members'. @return as ZARNGetMTU(), or -1 when the interface
- * under an Open vSwitch device, or a bond's member, cannot be told */
+/** The MTU in force: of a bond, the largest of its members'. @return as ZARNGetMTU(), or -1 with 0x0D00 (an Open
+ * vSwitch device over nothing), 0xBC00 (a bond without members), or what the look-up of the members fails with */
 int ZARNGetMTUSetting(const char* szIfname);
 
 /* ---- host name -------------------------------------------------------------------------------------- */
@@ -104,8 +113,8 @@ int ZARNGetMTUSetting(const char* szIfname);
  * edition. Holds the exclusive network lock (waits up to 5 seconds).
  * @param szHostname  1 to 63 characters, no slash, blank or control character
  * @return 0; -1 with 0x0D00, 0x0E00 (empty or too long), 0x0400 (lock), 0x8100 (kernel), 0x0900 (open),
- *         0x0B00 (write), 0x2800 (rename), or after a failed command or event. Earlier steps stay done; each
- *         file is then the old one or the new one.
+ *         0x0B00 (write, also of a device in the place of /etc/hostname), 0x2800 (rename), or 0x2A00 after a
+ *         failed command or event. Earlier steps stay done; each file is then the old one or the new one.
  */
 int ZARNLnxSetHostname(const char* szHostname);
 
@@ -118,13 +127,14 @@ int ZARNLnxSetHostname(const char* szHostname);
 int ZARNLnxGetHostname(char* szBuf);
 
 /* ---- change hooks: each fires one event of the plugin category "net" -------------------------------
- * stage is 4 before the change and 5 after it. A hook answers 0, or -1 when the event could not be set
- * up or delivered; that never undoes a change. */
+ * stage is a ZARNNETSTAGE_.... A hook answers 0, or -1 with 0x0D00 (an argument is null) or 0x2A00 when the
+ * event could not be set up or delivered, which it logs; that never undoes a change. When an argument cannot be set
+ * no plugin is run. */
 
 /**
  * Fires net/ipv4_change (type 0) or net/ipv6_change (type 1), before the change: IFNAME, ORIGIN_ADDRESS,
  * NEW_ADDRESS, PREFIX_LENGTH ("-1" for IPv4), IS_LINK ("true" or "false").
- * @return 0, or -1; 0x0D00 for another type or a prefix out of range
+ * @return 0; -1 also with 0x0D00 for another type or a prefix out of range, or as ZARNNetIfIsLink()
  */
 int ZARNNetIPChangePreHook(int type, const char* szIfname, const char* szOld, const char* szNew,
                            unsigned int prefix);
@@ -145,7 +155,8 @@ int ZARNNetHostnameChangeHook(const char* szHostname);
 /** Fires net/mtu_change: IFACE, MTU_VALUE (text). */
 int ZARNNetMTUChangeHook(const char* szIfname, const char* szMTU, int stage);
 
-/** Sets the arguments of an open net/ifname_change event: ORIGIN_IFNAME and IFNAME (lists), RESULT. @return 0 or -1 */
+/** Sets the arguments of an open net/ifname_change event: ORIGIN_IFNAME and IFNAME (lists), RESULT.
+ * @return 0, or -1 as the hooks */
 int KOPANetIFChgPluginSetArgs(PKOPAPLUGIN pPlugin, const KOPACSZLIST* pOldNames,
                               const KOPACSZLIST* pNewNames, int result);
 
@@ -153,12 +164,12 @@ int KOPANetIFChgPluginSetArgs(PKOPAPLUGIN pPlugin, const KOPACSZLIST* pOldNames,
  * Tells the services in one event, "service", before and after, which kinds of change took place.
  * @param daemonAction  passed on as SERVICE_DAEMON_ACTION
  * @param flags         bit 0 an address, bit 1 the host name, bit 2 an MTU changed
- * @return 0, also when a stage failed (logged); -1 when the service-plugin lock is not had within 5
- *         seconds or the event cannot be set up
+ * @return 0, also when a stage failed (logged); -1 with 0x0400 (the service-plugin lock is not had within 5
+ *         seconds) or 0x2A00 (the event cannot be set up)
  */
 int KOPAServicePlugin(int daemonAction, unsigned int flags);
 
-/** Stops the job "pppoerelay". @return 0 or -1 */
+/** Stops the job "pppoerelay". @return 0, or -1 with 0x2A00 */
 int KOPAServiceStopBeforeIPChange(void);
 
 #ifdef __cplusplus

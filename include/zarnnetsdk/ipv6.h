@@ -26,8 +26,8 @@ enum {
  * @param szGateway  the default gateway, empty without one; cbGateway is at least 46
  * @return 1 read; 0 no type in the file, or the interface is not listed for selector 2 of
  *         ZARNNetIsDevTypeMatch() (the outputs are left alone then); above 0 with the type 0 for a type that
- *         is unknown; -1 with 0x0D00 (null or a buffer too small), or for a file that cannot be read or a
- *         prefix that is no number (the outputs hold what was read before)
+ *         is unknown; -1 with 0x0D00 (null or a buffer too small), or, the outputs then hold what was read before,
+ *         0x0900 or 0x0A00 (the file cannot be read) or 0x4000 (a prefix that is no number)
  */
 int ZARNNetIPv6ConfGet(const char* szIfname, int* pType, char* szAddr, int cbAddr, int* pPrefix,
                        char* szGateway, int cbGateway);
@@ -44,13 +44,14 @@ int ZARNNetIPv6ConfGet(const char* szIfname, int* pType, char* szAddr, int cbAdd
  * has carrier, and removes the addresses that failed it: such an address stays in the file and the call
  * succeeds, with a line in the log.
  *
- * When a step fails, the steps before it are taken back and the file is as it was (its copy meanwhile:
- * ifcfg-IFNAME.tmpSECONDS).
+ * When a step fails, the steps before it are taken back and the file is as it was, or gone again where there was
+ * none (its copy meanwhile: ifcfg-IFNAME.tmpSECONDS).
  *
  * @param szAddr     required for the static type; may be null or empty for the others, but not malformed
- * @param prefix     1 to 128 for the static type, 0 to 128 for the others
+ * @param prefix     0 to 128
  * @param szGateway  may be null or empty; not malformed
- * @return 0; -1, with 0x0D00 for bad arguments
+ * @return 0; -1 with 0x0D00 (bad arguments), 0x0400 (lock), 0x0900 or 0x0B00 (a switch of the kernel), 0x2A00 (a
+ *         program failed), what a file that cannot be copied or written leaves, or as ZARNNetSetIP()
  * Programs: /bin/cp, /sbin/start, /sbin/stop, /sbin/ip. Fires net/ipv6_change for a new address.
  * Holds the lock on the interface's file throughout (waits up to 30 seconds for it).
  */
@@ -61,7 +62,8 @@ int ZARNNetIPv6ConfSet(const char* szIfname, int type, const char* szAddr, int p
  * Run at start-up: sets accept_ra of every interface that has a file, except loopback, passive bond members
  * and ports of bridges and of Open vSwitch, to what the file asks for: IPV6_ACCEPT_RA other than "0" accepts;
  * without that key every type but static accepts.
- * @return 0; -1 at the first switch that cannot be written, or with 0x0200 when the interfaces cannot be listed
+ * @return 0; -1 with 0x0900 or 0x0B00 at the first switch that cannot be written, or 0x0200 when the interfaces
+ *         cannot be listed
  */
 int ZARNNetIpv6Init(void);
 
@@ -69,8 +71,8 @@ int ZARNNetIpv6Init(void);
  * Adds (cmd 0) or deletes (cmd 1) one address in the running kernel or, when a gateway is given, the default
  * route over it; then the address is left alone. Nothing is written to a file.
  * @param prefix  0 to 128
- * @return 0; -1 with 0x0D00 (prefix, null address, null name) or for another cmd or a failed address; the
- *         exit status of "/sbin/ip -6 route" with a gateway
+ * @return 0; -1 with 0x0D00 (prefix, null address, null name, another cmd, a name or gateway that cannot be meant),
+ *         or as ZARNNetSetIP(); with a gateway the exit status of "/sbin/ip -6 route", and 0x2A00 unless it is 0
  */
 int ZARNNetIPv6IPAction(int cmd, const char* szIfname, const char* szAddr, unsigned int prefix,
                         const char* szGateway);
@@ -95,15 +97,16 @@ int ZARNLnxV6IPGet(const char* szIfname, ZARNNETV6ADDR* rgAddr, int cAddr);
 /**
  * Switches IPv6 off (action 1) or on (anything else) for one interface. After switching on it waits up to
  * 5 seconds while a link-local address looks tentative; running out of patience is no failure.
- * @return 0, also for an interface that is not switched (a bond); -1
+ * @return 0, also for an interface that is not switched (a bond); -1 with 0x0D00, 0xBC00 (no such interface that
+ *         is up), 0x0900 or 0x0B00 (the switch)
  */
 int ZARNLnxIPv6ProcAction(const char* szIfname, unsigned int action);
 
 /** Drops all IPv6 addresses of an interface by switching IPv6 off and, unless its file says IPV6INIT=off,
- * on again. @return 0, or -1 (0x0D00: no name) */
+ * on again. @return 0; -1 as ZARNLnxIPv6ProcAction(), or with 0x0900 or 0x0A00 when the file cannot be read */
 int ZARNLnxIPv6FlushAddr(const char* szIfname);
 
-/** Do two addresses agree in their first prefix (0 to 128) bits? @return 1, 0, or -1 for bad input */
+/** Do two addresses agree in their first prefix (0 to 128) bits? @return 1, 0, or -1 with 0x0D00 for bad input */
 int ZARNNetIPv6IsSameSubnet(const char* szAddrA, const char* szAddrB, unsigned int prefix);
 
 #ifdef __cplusplus

@@ -1,6 +1,7 @@
 // The default gateway: as it is stored, and into the kernel.
 #include <zarnnetsdk/dns_route.h>
 
+#include "frame/base/address.h"
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
@@ -33,6 +34,7 @@ int ZARNNetDefaultGatewayGetConf(char* szBuf, int cbBuf) {
 
 int ZARNNetDefaultGatewaySetConf(const char* szGateway) {
   return Boundary(-1, [&]() -> int {
+    if (!IsEmpty(szGateway) && IsUnfitAddress(szGateway)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     const bool stored = IsEmpty(szGateway) ? DropKey(paths::kNetwork, kGatewayKey)
                                            : SetKey(paths::kNetwork, kGatewayKey, szGateway);
     return stored ? 0 : -1;
@@ -41,6 +43,7 @@ int ZARNNetDefaultGatewaySetConf(const char* szGateway) {
 
 int ZARNNetDefaultGatewaySet(const char* szGateway) {
   return Boundary(-1, [&]() -> int {
+    if (!IsEmpty(szGateway) && IsUnfitAddress(szGateway)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     // Without a default route there is none to delete.
     static_cast<void>(RunStatus(paths::kRoute, "delete", "default"));
     if (IsEmpty(szGateway)) return 0;

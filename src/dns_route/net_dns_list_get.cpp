@@ -36,7 +36,7 @@ bool AppendServers(const char* path, PKOPACSZLIST* list) {
       return Fail(ZARNNETERR_NO_MEMORY, false);
     }
   }
-  return true;
+  return std::ferror(file.get()) == 0 || Fail(ZARNNETERR_READ, false);
 }
 
 bool AppendActiveServers(PKOPACSZLIST* list) {

@@ -31,9 +31,19 @@ bool AppendLines(const char* path, std::vector<std::string>* lines) {
   return true;
 }
 
+// Settings that cannot be read are no settings without the key: the servers would be the wrong
+// ones.
+bool ReadMode(bool* fixed) {
+  constexpr std::size_t kSize = 16;
+  const KeyValue mode = ReadKey(paths::kInfo, dns_route::kModeKey, kSize);
+  *fixed = mode.text == dns_route::kStaticMode;
+  return !mode.Unreadable() || !Exists(paths::kInfo) || Fail(ZARNNETERR_READ, false);
+}
+
 bool ReadSource(std::vector<std::string>* lines) {
-  if (KeyIs(paths::kInfo, dns_route::kModeKey, dns_route::kStaticMode))
-    return AppendLines(paths::kResolvStatic, lines);
+  bool fixed = false;
+  if (!ReadMode(&fixed)) return false;
+  if (fixed) return AppendLines(paths::kResolvStatic, lines);
   return AppendLines(paths::kLearnedServersV4, lines) &&
          AppendLines(paths::kLearnedServersV6, lines);
 }
@@ -58,9 +68,12 @@ bool CollectServers(const std::vector<std::string>& lines, StringList* servers) 
 
 // Of the options only the domain is taken over.
 bool CollectDomain(StringList* extra) {
-  if (!Exists(paths::kResolvOption)) return true;
-  const std::string domain = LineBeginningWith(paths::kResolvOption, "domain\t", kLineSize);
-  return domain.empty() || Push(extra, domain);
+  std::vector<std::string> options;
+  if (!AppendLines(paths::kResolvOption, &options)) return false;
+  for (const std::string& line : options) {
+    if (line.starts_with("domain\t")) return Push(extra, line.substr(0, kLineSize - 1));
+  }
+  return true;
 }
 
 // The services look the servers up again; one that refuses has none of ours to lose.

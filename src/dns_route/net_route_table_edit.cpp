@@ -113,12 +113,12 @@ bool EditFromFile(unsigned op, const std::string& path, const std::string& devic
   const KeyValue ip = ReadKey(path, keys::kIpAddr, kSize);
   if (!ip.Found()) {
     LOG_ERROR("%s:%d Get IP from %s fail", path.c_str());
-    return false;
+    return ip.Unreadable() ? false : Fail(ZARNNETERR_UNEXPECTED_CONTENT, false);
   }
   const KeyValue netmask = ReadKey(path, keys::kNetmask, kSize);
   if (!netmask.Found()) {
     LOG_ERROR("%s:%d Get netmask from %s fail", path.c_str());
-    return false;
+    return netmask.Unreadable() ? false : Fail(ZARNNETERR_UNEXPECTED_CONTENT, false);
   }
   // A file with an address that is none has no route to edit.
   if (const auto route = RouteOf(device, ip.text, netmask.text)) Edit(op, *route);
@@ -133,7 +133,7 @@ bool EditOf(unsigned op, const std::string& ifname) {
   const std::string path = dhcp ? paths::DhcpInfo(device) : paths::Ifcfg(device);
   if (dhcp && !Exists(path)) {
     LOG_ERROR("%s:%d /etc/dhclient/ipv4/dhcpcd-%s.info is not exist", device.c_str());
-    return false;
+    return Fail(ZARNNETERR_OPEN, false);
   }
   if (op > kRemove || (op == kInstall && IsInstalledByOthers(device, dhcp))) return true;
   return EditFromFile(op, path, device);
@@ -160,7 +160,7 @@ bool Check() {
   const int count = facts::ListUpInterfaces(list.data(), facts::kMaxInterfaces);
   if (count <= 0) {
     LOG_ERROR("%s:%d %s", count == 0 ? "No interface." : "Get interface info fail.");
-    return false;
+    return count == 0 ? Fail(ZARNNETERR_NOT_FOUND, false) : false;
   }
   // An appliance with one interface keeps its only way out, whatever its carrier says.
   return count == 1 || RemoveWithoutCarrier(list, count);

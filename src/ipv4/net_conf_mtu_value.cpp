@@ -81,7 +81,8 @@ int ZARNConfGetMTUValue(const char* szIfname, char* szBuf, int cbBuf) {
 
 int ZARNConfSetMTUValue(const char* szMTU, const char* szIfname) {
   return Boundary(-1, [&]() -> int {
-    if (AnyEmpty({szMTU, szIfname})) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    if (IsEmpty(szIfname) || szMTU == nullptr || !model::IsMtuText(szMTU))
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     return ipv4::StoreMtu(szIfname, szMTU) ? 0 : -1;
   });
 }

@@ -16,7 +16,9 @@ namespace {
 
 // A missing name would make the command flush by its other words.
 bool FlushV4(const char* ifname) {
-  return !IsEmpty(ifname) && Run(paths::kIp, "-4", "address", "flush", "dev", ifname);
+  if (IsUnfitName(ifname)) return Fail(ZARNNETERR_BAD_PARAMETER, false);
+  return Run(paths::kIp, "-4", "address", "flush", "dev", ifname) ||
+         Fail(ZARNNETERR_COMMAND, false);
 }
 
 bool FlushV6(const char* ifname) {
@@ -37,6 +39,7 @@ bool ipv4::FlushAddresses(const char* type, const char* ifname) {
     LOG_ERROR("%s:%d Failed to flush ipv6 address on [%s]", shown);
   } else {
     LOG_ERROR("%s:%d ip type is wrong, only -4 or -6");
+    return Fail(ZARNNETERR_BAD_PARAMETER, false);
   }
   return false;
 }

@@ -21,10 +21,10 @@ int KernelMtu(const std::string& ifname) {
   constexpr std::size_t kMaxName = 16;
   if (ifname.size() > kMaxName) {
     LOG_ERROR("%s:%d interface name is too long");
-    return -1;
+    return Fail(ZARNNETERR_BAD_PARAMETER, -1);
   }
   const InetSocket socket;
-  if (!socket.IsOpen()) return -1;
+  if (!socket.IsOpen()) return Fail(ZARNNETERR_OPEN, -1);
   return FitsKernel(ifname) ? socket.Mtu(ifname).value_or(0) : 0;
 }
 
@@ -57,7 +57,7 @@ int MtuOfBond(const std::string& bond) {
     }
     largest = std::max(largest, mtu);
   }
-  return largest;
+  return largest >= 0 ? largest : Fail(ZARNNETERR_NOT_FOUND, -1);
 }
 
 }  // namespace

@@ -2,7 +2,7 @@
 #include <zarnnetsdk/ipv4.h>
 
 #include "frame/base/boundary.h"
-#include "frame/base/error.h"
+#include "frame/base/log.h"
 #include "frame/model/events.h"
 #include "ipv4/rename_arguments.h"
 
@@ -10,9 +10,11 @@ using namespace frame;
 
 bool ipv4::SetRenameArguments(PKOPAPLUGIN event, const KOPACSZLIST* oldNames,
                               const KOPACSZLIST* newNames, int result) {
-  return KOPAPluginSetArgByArray(event, events::kOriginIfname, oldNames) >= 0 &&
-         KOPAPluginSetArgByArray(event, events::kIfname, newNames) >= 0 &&
-         KOPAPluginSetArgByInt(event, events::kResult, result) >= 0;
+  const bool set = KOPAPluginSetArgByArray(event, events::kOriginIfname, oldNames) >= 0 &&
+                   KOPAPluginSetArgByArray(event, events::kIfname, newNames) >= 0 &&
+                   KOPAPluginSetArgByInt(event, events::kResult, result) >= 0;
+  if (!set) LOG_ERROR("%s:%d KOPAPluginSetArg failed, event = %s", events::kIfnameChange);
+  return set;
 }
 
 int KOPANetIFChgPluginSetArgs(PKOPAPLUGIN pPlugin, const KOPACSZLIST* pOldNames,

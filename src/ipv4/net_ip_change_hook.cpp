@@ -42,10 +42,20 @@ bool ipv4::TellAddressChange(Family family, const char* ifname, const char* form
     LOG_ERROR_PLAIN("KOPAPluginSDKInit failed");
     return false;
   }
-  return plugin.Set(events::kIfname, ifname) && plugin.Set(events::kOriginAddress, former) &&
-         plugin.Set(events::kNewAddress, wanted) &&
-         plugin.Set(events::kPrefixLength, prefixText.c_str()) &&
-         plugin.Set(events::kIsLink, *link ? "true" : "false") && plugin.Fire(ZARNNETSTAGE_BEFORE);
+  const bool set = plugin.Set(events::kIfname, ifname) &&
+                   plugin.Set(events::kOriginAddress, former) &&
+                   plugin.Set(events::kNewAddress, wanted) &&
+                   plugin.Set(events::kPrefixLength, prefixText.c_str()) &&
+                   plugin.Set(events::kIsLink, *link ? "true" : "false");
+  if (!set) {
+    LOG_ERROR("%s:%d KOPAPluginSetArg failed, event = %s", event);
+    return false;
+  }
+  if (!plugin.Fire(ZARNNETSTAGE_BEFORE)) {
+    LOG_ERROR("%s:%d KOPAPluginAction failed, event = %s", event);
+    return false;
+  }
+  return true;
 }
 
 int ZARNNetIPChangePreHook(int type, const char* szIfname, const char* szOld, const char* szNew,

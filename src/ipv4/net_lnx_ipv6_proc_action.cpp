@@ -31,9 +31,11 @@ bool WriteSwitch(const std::string& path, bool on) {
   const File file = OpenFile(path, "w");
   if (!file) {
     LOG_ERROR("%s:%d open file %s failed", path.c_str());
-    return false;
+    return Fail(ZARNNETERR_OPEN, false);
   }
-  return std::fputs(on ? "0\n" : "1\n", file.get()) >= 0 && std::fflush(file.get()) == 0;
+  const bool written =
+      std::fputs(on ? "0\n" : "1\n", file.get()) >= 0 && std::fflush(file.get()) == 0;
+  return written || Fail(ZARNNETERR_WRITE, false);
 }
 
 // The flag is looked for in the first two bytes of the field only.

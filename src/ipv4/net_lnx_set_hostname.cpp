@@ -1,4 +1,7 @@
 // Sets the host name: in the kernel, in the files that hold it, and with those who are to know.
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <string>
@@ -29,21 +32,31 @@ bool SetKernelName(const char* hostname) {
   return Fail(ZARNNETERR_REFUSED, false);
 }
 
-// Writes over the old name and cuts the file to length afterwards: a full disk has room for that.
-bool WriteOver(int fd, const std::string& line) {
-  const auto length = static_cast<ssize_t>(line.size());
-  return ::write(fd, line.data(), line.size()) == length && ::ftruncate(fd, length) == 0 &&
-         ::fsync(fd) == 0;
+// Each step has a code of its own.
+bool Replace(Rewrite* rewrite, const std::string& text) {
+  constexpr mode_t kMode = 0644;
+  if (!rewrite->SetMode(kMode) || !rewrite->Fill(text)) return Fail(ZARNNETERR_WRITE, false);
+  return rewrite->TakeEffect() || Fail(ZARNNETERR_RENAME, false);
 }
 
+bool CannotOpen() {
+  LOG_ERROR("%s:%d fopen failed: %m");
+  return Fail(ZARNNETERR_OPEN, false);
+}
+
+// A link stays, and the file behind it is replaced; what is no file holds no name.
 bool WriteHostnameFile(const char* hostname) {
-  constexpr mode_t kMode = 0644;
-  const Descriptor fd(::open(paths::kHostname, O_WRONLY | O_CREAT | O_CLOEXEC, kMode));
-  if (!fd) {
-    LOG_ERROR("%s:%d fopen failed: %m");
-    return Fail(ZARNNETERR_OPEN, false);
+  std::string path = paths::kHostname;
+  const Descriptor present(::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
+  if (!present && errno != ENOENT) return CannotOpen();
+  if (present) {
+    struct stat status {};
+    if (::fstat(present.Get(), &status) != 0 || !S_ISREG(status.st_mode))
+      return Fail(ZARNNETERR_WRITE, false);
+    if (char real[PATH_MAX]; ::realpath(path.c_str(), real) != nullptr) path = real;
   }
-  return WriteOver(fd.Get(), Format("%s\n", hostname)) || Fail(ZARNNETERR_WRITE, false);
+  Rewrite rewrite(path);
+  return rewrite.IsOpen() ? Replace(&rewrite, Format("%s\n", hostname)) : CannotOpen();
 }
 
 std::string HostsText(const char* hostname) {
@@ -55,19 +68,15 @@ std::string HostsText(const char* hostname) {
 }
 
 bool WriteHostsFile(const char* hostname) {
-  constexpr mode_t kMode = 0644;
   Rewrite rewrite(paths::kHosts);
   if (!rewrite.IsOpen()) return Fail(ZARNNETERR_OPEN, false);
-  if (!rewrite.SetMode(kMode) || !rewrite.Fill(HostsText(hostname))) {
-    return Fail(ZARNNETERR_WRITE, false);
-  }
-  return rewrite.TakeEffect() || Fail(ZARNNETERR_RENAME, false);
+  return Replace(&rewrite, HostsText(hostname));
 }
 
 // The logger writes the host name into every line. A refusal, such as that of a logger that does
 // not run, is none of ours.
 bool ReloadLogger() {
-  return RunStatus(paths::kInitctl, "reload", "syslog-ng") >= 0;
+  return RunStatus(paths::kInitctl, "reload", "syslog-ng") >= 0 || Fail(ZARNNETERR_COMMAND, false);
 }
 
 }  // namespace

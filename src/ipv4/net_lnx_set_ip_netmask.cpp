@@ -61,7 +61,8 @@ void EndBackup(Backup* backup, bool changed) {
 }  // namespace
 
 bool ipv4::SetStatic(const std::string& ifname, const std::string& ip, const std::string& netmask) {
-  if (IsUnfitName(ifname.c_str()) || ip.empty() || netmask.empty())
+  // Texts that no address has: checked before they are in a file.
+  if (IsUnfitName(ifname.c_str()) || IsUnfitAddress(ip.c_str()) || IsUnfitAddress(netmask.c_str()))
     return Fail(ZARNNETERR_BAD_PARAMETER, false);
   const std::string path = paths::Ifcfg(ifname);
   Backup backup(path, model::ChangeSuffix());

@@ -41,7 +41,7 @@ bool Delete(const char* type, const Request& request) {
   if (Run(paths::kIp, type, "address", "del", cidr, "dev", request.ifname)) return true;
   LOG_ERROR("%s:%d excute cmd /sbin/ip address del %s dev %s failed", cidr.c_str(),
             request.ifname.c_str());
-  return false;
+  return Fail(ZARNNETERR_COMMAND, false);
 }
 
 // ---- IPv6
@@ -67,21 +67,24 @@ bool AddV6(const Request& request, const Addresses& present) {
   if (Run(paths::kIp, "-6", "address", "add", cidr, "dev", request.ifname)) return true;
   LOG_ERROR("%s:%d excute cmd /sbin/ip address add %s dev %s failed", cidr.c_str(),
             request.ifname.c_str());
-  return false;
+  return Fail(ZARNNETERR_COMMAND, false);
 }
 
 bool SetV6(const Request& request, bool add) {
   constexpr unsigned kMaxPrefix = 128;
   if (request.prefix > kMaxPrefix) {
     LOG_ERROR("%s:%d prefix length is wrong");
-    return false;
+    return Fail(ZARNNETERR_BAD_PARAMETER, false);
   }
   if (!IsIpv6WithPrefix(request.ip)) {
     LOG_ERROR("%s:%d your v6ip %s is not valid", request.ip.c_str());
-    return false;
+    return Fail(ZARNNETERR_BAD_PARAMETER, false);
   }
-  const auto present =
-      request.ifname.empty() ? std::nullopt : facts::KernelV6Addresses(request.ifname);
+  if (IsUnfitName(request.ifname.c_str())) {
+    LOG_ERROR("%s:%d get old v6 IP failed");
+    return Fail(ZARNNETERR_BAD_PARAMETER, false);
+  }
+  const auto present = facts::KernelV6Addresses(request.ifname);
   if (!present) {
     LOG_ERROR("%s:%d get old v6 IP failed");
     return false;
@@ -101,13 +104,13 @@ std::string NetmaskOf(unsigned prefix) {
 bool Reconfigure(const Request& request) {
   if (!Run(paths::kIfconfig, request.ifname, "0.0.0.0")) {
     LOG_ERROR("%s:%d excute command ifconfig %s 0.0.0.0 failed", request.ifname.c_str());
-    return false;
+    return Fail(ZARNNETERR_COMMAND, false);
   }
   const std::string netmask = NetmaskOf(request.prefix);
   if (!Run(paths::kIfconfig, request.ifname, request.ip, "netmask", netmask)) {
     LOG_ERROR("%s:%d excute command ifconfig %s %s netmask %s failed", request.ifname.c_str(),
               request.ip.c_str(), netmask.c_str());
-    return false;
+    return Fail(ZARNNETERR_COMMAND, false);
   }
   return true;
 }
@@ -148,13 +151,14 @@ bool SetV4(const Request& request, bool add) {
   constexpr unsigned kMaxPrefix = 32;
   if (request.prefix > kMaxPrefix) {
     LOG_ERROR("%s:%d prefix length is wrong");
-    return false;
+    return Fail(ZARNNETERR_BAD_PARAMETER, false);
   }
-  if (!ParseHostAddress(request.ip)) {
+  // Of a long text the beginning is judged, and a program gets all of it.
+  if (IsUnfitAddress(request.ip.c_str()) || !ParseHostAddress(request.ip)) {
     LOG_ERROR("%s:%d your ip %s is not valid", request.ip.c_str());
-    return false;
+    return Fail(ZARNNETERR_BAD_PARAMETER, false);
   }
-  if (request.ifname.empty()) {
+  if (IsUnfitName(request.ifname.c_str())) {
     LOG_ERROR("%s:%d get old v4 IP failed");
     return Fail(ZARNNETERR_BAD_PARAMETER, false);
   }
@@ -176,7 +180,7 @@ bool Set(std::string_view type, const Request& request, bool add) {
   if (type == "-4") return SetV4(request, add);
   if (type == "-6") return SetV6(request, add);
   LOG_ERROR("%s:%d ip type is wrong, only -4 or -6");
-  return false;
+  return Fail(ZARNNETERR_BAD_PARAMETER, false);
 }
 
 }  // namespace
@@ -197,7 +201,7 @@ int ZARNNetSetIP(const char* szType, const char* szIfname, const char* szIP, uns
     if (action == "flush") return Flush(szType, szIfname) ? 0 : -1;
     if (action != "add" && action != "del") {
       LOG_ERROR("%s:%d action command is wrong. your action is %s", OrEmpty(szAction));
-      return -1;
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }
     const Request request{OrEmpty(szIfname), OrEmpty(szIP), prefix};
     return Set(OrEmpty(szType), request, action == "add") ? 0 : -1;

@@ -1,6 +1,5 @@
 // Sets the MTU of an interface in the running kernel: of the ports that carry an Open vSwitch
 // device's traffic, and of a VLAN's parent before the VLAN.
-#include <cstdlib>
 #include <string>
 
 #include <zarnnetsdk/ipv4.h>
@@ -12,6 +11,7 @@
 #include "frame/facts/bonds.h"
 #include "frame/facts/ovs.h"
 #include "frame/facts/vlans.h"
+#include "frame/model/mtu.h"
 #include "frame/os/kernel.h"
 #include "ipv4/mtu.h"
 
@@ -27,14 +27,14 @@ bool ApplyWhileDown(const InetSocket& socket, const std::string& ifname, const s
   LOG_WARN("%s:%d we temporarily do the eth up/down in sdk when setting MTU");
   // An interface that stays up answers for itself when it gets the MTU.
   static_cast<void>(socket.SetUp(ifname, false));
-  return socket.SetMtu(ifname, std::atoi(mtu.c_str()));
+  return socket.SetMtu(ifname, model::MtuNumber(mtu)) || Fail(ZARNNETERR_REFUSED, false);
 }
 
 // NOLINTNEXTLINE(misc-no-recursion): from a VLAN to its parent, bounded by kMaxParents
 bool Apply(const std::string& ifname, const std::string& mtu, int parentsLeft) {
   constexpr std::size_t kMaxName = 16;
   if (ifname.size() > kMaxName) return Fail(ZARNNETERR_BAD_PARAMETER, false);
-  if (!FitsKernel(ifname)) return false;
+  if (!FitsKernel(ifname)) return Fail(ZARNNETERR_NOT_FOUND, false);
   const InetSocket socket;
   if (!socket.IsOpen()) return Fail(ZARNNETERR_VLAN_QUERY, false);
   // Never kept: what the kernel makes of the MTU, the interface does not stay down.
@@ -89,7 +89,8 @@ bool ipv4::ApplyMtu(const std::string& ifname, const std::string& mtu) {
 
 int ZARNNetSetMTUEth(const char* szMTU, const char* szIfname) {
   return Boundary(-1, [&]() -> int {
-    if (AnyEmpty({szMTU, szIfname})) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    if (IsEmpty(szIfname) || szMTU == nullptr || !model::IsMtuText(szMTU))
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     return ipv4::ApplyMtu(szIfname, szMTU) ? 0 : -1;
   });
 }

@@ -1,7 +1,6 @@
 // Gives an interface an MTU: stored in the settings, applied in the kernel, and told to the
 // plugins.
 #include <algorithm>
-#include <cstdlib>
 #include <optional>
 #include <string>
 
@@ -14,6 +13,7 @@
 #include "frame/facts/bonds.h"
 #include "frame/facts/driver.h"
 #include "frame/facts/ovs.h"
+#include "frame/model/mtu.h"
 #include "frame/os/wait.h"
 #include "ipv4/hooks.h"
 #include "ipv4/mtu.h"
@@ -53,7 +53,7 @@ bool SetBond(const std::string& mtu, const std::string& bond) {
 bool IsJumboOnSlowLink(int speed, const std::string& mtu) {
   constexpr int kGigabit = 1000;
   constexpr int kLargestPlainMtu = 1499;
-  return speed >= 0 && speed < kGigabit && std::atoi(mtu.c_str()) > kLargestPlainMtu;
+  return speed >= 0 && speed < kGigabit && model::MtuNumber(mtu) > kLargestPlainMtu;
 }
 
 bool SetInterface(const std::string& mtu, const std::string& ifname) {
@@ -117,7 +117,8 @@ int SetMtu(const std::string& mtu, const std::string& ifname) {
 
 int ZARNNetSetMTUValue(const char* szMTU, const char* szIfname) {
   return Boundary(-1, [&]() -> int {
-    if (AnyEmpty({szMTU, szIfname})) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    if (IsEmpty(szIfname) || szMTU == nullptr || !model::IsMtuText(szMTU))
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     return SetMtu(szMTU, szIfname);
   });
 }

@@ -27,7 +27,7 @@ int KOPAServicePlugin(int daemonAction, unsigned int flags) {
     const Lock lock(kServicePlugin);
     if (!lock.Held()) {
       LOG_ERROR("%s:%d Lock failed");
-      return -1;
+      return Fail(ZARNNETERR_LOCK, -1);
     }
     PluginEvent plugin;
     if (!plugin.Init(events::kService, events::kServiceChange)) {

@@ -21,7 +21,8 @@ bool ipv6::WriteAcceptRa(const std::string& ifname, int value) {
   const File file = OpenFile(path, "w");
   if (!file) {
     LOG_ERROR("%s:%d Failed to open file [%s]", path.c_str());
-    return false;
+    return Fail(ZARNNETERR_OPEN, false);
   }
-  return std::fprintf(file.get(), "%d", value) > 0 && std::fflush(file.get()) == 0;
+  const bool written = std::fprintf(file.get(), "%d", value) > 0 && std::fflush(file.get()) == 0;
+  return written || Fail(ZARNNETERR_WRITE, false);
 }

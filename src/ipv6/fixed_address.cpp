@@ -101,7 +101,7 @@ bool ChangeRoute(Change change, const std::string& ifname, const std::string& ga
   if (ipv6::ChangeDefaultRoute(change, ifname, gateway) != 0) {
     LOG_ERROR("%s:%d Failed to %s ipv6 default route via [%s] on [%s]", add ? "add" : "delete",
               gateway.c_str(), ifname.c_str());
-    return Fail(ZARNNETERR_COMMAND, false);
+    return false;
   }
   const Change opposite = add ? Change::kDelete : Change::kAdd;
   undo->Add([=] { static_cast<void>(ipv6::ChangeDefaultRoute(opposite, ifname, gateway)); });

@@ -51,7 +51,7 @@ bool ReadPrefix(const std::string& path, int* prefix) {
   }
   if (text.Found() && std::sscanf(text.text.c_str(), "%d", prefix) != 1) {
     LOG_ERROR("%s:%d not valid prefix length %s, %s,", text.text.c_str(), path.c_str());
-    return false;
+    return Fail(ZARNNETERR_UNEXPECTED_CONTENT, false);
   }
   return true;
 }

@@ -68,9 +68,8 @@ bool IsLegal(const std::string& address, bool required) {
 }
 
 bool IsSensible(const Request& request) {
-  const int shortest = request.IsStatic() ? 1 : 0;
   if (IsUnfitName(request.ifname.c_str()) || request.type < 0 || request.type >= ipv6::kTypes ||
-      request.prefix < shortest || request.prefix > static_cast<int>(ipv6::kMaxPrefix)) {
+      request.prefix < 0 || request.prefix > static_cast<int>(ipv6::kMaxPrefix)) {
     LOG_ERROR("%s:%d Bad parameters.");
     return false;
   }
@@ -124,7 +123,7 @@ bool Save(const std::string& path, std::optional<Backup>* copy) {
   copy->emplace(path, model::ChangeSuffix());
   if ((*copy)->Made()) return true;
   LOG_ERROR("%s:%d copy (%s, %s) failed.", path.c_str(), (*copy)->CopyName().c_str());
-  return false;
+  return Fail(ZARNNETERR_COMMAND, false);
 }
 
 void PutBack(const std::string& path, std::optional<Backup>* copy) {
@@ -254,10 +253,7 @@ bool Configure(const Request& request) {
   // call waits.
   const std::string path = paths::Ifcfg(request.ifname);
   const FileLock lock(path);
-  if (!lock.Held()) {
-    LOG_ERROR("%s:%d KOPACFileLockTimeByFile failed!");
-    return false;
-  }
+  if (!lock.HeldOrLog()) return false;
   const ipv6::Fixed former = FormerFixed(path);
   std::optional<Backup> copy;
   if (!Save(path, &copy)) return false;

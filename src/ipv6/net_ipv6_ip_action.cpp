@@ -2,6 +2,7 @@
 #include <zarnnetsdk/ipv6.h>
 #include <zarnnetsdk/net_int.h>
 
+#include "frame/base/address.h"
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
@@ -23,8 +24,9 @@ bool ipv6::ChangeAddress(Change change, const std::string& ifname, const std::st
 
 int ipv6::ChangeDefaultRoute(Change change, const std::string& ifname, const std::string& gateway) {
   const char* const action = change == Change::kAdd ? "add" : "del";
-  return RunVectorStatus(paths::kIp, "-6", "route", action, "default", "via", gateway, "dev",
-                         ifname);
+  const int status =
+      RunVectorStatus(paths::kIp, "-6", "route", action, "default", "via", gateway, "dev", ifname);
+  return status == 0 ? 0 : Fail(ZARNNETERR_COMMAND, status);
 }
 
 int ZARNNetIPv6IPAction(int cmd, const char* szIfname, const char* szAddr, unsigned int prefix,
@@ -45,9 +47,13 @@ int ZARNNetIPv6IPAction(int cmd, const char* szIfname, const char* szAddr, unsig
     const auto change = static_cast<ipv6::Change>(cmd);
     if (change != ipv6::Change::kAdd && change != ipv6::Change::kDelete) {
       LOG_ERROR("%s:%d Paramter ZARNIPV6IPCMD is not a legal parameter");
-      return -1;
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }
-    if (!IsEmpty(szGateway)) return ipv6::ChangeDefaultRoute(change, szIfname, szGateway);
+    if (!IsEmpty(szGateway)) {
+      if (IsUnfitName(szIfname) || IsUnfitAddress(szGateway))
+        return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+      return ipv6::ChangeDefaultRoute(change, szIfname, szGateway);
+    }
     return ipv6::ChangeAddress(change, szIfname, szAddr, prefix) ? 0 : -1;
   });
 }

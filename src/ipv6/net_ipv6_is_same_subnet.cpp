@@ -15,8 +15,9 @@ namespace {
 
 std::optional<Ipv6> Parse(const char* text) {
   const auto address = ParseIpv6(text);
-  if (!address) LOG_ERROR("%s:%d Invalid network address: %s", text);
-  return address;
+  if (address) return address;
+  LOG_ERROR("%s:%d Invalid network address: %s", text);
+  return Fail(ZARNNETERR_BAD_PARAMETER, std::nullopt);
 }
 
 bool AgreeInPrefix(const Ipv6& a, const Ipv6& b, unsigned prefix) {

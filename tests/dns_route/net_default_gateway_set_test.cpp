@@ -43,6 +43,8 @@ TEST(DefaultGateway, IsTheOneTheKernelShowsAndReadsBackFromBothPlaces) {
 TEST(DefaultGateway, OfTheFilesThatCannotBeReadOrChanged) {
   WriteFile(kNetwork, "NETWORKING=yes\n");
   TELL(ZARNNetDefaultGatewaySetConf("10.0.0.1\nHOSTNAME=evil"));
+  TELL(ZARNNetDefaultGatewaySetConf("$(reboot)"));
+  TELL(ZARNNetDefaultGatewaySet("-host"));
   Get();
   RemoveFile(kNetwork);
   Get();

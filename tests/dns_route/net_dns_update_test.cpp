@@ -94,6 +94,16 @@ TEST_F(Dns, AFailedStepLeavesTheOldFilesAndStopsTheAnnouncement) {
   TELL(ZARNNetDNSUpdate());
 }
 
+TEST_F(Dns, WhatCannotBeReadIsNotTakenForAbsent) {
+  WriteFile(kV4, "nameserver\t1.1.1.1\n");
+  WriteFile("/etc/resolv.conf.option/file", "");
+  TELL(ZARNNetDNSUpdate());
+  RemoveFile("/etc/resolv.conf.option");
+  RemoveFile(kInfo);
+  WriteFile(std::string(kInfo) + "/file", "");
+  TELL(ZARNNetDNSUpdate());
+}
+
 TEST_F(Dns, AFullOrReadOnlyDiskLeavesTheOldFiles) {
   MountEmpty("/etc", "24k");
   Prepare();

@@ -29,6 +29,13 @@ TEST(ChangeHooks, NothingIsFiredForWhatCannotChange) {
   TELL(ZARNNetIPChangePreHook(2, "eth0", "", "10.0.0.1", 24));
   TELL(ZARNNetIPChangePreHook(-1, "eth0", "", "10.0.0.1", 24));
   TELL(ZARNNetIPChangePreHook(0, "nosuch0", "", "10.0.0.1", 24));
+  TELL(ZARNNetIPChangePreHook(0, "eth0", nullptr, "10.0.0.1", 24));
+  TELL(KOPANetIFChgPluginSetArgs(nullptr, List({"eth0"}), List({"eth1"}), 0));
+}
+
+TEST(ChangeHooks, AFailingPluginOfAnAddressIsTold) {
+  WriteFile("/usr/zarn/plugins/net/ipv6_change/99-broken", "#!/bin/sh\nexit 1\n", 0755);
+  TELL(ZARNNetIPChangePreHook(1, "eth0", "", "fd00::1", 64));
 }
 
 TEST(ServicePlugin, WaitsForItsLockAndLetsGoOfIt) {

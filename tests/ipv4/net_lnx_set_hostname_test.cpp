@@ -1,5 +1,6 @@
 // The host name: kernel, files, logger and event, and what a failing step leaves.
 #include <cerrno>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <zarnnetsdk/ipv4.h>
@@ -71,6 +72,19 @@ TEST_F(Hostname, AFailedStepStopsThereAndLeavesTheRest) {
   RecordTool("/sbin/initctl");
   WriteFile("/usr/zarn/plugins/net/hostname_change/99-broken", "#!/bin/sh\nexit 1\n", 0755);
   Set("five");
+}
+
+TEST_F(Hostname, ALinkStaysAndItsFileIsReplaced) {
+  RemoveFile("/etc/hostname");
+  WriteFile("/etc/names/mine", "a-rather-long-old-name\n", 0600);
+  ASSERT_EQ(0, ::symlink("names/mine", "/etc/hostname"));
+  TellRewrites();
+  ::umask(077);
+  Set("nas");
+  Say(ReadFile("/etc/hostname"));
+  MountEmpty("/etc");
+  Shell("mount -o remount,ro /etc");
+  Set("bank");
 }
 
 TEST_F(Hostname, AFullDiskLeavesTheOldHosts) {

@@ -25,6 +25,9 @@ TEST(StaticAddress, AFailureAtAnyStepPutsTheFileBack) {
   TELL(ZARNILnxSetIPNetmask("eth0", "300.1.1.1", "255.255.255.0"));
   TELL(ZARNILnxSetIPNetmask("eth0", "10.0.0.1", "255.255.x.0"));
   TELL(ZARNILnxSetIPNetmask("eth0", "10.0.0.1\nMASTER=evil", "255.0.0.0"));
+  TELL(ZARNILnxSetIPNetmask("eth0", "10.0.0.1", "$(reboot)"));
+  TELL(ZARNILnxSetIPNetmask("eth0", "-h", "255.0.0.0"));
+  TELL(ZARNILnxSetIPNetmask("-h", "10.0.0.1", "255.0.0.0"));
   RecordTool("/sbin/ifconfig", 1);
   TELL(ZARNILnxSetIPNetmask("eth0", "10.0.0.1", "255.0.0.0"));
   RemoveFile(IfcfgPath("eth1"));

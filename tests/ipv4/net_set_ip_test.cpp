@@ -56,6 +56,10 @@ TEST_F(RecordedTools, WhatCannotBeMeantIsRefusedBeforeAnythingRuns) {
   TELL(ZARNNetSetIP("-4", "", "10.0.0.1", 24, "add"));
   TELL(ZARNNetSetIP("-6", nullptr, "fd00::1", 64, "add"));
   TELL(ZARNNetSetIP("-4", "", nullptr, 0, "flush"));
+  TELL(ZARNNetSetIP("-4", "-s", nullptr, 0, "flush"));
+  TELL(ZARNNetSetIP("-5", "eth0", nullptr, 0, "flush"));
+  TELL(ZARNNetSetIP("-6", "-s", "fd00::1", 64, "del"));
+  TELL(ZARNNetSetIP("-4", "eth0", "10.0.0.00000000000000000000000001 up", 24, "add"));
 }
 
 TEST(RealKernel, TheSameAddressAgainRefreshesTheRulesInsteadOfAnnouncing) {

@@ -77,4 +77,5 @@ TEST(V6Action, AGatewayChangesTheRouteAndNothingElse) {
   TELL(ZARNNetIPv6IPAction(1, "eth0", "fd00::5", 64, nullptr));
   TELL(ZARNNetIPv6IPAction(0, "eth0", "fd00::5", 129, nullptr));
   TELL(ZARNNetIPv6IPAction(2, "eth0", "fd00::5", 64, nullptr));
+  TELL(ZARNNetIPv6IPAction(0, "eth0", "fd00::5", 64, "-batch"));
 }

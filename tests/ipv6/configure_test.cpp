@@ -56,6 +56,7 @@ TEST_F(V6Set, StaticAddressAndRouteComeAndGo) {
   TELL(ZARNNetIPv6ConfSet("eth0", 3, "fd00::5", 64, "fe80::1"));
   TELL(ZARNNetIPv6ConfSet("eth0", 3, "fd00::5", 48, "fd00::1"));
   TELL(ZARNNetIPv6ConfSet("eth0", 3, "fd00::6", 48, nullptr));
+  TELL(ZARNNetIPv6ConfSet("eth0", 3, "fd00::6", 0, nullptr));
   Shell("ip -6 address add fd00::77/64 dev eth0");
   Say("only its own address goes");
   TELL(ZARNNetIPv6ConfSet("eth0", 1, "", 0, ""));
@@ -149,7 +150,7 @@ TEST_F(V6Set, BadArgumentsChangeNothing) {
   TELL(ZARNNetIPv6ConfSet("../eth0", 0, nullptr, 0, nullptr));
   TELL(ZARNNetIPv6ConfSet("eth0", 5, nullptr, 0, nullptr));
   TELL(ZARNNetIPv6ConfSet("eth0", -1, nullptr, 0, nullptr));
-  TELL(ZARNNetIPv6ConfSet("eth0", 3, "fd00::5", 0, nullptr));
+  TELL(ZARNNetIPv6ConfSet("-s", 0, nullptr, 0, nullptr));
   TELL(ZARNNetIPv6ConfSet("eth0", 3, "fd00::5", 129, nullptr));
   TELL(ZARNNetIPv6ConfSet("eth0", 0, nullptr, -1, nullptr));
   TELL(ZARNNetIPv6ConfSet("eth0", 3, nullptr, 64, nullptr));

@@ -66,6 +66,12 @@ class FileLock {
   FileLock& operator=(const FileLock&) = delete;
 
   [[nodiscard]] bool Held() const { return held_; }
+  // A lock that is not had is 0x0400 and logged in the caller's name.
+  [[nodiscard]] bool HeldOrLog(const Place& at = {}) const {
+    if (held_) return true;
+    LOG_ERROR_AT(at, "%s:%d KOPACFileLockTimeByFile failed!");
+    return Fail(ZARNNETERR_LOCK, false, at);
+  }
   [[nodiscard]] bool Release() {
     if (!held_) return true;
     held_ = false;
