@@ -224,9 +224,6 @@ TEST(DhcpOptions, TheServerTakesAllOfThem) {
   EXPECT_EQ(40U, options.size());
   EXPECT_EQ(17, lists);
   for (const auto& option : options) {
-    const DHCP_OPTION& record = option->record;
-    const std::string row = " " + std::to_string(record.number) + " " + record.name + "\n";
-    EXPECT_NE(std::string::npos, known.find(row)) << row << known;
     option->record.next = conf.options;
     conf.options = &option->record;
   }

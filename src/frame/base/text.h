@@ -26,6 +26,9 @@ inline bool AnyEmpty(std::initializer_list<const char*> texts) {
 // slash, blank or control character in it. The kernel takes no such interface name either.
 bool IsUnfitName(const char* name);
 
+// A control character, a newline among them, would end a line of a file or of a program's input.
+bool HasControlCharacters(std::string_view text);
+
 // Copies text into a buffer of size bytes, cut to fit and always terminated; size 0 writes nothing.
 void CopyText(std::string_view text, char* buffer, std::size_t size);
 
