@@ -31,6 +31,7 @@ class Rewrite {
   Rewrite& operator=(const Rewrite&) = delete;
 
   [[nodiscard]] bool IsOpen() const { return made_; }
+  [[nodiscard]] const std::string& TemporaryName() const { return name_; }
   [[nodiscard]] bool SetMode(mode_t mode);  // before Fill(): nobody else reads a part of it
   // The mode and owner of the file that stands there, or this mode where there is none.
   [[nodiscard]] bool SetModeOfTarget(mode_t otherwise);
