@@ -4,6 +4,7 @@
 #include <zarnnetsdk/dhcpd.h>
 
 #include "dhcpd/files.h"
+#include "dhcpd/switches.h"
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/os/file.h"
@@ -11,30 +12,30 @@
 
 using namespace frame;
 using namespace dhcpd;
+using namespace frame::dhcp_files;
 
 namespace {
 
 constexpr int kJoin = 1;
-constexpr char kBackupKey[] = "bonding_backup_enable";
 constexpr std::size_t kValueSize = 64;
 
-bool SetKey(const std::string& path, const char* key, const char* value) {
-  return KOPACFileSetKeyValue(path.c_str(), key, value, kQuotedLine) >= 0;
+bool SetQuoted(const std::string& path, const char* key, const char* value) {
+  return SetKey(path, key, value, kQuotedLine);
 }
 
 // Switches the service off and remembers what it was.
 bool SaveFile(const std::string& path) {
-  const KeyValue enable = ReadKey(path, kEnableKey, kValueSize);
+  const KeyValue enable = ReadKey(path, kEnable, kValueSize);
   if (!enable.Found()) {
-    LOG_ERROR("%s:%d Failed to get %s key in [%s]", kEnableKey, path.c_str());
+    LOG_ERROR("%s:%d Failed to get %s key in [%s]", kEnable, path.c_str());
     return false;
   }
-  if (!SetKey(path, kBackupKey, enable.text.c_str())) {
-    LOG_ERROR("%s:%d Failed to set %s key in [%s]", kBackupKey, path.c_str());
+  if (!SetQuoted(path, kSavedEnable, enable.text.c_str())) {
+    LOG_ERROR("%s:%d Failed to set %s key in [%s]", kSavedEnable, path.c_str());
     return false;
   }
-  if (!SetKey(path, kEnableKey, "no")) {
-    LOG_ERROR("%s:%d Failed to set %s key to \"no\" in [%s]", kEnableKey, path.c_str());
+  if (!SetQuoted(path, kEnable, kNo)) {
+    LOG_ERROR("%s:%d Failed to set %s key to \"no\" in [%s]", kEnable, path.c_str());
     return false;
   }
   return true;
@@ -42,13 +43,13 @@ bool SaveFile(const std::string& path) {
 
 // Switches the service back to what was remembered, which stays in the file.
 bool RestoreFile(const std::string& path) {
-  const KeyValue backup = ReadKey(path, kBackupKey, kValueSize);
+  const KeyValue backup = ReadKey(path, kSavedEnable, kValueSize);
   if (backup.Unreadable()) {
-    LOG_ERROR("%s:%d Failed to get %s key in [%s]", kBackupKey, path.c_str());
+    LOG_ERROR("%s:%d Failed to get %s key in [%s]", kSavedEnable, path.c_str());
     return false;
   }
-  if (!backup.Found() || SetKey(path, kEnableKey, backup.text.c_str())) return true;
-  LOG_ERROR("%s:%d Failed to set %s key in [%s]", kEnableKey, path.c_str());
+  if (!backup.Found() || SetQuoted(path, kEnable, backup.text.c_str())) return true;
+  LOG_ERROR("%s:%d Failed to set %s key in [%s]", kEnable, path.c_str());
   return false;
 }
 
@@ -101,10 +102,7 @@ int DHCPDLinkAggrSet(int op, const char* bond, PKOPACSZLIST members) {
       return -1;
     }
     if (!(op == kJoin ? Join(bond, members) : Dissolve(bond, members))) return -1;
-    if (DHCPServerRestart() <
-        0) {  // it is never negative: a server that does not start fails nothing
-      LOG_ERROR("%s:%d Restart DHCP daemon \"dnsmasq\" failed");
-    }
+    static_cast<void>(RestartUnlessRefused());  // a server that does not start fails nothing
     return 0;
   });
 }

@@ -11,41 +11,27 @@
 
 using namespace frame;
 using namespace dhcpd;
+using namespace frame::dhcp_files;
 
 namespace {
-
-constexpr char kSetting[] = "/etc/dhcpd/dhcpd-pxe-setting";
-constexpr char kInfo[] = "/etc/dhcpd/dhcpd-pxe.info";
-constexpr char kFragment[] = "/etc/dhcpd/dhcpd-pxe.conf";
 
 constexpr char kRemoteKey[] = "is_remote_tftp";
 constexpr char kLocalLoaderKey[] = "local_bootloader";
 constexpr char kRemoteLoaderKey[] = "remote_bootloader";
 constexpr char kServerKey[] = "remote_tftp_server_ip";
 
-bool MakeFolderOrLog() {
-  if (MakeFolder()) return true;
-  LOG_ERROR("%s:%d Failed to mkdir [%s]", kFolder);
-  return false;
-}
-
 // ---- read
 
 // A key that is not there is no failure.
 template <std::size_t N>
-bool ReadField(const char* key, char (&field)[N]) {
-  return KOPACFileGetKeyValue(kSetting, key, field, N, 0) >= 0;
-}
-
-template <std::size_t N>
 bool ReadLoader(const char* key, char (&field)[N]) {
-  if (ReadField(key, field)) return true;
+  if (ReadOptionalKeyInto(kPxeSetting, key, field)) return true;
   LOG_ERROR("%s:%d Failed to get [%s] key", key);
   return false;
 }
 
 bool ReadServer(DHCP_PXE_CONF* conf) {
-  if (ReadField(kServerKey, conf->remote_tftp_server_ip)) return true;
+  if (ReadOptionalKeyInto(kPxeSetting, kServerKey, conf->remote_tftp_server_ip)) return true;
   LOG_ERROR("%s:%d Failed to get remote tftp server IP");
   return false;
 }
@@ -74,8 +60,7 @@ bool IsComplete(const DHCP_PXE_CONF& conf) {
 }
 
 bool SetSetting(const char* key, std::string_view value) {
-  if (KOPACFileSetKeyValue(kSetting, key, std::string(value).c_str(), kQuotedLine) >= 0)
-    return true;
+  if (SetKey(kPxeSetting, key, std::string(value).c_str(), kQuotedLine)) return true;
   LOG_ERROR("%s:%d Failed to set [%s] key", key);
   return false;
 }
@@ -101,10 +86,17 @@ std::string FragmentText(const DHCP_PXE_CONF& conf) {
 }
 
 int WriteFiles(const DHCP_PXE_CONF& conf) {
-  if (!MakeFolderOrLog() || !SetSettings(conf)) return -1;
-  if (ReplaceFile(kFragment, FragmentText(conf))) return 0;
-  LOG_ERROR("%s:%d Failed to open file [%s].", kFragment);
-  return -1;
+  const bool written =
+      MakeFolderOrLog() && SetSettings(conf) && WriteFragmentOrLog(kPxeConf, FragmentText(conf));
+  return written ? 0 : -1;
+}
+
+bool Enable(bool enable) {
+  if (!MakeFolderOrLog()) return false;
+  for (const char* path : {kPxeSetting, kPxeInfo}) {
+    if (!SetKey(path, kEnable, YesOrNo(enable), kQuotedLine)) return false;
+  }
+  return true;
 }
 
 }  // namespace
@@ -112,7 +104,7 @@ int WriteFiles(const DHCP_PXE_CONF& conf) {
 int DHCPPXEConfGetEnable(int* enable) {
   return Boundary(-1, [&]() -> int {
     if (enable == nullptr) return -1;
-    *enable = KeyIs(kSetting, kEnableKey, "yes") ? 1 : 0;
+    *enable = IsSwitchedOn(kPxeSetting) ? 1 : 0;
     return 0;
   });
 }
@@ -124,9 +116,9 @@ int DHCPPXEConfGet(DHCP_PXE_CONF* conf) {
       return -1;
     }
     *conf = {};
-    static_cast<void>(DHCPPXEConfGetEnable(&conf->enable));
-    if (!Exists(kSetting)) return 0;
-    conf->is_remote_tftp = KeyIs(kSetting, kRemoteKey, "yes") ? 1 : 0;
+    conf->enable = IsSwitchedOn(kPxeSetting) ? 1 : 0;
+    if (!Exists(kPxeSetting)) return 0;
+    conf->is_remote_tftp = KeyIs(kPxeSetting, kRemoteKey, kYes) ? 1 : 0;
     if (ReadLoader(kLocalLoaderKey, conf->local_bootloader) &&
         ReadLoader(kRemoteLoaderKey, conf->remote_bootloader) && ReadServer(conf)) {
       return 0;
@@ -137,14 +129,7 @@ int DHCPPXEConfGet(DHCP_PXE_CONF* conf) {
 }
 
 int DHCPPXEConfSetEnable(int enable) {
-  return Boundary(-1, [&]() -> int {
-    if (!MakeFolderOrLog()) return -1;
-    const char* const value = YesOrNo(enable == 1);
-    for (const char* path : {kSetting, kInfo}) {
-      if (KOPACFileSetKeyValue(path, kEnableKey, value, kQuotedLine) < 0) return -1;
-    }
-    return 0;
-  });
+  return Boundary(-1, [&]() -> int { return Enable(enable == 1) ? 0 : -1; });
 }
 
 int DHCPPXEConfSet(const DHCP_PXE_CONF* conf) {
@@ -157,7 +142,7 @@ int DHCPPXEConfSet(const DHCP_PXE_CONF* conf) {
       LOG_ERROR("%s:%d Failed to set config file of dhcp pxe server.");
       return -1;
     }
-    if (DHCPPXEConfSetEnable(conf->enable) < 0) {
+    if (!Enable(conf->enable == 1)) {
       LOG_ERROR("%s:%d Failed to set info file of dhcp pxe server.");
       return -1;
     }

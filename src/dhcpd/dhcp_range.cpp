@@ -1,5 +1,4 @@
 // The address ranges that interfaces serve, and whether a new one would overlap with another's.
-#include <arpa/inet.h>
 #include <cstdlib>
 #include <optional>
 #include <string>
@@ -8,19 +7,20 @@
 #include <zarnnetsdk/dhcpd.h>
 
 #include "dhcpd/files.h"
+#include "dhcpd/switches.h"
+#include "frame/base/address.h"
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
+#include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
-#include "frame/os/containers.h"
 #include "frame/os/file.h"
 #include "frame/os/key_file.h"
 
 using namespace frame;
 using namespace dhcpd;
+using namespace frame::dhcp_files;
 
 namespace {
-
-constexpr int kIpv4 = 0;
 
 // A chain of ranges that is freed with its owner unless it is given away.
 class RangeChain {
@@ -31,7 +31,6 @@ class RangeChain {
   RangeChain& operator=(const RangeChain&) = delete;
 
   [[nodiscard]] const DHCP_RANGE* Head() const { return head_; }
-  DHCP_RANGE** Out() { return &head_; }
   [[nodiscard]] DHCP_RANGE* GiveAway() { return std::exchange(head_, nullptr); }
   // A zeroed range at the end; null when there is no memory for it.
   DHCP_RANGE* Append() {
@@ -46,12 +45,6 @@ class RangeChain {
   DHCP_RANGE** tail_ = &head_;
 };
 
-std::optional<std::uint32_t> ToAddress(const std::string& text) {
-  in_addr address{};
-  if (::inet_pton(AF_INET, text.c_str(), &address) != 1) return std::nullopt;
-  return ntohl(address.s_addr);
-}
-
 // ---- ranges of an interface
 
 bool IsRange(const std::vector<std::string>& items) {
@@ -59,8 +52,8 @@ bool IsRange(const std::vector<std::string>& items) {
   if (items.size() != kItems || items[1].empty() || items[2].empty() || items[3].empty()) {
     return false;
   }
-  const auto start = ToAddress(items[1]);
-  const auto end = ToAddress(items[2]);
+  const auto start = ParseIpv4(items[1]);
+  const auto end = ParseIpv4(items[2]);
   if (!start || !end) {
     LOG_ERROR("%s:%d Failed to convert IPs [%s, %s] to in_addr", items[1].c_str(),
               items[2].c_str());
@@ -70,7 +63,7 @@ bool IsRange(const std::vector<std::string>& items) {
 }
 
 bool AppendRange(const char* ifname, unsigned subnet, RangeChain* chain) {
-  const auto items = ItemsOfKey(SubnetConf(kStemV4, ifname, subnet), kRangeKey);
+  const auto items = ItemsOfKey(SubnetConf(kStemV4, ifname, subnet), kRange);
   if (items.empty()) {
     LOG_ERROR("%s:%d Failed to get dhcp ranges from subnet [%u] in interface [%s]", subnet, ifname);
     return false;
@@ -90,19 +83,28 @@ bool AppendRange(const char* ifname, unsigned subnet, RangeChain* chain) {
   return true;
 }
 
+// Those of the subnets 0, 1, 2 ... up to the first number that is missing; their number.
+std::optional<int> AppendRanges(const char* ifname, RangeChain* chain) {
+  unsigned count = 0;
+  for (; Exists(SubnetConf(kStemV4, ifname, count)); ++count) {
+    if (!AppendRange(ifname, count, chain)) return std::nullopt;
+  }
+  return static_cast<int>(count);
+}
+
 // ---- conflicts
 
 struct Network {
-  std::uint32_t first;
-  std::uint32_t last;
+  Ipv4 first;
+  Ipv4 last;
 
   [[nodiscard]] bool LiesWithin(const Network& other) const {
     return other.first <= first && last <= other.last;
   }
 };
 
-Network NetworkOf(std::uint32_t address, std::uint32_t mask) {
-  return {address & mask, address | ~mask};
+Network NetworkOf(Ipv4 address, Ipv4 mask) {
+  return {address & mask, Ipv4(address.value | ~mask.value)};
 }
 
 struct Wanted {
@@ -111,10 +113,10 @@ struct Wanted {
 };
 
 bool Overlaps(const Wanted& wanted, const DHCP_RANGE& range) {
-  const auto start = ToAddress(wanted.start);
-  const auto mask = ToAddress(wanted.netmask);
-  const auto rangeStart = ToAddress(range.start);
-  const auto rangeMask = ToAddress(range.netmask);
+  const auto start = ParseIpv4(wanted.start);
+  const auto mask = ParseIpv4(wanted.netmask);
+  const auto rangeStart = ParseIpv4(range.start);
+  const auto rangeMask = ParseIpv4(range.netmask);
   if (!start || !mask || !rangeStart || !rangeMask) {
     LOG_ERROR("%s:%d Failed to convert IPs [%s, %s, %s, %s] to in_addr", wanted.start, range.start,
               wanted.netmask, range.netmask);
@@ -126,25 +128,20 @@ bool Overlaps(const Wanted& wanted, const DHCP_RANGE& range) {
 }
 
 bool IsSlave(const char* ifname) {
-  const KeyValue slave = ReadKey(paths::Ifcfg(ifname), "SLAVE", 16);
+  const KeyValue slave = ReadKey(paths::Ifcfg(ifname), keys::kSlave, 16);
   if (slave.Unreadable()) LOG_ERROR("%s:%d Failed to get key SLAVE on %s", ifname);
   return slave.text == "yes";
 }
 
 bool Serves(const char* ifname) {
-  return !IsSlave(ifname) && Exists(paths::Ifcfg(ifname)) &&
-         DHCPInterfaceIsEnabled(ifname, kIpv4) == 1;
+  return !IsSlave(ifname) && Exists(paths::Ifcfg(ifname)) && IsServed(kStemV4, ifname);
 }
 
 // 1 when a range of the interface overlaps, 0 when none does, -1 when they cannot be read.
 int CompareWith(const char* ifname, const Wanted& wanted) {
-  if (IsEmpty(ifname)) {
-    LOG_ERROR("%s:%d Failed to get interface from interface list");
-    return -1;
-  }
   if (!Serves(ifname)) return 0;
   RangeChain ranges;
-  if (DHCPGetInterfaceRanges(ifname, ranges.Out()) < 0) {
+  if (!AppendRanges(ifname, &ranges)) {
     LOG_ERROR("%s:%d Failed to get DHCP ranges for interface [%s]", ifname);
     return -1;
   }
@@ -167,12 +164,10 @@ int DHCPGetInterfaceRanges(const char* ifname, DHCP_RANGE** ranges) {
       return -1;
     }
     RangeChain chain;
-    unsigned count = 0;
-    for (; Exists(SubnetConf(kStemV4, ifname, count)); ++count) {
-      if (!AppendRange(ifname, count, &chain)) return -1;
-    }
+    const auto count = AppendRanges(ifname, &chain);
+    if (!count) return -1;
     *ranges = chain.GiveAway();
-    return static_cast<int>(count);
+    return *count;
   });
 }
 
@@ -192,16 +187,14 @@ int DHCPIsRangeConflict(const char* ifname, const char* start, const char* end, 
       return -1;
     }
     if (conflict_if != nullptr) CopyText("", conflict_if, conflict_if_size);
-    constexpr int kCapacity = 16;
-    StringList ifnames(kCapacity);
-    if (DHCPInterfaceListGet(ifnames.Out(), kIpv4) < 0) {
+    const auto ifnames = InterfacesWithSwitch(kStemV4);
+    if (!ifnames) {
       LOG_ERROR("%s:%d Failed to get interface list");
       return -1;
     }
-    for (int i = 0; i < ifnames.Count(); ++i) {
-      const char* const other = ifnames[i];
-      if (!IsEmpty(other) && std::string_view(other) == ifname) continue;
-      const int result = CompareWith(other, {start, netmask});
+    for (const std::string& other : *ifnames) {
+      if (other == ifname) continue;
+      const int result = CompareWith(other.c_str(), {start, netmask});
       if (result < 0) return -1;
       if (result == 0) continue;
       if (conflict_if != nullptr) CopyText(other, conflict_if, conflict_if_size);

@@ -1,7 +1,5 @@
 // Options that go to the clients of one vendor class alone, one line of the vendor fragment each:
 // class, number and value, which may hold commas itself.
-#include <cstdio>
-#include <cstring>
 #include <optional>
 #include <string>
 
@@ -13,19 +11,26 @@
 #include "frame/base/log.h"
 #include "frame/os/containers.h"
 #include "frame/os/file.h"
+#include "frame/os/key_file.h"
+#include "frame/os/line_file.h"
 
 using namespace frame;
 using namespace dhcpd;
+using namespace frame::dhcp_files;
 
 namespace {
 
-constexpr char kVendorConf[] = "/etc/dhcpd/dhcpd-vendor.conf";
 constexpr char kPrefix[] = "dhcp-option=vendor:";
 constexpr int kLastNumber = 254;
 constexpr std::size_t kLineSize = 1024;
 
-bool IsOptionNumber(int number) {
+bool IsOptionNumber(long number) {
   return number >= 1 && number <= kLastNumber;
+}
+
+bool IsOptionNumber(std::string_view text) {
+  const auto number = ToNumber(text);
+  return number && IsOptionNumber(*number);
 }
 
 const char* OrNothing(const char* text) {
@@ -47,7 +52,7 @@ std::optional<VendorOption> Parse(std::string_view line) {
   }
   VendorOption option{
       std::string(fields[0].substr(sizeof kPrefix - 1)), std::string(fields[1]), {}};
-  if (DHCPVendorCheckOptNum(option.number.c_str()) != 1) {
+  if (!IsOptionNumber(option.number)) {
     LOG_ERROR("%s:%d Wrong option number [%s]", option.number.c_str());
     return std::nullopt;
   }
@@ -61,33 +66,23 @@ std::optional<VendorOption> Parse(std::string_view line) {
 template <class Step>
 bool ForLinesWith(const std::string& text, Step step) {
   if (!Exists(kVendorConf)) return true;
-  const File file = OpenFile(kVendorConf, "r");
-  if (!file) {
-    LOG_ERROR("%s:%d Failed to read DHCP vendor config");
-    return false;
+  BoundedLines lines(kVendorConf, kLineSize);
+  while (const auto line = lines.Next()) {
+    if (line->find(text) != std::string::npos && !step(*line)) return false;
   }
-  char line[kLineSize];
-  while (std::fgets(line, sizeof line, file.get()) != nullptr) {
-    line[std::strcspn(line, "\n")] = '\0';
-    if (std::strstr(line, text.c_str()) != nullptr && !step(line)) return false;
-  }
-  return true;
-}
-
-bool MakeFolderOrLog() {
-  if (MakeFolder()) return true;
-  LOG_ERROR("%s:%d Failed to mkdir [%s]", kFolder);
+  if (!lines.Failed()) return true;
+  LOG_ERROR("%s:%d Failed to read DHCP vendor config");
   return false;
 }
 
 // Removes the lines that begin with this text and end there or go on with a comma.
 bool RemoveLines(const std::string& beginning) {
-  return !Exists(kVendorConf) || KOPACFileRemoveKey(kVendorConf, beginning.c_str()) >= 0;
+  return !Exists(kVendorConf) || DropKey(kVendorConf, beginning.c_str());
 }
 
-bool AddLine(const char* vendor, const char* number, const char* value) {
+bool AddOptionLine(const char* vendor, const char* number, const char* value) {
   const std::string line = Format("%s%s,%s,%s", kPrefix, vendor, number, value);
-  return KOPACFileAddLine(kVendorConf, nullptr, line.c_str(), 0) >= 0;
+  return AddLine(kVendorConf, line);
 }
 
 bool RefusesValues(const KOPACSZHASH* options, const StringList& numbers) {
@@ -103,11 +98,11 @@ bool AddOption(const char* vendor, const char* number, const char* value) {
     LOG_ERROR("%s:%d Failed to set vendor [%s] option, hash error", vendor);
     return false;
   }
-  if (DHCPVendorCheckOptNum(number) != 1) {
+  if (!IsOptionNumber(number)) {
     LOG_ERROR("%s:%d Failed to set vendor [%s] option, Wrong option number [%s]", vendor, number);
     return false;
   }
-  if (AddLine(vendor, number, value)) return true;
+  if (AddOptionLine(vendor, number, value)) return true;
   LOG_ERROR("%s:%d Faild to set vendor [%s] option: KOPACFileAddLine() erorr", vendor);
   return false;
 }
@@ -145,9 +140,7 @@ std::optional<std::string> VendorOf(std::string_view line) {
 
 int DHCPVendorCheckOptNum(const char* text) {
   return Boundary(-1, [&]() -> int {
-    if (IsEmpty(text)) return 0;
-    const auto number = ToNumber(text);
-    return number && *number >= 1 && *number <= kLastNumber ? 1 : 0;
+    return !IsEmpty(text) && IsOptionNumber(std::string_view(text)) ? 1 : 0;
   });
 }
 
@@ -157,10 +150,10 @@ int DHCPVendorEnum(PKOPACSZLIST* vendors) {
       LOG_ERROR("%s:%d Failed to enum vendors: parameter error");
       return -1;
     }
-    const bool all = ForLinesWith(kPrefix, [vendors](const char* line) {
+    const bool all = ForLinesWith(kPrefix, [vendors](const std::string& line) {
       const auto vendor = VendorOf(line);
       if (!vendor) {
-        LOG_DETAIL("%s:%d wrong format [%s] in DHCP vendor config", line);
+        LOG_DETAIL("%s:%d wrong format [%s] in DHCP vendor config", line.c_str());
         return true;
       }
       if (KOPACSzListFind(*vendors, vendor->c_str()) >= 0) return true;
@@ -175,11 +168,12 @@ int DHCPVendorEnum(PKOPACSZLIST* vendors) {
 int DHCPVendorGetVendor(const char* vendor, PKOPACSZHASH* options) {
   return Boundary(-1, [&]() -> int {
     if (IsEmpty(vendor) || options == nullptr) {
-      // Only told: callers that ask for nothing get what there is of it.
+      // Only told, and gone on with: without a vendor no line is found, and without a hash the
+      // first one found fails.
       LOG_ERROR("%s:%d Failed to get vendor option: parameter error");
     }
     const std::string wanted = Format("%s%s,", kPrefix, OrNothing(vendor));
-    const bool all = ForLinesWith(wanted, [options](const char* line) {
+    const bool all = ForLinesWith(wanted, [options](const std::string& line) {
       const auto option = Parse(line);
       if (!option) return false;
       if (options != nullptr &&
@@ -202,20 +196,17 @@ int DHCPVendorGetVendorOpt(const char* vendor, int number, char* value, std::siz
       return -1;
     }
     if (!Exists(kVendorConf)) return 0;
-    constexpr int kContains = 0x402;
     const std::string wanted = Format("%s%s,%d", kPrefix, vendor, number);
-    char line[kLineSize] = "";
-    const int found = KOPACFileGetLine(kVendorConf, wanted.c_str(), line, sizeof line, kContains);
-    if (found < 0) {
+    const auto line = FindLineContaining(kVendorConf, wanted, kLineSize);
+    if (!line) {
       LOG_ERROR("%s:%d KOPACFileGetLine() failed");
       return -1;
     }
-    if (found == 0) {
+    if (line->empty()) {
       LOG_DETAIL("%s:%d No match [%s] line in DHCP vendor config", wanted.c_str());
       return 0;
     }
-    line[std::strcspn(line, "\n")] = '\0';
-    const auto option = Parse(line);
+    const auto option = Parse(*line);
     if (!option) return -1;
     CopyText(option->value, value, size);
     return 1;
@@ -261,7 +252,7 @@ int DHCPVendorSetVendorOpt(const char* vendor, int number, const char* value) {
                 OrNothing(vendor), number);
       return -1;
     }
-    if (AddLine(OrNothing(vendor), digits.c_str(), OrNothing(value))) return 0;
+    if (AddOptionLine(OrNothing(vendor), digits.c_str(), OrNothing(value))) return 0;
     LOG_ERROR("%s:%d Faild to set vendor [%s] option [#%d]: KOPACFileAddLine() erorr",
               OrNothing(vendor), number);
     return -1;

@@ -1,17 +1,16 @@
-// The files of the built-in DHCP server: their names, and what their readers and writers share.
+// What the readers and writers of the DHCP server's files share: lines, whole files, refusals.
 #include "dhcpd/files.h"
 
-#include <algorithm>
-#include <cctype>
-#include <cstring>
 #include <sys/stat.h>
 
 #include <zarncore/zarncore.h>
 
-#include "frame/base/error.h"
+#include "frame/base/log.h"
 #include "frame/model/paths.h"
 #include "frame/os/command.h"
+#include "frame/os/file.h"
 #include "frame/os/key_file.h"
+#include "frame/os/line_file.h"
 #include "frame/os/rewrite.h"
 
 using namespace frame;
@@ -20,14 +19,7 @@ namespace dhcpd {
 namespace {
 
 constexpr std::size_t kLineSize = 1024;
-
-std::string Name(const char* stem, std::string_view ifname, const std::string& rest) {
-  return std::string(stem).append("-").append(ifname).append(rest);
-}
-
-std::string SubnetName(unsigned subnet, const char* extension) {
-  return "-subnet" + std::to_string(subnet) + extension;
-}
+constexpr mode_t kMode = S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
 
 std::vector<std::string> Items(std::string_view text) {
   std::vector<std::string> items;
@@ -62,72 +54,57 @@ bool HasUnfitTexts(const DHCP_SUBNET_CONF& conf) {
 
 }  // namespace
 
-std::string InterfaceInfo(const char* stem, std::string_view ifname) {
-  return Name(stem, ifname, ".info");
+bool IsSwitchedOn(const std::string& path) {
+  return Exists(path) && KeyIs(path, dhcp_files::kEnable, dhcp_files::kYes);
 }
 
-std::string TagConf(std::string_view ifname, std::string_view tag) {
-  return Name(kStemV4, ifname, std::string("-").append(tag).append(".conf"));
+bool MakeFolderOrLog(const Place& at) {
+  if (RunStatus(paths::kMkdir, "-p", dhcp_files::kFolder) == 0) return true;
+  LOG_ERROR_AT(at, "%s:%d Failed to mkdir [%s]", dhcp_files::kFolder);
+  return false;
 }
 
-std::string TagInfo(std::string_view ifname, std::string_view tag) {
-  return Name(kStemV4, ifname, std::string("-").append(tag).append(".info"));
-}
-
-std::string SubnetConf(const char* stem, std::string_view ifname, unsigned subnet) {
-  return Name(stem, ifname, SubnetName(subnet, ".conf"));
-}
-
-std::string SubnetInfo(const char* stem, std::string_view ifname, unsigned subnet) {
-  return Name(stem, ifname, SubnetName(subnet, ".info"));
-}
-
-bool MakeFolder() {
-  return RunStatus(paths::kMkdir, "-p", kFolder) == 0;
-}
-
-bool ReplaceFile(const std::string& path, std::string_view text) {
-  constexpr mode_t kMode = S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
+bool WriteFragmentOrLog(const std::string& path, std::string_view text, const Place& at) {
   Rewrite file(path);
-  return file.IsOpen() && file.SetMode(kMode) && file.Fill(text) && file.TakeEffect();
+  if (file.IsOpen() && file.SetMode(kMode) && file.Fill(text) && file.TakeEffect()) return true;
+  LOG_ERROR_AT(at, "%s:%d Failed to open file [%s].", path.c_str());
+  return false;
 }
 
-std::string SwitchLine(bool enable) {
-  return Format(kQuotedLine, kEnableKey, YesOrNo(enable));
+bool WriteSwitchOrLog(const std::string& path, bool enable, const Place& at) {
+  const std::string line = Format(kQuotedLine, dhcp_files::kEnable, YesOrNo(enable));
+  Rewrite file(path);
+  if (file.IsOpen() && file.SetModeOfTarget(kMode) && file.Fill(line) && file.TakeEffect())
+    return true;
+  LOG_ERROR_AT(at, "%s:%d Failed to open file [%s].", path.c_str());
+  return false;
 }
 
 std::string InterfaceLine(std::string_view ifname) {
-  return std::string(kInterfaceKey).append("=").append(ifname).append("\n");
+  return std::string(dhcp_files::kInterface).append("=").append(ifname).append("\n");
 }
 
 std::string RangeLine(std::string_view tag, std::string_view start, std::string_view end,
                       std::string_view mask, int lease) {
-  std::string line = std::string(kRangeKey).append("=set:").append(tag);
+  std::string line = std::string(dhcp_files::kRange).append("=set:").append(tag);
   for (const std::string_view field : {start, end, mask})
     line.append(",").append(field);
   return line.append("," + std::to_string(lease) + "\n");
 }
 
 std::string OptionLine(std::string_view tag, std::string_view option, std::string_view value) {
-  std::string line = std::string(kOptionKey).append("=tag:").append(tag);
+  std::string line = std::string(dhcp_files::kOption).append("=tag:").append(tag);
   return line.append(",").append(option).append(",").append(value).append("\n");
 }
 
 std::vector<std::string> ItemsOfLineWith(const std::string& path, const char* text) {
-  constexpr int kContains = 0x402;
-  char line[kLineSize] = "";
-  if (KOPACFileGetLine(path.c_str(), text, line, sizeof line, kContains) <= 0) return {};
-  return Items(std::string_view(line).substr(0, std::strcspn(line, "\n")));
+  const std::string line = LineContaining(path, text, kLineSize);
+  return line.empty() ? std::vector<std::string>() : Items(line);
 }
 
 std::vector<std::string> ItemsOfKey(const std::string& path, const char* key) {
   const KeyValue value = ReadKey(path, key, kLineSize);
   return value.Found() ? Items(value.text) : std::vector<std::string>();
-}
-
-bool HasControlCharacters(std::string_view text) {
-  return std::any_of(text.begin(), text.end(),
-                     [](unsigned char character) { return std::iscntrl(character) != 0; });
 }
 
 bool IsRefusedName(const char* name) {

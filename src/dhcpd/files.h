@@ -1,6 +1,4 @@
-// The files of the built-in DHCP server: their names, and the steps that every reader and writer of
-// them shares. A fragment (.conf) is text for the server, an information file (.info) holds
-// switches.
+// What the readers and writers of the DHCP server's files share: lines, whole files, refusals.
 #pragma once
 
 #include <string>
@@ -9,50 +7,29 @@
 
 #include <zarnnetsdk/dhcpd.h>
 
+#include "frame/base/place.h"
 #include "frame/base/text.h"
+#include "frame/model/dhcp_files.h"
 
 namespace dhcpd {
 
-inline constexpr char kFolder[] = "/etc/dhcpd";
-inline constexpr char kStemV4[] = "/etc/dhcpd/dhcpd";
-inline constexpr char kStemV6[] = "/etc/dhcpd/dhcpd6";
-
-inline constexpr char kEnableKey[] = "enable";
-inline constexpr char kInterfaceKey[] = "interface";
-inline constexpr char kRangeKey[] = "dhcp-range";
-inline constexpr char kOptionKey[] = "dhcp-option";
-
-// What an option line names its option.
-inline constexpr char kRouter[] = "option:router";
-inline constexpr char kDomainSearch[] = "option:domain-search";
-inline constexpr char kDomainName[] = "option:domain-name";
-inline constexpr char kDnsServer[] = "option:dns-server";
-inline constexpr char kDnsServerV6[] = "option6:dns-server";
-
-// The family of an interface's or a subnet's files: 0 is IPv4, 1 is IPv6; null for any other.
-inline const char* StemOf(int ipType) {
-  if (ipType == 0) return kStemV4;
-  return ipType == 1 ? kStemV6 : nullptr;
-}
-
-std::string InterfaceInfo(const char* stem, std::string_view ifname);
-std::string TagConf(std::string_view ifname, std::string_view tag);
-std::string TagInfo(std::string_view ifname, std::string_view tag);
-std::string SubnetConf(const char* stem, std::string_view ifname, unsigned subnet);
-std::string SubnetInfo(const char* stem, std::string_view ifname, unsigned subnet);
-
 inline const char* YesOrNo(bool yes) {
-  return yes ? "yes" : "no";
+  return yes ? frame::dhcp_files::kYes : frame::dhcp_files::kNo;
 }
 
-// Runs mkdir for the folder, which the appliance makes on demand.
-[[nodiscard]] bool MakeFolder();
+// Does the file say that what it is about is switched on? No as well without the file.
+bool IsSwitchedOn(const std::string& path);
 
-// Replaces the file by the text.
-[[nodiscard]] bool ReplaceFile(const std::string& path, std::string_view text);
+// Runs mkdir for the folder, which the appliance makes on demand. A failure is logged in the
+// caller's name.
+[[nodiscard]] bool MakeFolderOrLog(const frame::Place& at = {});
 
-// The single line of a subnet's information file.
-std::string SwitchLine(bool enable);
+// Replaces a fragment by the text, or a switch, which keeps its mode and owner, by its single line.
+// A failure is logged in the caller's name.
+[[nodiscard]] bool WriteFragmentOrLog(const std::string& path, std::string_view text,
+                                      const frame::Place& at = {});
+[[nodiscard]] bool WriteSwitchOrLog(const std::string& path, bool enable,
+                                    const frame::Place& at = {});
 
 // ---- lines of a fragment
 std::string InterfaceLine(std::string_view ifname);
@@ -67,11 +44,8 @@ std::vector<std::string> ItemsOfLineWith(const std::string& path, const char* te
 std::vector<std::string> ItemsOfKey(const std::string& path, const char* key);
 
 // ---- what is never written
-// A text that would add a line to a file, or lead out of the folder, is refused with 0x0D00. That
-// is the only code of this family: what is just missing or of an unknown kind is told by result and
-// log.
-
-bool HasControlCharacters(std::string_view text);
+// A text that would add a line to a file, or lead out of the folder, is refused with 0x0D00; what
+// is just missing or of an unknown kind is told by result and log, where nothing else is said.
 // These set the code and answer true when they refuse; an empty name is true too, without a code.
 bool IsRefusedName(const char* name);
 bool RefusesText(std::string_view text);

@@ -11,12 +11,12 @@
 #include "frame/base/log.h"
 #include "frame/model/paths.h"
 #include "frame/os/command.h"
-#include "frame/os/containers.h"
 #include "frame/os/file.h"
 #include "frame/os/folder.h"
 
 using namespace frame;
 using namespace dhcpd;
+using namespace frame::dhcp_files;
 
 namespace {
 
@@ -64,36 +64,29 @@ bool MoveSwitch(const Names& names) {
 
 // ---- subnets
 
-std::string SubnetPrefix(const char* ifname) {
-  return Format("dhcpd-%s-subnet", ifname);
-}
-
 // The entry is the prefix, the subnet up to the first ".", and the extension behind it.
 bool MoveSubnet(const Names& names, std::string_view entry) {
-  const std::string_view rest = entry.substr(SubnetPrefix(names.from).size());
+  const std::string_view rest = entry.substr(SubnetNames(names.from).size());
   const std::size_t dot = rest.find('.');
   if (dot == 0 || dot == std::string_view::npos || dot + 1 == rest.size()) {
     LOG_ERROR("%s:%d Parsing filename error!");
     return false;
   }
-  const std::string folder = std::string(kFolder).append("/");
-  const std::string target = folder + SubnetPrefix(names.to) + std::string(rest);
-  return Rename(folder + std::string(entry), target) && ReplaceName(names, target);
+  const std::string target = InFolder(SubnetNames(names.to).append(rest));
+  return Rename(InFolder(entry), target) && ReplaceName(names, target);
 }
 
 bool MoveListedSubnets(const Names& names) {
-  constexpr int kMostEntries = 1154;
-  StringList entries(kMostEntries);
-  const std::string prefix = SubnetPrefix(names.from);
-  if (KOPACFileEnumDir(kFolder, prefix.c_str(), entries.Out(), 0) < 0) {
+  constexpr std::size_t kMostEntries = 1154;
+  const std::string prefix = SubnetNames(names.from);
+  auto entries = EntriesOf(kFolder, prefix);
+  if (!entries) {
     LOG_ERROR("%s:%d bad enum [%s] in [%s]", prefix.c_str(), kFolder);
     return false;
   }
-  const int count = std::min(entries.Count(), kMostEntries);
-  for (int i = 0; i < count; ++i) {
-    if (!MoveSubnet(names, entries[i])) return false;
-  }
-  return true;
+  if (entries->size() > kMostEntries) entries->resize(kMostEntries);
+  return std::all_of(entries->begin(), entries->end(),
+                     [&names](const std::string& entry) { return MoveSubnet(names, entry); });
 }
 
 bool MoveSubnets(const Names& names) {
@@ -110,15 +103,11 @@ bool MoveStaticLeases(const Names& names) {
   return false;
 }
 
-std::string ProxyFile(const char* ifname, const char* extension) {
-  return Format("%s/wpad-%s.%s", kFolder, ifname, extension);
-}
-
 bool MoveProxyFiles(const Names& names) {
-  const std::string from = ProxyFile(names.from, "conf");
-  const std::string to = ProxyFile(names.to, "conf");
+  const std::string from = ProxyConf(names.from);
+  const std::string to = ProxyConf(names.to);
   if (Exists(from) && !(Rename(from, to) && ReplaceName(names, to))) return false;
-  return RenameIfThere(ProxyFile(names.from, "info"), ProxyFile(names.to, "info"));
+  return RenameIfThere(ProxyInfo(names.from), ProxyInfo(names.to));
 }
 
 bool MoveProxy(const Names& names) {

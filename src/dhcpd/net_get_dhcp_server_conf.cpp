@@ -11,6 +11,7 @@
 
 using namespace frame;
 using namespace dhcpd;
+using namespace frame::dhcp_files;
 
 namespace {
 
@@ -22,9 +23,9 @@ void CopyShort(std::string_view text, char* field) {
 }
 
 bool ReadRange(const std::string& path, DHCP_SUBNET_CONF* conf) {
-  const auto items = ItemsOfKey(path, kRangeKey);
+  const auto items = ItemsOfKey(path, kRange);
   if (items.empty()) {
-    LOG_ERROR("%s:%d Failed to get key %s", kRangeKey);
+    LOG_ERROR("%s:%d Failed to get key %s", kRange);
     return false;
   }
   if (items.size() > 1) CopyShort(items[1], conf->start);
@@ -38,7 +39,7 @@ bool ReadRange(const std::string& path, DHCP_SUBNET_CONF* conf) {
 bool ReadServers(const std::string& path, DHCP_SUBNET_CONF* conf) {
   const auto items = ItemsOfLineWith(path, kDnsServer);
   if (items.empty()) {
-    LOG_ERROR("%s:%d Failed to get key %s", kOptionKey);
+    LOG_ERROR("%s:%d Failed to get key %s", kOption);
     return false;
   }
   if (items.size() != 3 && items.size() != 4) return true;
@@ -50,7 +51,7 @@ bool ReadServers(const std::string& path, DHCP_SUBNET_CONF* conf) {
 bool ReadRouter(const std::string& path, DHCP_SUBNET_CONF* conf) {
   const auto items = ItemsOfLineWith(path, kRouter);
   if (items.empty()) {
-    LOG_ERROR("%s:%d Failed to get key %s", kOptionKey);
+    LOG_ERROR("%s:%d Failed to get key %s", kOption);
     return false;
   }
   CopyShort(items.back(), conf->router);
@@ -58,8 +59,8 @@ bool ReadRouter(const std::string& path, DHCP_SUBNET_CONF* conf) {
 }
 
 bool ReadInterface(const std::string& path, DHCP_SUBNET_CONF* conf) {
-  if (ReadKeyInto(path, kInterfaceKey, conf->interface)) return true;
-  LOG_ERROR("%s:%d Failed to get key %s in %s", kInterfaceKey, path.c_str());
+  if (ReadKeyInto(path, kInterface, conf->interface)) return true;
+  LOG_ERROR("%s:%d Failed to get key %s in %s", kInterface, path.c_str());
   return false;
 }
 
@@ -81,7 +82,7 @@ int ZARNNetGetDhcpServerConf(const char* tag, const char* ifname, DHCP_SUBNET_CO
             !ReadInterface(path, conf)) {
           return 0;
         }
-        if (KeyIs(TagInfo(ifname, tag), kEnableKey, "yes")) conf->enable = 1;
+        if (IsSwitchedOn(TagInfo(ifname, tag))) conf->enable = 1;
         const auto domain = ItemsOfLineWith(path, kDomainSearch);
         if (!domain.empty()) CopyShort(domain.back(), conf->domain);
         CopyText(tag, conf->tag);

@@ -9,6 +9,7 @@
 
 using namespace frame;
 using namespace dhcpd;
+using namespace frame::dhcp_files;
 
 namespace {
 
@@ -38,19 +39,10 @@ int ZARNNetSetDhcpServerConfigFiles(const DHCP_SUBNET_CONF* conf, int enable) {
       LOG_ERROR("%s:%d Bad parameters.");
       return 0;
     }
-    if (!MakeFolder()) {
-      LOG_ERROR("%s:%d Failed to mkdir [%s]", kFolder);
-      return 0;
-    }
     const std::string ifname(FieldText(conf->interface));
-    const std::string info = TagInfo(ifname, FieldText(conf->tag));
-    if (!ReplaceFile(info, SwitchLine(enable != 0))) {
-      LOG_ERROR("%s:%d Failed to open file [%s].", info.c_str());
-      return 0;
-    }
-    const std::string fragment = TagConf(ifname, FieldText(conf->tag));
-    if (enable == 0 || ReplaceFile(fragment, FragmentText(*conf))) return 1;
-    LOG_ERROR("%s:%d Failed to open file [%s].", fragment.c_str());
+    const std::string_view tag = FieldText(conf->tag);
+    if (!MakeFolderOrLog() || !WriteSwitchOrLog(TagInfo(ifname, tag), enable != 0)) return 0;
+    if (enable == 0 || WriteFragmentOrLog(TagConf(ifname, tag), FragmentText(*conf))) return 1;
     LOG_ERROR("%s:%d Failed to set config file of dhcp server [%s].", ifname.c_str());
     return 0;
   });

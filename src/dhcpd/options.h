@@ -2,10 +2,19 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
+#include <zarnnetsdk/dhcp_options.h>
 #include <zarnnetsdk/dhcpd.h>
 
 namespace dhcpd {
+
+using Option = ZARNNET_DHCP_OPTION;
+
+// The option of this name; null when there is none.
+const Option* FindOption(std::string_view name);
+
+bool TakesList(const Option& option);
 
 // Is the option one that the server knows, with a value of its kind? Says in the log why not.
 bool IsAcceptable(const DHCP_OPTION& option);

@@ -1,20 +1,19 @@
 // Brings the relay process of one interface in line with its settings. A process is known by its
-// command line, which is that of nothing else.
-#include <zarnnetsdk/iface.h>
+// command line: the relays of other interfaces have the same name.
 #include <zarnnetsdk/pppoe.h>
-#include <zarnnetsdk/virtual.h>
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/facts/bridges.h"
+#include "frame/facts/link.h"
 #include "frame/model/paths.h"
 #include "frame/os/command.h"
+#include "pppoe/relay.h"
 
 using namespace frame;
 
 namespace {
-
-constexpr uint32_t kRelayRole = 3;
 
 std::string CommandLine(const char* ifname) {
   return Format("%s -C %s", paths::kPppoeRelay, ifname);
@@ -24,29 +23,38 @@ std::string CommandLine(const char* ifname, const char* server) {
   return Format("%s -C %s -S %s", paths::kPppoeRelay, ifname, server);
 }
 
-bool IsAlive(const std::string& commandLine) {
-  return KOPACIsProcAlive(commandLine.c_str()) > 0;
+bool LeadsToLocalLan(const char* ifname) {
+  constexpr Place at("net_is_if_bridge_type", __LINE__);
+  const auto role = facts::ConfiguredBridgeRole(ifname);
+  if (role) return role->type == ZARNBRIDGE_LOCAL_LAN;
+  LOG_ERROR_AT(at, "%s:%d Failed to get PPPoE relay config");
+  return false;
 }
 
 bool ShouldRun(const char* ifname, const PPPOE_RELAY_CONF& conf) {
-  return ZARNNetIsIfBridgeType(ifname, kRelayRole) == 1 && conf.enable == 1 &&
-         ZARNNetIsIFUp(ifname) == 1;
-}
-
-// The program puts itself into the background.
-int Start(const char* ifname, const char* server) {
-  return Run(paths::kPppoeRelay, "-C", ifname, "-S", server) ? 0 : -1;
+  return LeadsToLocalLan(ifname) && conf.enable == 1 && facts::IsUp(ifname);
 }
 
 // Waits for the end, so that no second relay answers beside a new one.
-int Stop(const char* ifname) {
-  constexpr int kWait = 1;
-  if (KOPACKill(CommandLine(ifname).c_str(), kWait) >= 0) return 0;
+bool Stop(const char* ifname) {
+  if (EndProcesses(CommandLine(ifname))) return true;
   LOG_ERROR("%s:%d Failed to kill process");
-  return -1;
+  return Fail(ZARNNETERR_COMMAND, false);
 }
 
 }  // namespace
+
+bool pppoe::ApplyRelay(const char* ifname) {
+  PPPOE_RELAY_CONF conf{};
+  if (!ReadRelay(ifname, &conf)) return false;
+  if (!ShouldRun(ifname, conf)) return Stop(ifname);
+  if (IsRunning(CommandLine(ifname))) {
+    if (IsRunning(CommandLine(ifname, conf.server))) return true;
+    if (!Stop(ifname)) return false;
+  }
+  // The program puts itself into the background.
+  return Run(paths::kPppoeRelay, "-C", ifname, "-S", conf.server);
+}
 
 int ZARNNetApplyPPPoERelayConfig(const char* ifname) {
   return Boundary(-1, [&]() -> int {
@@ -54,13 +62,6 @@ int ZARNNetApplyPPPoERelayConfig(const char* ifname) {
       LOG_ERROR("%s:%d Bad parameter");
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }
-    PPPOE_RELAY_CONF conf{};
-    if (ZARNNetGetPPPoERelayConfig(ifname, &conf) < 0) return -1;
-    if (!ShouldRun(ifname, conf)) return Stop(ifname);
-    if (IsAlive(CommandLine(ifname))) {
-      if (IsAlive(CommandLine(ifname, conf.server))) return 0;
-      if (Stop(ifname) < 0) return -1;
-    }
-    return Start(ifname, conf.server);
+    return pppoe::ApplyRelay(ifname) ? 0 : -1;
   });
 }

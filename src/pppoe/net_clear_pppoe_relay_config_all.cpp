@@ -1,5 +1,4 @@
 // Deletes the relay settings of every interface.
-#include <algorithm>
 #include <unistd.h>
 
 #include <zarnnetsdk/pppoe.h>
@@ -7,15 +6,16 @@
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/model/paths.h"
-#include "frame/os/containers.h"
+#include "frame/os/file.h"
+#include "frame/os/folder.h"
 #include "pppoe/relay.h"
 
 using namespace frame;
 
 namespace {
 
-void Delete(const char* name) {
-  const std::string path = std::string(paths::kPppoeRelayFolder) + name;
+void Delete(const std::string& name) {
+  const std::string path = paths::kPppoeRelayFolder + name;
   if (::unlink(path.c_str()) != 0) LOG_ERROR("%s:%d Failed to unlink [%s]", path.c_str());
 }
 
@@ -23,7 +23,7 @@ void Delete(const char* name) {
 bool IsThere() {
   std::string path(paths::kPppoeRelayFolder);
   path.pop_back();
-  return KOPACFileExist(path.c_str()) == 1;
+  return Exists(path);
 }
 
 }  // namespace
@@ -32,16 +32,16 @@ int ZARNNetClearPPPoERelayConfigAll(void) {
   return Boundary(
       -1,
       [&]() -> int {
-        StringList names(pppoe::kMaxRelays);
         if (!IsThere()) return 0;
-        if (KOPACFileCheckDir(paths::kPppoeRelayFolder) != 1) return -1;
-        if (KOPACFileEnumDir(paths::kPppoeRelayFolder, nullptr, names.Out(), 0) < 0) {
+        if (!IsFolder(paths::kPppoeRelayFolder)) return Fail(ZARNNETERR_UNEXPECTED_CONTENT, -1);
+        auto names = EntriesOf(paths::kPppoeRelayFolder);
+        if (!names) {
           LOG_ERROR("%s:%d Failed to enum [%s]", paths::kPppoeRelayFolder);
           return -1;
         }
-        const int count = std::min(names.Count(), pppoe::kMaxRelays);
-        for (int i = 0; i < count; ++i)
-          Delete(names[i]);
+        if (names->size() > pppoe::kMaxRelays) names->resize(pppoe::kMaxRelays);
+        for (const std::string& name : *names)
+          Delete(name);
         return 0;
       },
       [&] { LOG_ERROR("%s:%d Failed to alloc memory for list"); });

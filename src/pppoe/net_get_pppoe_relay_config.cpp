@@ -9,22 +9,20 @@
 
 using namespace frame;
 
+bool pppoe::ReadRelay(const char* ifname, PPPOE_RELAY_CONF* conf) {
+  if (conf == nullptr || !CanHaveSettings(ifname)) {
+    LOG_ERROR("%s:%d Wrong Parameter.");
+    return Fail(ZARNNETERR_BAD_PARAMETER, false);
+  }
+  *conf = {};
+  const std::string path = RelayFile(ifname);
+  if (!MakeRelayFile(path)) return false;
+  conf->enable = KeyIs(path, kEnable, kYes) ? 1 : 0;
+  if (ReadOptionalKeyInto(path, kServer, conf->server)) return true;
+  LOG_ERROR("%s:%d Failed to get key[%s] in file[%s].", kServer, path.c_str());
+  return false;
+}
+
 int ZARNNetGetPPPoERelayConfig(const char* ifname, PPPOE_RELAY_CONF* conf) {
-  return Boundary(-1, [&]() -> int {
-    if (conf == nullptr || !pppoe::CanHaveSettings(ifname)) {
-      LOG_ERROR("%s:%d Wrong Parameter.");
-      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    }
-    *conf = {};
-    const std::string path = pppoe::RelayFile(ifname);
-    if (!pppoe::MakeRelayFile(path)) return -1;
-    conf->enable = KeyIs(path, pppoe::kEnable, pppoe::kYes) ? 1 : 0;
-    const KeyValue server = ReadKey(path, pppoe::kServer, sizeof conf->server);
-    if (server.Unreadable()) {
-      LOG_ERROR("%s:%d Failed to get key[%s] in file[%s].", pppoe::kServer, path.c_str());
-      return -1;
-    }
-    CopyText(server.text, conf->server);
-    return 0;
-  });
+  return Boundary(-1, [&]() -> int { return pppoe::ReadRelay(ifname, conf) ? 0 : -1; });
 }

@@ -5,15 +5,16 @@
 #include "frame/base/boundary.h"
 #include "frame/base/error.h"
 #include "frame/base/text.h"
+#include "pppoe/client.h"
 
 using namespace frame;
 
 bool pppoe::DisableOn(const std::string& ifname) {
-  const int status = ZARNPPPoECheckStatus(1);
-  if (status != 1) return status == 0;
+  const auto connected = IsConnected(true);
+  if (!connected || !*connected) return connected.has_value();
   PPPOE_CONF conf{};
-  if (PPPoEConfigGet(&conf) < 0) return false;
-  return FieldText(conf.eth) != ifname || ZARNPPPoEService(0) >= 0;
+  if (!ReadAccount(&conf)) return false;
+  return FieldText(conf.eth) != ifname || HangUp();
 }
 
 int KOPADisablePPPoEOnIf(const char* ifname) {

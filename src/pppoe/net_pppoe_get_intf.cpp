@@ -33,13 +33,13 @@ bool KernelHasPpp(LineReader* lines) {
     if (colon == std::string_view::npos) {
       LOG_ERROR("%s:%d input string: %s don't contain charactor :",
                 std::string(Trimmed(*line)).c_str());
-      return false;
+      return Fail(ZARNNETERR_UNEXPECTED_CONTENT, false);
     }
     const std::string_view name = Trimmed(line->substr(0, colon));
     if (name.find(kMonitorPart) == std::string_view::npos && name.starts_with(kPppPrefix))
       return true;
   }
-  return false;
+  return Fail(ZARNNETERR_NOT_FOUND, false);
 }
 
 std::string WithoutNewline(std::string_view line) {
@@ -83,38 +83,49 @@ std::string InterfaceIn(std::FILE* output) {
   return ifname;
 }
 
-int Hand(const std::string& found, char* ifname, std::size_t size) {
-  CopyText(found, ifname, size);
-  if (!found.empty()) return 0;
-  LOG_DETAIL("%s:%d Failed to get real pppoe interface");
-  return -1;
-}
-
-int AskScripts(char* ifname, std::size_t size) {
+std::optional<std::string> AskScripts() {
   const CommandOutput output = OutputOf(paths::kPppoeStatus);
   if (!output) {
     LOG_ERROR("%s:%d failed to excute cmd/usr/sbin/pppoe-status");
-    return -1;
+    return Fail(ZARNNETERR_COMMAND, std::optional<std::string>());
   }
-  const std::string found = InterfaceIn(output.get());
+  std::string found = InterfaceIn(output.get());
   if (!found.empty()) Remember(found);
-  return Hand(found, ifname, size);
+  return found;
+}
+
+bool ConnectionMayBe() {
+  LineReader devices{paths::kProcNetDev};
+  if (!devices.IsOpen()) return Fail(ZARNNETERR_OPEN, false);
+  return KernelHasPpp(&devices);
+}
+
+// The interface of the connection; nothing when nobody knows it.
+std::optional<std::string> KnownInterface() {
+  auto found = Remembered();
+  if (!found) found = AskScripts();
+  if (!found || !found->empty()) return found;
+  LOG_DETAIL("%s:%d Failed to get real pppoe interface");
+  return Fail(ZARNNETERR_NOT_FOUND, std::optional<std::string>());
 }
 
 // ---- the address
 
-bool HandAddress(std::optional<in_addr> address, char* text, int size) {
-  if (!address) return false;
+// A caller's buffer that is null or has no room is one that is not wanted.
+bool CopyAddress(std::optional<in_addr> address, char* text, int size) {
+  if (!address) return Fail(ZARNNETERR_REFUSED, false);
   if (text != nullptr && size > 0) CopyText(DottedText(*address), text, static_cast<size_t>(size));
   return true;
 }
 
 bool ReadAddress(char* ip, int ipSize, char* mask, int maskSize) {
-  char ifname[32] = "";
-  if (ZARNPPPoeIntfGet(ifname, sizeof ifname) < 0) return false;
+  if (!ConnectionMayBe()) return false;
+  const auto ifname = KnownInterface();
+  if (!ifname) return false;
   const InetSocket socket;
-  return socket.IsOpen() && HandAddress(socket.Address(ifname), ip, ipSize) &&
-         HandAddress(socket.Netmask(ifname), mask, maskSize);
+  if (!socket.IsOpen()) return Fail(ZARNNETERR_OPEN, false);
+  return CopyAddress(socket.Address(*ifname), ip, ipSize) &&
+         CopyAddress(socket.Netmask(*ifname), mask, maskSize);
 }
 
 }  // namespace
@@ -122,12 +133,12 @@ bool ReadAddress(char* ip, int ipSize, char* mask, int maskSize) {
 int ZARNPPPoeIntfGet(char* ifname, size_t size) {
   return Boundary(-1, [&]() -> int {
     if (ifname == nullptr || size == 0) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    LineReader devices{paths::kProcNetDev};
-    if (!devices.IsOpen()) return Fail(ZARNNETERR_OPEN, -1);
-    if (!KernelHasPpp(&devices)) return -1;
+    if (!ConnectionMayBe()) return -1;
     std::memset(ifname, 0, size);
-    if (const auto remembered = Remembered()) return Hand(*remembered, ifname, size);
-    return AskScripts(ifname, size);
+    const auto found = KnownInterface();
+    if (!found) return -1;
+    CopyText(*found, ifname, size);
+    return 0;
   });
 }
 

@@ -1,9 +1,5 @@
 // Stores the relay settings of one interface. Every name in the folder is taken for an interface by
 // whoever lists it, so the new content is made beside the folder and then takes the file's place.
-#include <cstdio>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <zarnnetsdk/pppoe.h>
 
 #include "frame/base/boundary.h"
@@ -20,50 +16,30 @@ using namespace frame;
 
 namespace {
 
-// A copy of a file beside the folder, gone with this object unless it has taken the file's place.
-class Copy {
- public:
-  explicit Copy(const std::string& path) : name_(paths::kPppoeRelayTemporary) {
-    const File made(KOPACFileTempFileOpen(name_.data()));
-    made_ = made != nullptr;
-    ready_ = made_ && Fill(path, made.get());
-  }
-  ~Copy() {
-    if (made_) ::unlink(name_.c_str());
-  }
-  Copy(const Copy&) = delete;
-  Copy& operator=(const Copy&) = delete;
-
-  [[nodiscard]] bool IsReady() const { return ready_; }
-  [[nodiscard]] const std::string& Name() const { return name_; }
-  [[nodiscard]] bool Replace(const std::string& path) {
-    if (std::rename(name_.c_str(), path.c_str()) != 0) return false;
-    made_ = false;
-    SyncFolderOf(path);
-    return true;
-  }
-
- private:
-  [[nodiscard]] static bool Fill(const std::string& path, std::FILE* copy) {
-    LineReader lines(path);
-    if (!lines.IsOpen()) return false;
-    while (const auto line = lines.Next())
-      std::fwrite(line->data(), 1, line->size(), copy);
-    constexpr mode_t kMode = 0644;
-    return !lines.Failed() && std::fflush(copy) == 0 && std::ferror(copy) == 0 &&
-           ::fchmod(::fileno(copy), kMode) == 0;
-  }
-
-  std::string name_;
-  bool made_ = false;
-  bool ready_ = false;
-};
+// The present content, with its mode and owner, in the temporary file; synced, for an edit that
+// changes nothing writes nothing.
+bool CopyInto(const std::string& path, Rewrite* copy) {
+  constexpr mode_t kMode = 0644;
+  LineReader lines(path);
+  if (!lines.IsOpen()) return Fail(ZARNNETERR_OPEN, false);
+  std::string content;
+  while (const auto line = lines.Next())
+    content.append(*line);
+  if (lines.Failed()) return Fail(ZARNNETERR_READ, false);
+  if (!copy->IsOpen()) return Fail(ZARNNETERR_OPEN, false);
+  return (copy->SetModeOfTarget(kMode) && copy->Fill(content)) || Fail(ZARNNETERR_WRITE, false);
+}
 
 bool Store(const KeyEdit& edit, const std::string& path) {
   const FileLock lock(path);
-  if (!lock.Held()) return false;
-  Copy copy(path);
-  return copy.IsReady() && edit.WriteTo(copy.Name()) && copy.Replace(path);
+  if (!lock.Held()) {
+    LOG_ERROR("%s:%d KOPACFileLockTimeByFile failed!");
+    return Fail(ZARNNETERR_LOCK, false);
+  }
+  const std::string name = path.substr(path.rfind('/') + 1);
+  Rewrite copy(path, Rewrite::Temporary{paths::PppoeRelayTemporary(name)});
+  if (!CopyInto(path, &copy) || !edit.WriteTo(copy.TemporaryName())) return false;
+  return copy.TakeEffect() || Fail(ZARNNETERR_RENAME, false);
 }
 
 bool CanBeServer(const PPPOE_RELAY_CONF& conf) {

@@ -1,12 +1,15 @@
 // Where the settings of the PPPoE relays are kept.
 #include "pppoe/relay.h"
 
+#include <cerrno>
 #include <sys/stat.h>
 
-#include <zarncore/zarncore.h>
-
+#include "frame/base/error.h"
 #include "frame/base/text.h"
 #include "frame/model/paths.h"
+#include "frame/os/file.h"
+#include "frame/os/folder.h"
+#include "frame/os/line_file.h"
 
 using namespace frame;
 
@@ -22,15 +25,21 @@ std::string RelayFile(std::string_view ifname) {
 }
 
 bool MakeRelayFolder(mode_t mode) {
-  if (KOPACFileCheckDir(paths::kPppoeRelayFolder) == 1) return true;
-  return ::mkdir(paths::kPppoeRelayFolder, mode) == 0 &&
-         ::chmod(paths::kPppoeRelayFolder, mode) == 0;  // whatever the caller's umask is
+  if (IsFolder(paths::kPppoeRelayFolder)) return true;
+  if (::mkdir(paths::kPppoeRelayFolder, mode) == 0 &&
+      ::chmod(paths::kPppoeRelayFolder, mode) == 0) {  // whatever the caller's umask is
+    return true;
+  }
+  const int reason = errno;
+  SetError(ZARNNETERR_OPEN);
+  errno = reason;
+  return false;
 }
 
 bool MakeRelayFile(const std::string& path) {
   constexpr mode_t kFolderMode = 0755;
   if (!MakeRelayFolder(kFolderMode)) return false;
-  return KOPACFileExist(path.c_str()) == 1 || KOPACFileTouch(path.c_str()) >= 0;
+  return Exists(path) || Touch(path);
 }
 
 }  // namespace pppoe

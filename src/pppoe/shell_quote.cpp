@@ -68,7 +68,7 @@ std::string Unquoted(std::string_view word) {
   return text;
 }
 
-std::optional<SecretsLine> TakeApart(std::string_view line) {
+std::optional<SecretsLine> SplitColumns(std::string_view line) {
   Walk walk(line);
   for (char c = '\0'; walk.Next(&c);) {
     if (walk.Quoted() || c != '*') continue;

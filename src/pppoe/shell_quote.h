@@ -15,12 +15,12 @@ std::string Quoted(std::string_view text);
 // quotes. A quote that is not closed ends with the text.
 std::string Unquoted(std::string_view word);
 
-// A line of the secrets file, taken apart at the first "*" outside quotes. Both columns are still
-// quoted.
+// The columns of a line of the secrets file, before and behind the first "*" outside quotes. Both
+// columns are still quoted.
 struct SecretsLine {
   std::string_view account;
   std::string_view secret;
 };
-std::optional<SecretsLine> TakeApart(std::string_view line);
+std::optional<SecretsLine> SplitColumns(std::string_view line);
 
 }  // namespace pppoe

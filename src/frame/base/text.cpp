@@ -30,9 +30,13 @@ std::string_view TakeNumber(std::string_view* text) {
 bool IsUnfitName(const char* name) {
   if (IsEmpty(name) || *name == '-') return true;
   const std::string_view text(name);
+  return HasControlCharacters(text) || text.find_first_of("/ ") != std::string_view::npos;
+}
+
+bool HasControlCharacters(std::string_view text) {
   return std::any_of(text.begin(), text.end(), [](char c) {
     const auto byte = static_cast<unsigned char>(c);
-    return c == '/' || byte <= ' ' || byte == 0x7F;
+    return byte < ' ' || byte == 0x7F;
   });
 }
 

@@ -27,6 +27,9 @@ inline bool AnyEmpty(std::initializer_list<const char*> texts) {
 // such interface name either, but for the last.
 bool IsUnfitName(const char* name);
 
+// A control character, a newline among them, would end a line of a file or of a program's input.
+bool HasControlCharacters(std::string_view text);
+
 // Copies text into a buffer of size bytes, cut to fit and always terminated; size 0 writes nothing.
 void CopyText(std::string_view text, char* buffer, std::size_t size);
 

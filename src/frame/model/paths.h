@@ -34,7 +34,9 @@ inline constexpr char kPapSecrets[] = "/etc/ppp/pap-secrets";
 inline constexpr char kPapSecretsTemporary[] = "/etc/ppp/pap-secrets.tmp";
 inline constexpr char kPppoeRelayFolder[] = "/etc/sysconfig/pppoe-relay/";
 // Beside that folder, in which nothing may stand but the files of interfaces.
-inline constexpr char kPppoeRelayTemporary[] = "/etc/sysconfig/.pppoe-relay.XXXXXX";
+inline std::string PppoeRelayTemporary(std::string_view name) {
+  return std::string("/etc/sysconfig/.pppoe-relay.").append(name);
+}
 
 inline std::string Ifcfg(std::string_view ifname) {
   return std::string(kIfcfgPrefix).append(ifname);

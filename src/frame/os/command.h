@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <zarncore/zarncore.h>
@@ -54,6 +55,25 @@ template <class... Args>
 [[nodiscard]] CommandOutput OutputOf(const char* path, const Args&... args) {
   return CommandOutput(
       KOPACPopen(path, "r", internal::Argument(args)..., static_cast<const char*>(nullptr)));
+}
+
+// ---- processes that run, by name or by the beginning of their command line
+
+// How many processes have this name; nothing when that cannot be told.
+inline std::optional<int> CountProcesses(const char* name) {
+  char text[256] = "";  // the core library may want to write into it
+  const int count = KOPACPs(name, text, sizeof text);
+  return count < 0 ? std::nullopt : std::optional(count);
+}
+
+[[nodiscard]] inline bool IsRunning(const std::string& commandLine) {
+  return KOPACIsProcAlive(commandLine.c_str()) > 0;
+}
+
+// Asks them to end and waits for it. True as well when there is none.
+[[nodiscard]] inline bool EndProcesses(const std::string& commandLine) {
+  constexpr int kWait = 1;
+  return KOPACKill(commandLine.c_str(), kWait) >= 0;
 }
 
 }  // namespace frame

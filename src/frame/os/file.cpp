@@ -23,4 +23,13 @@ bool LineReader::Failed() const {
   return std::feof(file_.get()) == 0;
 }
 
+std::optional<std::string> BoundedLines::Next() {
+  if (!IsOpen() ||
+      std::fgets(piece_.data(), static_cast<int>(piece_.size()), file_.get()) == nullptr) {
+    return std::nullopt;
+  }
+  const std::string_view piece = piece_.data();
+  return std::string(piece.substr(0, piece.find('\n')));
+}
+
 }  // namespace frame

@@ -72,4 +72,23 @@ class LineReader {
   std::size_t capacity_ = 0;
 };
 
+// Reads a text file in pieces: a line that does not fit into size - 1 characters goes on in the
+// next piece. So files are read whose readers have always taken lines of a fixed size.
+class BoundedLines {
+ public:
+  BoundedLines(const std::string& path, std::size_t size)
+      : file_(OpenFile(path, "r")), piece_(size, '\0') {}
+
+  [[nodiscard]] bool IsOpen() const { return file_ != nullptr; }
+  // The next piece without its newline; nothing at the end, when reading failed and of a file that
+  // could not be opened.
+  std::optional<std::string> Next();
+  // After Next() answered nothing: could the file not be opened or not be read to its end?
+  [[nodiscard]] bool Failed() const { return !IsOpen() || std::ferror(file_.get()) != 0; }
+
+ private:
+  File file_;
+  std::string piece_;
+};
+
 }  // namespace frame

@@ -32,6 +32,12 @@ bool ReadKeyInto(const std::string& path, const char* key, char (&field)[N]) {
   return KOPACFileGetKeyValue(path.c_str(), key, field, N, 0) > 0;
 }
 
+// The same for a field that stays empty without the key: false when the file cannot be read.
+template <std::size_t N>
+bool ReadOptionalKeyInto(const std::string& path, const char* key, char (&field)[N]) {
+  return KOPACFileGetKeyValue(path.c_str(), key, field, N, 0) >= 0;
+}
+
 // Is the key there, with exactly this value?
 inline bool KeyIs(const std::string& path, const char* key, const char* value) {
   return KOPACFileCheckKeyValue(path.c_str(), key, value, 0) == 1;
@@ -42,6 +48,7 @@ inline bool KeyIs(const std::string& path, const char* key, const char* value) {
                                  const char* line = kBareLine) {
   return KOPACFileSetKeyValue(path.c_str(), key, value, line) >= 0;
 }
+// A text with "=" in it drops the lines that begin with it and end there or go on with a comma.
 [[nodiscard]] inline bool DropKey(const std::string& path, const char* key) {
   return KOPACFileRemoveKey(path.c_str(), key) >= 0;
 }

@@ -34,6 +34,14 @@ std::string LineContaining(const std::string& path, const std::string& text, std
   return FirstLine(path, text, size, kContains);
 }
 
+std::optional<std::string> FindLineContaining(const std::string& path, const std::string& text,
+                                              std::size_t size) {
+  std::vector<char> line(size, '\0');
+  if (KOPACFileGetLine(path.c_str(), text.c_str(), line.data(), size, kContains) < 0)
+    return std::nullopt;
+  return line.data();
+}
+
 bool AddLine(const std::string& path, const std::string& line) {
   return KOPACFileAddLine(path.c_str(), nullptr, line.c_str(), 0) >= 0;
 }

@@ -15,6 +15,10 @@ std::optional<std::vector<std::string>> LinesOf(const std::string& path);
 std::string LineBeginningWith(const std::string& path, const std::string& text, std::size_t size);
 std::string LineContaining(const std::string& path, const std::string& text, std::size_t size);
 
+// The same for who tells a file that cannot be read, which is nothing, from one without the line.
+std::optional<std::string> FindLineContaining(const std::string& path, const std::string& text,
+                                              std::size_t size);
+
 // Adds a line at the end; makes a missing file.
 [[nodiscard]] bool AddLine(const std::string& path, const std::string& line);
 

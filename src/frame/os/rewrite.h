@@ -18,6 +18,12 @@ void SyncFolderOf(const std::string& path);
 class Rewrite {
  public:
   explicit Rewrite(std::string path);
+  // With the temporary file that is given, whose name others know: a left one goes first, so who
+  // uses it holds a lock. Its mode is 0600.
+  struct Temporary {
+    std::string name;
+  };
+  Rewrite(std::string path, Temporary temporary);
   // With a temporary file of another name; the template, in the same folder, ends with XXXXXX.
   Rewrite(std::string path, std::string nameTemplate);
   ~Rewrite();
@@ -25,8 +31,13 @@ class Rewrite {
   Rewrite& operator=(const Rewrite&) = delete;
 
   [[nodiscard]] bool IsOpen() const { return made_; }
+  [[nodiscard]] const std::string& TemporaryName() const { return name_; }
   [[nodiscard]] bool SetMode(mode_t mode);  // before Fill(): nobody else reads a part of it
-  [[nodiscard]] bool Fill(std::string_view content);
+  // The mode and owner of the file that stands there, or this mode where there is none.
+  [[nodiscard]] bool SetModeOfTarget(mode_t otherwise);
+  [[nodiscard]] bool Fill(std::string_view content);  // Write() and Sync()
+  [[nodiscard]] bool Write(std::string_view content);
+  [[nodiscard]] bool Sync();  // the last step before TakeEffect()
   [[nodiscard]] bool TakeEffect();
   [[nodiscard]] bool SetTargetMode(mode_t mode) const;  // after TakeEffect()
 
