@@ -66,7 +66,7 @@ int ZARNNetLinkAggrPhyGet(const char* szBond, PKOPACSZLIST* ppSlaves);
 /**
  * Reads a bond: of the kernel from sysfs, of Open vSwitch ("ovs_bond...") from its interface file.
  * @return 0, also for an interface that is no bond (mode 0, no slaves); otherwise -1 (kernel) or 1 (Open
- *         vSwitch); 0x0D00, 0x0200, 0x0900, 0x0A00
+ *         vSwitch); 0x0D00, 0x0200, 0x0900, 0x0A00, 0x4000 (an Open vSwitch bond without its keys)
  */
 int ZARNNetLinkAggrGet(const char* szBond, ZARNLINKAGGROPT* pOpt);
 

@@ -4,8 +4,8 @@
 
 #include <zarnnetsdk/iface.h>
 
-#include "frame/os/containers.h"
 #include "frame/base/text.h"
+#include "frame/os/containers.h"
 #include "support/kernel_answers.h"
 #include "support/transcript.h"
 

@@ -81,6 +81,12 @@ bool AddPresentSlaves(std::string_view names, ZARNLINKAGGROPT* record) {
   return true;
 }
 
+// A file that cannot be read has set its code already.
+BondRead WithoutKey(const KeyValue& value) {
+  if (!value.Unreadable()) SetError(ZARNNETERR_UNEXPECTED_CONTENT, Place(kSource));
+  return BondRead::kNoOvsRecord;
+}
+
 BondRead ReadOvsBond(const std::string& bond, ZARNLINKAGGROPT* record) {
   constexpr std::size_t kValueSize = 1024;
   const std::string path = paths::Ifcfg(bond);
@@ -88,13 +94,13 @@ BondRead ReadOvsBond(const std::string& bond, ZARNLINKAGGROPT* record) {
   if (!slaves.Found()) {
     // Not the key that is missing, but the text by which this failure is known.
     LOG_ERROR_AT(Place(kSource), "%s:%d Failed to get key [%s]", "BLOCK_CNT");
-    return BondRead::kNoOvsRecord;
+    return WithoutKey(slaves);
   }
   if (!AddPresentSlaves(Trimmed(slaves.text), record)) return BondRead::kNoOvsRecord;
   const KeyValue mode = ReadKey(path, keys::kBondMode, kValueSize);
   if (!mode.Found()) {
     LOG_ERROR_AT(Place(kSource), "%s:%d Failed to get key [%s]", keys::kBondMode);
-    return BondRead::kNoOvsRecord;
+    return WithoutKey(mode);
   }
   record->mode = model::BondModeOf(mode.text);
   return BondRead::kDone;

@@ -21,8 +21,8 @@ std::optional<std::vector<std::string>> KernelSlavesOf(const std::string& bond);
 enum class BondRead { kDone = 0, kNoOvsRecord = 1, kFailed = -1 };
 
 // Reads a bond's record, of Open vSwitch from its interface file. A bond of the kernel without
-// slaves is read, and its record empty but for the name. Failures set a code or are logged as
-// net_link_aggr_get's.
+// slaves is read, and its record empty but for the name. Failures set a code, 0x4000 for a file of
+// Open vSwitch's without its keys, and are logged as net_link_aggr_get's.
 BondRead ReadBond(const std::string& bond, ZARNLINKAGGROPT* record);
 
 // The slaves of a bond by name; nothing when its record cannot be read.
