@@ -28,7 +28,7 @@ std::string_view TakeNumber(std::string_view* text) {
 }  // namespace
 
 bool IsUnfitName(const char* name) {
-  if (IsEmpty(name)) return true;
+  if (IsEmpty(name) || *name == '-') return true;
   const std::string_view text(name);
   return std::any_of(text.begin(), text.end(), [](char c) {
     const auto byte = static_cast<unsigned char>(c);

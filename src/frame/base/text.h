@@ -22,8 +22,8 @@ inline bool AnyEmpty(std::initializer_list<const char*> texts) {
   return false;
 }
 
-// True for a name that cannot be part of a path or of a line of a file: null, empty, or with a
-// slash, blank or control character in it. The kernel takes no such interface name either.
+// True for a name that cannot be part of a path, a line of a file or a command: null, empty, with a
+// slash, blank or control character in it, or with "-" first, as the options of programs have it.
 bool IsUnfitName(const char* name);
 
 // Copies text into a buffer of size bytes, cut to fit and always terminated; size 0 writes nothing.
