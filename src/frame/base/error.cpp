@@ -4,6 +4,7 @@
 #include <zarncore/zarncore.h>
 
 #include "frame/base/boundary.h"
+#include "frame/base/text.h"
 
 namespace frame {
 
@@ -13,6 +14,14 @@ void SetError(ZARNNETERROR code, const Place& at) {
 
 InnerError::InnerError()
     : code(KOPACErrGet()), file(KOPACErrorGetFile()), line(KOPACErrorGetLine()) {}
+
+ErrorUnchanged::ErrorUnchanged() {
+  CopyText(before_.file == nullptr ? "" : before_.file, file_);
+}
+
+ErrorUnchanged::~ErrorUnchanged() {
+  KOPACErrSetEx(static_cast<unsigned short>(before_.code), file_, before_.line);
+}
 
 }  // namespace frame
 

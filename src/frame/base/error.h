@@ -26,4 +26,18 @@ struct InnerError {
   int line;
 };
 
+// While it lives failures leave no trace in the error state: for steps whose failure is ignored,
+// and for ways back, behind which the state is to tell of what has sent the call there.
+class ErrorUnchanged {
+ public:
+  ErrorUnchanged();
+  ~ErrorUnchanged();
+  ErrorUnchanged(const ErrorUnchanged&) = delete;
+  ErrorUnchanged& operator=(const ErrorUnchanged&) = delete;
+
+ private:
+  InnerError before_;
+  char file_[48];  // the state's own text may go with the next failure
+};
+
 }  // namespace frame
