@@ -88,13 +88,15 @@ BondRead ReadOvsBond(const std::string& bond, ZARNLINKAGGROPT* record) {
   if (!slaves.Found()) {
     // Not the key that is missing, but the text by which this failure is known.
     LOG_ERROR_AT(Place(kSource), "%s:%d Failed to get key [%s]", "BLOCK_CNT");
-    return BondRead::kNoOvsRecord;
+    return slaves.Unreadable() ? BondRead::kNoOvsRecord
+                               : Fail(ZARNNETERR_NOT_FOUND, BondRead::kNoOvsRecord, Place(kSource));
   }
   if (!AddPresentSlaves(Trimmed(slaves.text), record)) return BondRead::kNoOvsRecord;
   const KeyValue mode = ReadKey(path, keys::kBondMode, kValueSize);
   if (!mode.Found()) {
     LOG_ERROR_AT(Place(kSource), "%s:%d Failed to get key [%s]", keys::kBondMode);
-    return BondRead::kNoOvsRecord;
+    return mode.Unreadable() ? BondRead::kNoOvsRecord
+                             : Fail(ZARNNETERR_NOT_FOUND, BondRead::kNoOvsRecord, Place(kSource));
   }
   record->mode = model::BondModeOf(mode.text);
   return BondRead::kDone;
