@@ -64,6 +64,7 @@ int ipv4::WhileRenaming(Renamed what, const std::vector<std::string>& oldNames,
   }
   const auto tell = [&](int stage, int result) {
     if (!begun) return;
+    const ErrorUnchanged ofWork;
     if (SetRenameArguments(event.Handle(), origin.Get(), names.Get(), result) && event.Fire(stage))
       return;
     LogFailed(what, stage, at);

@@ -9,22 +9,21 @@
 #include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
 #include "frame/os/key_file.h"
-#include "virtual/settings_keys.h"
 
 using namespace frame;
 
 int ZARNNetDisableBridgeSlave(const ZARNNETIFSETTINGS* pSettings) {
   return Boundary(-1, [&]() -> int {
     const std::string ifname(pSettings != nullptr ? FieldText(pSettings->szName) : "");
-    if (IsUnfitName(ifname.c_str()) || !virtual_if::IsFit(*pSettings)) {
+    if (IsUnfitName(ifname.c_str()) || !model::IsFitAddress(*pSettings)) {
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }
     KeyEdit edit;
     edit.Set(keys::kDevice, ifname.c_str()).Set(keys::kOnBoot, "yes");
-    virtual_if::SetAddress(*pSettings, &edit);
+    model::SetAddress(*pSettings, &edit);
     edit.Drop(keys::kBridge).Drop(keys::kType);
     const std::string path = paths::Ifcfg(ifname);
-    virtual_if::KeepCopy(path);
+    model::KeepSaved(path);
     return edit.WriteTo(path) ? 0 : -1;
   });
 }

@@ -28,7 +28,7 @@ void ReadSettings(const char* ifname, const std::string& path, ZARNNETIFSETTINGS
   *settings = ZARNNETIFSETTINGS{};
   CopyText(ifname, settings->szName);
   settings->blOnBoot = KeyIs(path, keys::kOnBoot, "yes") ? 1 : 0;
-  settings->blStatic = KeyIs(path, keys::kBootProto, "static") ? 1 : 0;
+  settings->blStatic = KeyIs(path, keys::kBootProto, model::kStatic) ? 1 : 0;
   if (settings->blStatic == 0) return;
   ReadAddress(path, keys::kIpAddr, settings->szIP);
   ReadAddress(path, keys::kNetmask, settings->szMask);
@@ -50,7 +50,7 @@ int ZARNNetGetBridgeConfig(const char* szIfname, ZARNNETIFSETTINGS* pSettings,
       *pInfo = *role;
     } else if (!Exists(path)) {
       LOG_ERROR("%s:%d Failed to access [%s].", path.c_str());
-      return -1;
+      return Fail(ZARNNETERR_OPEN, -1);
     }
     if (pSettings != nullptr) ReadSettings(szIfname, path, pSettings);
     return 0;

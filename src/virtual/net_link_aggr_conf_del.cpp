@@ -1,86 +1,50 @@
 // A bond's interface file goes: its settings pass to one of its slaves, and all of them become
 // interfaces of their own.
-#include <glob.h>
+#include <cerrno>
 #include <optional>
 #include <string>
 #include <unistd.h>
 #include <vector>
 
-#include <zarnnetsdk/ipv4.h>
+#include <zarnnetsdk/net_int.h>
 #include <zarnnetsdk/virtual.h>
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/base/undo.h"
 #include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
-#include "frame/os/command.h"
+#include "frame/os/backup.h"
+#include "frame/os/folder.h"
 #include "frame/os/key_file.h"
+#include "virtual/bond_files.h"
 
 using namespace frame;
+using virtual_if::Names;
 
 namespace {
 
-using Names = std::vector<std::string>;
-
 constexpr std::size_t kNameSize = sizeof(ZARNLINKAGGROPT::szName);
 
-class FileNames {
- public:
-  FileNames() : failed_(glob(Pattern().c_str(), GLOB_ERR, nullptr, &found_) != 0) {}
-  ~FileNames() { globfree(&found_); }
-  FileNames(const FileNames&) = delete;
-  FileNames& operator=(const FileNames&) = delete;
-  [[nodiscard]] bool Failed() const { return failed_; }
-  [[nodiscard]] char** begin() const { return found_.gl_pathv; }
-  [[nodiscard]] char** end() const { return found_.gl_pathv + found_.gl_pathc; }
-
- private:
-  static std::string Pattern() { return Format("%s/*", paths::kIfcfgFolder); }
-  glob_t found_{};
-  bool failed_;
-};
-
-// Puts the slaves' files back unless the bond is gone in the end.
-class SlaveFiles {
- public:
-  explicit SlaveFiles(const Names& slaves) : slaves_(slaves) {}
-  ~SlaveFiles() {
-    if (!kept_) Restore();
-  }
-  SlaveFiles(const SlaveFiles&) = delete;
-  SlaveFiles& operator=(const SlaveFiles&) = delete;
-  void Keep() { kept_ = true; }
-
- private:
-  void Restore() const {
-    for (const std::string& slave : slaves_) {
-      const std::string path = paths::Ifcfg(slave);
-      static_cast<void>(RunStatus(paths::kMv, "-f", path + model::kSavedSuffix, path));
-    }
-  }
-  const Names& slaves_;
-  bool kept_ = false;
-};
-
-bool AddDeviceOf(const char* path, Names* slaves) {
+bool AddDeviceOf(const std::string& path, Names* slaves) {
   const KeyValue device = ReadKey(path, keys::kDevice, kNameSize);
   if (device.length == 0) {
-    LOG_ERROR("%s:%d %s don't have key \"DEVICE\"\n", path);
-    return false;
+    LOG_ERROR("%s:%d %s don't have key \"DEVICE\"\n", path.c_str());
+    return Fail(ZARNNETERR_UNEXPECTED_CONTENT, false);
   }
   if (device.Unreadable() || IsUnfitName(device.text.c_str())) {
-    LOG_ERROR("%s:%d get key \"DEVICE\" from %s fail\n", path);
-    return false;
+    LOG_ERROR("%s:%d get key \"DEVICE\" from %s fail\n", path.c_str());
+    return device.Unreadable() ? false : Fail(ZARNNETERR_UNEXPECTED_CONTENT, false);
   }
   slaves->push_back(device.text);
   return true;
 }
 
-bool AddIfSlave(const char* path, const std::string& bond, Names* slaves) {
+bool AddIfSlave(const std::string& path, const std::string& bond, Names* slaves) {
   const KeyValue master = ReadKey(path, keys::kMaster, kNameSize);
   if (master.Unreadable()) {
-    LOG_ERROR("%s:%d get key \"MASTER\" from %s fail\n", path);
+    LOG_ERROR("%s:%d get key \"MASTER\" from %s fail\n", path.c_str());
     return false;
   }
   return master.text != bond || AddDeviceOf(path, slaves);
@@ -89,50 +53,40 @@ bool AddIfSlave(const char* path, const std::string& bond, Names* slaves) {
 // The interfaces whose files name the bond as their master. Backups are no interfaces' files.
 std::optional<Names> ParseSlaves(const std::string& bond) {
   Names slaves;
-  const FileNames files;
-  if (files.Failed()) return Fail(ZARNNETERR_OPEN, std::nullopt);
-  for (const char* path : files) {
-    if (std::string_view(path).ends_with(model::kSavedSuffix)) continue;
+  const auto files = PathsLike(Format("%s/*", paths::kIfcfgFolder));
+  if (!files || !IsFolder(paths::kIfcfgFolder)) return Fail(ZARNNETERR_OPEN, std::nullopt);
+  for (const std::string& path : *files) {
+    if (path.ends_with(model::kSavedSuffix)) continue;
     if (!AddIfSlave(path, bond, &slaves)) return std::nullopt;
   }
   return slaves;
 }
 
-std::string HeirOf(const ZARNLINKAGGROPT& record, const Names& slaves) {
-  if (record.cSlave > 0) return std::string(FieldText(record.rgszSlave[0]));
-  return slaves.empty() ? std::string() : slaves.front();
-}
-
 std::string AddressOfBond(const std::string& bond) {
-  char address[64] = "";
-  if (ZARNILnxGetIPFromCfg(bond.c_str(), address, sizeof address) >= 0) return address;
-  LOG_ERROR("%s:%d get IP of %s failed", bond.c_str());
-  return {};
+  const auto address = ipv4::ConfiguredAddress(bond);
+  if (!address) LOG_ERROR("%s:%d get IP of %s failed", bond.c_str());
+  return address.value_or("");
 }
 
 // Does the slave carry this address? Nothing when its own cannot be read.
 std::optional<bool> HasAddress(const std::string& slave, const std::string& address) {
-  char own[64] = "";
-  if (ZARNILnxGetIPFromCfg(slave.c_str(), own, sizeof own) >= 0) return address == own;
+  const auto own = ipv4::ConfiguredAddress(slave);
+  if (own) return address == *own;
   LOG_ERROR("%s:%d get IP on %s failed", slave.c_str());
   return std::nullopt;
 }
 
 bool TakeAddress(const std::string& slave) {
   const std::string path = paths::Ifcfg(slave);
-  if (KOPACFileSetKeyValue(path.c_str(), keys::kBootProto, "none", kBareLine) >= 0) return true;
-  LOG_ERROR("%s:%d set %s %s=%s failed", path.c_str(), keys::kBootProto, "none");
-  return false;
-}
-
-bool ReleaseSlave(const std::string& slave) {
-  return ZARNNetLinkAggrConfSetSlave(slave.c_str(), 0, nullptr) == 0;
+  if (SetKey(path, keys::kBootProto, model::kNoAddress)) return true;
+  LOG_ERROR("%s:%d set %s %s=%s failed", path.c_str(), keys::kBootProto, model::kNoAddress);
+  return Fail(ZARNNETERR_NO_MEMORY, false);
 }
 
 // The bond's address lives on at the heir alone. The release makes "none" a "dhcp", so that it is
 // written behind it once more.
 bool ReleaseWithoutAddress(const std::string& slave) {
-  return TakeAddress(slave) && ReleaseSlave(slave) && TakeAddress(slave);
+  return TakeAddress(slave) && virtual_if::LeaveBond(slave) && TakeAddress(slave);
 }
 
 bool ReleaseAll(const Names& slaves, const std::string& heir, const std::string& address) {
@@ -143,38 +97,65 @@ bool ReleaseAll(const Names& slaves, const std::string& heir, const std::string&
       if (!has) return false;
       shared = *has;
     }
-    if (!(shared ? ReleaseWithoutAddress(slave) : ReleaseSlave(slave))) return false;
+    if (!(shared ? ReleaseWithoutAddress(slave) : virtual_if::LeaveBond(slave))) return false;
   }
   return true;
 }
 
 bool Inherit(const std::string& bondPath, const std::string& heir) {
-  if (heir.empty()) return true;
-  const std::string path = paths::Ifcfg(heir);
-  if (RunStatus(paths::kCp, "-f", bondPath, path) == 0) return true;
+  if (heir.empty() || CopyFile(bondPath, paths::Ifcfg(heir))) return true;
   return Fail(ZARNNETERR_COMMAND, false);
 }
 
+// What each file holds now. The copies beside them are made in the course of the release: of the
+// heir, and of a slave that shares the bond's address, when the file has changed already.
+std::vector<Snapshot> SnapshotsOf(const Names& slaves, const std::string& heir) {
+  std::vector<Snapshot> snapshots;
+  for (const std::string& slave : slaves)
+    snapshots.emplace_back(paths::Ifcfg(slave));
+  if (!heir.empty()) snapshots.emplace_back(paths::Ifcfg(heir));
+  return snapshots;
+}
+
+bool Remove(const std::string& bond, const Names& slaves, const std::string& heir) {
+  const std::string path = paths::Ifcfg(bond);
+  const virtual_if::SavedFiles saved(slaves);
+  const std::vector<Snapshot> before = SnapshotsOf(slaves, heir);
+  virtual_if::DropSavedFiles(slaves);
+  Undo undo;
+  undo.Add([&] {
+    saved.MoveBack();
+    for (const Snapshot& file : before)
+      static_cast<void>(file.PutBack());  // the call has failed already, and said why
+  });
+  if (!Inherit(path, heir) || !ReleaseAll(slaves, heir, AddressOfBond(bond))) return false;
+  if (::unlink(path.c_str()) != 0)
+    return Fail(errno == ENOENT ? ZARNNETERR_NOT_FOUND : ZARNNETERR_REFUSED, false);
+  undo.Keep();
+  return true;
+}
+
 }  // namespace
+
+bool virtual_if::RemoveBond(const std::string& bond, std::string heir) {
+  const auto slaves = ParseSlaves(bond);
+  if (!slaves) {
+    LOG_ERROR("%s:%d parse slaves from etc/sysconfig/network-script\n");
+    return false;
+  }
+  if (heir.empty() && !slaves->empty()) heir = slaves->front();
+  return Remove(bond, *slaves, heir);
+}
 
 int ZARNNetLinkAggrConfDel(ZARNLINKAGGROPT* pOpt) {
   return Boundary(-1, [&]() -> int {
     if (pOpt == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     const std::string bond(FieldText(pOpt->szName));
-    if (IsUnfitName(bond.c_str()) || !FitsKernel(bond)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    const auto slaves = ParseSlaves(bond);
-    if (!slaves) {
-      LOG_ERROR("%s:%d parse slaves from etc/sysconfig/network-script\n");
-      return -1;
+    const std::string heir(pOpt->cSlave > 0 ? FieldText(pOpt->rgszSlave[0]) : "");
+    if (IsUnfitName(bond.c_str()) || !FitsKernel(bond) ||
+        (pOpt->cSlave > 0 && IsUnfitName(heir.c_str()))) {
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }
-    const std::string heir = HeirOf(*pOpt, *slaves);
-    if (pOpt->cSlave > 0 && IsUnfitName(heir.c_str())) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    const std::string path = paths::Ifcfg(bond);
-    SlaveFiles files(*slaves);
-    if (!Inherit(path, heir)) return -1;
-    if (!ReleaseAll(*slaves, heir, AddressOfBond(bond))) return -1;
-    if (::unlink(path.c_str()) != 0) return -1;
-    files.Keep();
-    return 0;
+    return virtual_if::RemoveBond(bond, heir) ? 0 : -1;
   });
 }

@@ -8,38 +8,42 @@
 #include "frame/base/text.h"
 #include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
-#include "frame/os/command.h"
 #include "frame/os/key_file.h"
+#include "virtual/bond_files.h"
 
 using namespace frame;
 
 namespace {
 
-void Join(const char* master, KeyEdit* edit) {
-  edit->Set(keys::kUserCtl, "no").Set(keys::kMaster, master).Set(keys::kSlave, "yes");
-}
-
-bool Release(const std::string& path, KeyEdit* edit) {
-  edit->Drop(keys::kUserCtl).Drop(keys::kBondingOpts).Drop(keys::kMaster).Drop(keys::kSlave);
-  return ZARNNetLinkAggrConfUpdateBootProto(path.c_str(), edit->KeysToSet()) >= 0;
+bool KeepAndWrite(const std::string& path, const KeyEdit& edit) {
+  model::KeepSaved(path);
+  return edit.WriteTo(path);
 }
 
 }  // namespace
 
+bool virtual_if::JoinBond(const std::string& slave, const std::string& bond) {
+  KeyEdit edit;
+  edit.Set(keys::kDevice, slave.c_str());
+  model::JoinBond(&edit, bond.c_str());
+  return KeepAndWrite(paths::Ifcfg(slave), edit);
+}
+
+bool virtual_if::LeaveBond(const std::string& slave) {
+  const std::string path = paths::Ifcfg(slave);
+  KeyEdit edit;
+  edit.Set(keys::kDevice, slave.c_str()).Drop(keys::kUserCtl).Drop(keys::kBondingOpts);
+  model::LeaveBond(&edit);
+  return FixBootProto(path, edit.KeysToSet()) >= 0 && KeepAndWrite(path, edit);
+}
+
 int ZARNNetLinkAggrConfSetSlave(const char* szSlave, int blJoin, const char* szMaster) {
   return Boundary(-1, [&]() -> int {
-    if (IsUnfitName(szSlave)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    if (blJoin != 0 && IsUnfitName(szMaster)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    const std::string path = paths::Ifcfg(szSlave);
-    KeyEdit edit;
-    edit.Set(keys::kDevice, szSlave);
-    if (blJoin != 0) {
-      Join(szMaster, &edit);
-    } else if (!Release(path, &edit)) {
-      return Fail(ZARNNETERR_NO_MEMORY, -1);
+    if (IsUnfitName(szSlave) || (blJoin != 0 && IsUnfitName(szMaster))) {
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }
-    // An interface that never had a file has nothing to go back to.
-    static_cast<void>(RunStatus(paths::kCp, "-f", path, path + model::kSavedSuffix));
-    return edit.WriteTo(path) ? 0 : -1;
+    const bool done =
+        blJoin != 0 ? virtual_if::JoinBond(szSlave, szMaster) : virtual_if::LeaveBond(szSlave);
+    return done ? 0 : -1;
   });
 }

@@ -15,7 +15,7 @@ int ZARNNetLinkAggrExist() {
     LineReader lines(paths::kBondingMasters);
     if (!lines.IsOpen()) return 0;
     if (lines.Next()) return 1;
-    return lines.Failed() ? -1 : 0;
+    return lines.Failed() ? Fail(ZARNNETERR_READ, -1) : 0;
   });
 }
 

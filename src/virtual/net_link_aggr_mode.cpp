@@ -8,7 +8,7 @@ using namespace frame;
 
 uint32_t ZARNNetLinkAggrStringToMode(const char* szMode) {
   return Boundary(0, [&]() -> uint32_t {
-    if (szMode == nullptr) return ZARNBOND_NONE;
+    if (szMode == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, ZARNBOND_NONE);
     return model::BondModeOf(szMode);
   });
 }

@@ -1,9 +1,10 @@
 // A bond is created, changed or deleted: the interface files of the bond and its slaves, the lease
 // that goes over to it, the restart of all of them, and the event of their rename.
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <unistd.h>
-#include <vector>
+#include <utility>
 
 #include <zarnnetsdk/net_int.h>
 #include <zarnnetsdk/virtual.h>
@@ -11,24 +12,32 @@
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/base/undo.h"
+#include "frame/facts/bonds.h"
+#include "frame/model/bond_modes.h"
 #include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
+#include "frame/os/backup.h"
 #include "frame/os/command.h"
+#include "frame/os/file.h"
 #include "frame/os/key_file.h"
+#include "frame/os/line_file.h"
+#include "frame/os/shared_folder.h"
+#include "virtual/bond_files.h"
 
 using namespace frame;
+using virtual_if::Names;
 
 namespace {
 
-constexpr uint32_t kLastMode = 8;
-
-using Names = std::vector<std::string>;
+enum class Kind { kCreate, kChange, kDelete };
 
 Names SlavesOf(const ZARNLINKAGGROPT& record) {
-  return {record.rgszSlave, record.rgszSlave + record.cSlave};
+  Names slaves;
+  for (int i = 0; i < record.cSlave; ++i)
+    slaves.emplace_back(FieldText(record.rgszSlave[i]));
+  return slaves;
 }
-
-enum class Kind { kCreate, kChange, kDelete };
 
 template <std::size_t N>
 bool IsTerminated(const char (&field)[N]) {
@@ -42,10 +51,11 @@ bool IsSlaveField(const char (&name)[16]) {
 // Can every name be an argument and a part of a path? Whether the record makes a bond is for the
 // create step to say.
 bool IsReadable(const ZARNLINKAGGROPT& record) {
-  if (!IsTerminated(record.szName) || IsUnfitName(record.szName) || record.mode > kLastMode) {
+  if (!IsTerminated(record.szName) || IsUnfitName(record.szName) ||
+      record.mode > model::kLastMode) {
     return false;
   }
-  if (record.mode == 0) return true;  // its slaves are not looked at
+  if (record.mode == ZARNBOND_NONE) return true;  // its slaves are not looked at
   if (record.cSlave < 0 || record.cSlave > ZARNLINKAGGR_MAX_SLAVE) return false;
   for (int i = 0; i < record.cSlave; ++i) {
     if (!IsSlaveField(record.rgszSlave[i])) return false;
@@ -54,7 +64,8 @@ bool IsReadable(const ZARNLINKAGGROPT& record) {
 }
 
 bool MakesABond(const ZARNLINKAGGROPT& record) {
-  if (record.cSlave < 2 || record.mode == 0 || record.mode > kLastMode) return false;
+  if (record.cSlave < 2 || record.mode == ZARNBOND_NONE || record.mode > model::kLastMode)
+    return false;
   for (int i = 0; i < record.cSlave; ++i) {
     if (IsEmpty(record.rgszSlave[i])) return false;
   }
@@ -69,121 +80,104 @@ bool RemoveOrLog(const std::string& path) {
 
 // ---- the create step
 
-// The files of a bond in the making. They go back to what they were unless all of it was done.
-class BondFiles {
- public:
-  explicit BondFiles(const ZARNLINKAGGROPT& record) : record_(record) {}
-  ~BondFiles() {
-    if (!kept_) Restore();
-  }
-  BondFiles(const BondFiles&) = delete;
-  BondFiles& operator=(const BondFiles&) = delete;
-  void Keep();
-
- private:
-  void Restore() const;
-
-  const ZARNLINKAGGROPT& record_;
-  bool kept_ = false;
-};
-
-void BondFiles::Keep() {
-  kept_ = true;
-  for (int i = 0; i < record_.cSlave; ++i) {
-    static_cast<void>(RemoveOrLog(paths::Ifcfg(record_.rgszSlave[i]) + model::kSavedSuffix));
-  }
-}
-
-void BondFiles::Restore() const {
-  for (int i = 0; i < record_.cSlave; ++i) {
-    const std::string path = paths::Ifcfg(record_.rgszSlave[i]);
-    static_cast<void>(RunStatus(paths::kMv, "-f", path + model::kSavedSuffix, path));
-  }
-  static_cast<void>(RemoveOrLog(paths::Ifcfg(record_.szName)));
+// Everybody may write to the folder of the leases: what is not root's there is not copied, and
+// names are changed only in the file that the copy has made.
+void InheritLease(const std::string& slave, const std::string& bond) {
+  const std::string from = paths::DhcpLease(slave);
+  const std::string to = paths::DhcpLease(bond);
+  if (Exists(from) && (!IsTrustedFile(from) || !ClaimFile(to))) return;
+  if (RunStatus(paths::kCp, "-f", from, to) != 0 || !IsTrustedFile(to)) return;
+  static_cast<void>(MakeAlike(to, from));
+  static_cast<void>(ReplaceInFile(to, slave, bond));
 }
 
 // The bond inherits the first slave's address settings and its lease. A slave that has none is no
 // reason to go without a bond.
-void InheritFromFirstSlave(const ZARNLINKAGGROPT& record) {
-  const char* const slave = record.rgszSlave[0];
-  const std::string lease = paths::DhcpLease(record.szName);
-  static_cast<void>(RunStatus(paths::kCp, "-f", paths::Ifcfg(slave), paths::Ifcfg(record.szName)));
-  static_cast<void>(RunStatus(paths::kCp, "-f", paths::DhcpLease(slave), lease));
-  static_cast<void>(KOPACFileReplaceSubStr(lease.c_str(), slave, record.szName));
+void InheritFromFirstSlave(const std::string& slave, const std::string& bond) {
+  const ErrorUnchanged ofBond;
+  static_cast<void>(CopyFile(paths::Ifcfg(slave), paths::Ifcfg(bond)));
+  InheritLease(slave, bond);
 }
 
 bool WriteBond(const ZARNLINKAGGROPT& record) {
   const char* const options = grgBondDesc[record.mode].szBondingOpts;
-  if (options == nullptr) return false;  // a mode of Open vSwitch
+  if (options == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, false);  // a mode of Open vSwitch
   const std::string path = paths::Ifcfg(record.szName);
   KeyEdit edit;
-  if (ZARNNetLinkAggrConfUpdateBootProto(path.c_str(), edit.KeysToSet()) < 0) return false;
+  if (virtual_if::FixBootProto(path, edit.KeysToSet()) < 0) return false;
   edit.Set(keys::kDevice, record.szName).Set(keys::kOnBoot, "yes").Set(keys::kUserCtl, "no");
-  edit.Set(keys::kBondingOpts, options).Drop(keys::kMaster).Drop(keys::kSlave);
+  edit.Set(keys::kBondingOpts, options);
+  model::LeaveBond(&edit);
   return edit.WriteTo(path);
 }
 
-bool JoinSlaves(const ZARNLINKAGGROPT& record) {
-  for (int i = 0; i < record.cSlave; ++i) {
-    if (ZARNNetLinkAggrConfSetSlave(record.rgszSlave[i], 1, record.szName) != 0) return false;
-  }
-  return true;
+bool JoinAll(const Names& slaves, const std::string& bond) {
+  return std::all_of(slaves.begin(), slaves.end(),
+                     [&](const std::string& slave) { return virtual_if::JoinBond(slave, bond); });
 }
 
-// The interfaces are stopped meanwhile: whatever happens here, they are to be started again.
-int Create(const ZARNLINKAGGROPT& record) {
-  return Boundary(-1, [&]() -> int {
-    if (!MakesABond(record)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    BondFiles files(record);
-    InheritFromFirstSlave(record);
-    if (!WriteBond(record) || !JoinSlaves(record)) return -1;
-    files.Keep();
-    return 0;
+bool Create(const ZARNLINKAGGROPT& record) {
+  if (!MakesABond(record)) return Fail(ZARNNETERR_BAD_PARAMETER, false);
+  const std::string bond = record.szName;
+  const std::string path = paths::Ifcfg(bond);
+  const Names slaves = SlavesOf(record);
+  const virtual_if::SavedFiles saved(slaves);
+  virtual_if::DropSavedFiles(slaves);
+  Undo undo;
+  undo.Add([&] {
+    saved.MoveBack();
+    static_cast<void>(RemoveOrLog(path));
   });
+  InheritFromFirstSlave(slaves.front(), bond);
+  if (!WriteBond(record) || !JoinAll(slaves, bond)) return false;
+  undo.Keep();
+  for (const std::string& slave : slaves)
+    static_cast<void>(RemoveOrLog(model::SavedPath(paths::Ifcfg(slave))));
+  return true;
 }
 
 // ---- the change
 
-// Where the present bond cannot be undone the new one is not tried.
-int CarryOut(Kind kind, ZARNLINKAGGROPT* wanted, ZARNLINKAGGROPT* present) {
-  if (kind == Kind::kDelete) return ZARNNetLinkAggrConfDel(wanted);
-  if (kind == Kind::kChange && ZARNNetLinkAggrConfDel(present) != 0) return -1;
-  return Create(*wanted);
+bool Remove(const ZARNLINKAGGROPT& record) {
+  return virtual_if::RemoveBond(record.szName, record.cSlave > 0 ? record.rgszSlave[0] : "");
 }
 
-// The network start script for the bond and its slaves. Its arguments are collected before the
-// interfaces stop.
-class StartScript {
- public:
-  explicit StartScript(const ZARNLINKAGGROPT& record) {
-    arguments_ = {paths::kNetworkScript, nullptr, record.szName};
-    for (int i = 0; i < record.cSlave; ++i)
-      arguments_.push_back(record.rgszSlave[i]);
-    arguments_.push_back(nullptr);
-  }
-  void Run(const char* action) {
-    constexpr int kWait = 1;
-    arguments_[1] = action;
-    static_cast<void>(KOPACExecv(paths::kNetworkScript, arguments_.data(), kWait));
-  }
+// Where the present bond cannot be undone the new one is not tried.
+bool CarryOut(Kind kind, const ZARNLINKAGGROPT& wanted, const ZARNLINKAGGROPT& present) {
+  if (kind == Kind::kDelete) return Remove(wanted);
+  return (kind == Kind::kCreate || Remove(present)) && Create(wanted);
+}
 
- private:
-  std::vector<const char*> arguments_;
-};
+// The network start script for the bond and its slaves.
+PreparedCall StartScript(const char* action, const ZARNLINKAGGROPT& record) {
+  Names arguments = {std::string(action), std::string(record.szName)};
+  for (const std::string& slave : SlavesOf(record))
+    arguments.push_back(slave);
+  return {paths::kNetworkScript, std::move(arguments)};
+}
 
-int Restart(Kind kind, ZARNLINKAGGROPT* wanted, ZARNLINKAGGROPT* present) {
-  StartScript script(*wanted);
-  script.Run("stop");
-  const int result = CarryOut(kind, wanted, present);
-  script.Run("start");
+// Its status does not matter.
+void RunAnyway(const PreparedCall& call) {
+  const ErrorUnchanged ofChange;
+  static_cast<void>(call.Status());
+}
+
+// Whatever happens while the interfaces are stopped, they are started again.
+int Restart(Kind kind, const ZARNLINKAGGROPT& wanted, const ZARNLINKAGGROPT& present) {
+  const PreparedCall stop = StartScript("stop", wanted);
+  const PreparedCall start = StartScript("start", wanted);
+  RunAnyway(stop);
+  const int result =
+      Boundary(-1, [&]() -> int { return CarryOut(kind, wanted, present) ? 0 : -1; });
+  RunAnyway(start);
   return result;
 }
 
 // A restart that the rest of the appliance hears of, before and after: the bond takes the places of
 // its slaves, or they take its.
-int RestartWithEvent(Kind kind, ZARNLINKAGGROPT* wanted, ZARNLINKAGGROPT* present) {
-  const Names bond = {wanted->szName};
-  const Names slaves = SlavesOf(*wanted);
+int RestartWithEvent(Kind kind, const ZARNLINKAGGROPT& wanted, const ZARNLINKAGGROPT& present) {
+  const Names bond = {wanted.szName};
+  const Names slaves = SlavesOf(wanted);
   const bool create = kind == Kind::kCreate;
   return ipv4::WhileRenaming(ipv4::Renamed::kBond, create ? slaves : bond, create ? bond : slaves,
                              [&] { return Restart(kind, wanted, present); });
@@ -195,14 +189,14 @@ int ZARNNetLinkAggrSet(ZARNLINKAGGROPT* pOpt) {
   return Boundary(-1, [&]() -> int {
     if (pOpt == nullptr || !IsReadable(*pOpt)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     ZARNLINKAGGROPT present{};
-    if (ZARNNetLinkAggrGet(pOpt->szName, &present) != 0) return -1;
-    if (pOpt->mode == 0) {
+    if (facts::ReadBond(pOpt->szName, &present) != facts::BondRead::kDone) return -1;
+    if (pOpt->mode == ZARNBOND_NONE) {
       pOpt->cSlave = present.cSlave;
       std::memcpy(pOpt->rgszSlave, present.rgszSlave, sizeof present.rgszSlave);
-      return RestartWithEvent(Kind::kDelete, pOpt, &present);
+      return RestartWithEvent(Kind::kDelete, *pOpt, present);
     }
-    if (present.mode == 0) return RestartWithEvent(Kind::kCreate, pOpt, &present);
+    if (present.mode == ZARNBOND_NONE) return RestartWithEvent(Kind::kCreate, *pOpt, present);
     if (std::memcmp(pOpt, &present, sizeof present) == 0) return 0;
-    return Restart(Kind::kChange, pOpt, &present);
+    return Restart(Kind::kChange, *pOpt, present);
   });
 }

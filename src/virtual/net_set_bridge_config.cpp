@@ -10,7 +10,6 @@
 #include "frame/model/paths.h"
 #include "frame/os/file.h"
 #include "frame/os/key_file.h"
-#include "virtual/settings_keys.h"
 
 using namespace frame;
 
@@ -33,9 +32,9 @@ bool SetRole(uint32_t type, const char* reference, KeyEdit* edit) {
       return false;
   }
   if (type == ZARNBRIDGE_LOCAL_LAN) {
-    edit->Set("LOCAL_LAN", "yes");
+    edit->Set(keys::kLocalLan, "yes");
   } else {
-    edit->Drop("LOCAL_LAN");
+    edit->Drop(keys::kLocalLan);
   }
   return true;
 }
@@ -51,7 +50,7 @@ int ZARNNetSetBridgeConfig(const ZARNNETIFSETTINGS* pSettings, const ZARNBRIDGEI
     const std::string ifname(pInfo != nullptr ? FieldText(pInfo->szName) : "");
     const std::string reference(pInfo != nullptr ? FieldText(pInfo->szRef) : "");
     if (IsUnfitName(ifname.c_str()) || !IsFitReference(reference) ||
-        (pSettings != nullptr && !virtual_if::IsFit(*pSettings))) {
+        (pSettings != nullptr && !model::IsFitAddress(*pSettings))) {
       LOG_ERROR("%s:%d Wrong Parameter.");
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }
@@ -63,10 +62,10 @@ int ZARNNetSetBridgeConfig(const ZARNNETIFSETTINGS* pSettings, const ZARNBRIDGEI
     }
     if (pSettings != nullptr) {
       edit.Set(keys::kOnBoot, pSettings->blOnBoot != 0 ? "yes" : "no");
-      virtual_if::SetAddress(*pSettings, &edit);
+      model::SetAddress(*pSettings, &edit);
     }
     const std::string path = paths::Ifcfg(ifname);
-    if (Exists(path)) virtual_if::KeepCopy(path);
+    if (Exists(path)) model::KeepSaved(path);
     return edit.WriteTo(path) ? 0 : -1;
   });
 }

@@ -3,56 +3,44 @@
 #include <unistd.h>
 
 #include <zarnnetsdk/net_int.h>
-#include <zarnnetsdk/pppoe.h>
 #include <zarnnetsdk/virtual.h>
 
 #include "frame/base/boundary.h"
-#include "frame/base/log.h"
 #include "frame/base/text.h"
+#include "frame/facts/vlans.h"
 #include "frame/model/mtu.h"
 #include "frame/model/paths.h"
-#include "frame/os/command.h"
+#include "frame/os/kernel.h"
 #include "frame/os/rewrite.h"
 #include "virtual/vlan_files.h"
-#include "virtual/vlan_followers.h"
+#include "virtual/vlan_move.h"
 
 using namespace frame;
 
 namespace {
 
 bool ReplaceFiles(const KOPANETVLAN& vlan) {
-  const auto text = vlan::ParentFileWithout(vlan);
+  const auto text = virtual_if::ParentFileWithout(vlan);
   if (!text) return false;
+  virtual_if::RemoveAbandonedFiles(vlan.szRowDev);
   const std::string path = paths::Ifcfg(vlan.szRowDev);
   Rewrite file(path, paths::kVlanRemovedTemplate);
-  if (!vlan::Prepare(&file, *text)) return false;
-  static_cast<void>(Run(paths::kNetworkScript, "stop", vlan.szRowDev, vlan.szName));
-  if (!file.TakeEffect()) return false;
-  if (!file.SetTargetMode(0644)) {
-    LOG_ERROR("%s:%d change %s's mode failed", path.c_str());
-    return false;
-  }
+  if (!virtual_if::Prepare(&file, *text)) return false;
+  virtual_if::RunStartScript("stop", vlan.szRowDev, vlan.szName);
+  if (!virtual_if::TakePlace(&file, path)) return false;
   ::unlink(paths::Ifcfg(vlan.szName).c_str());
   return true;
 }
 
-int Remove(const KOPANETVLAN& vlan) {
+bool Remove(const KOPANETVLAN& vlan) {
   const std::string parent = vlan.szRowDev;
   const std::string name = vlan.szName;
-  if (KOPADisablePPPoEOnIf(name.c_str()) < 0) {
-    const InnerError inner;
-    LOG_ERROR("%s:%d Disable PPPoE interface %s Failed.[0x%04X %s:%d]", name.c_str(), inner.code,
-              inner.file, inner.line);
-  }
+  virtual_if::DisablePppoe(name);
   // A setting that stays behind does no harm.
   static_cast<void>(KOPACINFORemoveKey(model::MtuKey(name).c_str()));
-  if (!ReplaceFiles(vlan)) return -1;
-  static_cast<void>(Run(paths::kNetworkScript, "start", parent));
-  if (const char* const failed = vlan::TellPrograms(name, parent)) {
-    LOG_ERROR("%s:%d Failed to %s -change_interface %s %s", failed, name.c_str(), parent.c_str());
-    return -1;
-  }
-  return vlan::MoveDhcpServer(name, parent) ? 0 : -1;
+  if (!ReplaceFiles(vlan)) return false;
+  virtual_if::RunStartScript("start", parent);
+  return virtual_if::TellFollowers(name, parent);
 }
 
 }  // namespace
@@ -60,9 +48,11 @@ int Remove(const KOPANETVLAN& vlan) {
 int KOPANetVlanRemove(const char* szVlan) {
   return Boundary(-1, [&]() -> int {
     if (IsUnfitName(szVlan)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    KOPANETVLAN vlan{};
-    if (KOPANetVlanGet(szVlan, &vlan) != 1) return -1;
-    return ipv4::WhileRenaming(ipv4::Renamed::kVlan, {vlan.szName}, {vlan.szRowDev},
-                               [&] { return Remove(vlan); });
+    const InetSocket socket;
+    if (!socket.IsOpen()) return Fail(ZARNNETERR_VLAN_QUERY, -1);
+    const auto vlan = facts::VlanOf(socket, szVlan);
+    if (!vlan) return Fail(ZARNNETERR_NOT_FOUND, -1);
+    return ipv4::WhileRenaming(ipv4::Renamed::kVlan, {vlan->szName}, {vlan->szRowDev},
+                               [&] { return Remove(*vlan) ? 0 : -1; });
   });
 }

@@ -107,4 +107,26 @@ TEST_F(VlanChange, AFullDiskLeavesTheFiles) {
   TELL(KOPANetVlanRemove("eth0.10"));
 }
 
+// Killed between the two files; what another parent's create has left so is kept for its repeat.
+TEST_F(VlanChange, ARepeatSetsRightWhatAKilledCreateHasLeft) {
+  const std::string folder = std::string(kFolder) + "/";
+  const std::string under = "BOOTPROTO=none\nIPV6INIT=off\n";
+  WriteIfcfg("eth1", "DEVICE=eth1\nIPV6ADDR=2001:db8::1\n" + under);
+  WriteIfcfg("eth7", under);
+  WriteFile(folder + "VLAN_a1B2c3", "VLAN_ROW_DEVICE=eth1\nIPV6INIT=static\nIPV6DNS=::53\n");
+  WriteFile(folder + "VLAN_zzzzzz", "VLAN_ROW_DEVICE=eth7\nIPV6INIT=auto\n");
+  for (const char* left : {"VLAN_000000", "DEVICE_a1B2c3", "DEV_a1B2c3"})
+    WriteFile(folder + left, "DEVI");
+  ASSERT_EQ(0, KOPANetVlanCreate("eth1", 20, &kDhcp)) << LogText();
+  EXPECT_EQ(
+      "DEVICE=eth1.20\nVLAN_ROW_DEVICE=eth1\nVLAN_ID=20\nONBOOT=yes\nBOOTPROTO=dhcp\n"
+      "IPV6INIT=static\nIPV6DNS=::53\n",
+      ReadIfcfg("eth1.20"));
+  Lines left;
+  for (const std::string& name : FolderEntries(kFolder)) {
+    if (!name.starts_with("ifcfg-")) left.push_back(name);
+  }
+  EXPECT_EQ(Lines{"VLAN_zzzzzz"}, left);
+}
+
 }  // namespace

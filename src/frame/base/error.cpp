@@ -15,12 +15,12 @@ void SetError(ZARNNETERROR code, const Place& at) {
 InnerError::InnerError()
     : code(KOPACErrGet()), file(KOPACErrorGetFile()), line(KOPACErrorGetLine()) {}
 
-KeepError::KeepError() : code_(KOPACErrGet()), file_{}, line_(KOPACErrorGetLine()) {
-  CopyText(KOPACErrorGetFile(), file_);
+ErrorUnchanged::ErrorUnchanged() {
+  CopyText(before_.file == nullptr ? "" : before_.file, file_);
 }
 
-KeepError::~KeepError() {
-  KOPACErrSetEx(code_, file_, line_);
+ErrorUnchanged::~ErrorUnchanged() {
+  KOPACErrSetEx(static_cast<unsigned short>(before_.code), file_, before_.line);
 }
 
 }  // namespace frame

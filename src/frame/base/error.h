@@ -26,19 +26,18 @@ struct InnerError {
   int line;
 };
 
-// Keeps the error state as it is until its scope ends, around what is done because of a failure or
-// whatever comes of it: the code that a caller finds is that of the failure which ended the call.
-class KeepError {
+// While it lives failures leave no trace in the error state: for steps whose failure is ignored,
+// and for ways back, behind which the state is to tell of what has sent the call there.
+class ErrorUnchanged {
  public:
-  KeepError();
-  ~KeepError();
-  KeepError(const KeepError&) = delete;
-  KeepError& operator=(const KeepError&) = delete;
+  ErrorUnchanged();
+  ~ErrorUnchanged();
+  ErrorUnchanged(const ErrorUnchanged&) = delete;
+  ErrorUnchanged& operator=(const ErrorUnchanged&) = delete;
 
  private:
-  unsigned short code_;
-  char file_[64];
-  int line_;
+  InnerError before_;
+  char file_[48];  // the state's own text may go with the next failure
 };
 
 }  // namespace frame

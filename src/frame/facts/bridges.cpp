@@ -30,7 +30,7 @@ std::optional<ZARNBRIDGEINFO> ConfiguredBridgeRole(const std::string& ifname) {
   const std::string path = paths::Ifcfg(ifname);
   if (!Exists(path)) {
     LOG_ERROR_AT(Place("net_get_bridge_config"), "%s:%d Failed to access [%s].", path.c_str());
-    return std::nullopt;
+    return Fail(ZARNNETERR_OPEN, std::nullopt, Place("net_get_bridge_config"));
   }
   ZARNBRIDGEINFO info{};
   CopyText(ifname, info.szName);

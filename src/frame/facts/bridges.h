@@ -20,8 +20,8 @@ std::uint32_t BridgeRoleOf(const std::string& ifname);
 
 // The part that the interface's file gives it. An interface without TYPE=bridge is ZARNBRIDGE_PORT
 // without a BRIDGE key and ZARNBRIDGE_STANDALONE with one: the reverse of what the kernel-based
-// query and the writer mean by these two; callers compare so. Nothing without the file; logged as
-// net_get_bridge_config's.
+// query and the writer mean by these two; callers compare so. Nothing, with 0x0900, without the
+// file; logged as net_get_bridge_config's.
 std::optional<ZARNBRIDGEINFO> ConfiguredBridgeRole(const std::string& ifname);
 
 }  // namespace frame::facts

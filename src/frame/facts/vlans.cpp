@@ -6,6 +6,7 @@
 #include "frame/base/log.h"
 #include "frame/base/text.h"
 #include "frame/model/paths.h"
+#include "frame/model/vlan.h"
 #include "frame/os/containers.h"
 #include "frame/os/file.h"
 
@@ -43,7 +44,7 @@ std::optional<KOPANETVLAN> VlanOf(const InetSocket& socket, std::string_view ifn
 
 std::optional<KOPANETVLAN> VlanOver(const InetSocket& socket, std::string_view parent,
                                     unsigned id) {
-  return VlanOf(socket, std::string(parent) + "." + std::to_string(id));
+  return VlanOf(socket, model::VlanName(parent, id));
 }
 
 std::optional<std::vector<KOPANETVLAN>> Vlans() {
@@ -58,7 +59,7 @@ std::optional<std::vector<KOPANETVLAN>> Vlans() {
     const char* const line = lines[i];
     if (line == nullptr) {
       LOG_ERROR_AT(Place("net_vlan_enum"), "%s:%d Get NULL string from %s", paths::kProcVlanConfig);
-      return std::nullopt;
+      return Fail(ZARNNETERR_UNEXPECTED_CONTENT, std::nullopt, Place("net_vlan_enum"));
     }
     if (!ReadVlan(line, &vlan)) {
       LOG_ERROR_AT(Place("net_vlan_enum"), "%s:%d Get wrong format from %s: %s",

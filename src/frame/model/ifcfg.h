@@ -2,6 +2,9 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+
+#include <zarnnetsdk/virtual.h>
 
 #include "frame/os/key_file.h"
 
@@ -49,9 +52,20 @@ inline constexpr char kDhcp[] = "dhcp";
 inline constexpr char kStatic[] = "static";
 inline constexpr char kNoAddress[] = "none";
 
+// The value of IPV6INIT that keeps IPv6 off the interface.
+inline constexpr char kIpv6Off[] = "off";
+
 // A fixed address, or a leased one, which keeps no address in the file.
 void SetFixedAddress(KeyEdit* edit, const char* ip, const char* netmask);
 void SetLeasedAddress(KeyEdit* edit);
+// Whichever of them the settings ask for; and the same as lines of a file that is written whole.
+void SetAddress(const ZARNNETIFSETTINGS& settings, KeyEdit* edit);
+std::string AddressLines(const ZARNNETIFSETTINGS& settings);
+// False for a fixed address with a text that cannot be meant as one.
+bool IsFitAddress(const ZARNNETIFSETTINGS& settings);
+
+// "KEY=value" with its newline.
+std::string Line(const char* key, std::string_view value);
 
 // No slave of a bond any more, or a slave of this one.
 void LeaveBond(KeyEdit* edit);
@@ -59,6 +73,10 @@ void JoinBond(KeyEdit* edit, const char* bond);
 
 // Files in the folder of the interface files whose name ends so are backups, no interfaces'.
 inline constexpr char kSavedSuffix[] = ".saved";
+std::string SavedPath(const std::string& path);
+// Copies the file there, where the copy stays. A change is made all the same without it: an
+// interface that never had a file has nothing to go back to.
+void KeepSaved(const std::string& path);
 
 // The suffix of the copy that a change keeps of a file while it is under way.
 std::string ChangeSuffix();

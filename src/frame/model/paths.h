@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "frame/os/file_tools.h"
+
 namespace frame::paths {
 
 // ---- configuration
@@ -100,8 +102,6 @@ inline constexpr char kTrafficControl[] = "/usr/zarn/bin/tctool";
 inline constexpr char kStart[] = "/sbin/start";
 inline constexpr char kInitctl[] = "/sbin/initctl";
 inline constexpr char kStop[] = "/sbin/stop";
-inline constexpr char kCp[] = "/bin/cp";
-inline constexpr char kMv[] = "/bin/mv";
 inline constexpr char kArping[] = "/sbin/arping";
 inline constexpr char kMkdir[] = "/bin/mkdir";
 inline constexpr char kSed[] = "/bin/sed";

@@ -1,22 +1,31 @@
-// A copy of a file beside itself that takes its place again when the change is not kept.
+// Copies of a file that a change keeps: beside it, to take its place again, or in memory.
 #pragma once
 
 #include <string>
+#include <sys/stat.h>
 
 namespace frame {
 
-// Made with /bin/cp -f, so that the copy has the file's mode. Unless Keep() is called the
-// destructor renames the copy back over the file; Keep() removes the copy.
+// Copies with /bin/cp -f. A copy that is a new file has the mode and owner of the first, whatever
+// the umask. False when the copy could not be made; errno says why.
+[[nodiscard]] bool CopyFile(const std::string& from, const std::string& to);
+
+// Gives a file the mode and owner of another.
+[[nodiscard]] bool MakeAlike(const std::string& path, const std::string& other);
+
+// A copy beside the file, with its mode and owner, made with /bin/cp -f. Unless Remove() has taken
+// it away it takes the file's place again: with Restore(), or when the scope ends.
 class Backup {
  public:
-  // The copy's name is that of the file with the suffix appended. A copy that cannot be made is
-  // logged by the caller (Made()) and nothing is restored later.
+  // The copy's name is that of the file with the suffix appended, and more where that name is
+  // taken: two changes in one second have a copy each. Of a copy that cannot be made, Made() tells
+  // and errno says why; nothing is restored later.
   Backup(std::string path, const std::string& suffix);
   ~Backup();
   Backup(const Backup&) = delete;
   Backup& operator=(const Backup&) = delete;
 
-  [[nodiscard]] bool Made() const { return !copy_.empty(); }
+  [[nodiscard]] bool Made() const { return made_; }
   [[nodiscard]] const std::string& CopyName() const { return name_; }
 
   // Each answers false when the system refuses; neither does anything without a copy.
@@ -26,7 +35,27 @@ class Backup {
  private:
   std::string path_;
   std::string name_;
-  std::string copy_;  // empty once there is nothing left to restore
+  bool made_ = false;
+};
+
+// A file as it is, in memory: for a change whose copies beside the file have names and a fate of
+// their own.
+class Snapshot {
+ public:
+  explicit Snapshot(std::string path);
+
+  // Gives the file its content, mode and owner again, where it has changed; one that was not there
+  // goes. A file that could not be read is left alone. False when the system refuses.
+  [[nodiscard]] bool PutBack() const;
+
+ private:
+  enum class State { kUnknown, kAbsent, kRead };
+
+  std::string path_;
+  std::string temporary_;  // made beforehand: the way back should need little memory
+  std::string text_;
+  struct stat status_ {};
+  State state_ = State::kUnknown;
 };
 
 }  // namespace frame

@@ -6,6 +6,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <zarncore/zarncore.h>
 
@@ -44,6 +46,29 @@ template <class... Args>
   constexpr int kWait = 1;
   return KOPACExecv(path, argv, kWait);
 }
+
+// A call whose arguments are put together beforehand: when it has to be made, memory cannot stop
+// it.
+class PreparedCall {
+ public:
+  PreparedCall(const char* path, std::vector<std::string> arguments)
+      : arguments_(std::move(arguments)), argv_{path} {
+    for (const std::string& argument : arguments_)
+      argv_.push_back(argument.c_str());
+    argv_.push_back(nullptr);
+  }
+  PreparedCall(const PreparedCall&) = delete;
+  PreparedCall& operator=(const PreparedCall&) = delete;
+
+  [[nodiscard]] int Status() const {
+    constexpr int kWait = 1;
+    return KOPACExecv(argv_.front(), argv_.data(), kWait);
+  }
+
+ private:
+  std::vector<std::string> arguments_;
+  std::vector<const char*> argv_;
+};
 
 // The standard output of a program; null when it could not be started. Closing waits for it.
 struct CloseCommand {

@@ -2,30 +2,59 @@
 #include "frame/os/rewrite.h"
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
 #include <zarncore/zarncore.h>
 
+#include "frame/base/text.h"
+#include "frame/os/folder.h"
+
 namespace frame {
 
 void SyncFolderOf(const std::string& path) {
-  const std::string folder = path.substr(0, path.rfind('/') + 1);
-  const Descriptor fd(
-      ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  char folder[PATH_MAX];  // no string: whoever puts a file back may have no memory
+  CopyText(std::string_view(path).substr(0, path.rfind('/') + 1), folder);
+  const Descriptor fd(::open(*folder == '\0' ? "." : folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (fd) ::fsync(fd.Get());  // the new content is in place: a failure here could not be taken back
+}
+
+std::vector<std::string> AbandonedTemporaries(std::string nameTemplate) {
+  constexpr std::string_view kAny = "??????";
+  nameTemplate.replace(nameTemplate.size() - kAny.size(), kAny.size(), kAny);
+  std::vector<std::string> abandoned;
+  const auto found = PathsLike(nameTemplate);
+  if (!found) return abandoned;
+  for (const std::string& path : *found) {
+    struct stat status {};
+    const Descriptor fd(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    if (fd && ::fstat(fd.Get(), &status) == 0 && S_ISREG(status.st_mode) &&
+        ::flock(fd.Get(), LOCK_EX | LOCK_NB) == 0)
+      abandoned.push_back(path);
+  }
+  return abandoned;
 }
 
 Rewrite::Rewrite(std::string path) : Rewrite(path, path + ".XXXXXX") {}
 
-Rewrite::Rewrite(std::string path, std::string nameTemplate)
-    : path_(std::move(path)),
-      name_(std::move(nameTemplate)),
-      file_(KOPACFileTempFileOpen(name_.data())),
-      made_(file_ != nullptr) {}
+Rewrite::Rewrite(std::string path, std::string nameTemplate) : path_(std::move(path)) {
+  // Between the file and its lock it may be taken for an abandoned one.
+  constexpr int kMost = 3;
+  struct stat status {};
+  for (int i = 0; i < kMost && !made_; ++i) {
+    name_ = nameTemplate;
+    file_.reset(KOPACFileTempFileOpen(name_.data()));
+    if (!file_) return;
+    lock_ = Descriptor(::fcntl(::fileno(file_.get()), F_DUPFD_CLOEXEC, 0));
+    if (lock_) ::flock(lock_.Get(), LOCK_EX);
+    made_ = ::fstat(::fileno(file_.get()), &status) != 0 || status.st_nlink > 0;
+  }
+}
 
 Rewrite::Rewrite(std::string path, Temporary temporary)
     : path_(std::move(path)), name_(std::move(temporary.name)) {
@@ -54,6 +83,10 @@ bool Rewrite::SetModeOfTarget(mode_t otherwise) {
          SetMode(target.st_mode & kPermissions);
 }
 
+bool Rewrite::SetOwner(uid_t user, gid_t group) {
+  return ::fchown(::fileno(file_.get()), user, group) == 0;
+}
+
 bool Rewrite::Fill(std::string_view content) {
   return Write(content) && Sync();
 }
@@ -73,6 +106,7 @@ bool Rewrite::Sync() {
 bool Rewrite::TakeEffect() {
   if (std::rename(name_.c_str(), path_.c_str()) != 0) return false;
   made_ = false;
+  lock_ = Descriptor();
   SyncFolderOf(path_);
   return true;
 }

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 #include <sys/types.h>
+#include <vector>
 
 #include "frame/os/file.h"
 
@@ -11,6 +12,10 @@ namespace frame {
 
 // Makes a new name of a file last through a power cut.
 void SyncFolderOf(const std::string& path);
+
+// Temporary files of this name template, which ends with XXXXXX, whose writer has been killed. A
+// living one holds a lock on its own.
+std::vector<std::string> AbandonedTemporaries(std::string nameTemplate);
 
 // One rewrite, step by step: each has a code of its own. The new content is collected in a
 // temporary file beside the target, which goes with this object unless it has taken the target's
@@ -33,6 +38,7 @@ class Rewrite {
   [[nodiscard]] bool IsOpen() const { return made_; }
   [[nodiscard]] const std::string& TemporaryName() const { return name_; }
   [[nodiscard]] bool SetMode(mode_t mode);  // before Fill(): nobody else reads a part of it
+  [[nodiscard]] bool SetOwner(uid_t user, gid_t group);
   // The mode and owner of the file that stands there, or this mode where there is none.
   [[nodiscard]] bool SetModeOfTarget(mode_t otherwise);
   [[nodiscard]] bool Fill(std::string_view content);  // Write() and Sync()
@@ -45,7 +51,8 @@ class Rewrite {
   std::string path_;
   std::string name_;
   File file_;
-  bool made_;
+  Descriptor lock_;  // of the temporary file, until it has taken the target's place
+  bool made_ = false;
 };
 
 }  // namespace frame
