@@ -204,7 +204,7 @@ void ShowVendor(const Context& context, const std::string& vendor) {
   if (context.json) return PrintJson("vendor", json);
   std::vector<Row> rows;
   for (const Json& option : json["options"])
-    rows.push_back({{option["number"].dump()}, {option["value"].get<std::string>()}});
+    rows.push_back({{WrittenOut(option["number"])}, {option["value"].get<std::string>()}});
   PrintTable(rows);
 }
 

@@ -1,6 +1,5 @@
 // zarnnetctl dhcpd subnet: the subnets that the built-in DHCP server serves, by options or as JSON.
 #include <algorithm>
-#include <iostream>
 #include <memory>
 
 #include "commands.h"
@@ -140,7 +139,7 @@ Json ReadJson(const Target& target) {
 
 std::string TextOf(const Json& value) {
   if (value.is_string()) return value.get<std::string>();
-  return value.is_null() ? "" : value.dump();
+  return value.is_null() ? "" : WrittenOut(value);
 }
 
 void Show(const Context& context, const Target& target) {
@@ -275,7 +274,7 @@ void ApplyGiven(const std::string& what, const Given& given, Subnet* subnet) {
 }
 
 Json ReadDocument(const std::string& what) {
-  Json document = Json::parse(std::cin, nullptr, false);
+  Json document = ReadInput();
   if (document.is_object() && document.contains("subnet")) document = document["subnet"];
   if (!document.is_object()) RefuseDocument(what, "it is not an object");
   static const std::vector<std::string> known{"interface", "number", "family", "enable", "start",

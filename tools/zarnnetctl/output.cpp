@@ -129,4 +129,12 @@ Json TextOrNull(const std::string& text) {
   return text.empty() ? Json() : Json(text);
 }
 
+std::string WrittenOut(const Json& value) {
+  return value.dump();
+}
+
+Json ReadInput() {
+  return Json::parse(std::cin, nullptr, false);
+}
+
 }  // namespace tool

@@ -47,4 +47,10 @@ ExitStatus ReportUsage(const Context& context, const std::string& problem, const
 // Text as JSON has it: null where there is none.
 Json TextOrNull(const std::string& text);
 
+// A value as JSON writes it.
+std::string WrittenOut(const Json& value);
+
+// The document on standard input; discarded when it is none.
+Json ReadInput();
+
 }  // namespace tool
