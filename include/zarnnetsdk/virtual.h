@@ -92,9 +92,9 @@ int ZARNNetLinkAggrOptSlsaveAdd(ZARNLINKAGGROPT* pOpt, const char* szSlave);
  *         a former slave whose BOOTPROTO=none cannot be written), ZARNNETERR_OPEN, ZARNNETERR_READ,
  *         ZARNNETERR_WRITE or ZARNNETERR_RENAME (an interface file), ZARNNETERR_UNEXPECTED_CONTENT (a slave's file
  *         without DEVICE), ZARNNETERR_COMMAND (the copy of the bond's file, the event's facility), ZARNNETERR_REFUSED
- *         (the bond's file cannot be removed), ZARNNETERR_NOT_FOUND (it has none): the slaves' files are put back, a bond that could not be created has
- *         no file, and the interfaces are started again all the same. A change that has removed the present bond and
- *         fails to create the wanted one leaves none
+ *         (the bond's file cannot be removed), ZARNNETERR_NOT_FOUND (it has none): the slaves' files are put back, a
+ *         bond that could not be created has no file, and the interfaces are started again all the same. A change
+ *         that has removed the present bond and fails to create the wanted one leaves none
  * Files: the interface files; /tmp/dhcpv4.leases.SLAVE and .BOND, believed only when they are regular files of root's.
  * Programs: /etc/rc.network, /bin/cp, /bin/mv.
  */

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <optional>
+#include <sys/statvfs.h>
 #include <unistd.h>
 #include <utility>
 
@@ -17,14 +18,18 @@
 namespace frame {
 namespace {
 
-// Runs the copy; errno is 0 only when it was made.
+// Why a copy that was begun has failed: the program says it on its standard error only.
+int ReasonOf(const std::string& from, const std::string& to) {
+  struct statvfs disk {};
+  if (!Exists(from)) return ENOENT;
+  return ::statvfs(to.c_str(), &disk) == 0 && disk.f_bavail == 0 ? ENOSPC : EIO;
+}
+
+// Runs the copy. False with errno, also where the program could not be started.
 bool RunCopy(const std::string& from, const std::string& to) {
-  errno = 0;
-  if (RunStatus(paths::kCp, "-f", from, to) == 0) return true;
-  // The program's own complaint is on its standard error; a file that is not there is the usual
-  // one.
-  if (errno == 0) errno = Exists(from) ? EIO : ENOENT;
-  return false;
+  const int status = RunStatus(paths::kCp, "-f", from, to);
+  if (status > 0) errno = ReasonOf(from, to);
+  return status == 0;
 }
 
 // Makes an empty file of this name, or of the next that is free. False with errno.
