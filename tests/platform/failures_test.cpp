@@ -118,7 +118,7 @@ TEST(Failures, NameThemselves) {
                                     CALL(KOPACFileTempFileOpen(noTemplate))});
   ExpectFailures("0D00 locks",
                  {CALL(KOPACFileLock(0x107, 0)), CALL(KOPACFileUnlockByFile(nullptr))});
-  ExpectFailures("0D00 list", {CALL(KOPACSzListPush(&list.list, nullptr))});
+  ExpectFailures("0D00 list", {CALL(KOPACSzListPush(list.Out(), nullptr))});
   ExpectFailures("0D00 hash", {CALL(KOPACSzHashSetValue(&hash.hash, "k", nullptr))});
   ExpectFailures("0D00 text", {CALL(KOPACStrTok(buffer, ",", nullptr)),
                                CALL(KOPACStrTokIndex(buffer, ",", -1))});
@@ -141,10 +141,10 @@ TEST(Failures, NameThemselves) {
        CALL(KOPACFileRemoveKey("/etc/none", "A")), CALL(KOPACFileRemoveKey("/etc/none", "a=b")),
        CALL(KOPAServicecfgRunKeyGet("none", &run))});
   ExpectFailures("0900 line_file",
-                 {CALL(KOPACFileReadLines(kNone, &list.list)), CALL(KOPACFileTouch(kNone)),
+                 {CALL(KOPACFileReadLines(kNone, list.Out())), CALL(KOPACFileTouch(kNone)),
                   CALL(KOPACFileGetLine(kNone, "A", buffer, sizeof buffer, 2)),
                   CALL(KOPACFileReplaceSubStr("/etc/none", "a", "b")),
-                  CALL(KOPACFileEnumDir("/nofolder", nullptr, &list.list, 0)),
+                  CALL(KOPACFileEnumDir("/nofolder", nullptr, list.Out(), 0)),
                   CALL(KOPACFileTempFileOpen(noFolder)),
                   CALL(KOPACFileITmpName("/none/x", buffer, sizeof buffer))});
   ExpectFailures("0900 process_table", {CALL(KOPACReadPidFile(kNone))});
@@ -178,8 +178,8 @@ TEST(Failures, WhatIsAbsentIsNone) {
   EXPECT_EQ(0, KOPACFileCheckKeyValue(kFile, "A", "2", 0));
   EXPECT_EQ(0, KOPACFileRemoveKey(kFile, "B"));
   EXPECT_EQ(0, KOPACFileGetLine(kFile, "B", buffer, sizeof buffer, 2));
-  EXPECT_EQ(nullptr, KOPACSzListGet(list.list, 0));
-  EXPECT_GT(0, KOPACSzListFind(list.list, "x"));
+  EXPECT_EQ(nullptr, KOPACSzListGet(list, 0));
+  EXPECT_GT(0, KOPACSzListFind(list, "x"));
   EXPECT_EQ(0, KOPACFileExist(kNone) + KOPACFileCheckDir(kNone) + KOPACIsProcAlive("/none"));
   EXPECT_EQ(0, ZARNHAIsActive() + ZARNHAIsRunning() + ZARNHAHasHAIF() + ZARNIsDockerPLV());
   EXPECT_EQ(0, KOPACSupportDualhead());
@@ -215,7 +215,7 @@ TEST(Failures, TellOfWhatHasRunOut) {
   EXPECT_EQ((Lines{"conf", "filler"}), FolderEntries("/etc/small")) << "nothing is left behind";
   const NoDescriptors none;
   ExpectFailures("0900 key_file", {CALL(Get(kFile))});
-  ExpectFailures("0900 line_file", {CALL(KOPACFileEnumDir("/etc", nullptr, &list.list, 0)),
+  ExpectFailures("0900 line_file", {CALL(KOPACFileEnumDir("/etc", nullptr, list.Out(), 0)),
                                     CALL(KOPAPluginAction(4, plugin))});
   ExpectFailures("0900 process_table", {CALL(KOPACIsProcAlive("/sbin/none"))});
   ExpectFailures("0900 process", {CALL(KOPACPopen("/bin/true", "r", kEnd))});
@@ -236,7 +236,7 @@ TEST(Failures, RefusedMemoryIsAFailureAndNoEnd) {
   const char longText[] = "a text that is longer than a string holds by itself";
   const auto listFolder = [] {
     List list;
-    return list.list == nullptr ? -1 : KOPACFileEnumDir("/etc", "z", &list.list, 0);
+    return list == nullptr ? -1 : KOPACFileEnumDir("/etc", "z", list.Out(), 0);
   };
   const auto fillHash = [&] {
     Hash hash;

@@ -7,15 +7,9 @@
 
 #include <zarncore/zarncore.h>
 
-namespace test {
+#include "support/appliance.h"
 
-struct List {
-  PKOPACSZLIST list = KOPACSzListAlloc(1);
-  List() = default;
-  ~List() { KOPACSzListFree(list); }
-  List(const List&) = delete;
-  List& operator=(const List&) = delete;
-};
+namespace test {
 
 struct Hash {
   PKOPACSZHASH hash = KOPACSzHashAlloc(1);

@@ -158,7 +158,7 @@ TEST(KeyFile, AKilledWriterLeavesOldOrNewAndNoLockAndNoTrace) {
     ASSERT_TRUE(isWhole(ReadFile(kFile))) << "round " << round;
   }
   List names;
-  EXPECT_EQ(1, KOPACFileEnumDir("/etc", "settings", &names.list, 0))
+  EXPECT_EQ(1, KOPACFileEnumDir("/etc", "settings", names.Out(), 0))
       << "what was not finished is not taken for a file of its kind";
   EXPECT_EQ(0, Set("A", "end")) << "the lock died with its holder";
   Lines expected = before;

@@ -28,8 +28,8 @@ TEST(LineFile, LinesAreFoundAddedAndRemovedWhole) {
   EXPECT_EQ(0, KOPACFileReplaceSubStr(path, "two", "twotwo"));
   EXPECT_EQ("one\ntwotwo\nbetween\nthree twotwo\n", ReadFile(path));
   List list;
-  EXPECT_EQ(0, KOPACFileReadLines(path, &list.list));
-  EXPECT_EQ((Lines{"one", "twotwo", "between", "three twotwo"}), Items(list.list));
+  EXPECT_EQ(0, KOPACFileReadLines(path, list.Out()));
+  EXPECT_EQ((Lines{"one", "twotwo", "between", "three twotwo"}), Items(list));
 }
 
 TEST(LineFile, TemporariesAreNewAndPrivate) {
@@ -47,9 +47,9 @@ TEST(LineFile, FoldersAreListedSorted) {
   for (const char* name : {"b", "a2", "a1", ".a1.unfinished"})
     WriteFile(std::string("/etc/folder/") + name, "");
   List list;
-  EXPECT_EQ(2, KOPACFileEnumDir("/etc/folder", "a", &list.list, 0));
-  EXPECT_EQ(3, KOPACFileEnumDir("/etc/folder", nullptr, &list.list, 1));
-  EXPECT_EQ((Lines{"a1", "a2", "a1", "a2", "b"}), Items(list.list));
+  EXPECT_EQ(2, KOPACFileEnumDir("/etc/folder", "a", list.Out(), 0));
+  EXPECT_EQ(3, KOPACFileEnumDir("/etc/folder", nullptr, list.Out(), 1));
+  EXPECT_EQ((Lines{"a1", "a2", "a1", "a2", "b"}), Items(list));
 }
 
 TEST(Text, TokensKeepTheirPlaces) {

@@ -33,12 +33,12 @@ TEST(Plugins, RunInNameOrderWithStageAndArguments) {
   WritePlugin("10-a", record + "; exit 9");
   WritePlugin("30-not-executable", record, 0644);
   List list;
-  KOPACSzListPush(&list.list, "x");
-  KOPACSzListPush(&list.list, "y z");
+  KOPACSzListPush(list.Out(), "x");
+  KOPACSzListPush(list.Out(), "y z");
   PKOPAPLUGIN plugin = Open();
   EXPECT_EQ(0, KOPAPluginSetArgByInt(plugin, "IFNAME", -7));
   EXPECT_EQ(0, KOPAPluginSetArg(plugin, "TEXT", "$(touch /run/evil) \"quoted\""));
-  EXPECT_EQ(0, KOPAPluginSetArgByArray(plugin, "LIST", list.list));
+  EXPECT_EQ(0, KOPAPluginSetArgByArray(plugin, "LIST", list));
   EXPECT_GT(0, KOPAPluginAction(4, plugin)) << "one of them failed";
   EXPECT_EQ(0, KOPAPluginSetArg(plugin, "IFNAME", "eth0"));
   RemoveFile(kFolder + "10-a");

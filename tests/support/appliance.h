@@ -76,6 +76,9 @@ class LockHolder {
  private:
   int pid_;
 };
+
+// ---- sleeps are noted and not slept
+long SleptMilliseconds();
 // From now on they are slept: for a kernel that needs its time.
 void SleepForReal();
 // From now on a sleep of seconds ends when a child of this process has ended.
