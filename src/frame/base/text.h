@@ -22,8 +22,9 @@ inline bool AnyEmpty(std::initializer_list<const char*> texts) {
   return false;
 }
 
-// True for a name that cannot be part of a path or of a line of a file: null, empty, or with a
-// slash, blank or control character in it. The kernel takes no such interface name either.
+// True for a name that cannot be part of a path, of a line of a file or of a command: null, empty,
+// with a slash, blank or control character in it, which the kernel takes in no interface name
+// either, or one that a program would take for an option.
 bool IsUnfitName(const char* name);
 
 // A control character, a newline among them, would end a line of a file or of a program's input.
