@@ -63,10 +63,13 @@ typedef struct DHCP_PXE_CONF {
 /* ---- the server ---------------------------------------------------------------------------------------
  * The server is a dnsmasq of the appliance's. These functions write its fragments (".conf") and their switches
  * (".info") in /etc/dhcpd; the network script puts what is switched on together and starts the server with it. A
- * change has no effect before a restart. iptype is 0 for IPv4, 1 for IPv6. No locks; a file is replaced as a whole.
- * A text that would add a line to a file (a newline or another control character in it) and a name that can be no
- * part of a path are refused with 0x0D00 and nothing written. That and 0x0200 are the only codes; everything else,
- * missing arguments too, is told by the result and the log. Writers run /bin/mkdir for the folder. */
+ * change has no effect before a restart. iptype is 0 for IPv4, 1 for IPv6. No locks; a file is replaced as a whole:
+ * a switch keeps its mode and owner, a fragment has mode 0644. A text that would add a line to a file (a newline or
+ * another control character in it) and a name that can be no part of a path or that begins with "-" are refused with
+ * 0x0D00 and nothing written. Files that cannot be opened, read, written or renamed leave 0x0900, 0x0A00, 0x0B00 or
+ * 0x2800, programs that fail 0x2A00, memory 0x0200; what is just missing, missing arguments too where nothing else
+ * is said, is told by the result and the log alone. Addresses and texts that are no options are written as they are
+ * given. Writers run /bin/mkdir for the folder. */
 
 /** Runs "/etc/rc.network nat-start-dhcp". @return 1 when it ends with status 1, else 0 */
 int DHCPServerStart(void);
@@ -122,6 +125,8 @@ int DHCPTagConfSetEnable(const char* ifname, unsigned subnet, int iptype, int en
 
 /**
  * Writes a subnet's fragment. An IPv6 subnet in mode "off" keeps the one it has.
+ * Addresses and masks of options are plainly dotted; of an option with a list only the list is written, which must
+ * not be empty.
  * @return 0; -1 for a wrong argument, when the file cannot be written, or for an option with a wrong value: the lines before it
  *         are written then
  */
@@ -200,14 +205,17 @@ int DHCPPXEConfSet(const DHCP_PXE_CONF* conf);
 
 /**
  * The server's IPv4 files of an interface follow it to another name, as do the names in them. The switch of IPv6 stays.
- * @return 0, also without the folder; -1 for a wrong argument, a file that cannot be renamed, or when sed refuses: what is done stays done
+ * @return 0, also without the folder; -1 for a wrong argument (0x0D00), a file that cannot be renamed (0x2800), or when sed
+ *         refuses (0x2A00): what is done stays done
  * Runs /bin/sed. Does not restart the server.
  */
 int DHCPDConfChangeInterface(const char* old_if, const char* new_if);
 
 /**
  * op 1: switches the members' service off, remembering it, and the bond's to what it remembers; any other: the other
- * way round. Restarts the server. @return 0; -1 for a wrong argument, or when a switch cannot be read or written
+ * way round. A member that is off and has something remembered keeps that. Restarts the server.
+ * @return 0; -1 for a wrong argument (0x0D00; a bond's bad name before anything is done), or when a switch cannot be read
+ *         or written
  */
 int DHCPDLinkAggrSet(int op, const char* bond, PKOPACSZLIST members);
 
@@ -217,14 +225,16 @@ int DHCPDLinkAggrSet(int op, const char* bond, PKOPACSZLIST members);
  * Asks the DHCP server of the network at an interface which address it would hand out; the interface is
  * left as it is. Blocks for as long as the client does.
  * @param info  szName names the interface; szIP and szMask are filled
- * @return 0; -1 with 0x0D00 (null record, empty name) or 0x2A00 (the client failed), or when the client
- *         left no address
- * Runs /usr/sbin/dhclient --zarn_test, and /bin/cp once for its script.
+ * @return 0; -1 with 0x0D00 (null record, a name that can be no interface's or begins with "-"), 0x2A00 (a program
+ *         failed), 0x0900 (the client left no result) or 0x4000 (one without an address)
+ * Runs /usr/sbin/dhclient --zarn_test, and /bin/cp once for its script. Its lease file in /tmp is made anew where
+ * something that is not root's own file lies under its name.
  */
 int ZARNIGetDHCPTestNetInfo(ZARNNETIFADDR* info);
 
 /**
- * Does the interface's file say BOOTPROTO=dhcp? A file without the key is repaired to BOOTPROTO=static.
+ * Does the interface's file say BOOTPROTO=dhcp? A file without the key is repaired to BOOTPROTO=static; one that
+ * cannot be read is left alone.
  * Reads, and repairs, under the shared network lock.
  * @return 1 or 0; 0 also without a name (0x0D00) or a file, or when the lock is not had within 5 seconds
  */

@@ -23,6 +23,11 @@ bool SetQuoted(const std::string& path, const char* key, const char* value) {
   return SetKey(path, key, value, kQuotedLine);
 }
 
+// A port that is off and has a saved state has joined before: it is that state that counts.
+bool IsSaved(const std::string& path) {
+  return KeyIs(path, kEnable, kNo) && ReadKey(path, kSavedEnable, kValueSize).Found();
+}
+
 // Switches the service off and remembers what it was.
 bool SaveFile(const std::string& path) {
   const KeyValue enable = ReadKey(path, kEnable, kValueSize);
@@ -53,11 +58,15 @@ bool RestoreFile(const std::string& path) {
   return false;
 }
 
+bool SaveFileOnce(const std::string& path) {
+  return IsSaved(path) || SaveFile(path);
+}
+
 // Does the step to the switches of both families, where they are.
 bool ForBothFamilies(const char* ifname, bool (*step)(const std::string&)) {
   if (IsRefusedName(ifname)) {
     LOG_ERROR("%s:%d Restore interface is null");
-    return false;
+    return Fail(ZARNNETERR_BAD_PARAMETER, false);
   }
   for (const char* stem : {kStemV4, kStemV6}) {
     const std::string path = InterfaceInfo(stem, ifname);
@@ -69,7 +78,7 @@ bool ForBothFamilies(const char* ifname, bool (*step)(const std::string&)) {
 bool Join(const char* bond, const KOPACSZLIST* members) {
   for (int i = 0; members != nullptr && i < members->nItem; ++i) {
     const char* const member = KOPACSzListGet(members, i);
-    if (ForBothFamilies(member, SaveFile)) continue;
+    if (ForBothFamilies(member, SaveFileOnce)) continue;
     LOG_ERROR("%s:%d Failed to save [%s] interface's dhcp conf", member);
     return false;
   }
@@ -97,9 +106,9 @@ bool Dissolve(const char* bond, const KOPACSZLIST* members) {
 
 int DHCPDLinkAggrSet(int op, const char* bond, PKOPACSZLIST members) {
   return Boundary(-1, [&]() -> int {
-    if (bond == nullptr) {
+    if (IsUnfitName(bond)) {
       LOG_ERROR("%s:%d Bond interface is null");
-      return -1;
+      return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }
     if (!(op == kJoin ? Join(bond, members) : Dissolve(bond, members))) return -1;
     static_cast<void>(RestartUnlessRefused());  // a server that does not start fails nothing

@@ -40,7 +40,8 @@ bool IsUnsigned(std::string_view text) {
   return error == std::errc() && end == text.data() + text.size();
 }
 
-// Plainly dotted as well: octal and hexadecimal parts would keep the server from starting.
+// Addresses and masks are plainly dotted as well: octal and hexadecimal parts would keep the server
+// from starting.
 bool IsAddress(std::string_view text) {
   return ParseHostAddress(text) && ParseIpv4(text);
 }
@@ -74,7 +75,7 @@ bool IsListedAddress(int index, const char* value) {
 }
 
 bool IsListedMask(int index, const char* value) {
-  if (ParseMask(value)) return true;
+  if (ParseMask(value) && ParseIpv4(value)) return true;
   LOG_ERROR("%s:%d wrong list %d-th value [%s], not mask", index, value);
   return false;
 }
@@ -115,7 +116,7 @@ bool IsAlternating(const KOPACSZLIST& values, Check even, Check odd) {
 }
 
 bool IsListFor(const Option& option, const KOPACSZLIST* values) {
-  if (values == nullptr) {
+  if (values == nullptr || values->nItem == 0) {
     LOG_ERROR("%s:%d option list value is empty");
     return false;
   }
@@ -172,8 +173,8 @@ bool dhcpd::IsAcceptable(const DHCP_OPTION& option) {
 
 std::string dhcpd::ValueText(const DHCP_OPTION& option) {
   constexpr std::size_t kLongest = sizeof option.value - 1;
-  const std::string_view value = FieldText(option.value);
-  if (!value.empty() || option.values == nullptr) return std::string(value);
+  const Option* const known = FindNumber(option.number);
+  if (known == nullptr || !TakesList(*known)) return std::string(FieldText(option.value));
   std::string text;
   for (int i = 0; i < option.values->nItem; ++i)
     text.append(i == 0 ? "" : ",").append(KOPACSzListGet(option.values, i));

@@ -75,11 +75,10 @@ Outcome ReadLine(const std::string& line, OwnedOption* read) {
     LOG_WARN("%s:%d List get failed or wrong user-defined dhcp option format [%s]", line.c_str());
     return Outcome::kPassedOver;
   }
-  const auto words = SplitWords(fields[1]);
-  if (!fields[1].starts_with(kPrefix) || words.front().size() == kPrefix.size()) {
-    return WrongFormat(line.c_str());
-  }
-  const std::string name(words.front().substr(kPrefix.size()));
+  if (!fields[1].starts_with(kPrefix)) return WrongFormat(line.c_str());
+  const auto words = SplitWords(fields[1].substr(kPrefix.size()));
+  if (words.empty()) return WrongFormat(line.c_str());
+  const std::string name(words.front());
   const Option* const known = FindOption(name);
   if (known == nullptr) {
     LOG_DETAIL("%s:%d Unsupported dhcp option name [%s]", name.c_str());

@@ -27,15 +27,15 @@ struct Names {
 
 // A name becomes part of a sed expression, where these would end it or bring in other text.
 bool IsUnfitForSed(const char* name) {
-  if (IsRefusedName(name)) return true;
-  const bool unfit = std::string_view(name).find_first_of("\\&") != std::string_view::npos;
+  const bool unfit =
+      IsUnfitName(name) || std::string_view(name).find_first_of("\\&") != std::string_view::npos;
   return unfit && !Fail(ZARNNETERR_BAD_PARAMETER, false);
 }
 
 bool Rename(const std::string& from, const std::string& to) {
   if (std::rename(from.c_str(), to.c_str()) == 0) return true;
   LOG_ERROR("%s:%d Failed to rename [%s][%s]", from.c_str(), to.c_str());
-  return false;
+  return Fail(ZARNNETERR_RENAME, false);
 }
 
 bool RenameIfThere(const std::string& from, const std::string& to) {
@@ -70,7 +70,7 @@ bool MoveSubnet(const Names& names, std::string_view entry) {
   const std::size_t dot = rest.find('.');
   if (dot == 0 || dot == std::string_view::npos || dot + 1 == rest.size()) {
     LOG_ERROR("%s:%d Parsing filename error!");
-    return false;
+    return Fail(ZARNNETERR_UNEXPECTED_CONTENT, false);
   }
   const std::string target = InFolder(SubnetNames(names.to).append(rest));
   return Rename(InFolder(entry), target) && ReplaceName(names, target);

@@ -42,6 +42,13 @@ bool RunTrial(const std::string& ifname) {
   return false;
 }
 
+// A result without the key is no failure of the reader's, so the code is set here.
+template <std::size_t N>
+bool ReadResult(const std::string& path, const char* key, char (&field)[N]) {
+  if (!ReadOptionalKeyInto(path, key, field)) return false;
+  return *field != '\0' || Fail(ZARNNETERR_UNEXPECTED_CONTENT, false);
+}
+
 }  // namespace
 
 int ZARNIGetDHCPTestNetInfo(ZARNNETIFADDR* info) {
@@ -51,11 +58,11 @@ int ZARNIGetDHCPTestNetInfo(ZARNNETIFADDR* info) {
     if (IsUnfitName(ifname.c_str())) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     if (!EnsureClientScript() || !RunTrial(ifname)) return -1;
     const std::string result = paths::DhcpInfo(ifname);
-    if (!ReadKeyInto(result, keys::kIpAddr, info->szIP)) {
+    if (!ReadResult(result, keys::kIpAddr, info->szIP)) {
       LOG_ERROR_FUNC(at, "%s(%d) KOPACFileGetKeyValue(IPADDR) failed(%X).", KOPACErrGet());
       return -1;
     }
-    if (!ReadKeyInto(result, keys::kNetmask, info->szMask)) {
+    if (!ReadResult(result, keys::kNetmask, info->szMask)) {
       LOG_ERROR_FUNC(at, "%s(%d) KOPACFileGetKeyValue(NETMASK) failed(%X).", KOPACErrGet());
       return -1;
     }

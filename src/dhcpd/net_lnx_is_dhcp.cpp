@@ -10,7 +10,6 @@
 #include "frame/base/text.h"
 #include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
-#include "frame/os/file.h"
 #include "frame/os/key_file.h"
 #include "frame/os/lock.h"
 
@@ -28,10 +27,11 @@ bool dhcpd::IsDhcp(const std::string& ifname) {
   const std::string path = paths::Ifcfg(ifname);
   const KeyValue proto = ReadKey(path, keys::kBootProto, 16);
   if (proto.Found()) return proto.text == model::kDhcp;
-  LOG_ERROR_FUNC(at, "%s(%d) Get BOOTPROTO failed.(%X)", KOPACErrGet());
-  // Readers come by here all the time, so a file without the key is repaired on the way; an
-  // interface without a file stays without one.
-  if (Exists(path) && !SetKey(path, keys::kBootProto, model::kStatic)) {
+  const unsigned code = proto.Unreadable() ? KOPACErrGet() : 0;  // a missing key has set none
+  LOG_ERROR_FUNC(at, "%s(%d) Get BOOTPROTO failed.(%X)", code);
+  // Readers come by here all the time, so a file without the key is repaired on the way. One that
+  // cannot be read may well have it, and is left alone.
+  if (!proto.Unreadable() && !SetKey(path, keys::kBootProto, model::kStatic)) {
     LOG_ERROR_FUNC(at, "%s(%d) KOPACFileSetKeyValue(%s, BOOTPROTO, static) failed.(%X)",
                    path.c_str(), KOPACErrGet());
   }

@@ -19,7 +19,8 @@ bool TakesList(const Option& option);
 // Is the option one that the server knows, with a value of its kind? Says in the log why not.
 bool IsAcceptable(const DHCP_OPTION& option);
 
-// What stands in the option's line: its value, or its list joined by commas.
+// What stands in the line of an acceptable option: its list joined by commas, of which its value is
+// no part, or its value.
 std::string ValueText(const DHCP_OPTION& option);
 
 // Reads the options of a subnet's fragment into a chain, which DHCPOptionFree() frees. Lines that

@@ -25,7 +25,7 @@ constexpr int kDisabled = 2;
 
 template <std::size_t N>
 bool ReadText(const char* key, char (&field)[N]) {
-  return KOPACFileGetKeyValue(paths::Ifcfg(kIfname).c_str(), key, field, N, 0) >= 0;
+  return ReadOptionalKeyInto(paths::Ifcfg(kIfname), key, field);
 }
 
 // "anonymous" in any case, or nothing, is anonymous; every other text asks for a login.
@@ -57,6 +57,17 @@ std::string ReadEnciphered() {
   return text;
 }
 
+std::optional<int> RunState() {
+  int state = 0;
+  return KOPAServicecfgRunKeyGet(kService, &state) < 0 ? std::nullopt : std::optional(state);
+}
+
+// Is the service enabled? Nothing, with a code, for a state that is neither.
+std::optional<bool> IsEnabled(int runState) {
+  if (runState == kEnabled || runState == kDisabled) return runState == kEnabled;
+  return Fail(ZARNNETERR_UNEXPECTED_CONTENT, std::optional<bool>());
+}
+
 }  // namespace
 
 void tunnel::ReadPassword(ZARNTUNNELCONF* conf) {
@@ -74,16 +85,25 @@ void tunnel::ReadPassword(ZARNTUNNELCONF* conf) {
   }
 }
 
+std::optional<ZARNTUNNELCONF> tunnel::ReadStored() {
+  const auto state = RunState();
+  ZARNTUNNELCONF conf{};
+  if (!state || !ReadSettings(&conf) || !IsEnabled(*state)) return std::nullopt;
+  return conf;
+}
+
 int ZARNTunnelConfigGet(ZARNTUNNELCONF* pConf) {
   return Boundary(-1, [&]() -> int {
-    int runState = 0;
-    if (pConf == nullptr || KOPAServicecfgRunKeyGet(kService, &runState) < 0) return -1;
+    if (pConf == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const auto state = RunState();
+    if (!state) return -1;
     *pConf = {};
     if (!ReadSettings(pConf)) {
       *pConf = {};
       return -1;
     }
-    if (runState == kEnabled) return 1;
-    return runState == kDisabled ? 0 : -1;
+    const auto enabled = IsEnabled(*state);
+    if (!enabled) return -1;
+    return *enabled ? 1 : 0;
   });
 }

@@ -7,6 +7,7 @@
 #include "frame/base/log.h"
 #include "frame/model/paths.h"
 #include "frame/os/key_file.h"
+#include "frame/os/lock.h"
 #include "frame/os/rewrite.h"
 #include "tunnel/settings.h"
 
@@ -24,7 +25,7 @@ bool Same(const char (&a)[N], const char (&b)[N]) {
 
 // The user id and the password that no anonymous record shows lie in their files all the same: a
 // login that is chosen now would find them there.
-void UncoverLogin(ZARNTUNNELCONF* stored) {
+void ShowLogin(ZARNTUNNELCONF* stored) {
   if (stored->blAnonymous == 0) return;
   ReadKeyInto(paths::Ifcfg(kIfname), kUserId, stored->szUserId);
   ReadPassword(stored);
@@ -42,12 +43,12 @@ bool WritePassword(const char (&password)[sizeof ZARNTUNNELCONF::szPassword]) {
   char enciphered[kEncipheredSize] = "";
   if (KOPACCryptBufCrypt(text.data(), text.size(), enciphered, sizeof enciphered) < 0) return false;
   Rewrite file(paths::kTunnelPassword);
-  if (!file.IsOpen()) return false;
+  if (!file.IsOpen()) return Fail(ZARNNETERR_OPEN, false);
   if (!file.Fill({enciphered, sizeof enciphered})) {
     LOG_ERROR("%s:%d failed to save tunnel password");
-    return false;
+    return Fail(ZARNNETERR_WRITE, false);
   }
-  return file.TakeEffect();
+  return file.TakeEffect() || Fail(ZARNNETERR_RENAME, false);
 }
 
 int WriteSettings(const ZARNTUNNELCONF& conf, const ZARNTUNNELCONF& stored) {
@@ -67,7 +68,7 @@ int WriteSettings(const ZARNTUNNELCONF& conf, const ZARNTUNNELCONF& stored) {
 int Store(const ZARNTUNNELCONF& conf, const ZARNTUNNELCONF& present) {
   ZARNTUNNELCONF known = present;
   if (conf.blAnonymous == 0) {
-    UncoverLogin(&known);
+    ShowLogin(&known);
     if (!Same(conf.szPassword, known.szPassword) && !WritePassword(conf.szPassword)) {
       LOG_ERROR("%s:%d failed to set passwd");
       return -1;
@@ -78,17 +79,23 @@ int Store(const ZARNTUNNELCONF& conf, const ZARNTUNNELCONF& present) {
 
 }  // namespace
 
+// Two callers at once never leave the user of one with the password of the other.
 int ZARNTunnelConfigSet(const ZARNTUNNELCONF* pConf) {
   return Boundary(
       -1,
       [&]() -> int {
         if (pConf == nullptr || !IsFit(*pConf)) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-        ZARNTUNNELCONF present{};
-        if (ZARNTunnelConfigGet(&present) < 0) {
+        const FileLock lock(paths::kTunnelPassword);
+        if (!lock.Held()) {
+          LOG_ERROR("%s:%d KOPACFileLockTimeByFile failed!");
+          return Fail(ZARNNETERR_LOCK, -1);
+        }
+        const auto present = ReadStored();
+        if (!present) {
           LOG_ERROR("%s:%d failed to get Tunnel Config");
           return -1;
         }
-        return Store(*pConf, present);
+        return Store(*pConf, *present);
       },
       [&] { LOG_ERROR("%s:%d failed to alloc hash"); });
 }

@@ -1,6 +1,6 @@
-// Starts, stops and restarts the tunnel broker client. A child process makes the client's settings
-// and runs its script; the caller watches over the child and judges by what the kernel and the
-// process table show afterwards.
+// Starts, stops and restarts the tunnel broker client. The caller makes the client's settings,
+// waits for its script for a while, and judges by what the kernel and the process table show
+// afterwards.
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -8,20 +8,20 @@
 #include <fcntl.h>
 #include <string>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <zarncore/zarncore.h>
-#include <zarnnetsdk/ipv6.h>
 #include <zarnnetsdk/tunnel.h>
 #include <zarnsdk/zarnsdk.h>
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
+#include "frame/facts/addresses.h"
 #include "frame/model/paths.h"
 #include "frame/os/command.h"
-#include "frame/os/containers.h"
 #include "frame/os/file.h"
+#include "frame/os/key_file.h"
+#include "frame/os/line_file.h"
+#include "frame/os/watched_command.h"
 #include "tunnel/settings.h"
 
 using namespace frame;
@@ -84,18 +84,18 @@ constexpr std::array<Setting, 19> kTunnelSettings{{
 }};
 
 template <std::size_t N>
-void Add(const std::array<Setting, N>& settings, StringHash* hash) {
+void Add(const std::array<Setting, N>& settings, KeyEdit* edit) {
   for (const Setting& setting : settings)
-    hash->Set(setting.key, setting.value);
+    edit->Set(setting.key, setting.value);
 }
 
-void AddUser(const ZARNTUNNELCONF& conf, StringHash* hash) {
+void AddUser(const ZARNTUNNELCONF& conf, KeyEdit* edit) {
   const bool anonymous = conf.blAnonymous != 0;
-  hash->Set("server", conf.szServer);
-  hash->Set("auth_method", anonymous ? kAnonymous : "any");
-  hash->Set("userid", anonymous ? "" : conf.szUserId);
+  edit->Set("server", conf.szServer);
+  edit->Set("auth_method", anonymous ? kAnonymous : "any");
+  edit->Set("userid", anonymous ? "" : conf.szUserId);
   const std::string password(FieldText(conf.szPassword));
-  hash->Set("passwd", anonymous ? "" : password.c_str());
+  edit->Set("passwd", anonymous ? "" : password.c_str());
 }
 
 void RemoveClientSettings() {
@@ -103,39 +103,36 @@ void RemoveClientSettings() {
 }
 
 // The file is new and the owner's alone before anything is in it; touching and writing keep that.
-// One that an interrupted run left may have any mode, so it goes first.
+// One that an interrupted run has left may have any mode, so it goes first.
 bool MakePrivateFile() {
   RemoveClientSettings();
   const Descriptor fd(
       ::open(paths::kGogocConf, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
-  return static_cast<bool>(fd) && KOPACFileTouch(paths::kGogocConf) >= 0;
+  if (!fd) return Fail(ZARNNETERR_OPEN, false);
+  return Touch(paths::kGogocConf);
 }
 
 bool WriteClientSettings(int action, const ZARNTUNNELCONF& conf) {
-  StringHash settings;
+  KeyEdit settings;
   Add(kHostSettings, &settings);
   Add(action == ZARNTUNNEL_RESTART ? kRestartRetries : kStartRetries, &settings);
   Add(kTunnelSettings, &settings);
   AddUser(conf, &settings);
-  if (MakePrivateFile() &&
-      KOPACFileSetKeys(paths::kGogocConf, settings.Get(), nullptr, nullptr) >= 0) {
-    return true;
-  }
+  if (MakePrivateFile() && settings.WriteTo(paths::kGogocConf, nullptr)) return true;
   LOG_ERROR("%s:%d failed to make gogoc config file");
   RemoveClientSettings();
   return false;
 }
 
 bool MakeClientSettings(int action, const ZARNTUNNELCONF* given) {
-  ZARNTUNNELCONF stored{};
-  if (given == nullptr && ZARNTunnelConfigGet(&stored) < 0) {
-    LOG_ERROR("%s:%d unable to get Tunnel config, file crashed or not set.");
-    return false;
-  }
-  return WriteClientSettings(action, given != nullptr ? *given : stored);
+  if (given != nullptr) return WriteClientSettings(action, *given);
+  const auto stored = ReadStored();
+  if (stored) return WriteClientSettings(action, *stored);
+  LOG_ERROR("%s:%d unable to get Tunnel config, file crashed or not set.");
+  return false;
 }
 
-// ---- the child
+// ---- the script
 
 const char* WordOf(int action) {
   switch (action) {
@@ -150,61 +147,51 @@ const char* WordOf(int action) {
   }
 }
 
-void RunScript(int action, const ZARNTUNNELCONF* conf) {
-  const char* const word = WordOf(action);
-  if (word == nullptr) return RemoveClientSettings();
-  const bool connects = action != ZARNTUNNEL_STOP;
-  if (connects && !MakeClientSettings(action, conf)) {
-    LOG_ERROR("%s:%d Failed to make tunnel config file.");
-    return;
-  }
-  if (RunStatus(paths::kRcTun, word) != 0) {
-    LOG_ERROR("%s:%d excute command %s %s failed", paths::kRcTun, word);
-  }
-  if (connects) RemoveClientSettings();
-  LOG_NOTE("%s:%d done gogoc processing");
+// Is there something to run, and what it needs? A stop needs no settings, and takes what an
+// interrupted run has left of them, the password in clear, with it.
+bool IsReadyToRun(int action, const ZARNTUNNELCONF* conf) {
+  const bool connects = action == ZARNTUNNEL_START || action == ZARNTUNNEL_RESTART;
+  if (!connects) RemoveClientSettings();
+  if (!connects || MakeClientSettings(action, conf)) return WordOf(action) != nullptr;
+  LOG_ERROR("%s:%d Failed to make tunnel config file.");
+  return false;
 }
 
-// Whoever reads the caller's output to its end must not wait for a child that hangs.
-void LetGoOfStreams() {
-  const Descriptor null(::open("/dev/null", O_RDWR | O_CLOEXEC));
-  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-    ::dup2(null.Get(), stream);
-}
-
-// The caller's buffers and exit handlers are the caller's: the child ends without them, and always
-// well, since nobody asks it.
-[[noreturn]] void BeChild(int action, const ZARNTUNNELCONF* conf) {
-  try {
-    LetGoOfStreams();
-    RunScript(action, conf);
-  } catch (...) {
-    LOG_ERROR("%s:%d Failed to make tunnel config file.");
-    RemoveClientSettings();
-  }
-  ::_exit(0);
-}
-
-// ---- the caller
-
-// A child that is nobody's any more, in a caller that ignores its children, has ended too. One that
-// was killed could not tidy up.
-bool HasEnded(pid_t child) {
-  int status = 0;
-  const pid_t ended = ::waitpid(child, &status, WNOHANG);
-  if (ended == child && WIFSIGNALED(status)) RemoveClientSettings();
-  return ended != 0;
-}
-
-void WaitFor(pid_t child) {
-  for (int look = 1; !HasEnded(child); ++look) {
+// False when it has not ended in time.
+bool WaitFor(WatchedCommand* script) {
+  for (int look = 1; !script->HasEnded(); ++look) {
     if (look == kLooks) {
       LOG_ERROR("%s:%d connecting to tunnel broker timeout");
-      return;
+      return false;
     }
     ::sleep(1);
   }
+  return true;
 }
+
+void TellHowItEnded(const WatchedCommand& script, const char* word) {
+  const auto outcome = script.HowItEnded();
+  if (outcome == WatchedCommand::Outcome::kUnknown) return RemoveClientSettings();
+  if (outcome == WatchedCommand::Outcome::kFailed) {
+    LOG_ERROR("%s:%d excute command %s %s failed", paths::kRcTun, word);
+  }
+  LOG_NOTE("%s:%d done gogoc processing");
+}
+
+// The settings are the script's alone to read, and go when it has ended. What cannot be made ready
+// is told, and what there is is judged all the same. False when there is no process to wait for.
+bool RunScript(int action, const ZARNTUNNELCONF* conf) {
+  const bool ready = IsReadyToRun(action, conf);
+  WatchedCommand script;
+  if (!script.Start(ready ? paths::kRcTun : nullptr, WordOf(action), paths::kGogocConf)) {
+    RemoveClientSettings();
+    return Fail(ZARNNETERR_COMMAND, false);
+  }
+  if (WaitFor(&script) && ready) TellHowItEnded(script, WordOf(action));
+  return true;
+}
+
+// ---- the outcome
 
 // The names are relative: the client keeps its list in the folder that it was started in.
 void SetBrokerListAside() {
@@ -215,8 +202,8 @@ void SetBrokerListAside() {
 }
 
 bool HasIpv6Address() {
-  ZARNNETV6ADDR address{};
-  return ZARNLnxV6IPGet(kIfname, &address, 1) > 0;
+  const auto addresses = facts::KernelV6Addresses(kIfname);
+  return addresses && !addresses->empty();
 }
 
 // A start leaves a client that has no tunnel yet: it goes on trying.
@@ -226,8 +213,7 @@ bool EndHungClient(int action) {
     return false;
   }
   LOG_ERROR("%s:%d gogoc hangs, terminate it.");
-  constexpr int kWaitForEnd = 1;
-  KOPACKill(paths::kGogoc, kWaitForEnd);
+  static_cast<void>(EndProcesses(paths::kGogoc));  // the hanging client is the failure
   RemoveClientSettings();
   return true;
 }
@@ -236,13 +222,13 @@ bool IsOutcomeRight(int action) {
   if (HasIpv6Address()) {
     if (action == ZARNTUNNEL_STOP) {
       LOG_ERROR("%s:%d gogoc still alive, failed to stop");
-      return false;
+      return Fail(ZARNNETERR_COMMAND, false);
     }
     LOG_NOTE("%s:%d tunnel connection setup");
     return true;
   }
-  return KOPACIsProcAlive(paths::kGogoc) != 1 || WordOf(action) == nullptr ||
-         !EndHungClient(action);
+  const bool hangs = IsRunning(paths::kGogoc) && WordOf(action) != nullptr && EndHungClient(action);
+  return !hangs || Fail(ZARNNETERR_COMMAND, false);
 }
 
 }  // namespace
@@ -251,10 +237,7 @@ int ZARNTunnelExecute(int action, const ZARNTUNNELCONF* pConf) {
   return Boundary(-1, [&]() -> int {
     if (action != ZARNTUNNEL_STOP && pConf != nullptr && !IsFit(*pConf))
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);
-    const pid_t child = ::fork();
-    if (child < 0) return -1;
-    if (child == 0) BeChild(action, pConf);
-    WaitFor(child);
+    if (!RunScript(action, pConf)) return -1;
     SetBrokerListAside();
     if (!IsOutcomeRight(action)) return -1;
     // A relay that misses the news learns it at its next start.

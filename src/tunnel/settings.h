@@ -1,7 +1,7 @@
 // The settings of the tunnel as they are stored, shared by those who read, write and use them.
 #pragma once
 
-#include <algorithm>
+#include <optional>
 
 #include <zarnnetsdk/tunnel.h>
 
@@ -19,17 +19,16 @@ inline constexpr char kUserId[] = "USERID";
 inline constexpr char kAnonymous[] = "anonymous";
 inline constexpr char kWithLogin[] = "login";
 
+// The stored settings; nothing, with a code, where ZARNTunnelConfigGet() fails.
+std::optional<ZARNTUNNELCONF> ReadStored();
+
 // Reads the stored password into the record; empty where it cannot be had.
 void ReadPassword(ZARNTUNNELCONF* conf);
 
-// A newline or another control character in a text would become a line of a file of its own.
+// A newline in a text would begin a line of a file of its own.
 template <std::size_t N>
 bool IsOneLine(const char (&field)[N]) {
-  const std::string_view text = frame::FieldText(field);
-  return std::none_of(text.begin(), text.end(), [](char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return byte < ' ' || byte == 0x7F;
-  });
+  return !frame::HasControlCharacters(frame::FieldText(field));
 }
 
 template <std::size_t N>

@@ -30,7 +30,8 @@ std::string_view TakeNumber(std::string_view* text) {
 bool IsUnfitName(const char* name) {
   if (IsEmpty(name) || *name == '-') return true;
   const std::string_view text(name);
-  return HasControlCharacters(text) || text.find_first_of("/ ") != std::string_view::npos;
+  return text.front() == '-' || HasControlCharacters(text) ||
+         text.find_first_of("/ ") != std::string_view::npos;
 }
 
 bool HasControlCharacters(std::string_view text) {
