@@ -11,6 +11,7 @@
 
 #include <zarncore/zarncore.h>
 #include <zarnnetsdk/addr.h>
+#include <zarnnetsdk/error.h>
 
 #include "frame/os/file.h"
 #include "support/appliance.h"
@@ -90,14 +91,14 @@ TEST(Ports, AreThoseThatNoServerCouldTake) {
 
 TEST(Ports, BadRangesAndMissingTablesAreErrors) {
   int port = 0;
-  REFUSED(0x0D00, ZARNNetIsPortRangeUsed(0, 1, "tcp"));
-  REFUSED(0x0D00, ZARNNetIsPortRangeUsed(2, 1, "tcp"));
-  REFUSED(0x0D00, ZARNNetIsPortRangeUsed(1, 65536, "tcp"));
-  REFUSED(0x0D00, ZARNNetIsPortRangeUsed(1, 2, "tcp6"));
-  REFUSED(0x0D00, ZARNNetGetPortUsedInRange(1, 2, "", nullptr, 1));
-  REFUSED(0x0D00, ZARNNetGetPortUsedInRange(1, 2, "", &port, -1));
+  REFUSED(ZARNNETERR_BAD_PARAMETER, ZARNNetIsPortRangeUsed(0, 1, "tcp"));
+  REFUSED(ZARNNETERR_BAD_PARAMETER, ZARNNetIsPortRangeUsed(2, 1, "tcp"));
+  REFUSED(ZARNNETERR_BAD_PARAMETER, ZARNNetIsPortRangeUsed(1, 65536, "tcp"));
+  REFUSED(ZARNNETERR_BAD_PARAMETER, ZARNNetIsPortRangeUsed(1, 2, "tcp6"));
+  REFUSED(ZARNNETERR_BAD_PARAMETER, ZARNNetGetPortUsedInRange(1, 2, "", nullptr, 1));
+  REFUSED(ZARNNETERR_BAD_PARAMETER, ZARNNetGetPortUsedInRange(1, 2, "", &port, -1));
   MountEmpty("/proc/self/net");
-  REFUSED(0x0900, ZARNNetIsPortRangeUsed(1, 2, "tcp"));
+  REFUSED(ZARNNETERR_OPEN, ZARNNetIsPortRangeUsed(1, 2, "tcp"));
   WriteFile("/proc/self/net/tcp",
             "head\n  0: 0100007F:FFFF 0:0 0A\n  1: garbage\n 2: A:1ZZ 0 0A\n");
   EXPECT_EQ(std::vector<int>{65535}, Used("tcp")) << "a kernel without IPv6";
@@ -136,9 +137,9 @@ TEST_F(Lan, AHostIsConnectedWhenItAnswersInTime) {
   EXPECT_EQ(0, Connected("192.168.50.77", 1, 0.9, 2.5)) << "the machine's own errors are no answer";
   EXPECT_EQ(0, Connected("10.1.2.3", 60, 0, 5)) << "no route";
   Refused(
-      0x0D00, [] { return BlKOPAIsConnected("", 1); }, 0);
+      ZARNNETERR_BAD_PARAMETER, [] { return BlKOPAIsConnected("", 1); }, 0);
   Refused(
-      0x0D00, [] { return BlKOPAIsConnected("192.168.50.1", 0); }, 0);
+      ZARNNETERR_BAD_PARAMETER, [] { return BlKOPAIsConnected("192.168.50.1", 0); }, 0);
   Shell("ip netns exec lan sysctl -w net.ipv4.icmp_echo_ignore_all=1");
   EXPECT_EQ(0, Connected("192.168.50.1", 1, 0.9, 2.5));
 }
@@ -150,8 +151,8 @@ TEST_F(Lan, NamesGiveAddressesAndAddressesGiveInterfaces) {
   EXPECT_STREQ("fd00::53", text);
   EXPECT_EQ(0, ZARNNetLookupIP("server4", text, 11));
   EXPECT_STREQ("192.0.2.53", text);
-  REFUSED(0x0D00, ZARNNetLookupIP("server4", text, 10));
-  REFUSED(0x0D00, ZARNNetLookupIP("ser ver", text, 46));
+  REFUSED(ZARNNETERR_BAD_PARAMETER, ZARNNetLookupIP("server4", text, 10));
+  REFUSED(ZARNNETERR_BAD_PARAMETER, ZARNNetLookupIP("ser ver", text, 46));
   EXPECT_STREQ("192.0.2.53", text);
   KOPACErrSetEx(0, "", 0);
   EXPECT_EQ(-1, ZARNNetLookupIP("nobody.invalid", text, 46));
@@ -168,11 +169,11 @@ TEST_F(Lan, NamesGiveAddressesAndAddressesGiveInterfaces) {
   EXPECT_EQ("eth1", interfaceOf("192.168.60.10")) << "not its label";
   EXPECT_EQ("lo", interfaceOf("127.0.0.1"));
   EXPECT_EQ("eth0", interfaceOf("fe80::ff:fe00:10%eth0")) << Shell("ip -6 address");
-  EXPECT_EQ(std::to_string(0xBC00), interfaceOf("fe80::ff:fe00:10%eth1"));
-  EXPECT_EQ(std::to_string(0xBC00), interfaceOf("192.168.50.1"));
-  EXPECT_EQ(std::to_string(0x1000), interfaceOf("192.168.50"));
+  EXPECT_EQ(std::to_string(ZARNNETERR_NOT_FOUND), interfaceOf("fe80::ff:fe00:10%eth1"));
+  EXPECT_EQ(std::to_string(ZARNNETERR_NOT_FOUND), interfaceOf("192.168.50.1"));
+  EXPECT_EQ(std::to_string(ZARNNETERR_MALFORMED_ADDRESS), interfaceOf("192.168.50"));
   char small[4] = "x";
-  REFUSED(0x0D00, ZARNNetIP2If("192.168.50.10", small, sizeof small));
+  REFUSED(ZARNNETERR_BAD_PARAMETER, ZARNNetIP2If("192.168.50.10", small, sizeof small));
   EXPECT_STREQ("x", small);
 }
 
@@ -184,7 +185,7 @@ TEST_F(Lan, AWakeFrameIsBroadcastAndHasTheAddressSixteenTimes) {
   port.sll_protocol = htons(0x0003);
   port.sll_ifindex = static_cast<int>(::if_nametoindex("eth0"));
   ASSERT_EQ(0, ::bind(capture.Get(), reinterpret_cast<const sockaddr*>(&port), sizeof port));
-  REFUSED(0x0D00, KOPANetEtherWake("eth0", "00-1a:2B:3c:4d:5E"));
+  REFUSED(ZARNNETERR_BAD_PARAMETER, KOPANetEtherWake("eth0", "00-1a:2B:3c:4d:5E"));
   ASSERT_EQ(0, KOPANetEtherWake("eth0", "00:1a:2B:3c:4d:5E"));
   const std::string mac("\x00\x1a\x2b\x3c\x4d\x5e", 6);
   std::string wanted = std::string(6, '\xFF') + std::string("\x02\x00\x00\x00\x00\x10\x08\x42", 8) +
@@ -201,10 +202,10 @@ TEST_F(Lan, AWakeFrameIsBroadcastAndHasTheAddressSixteenTimes) {
   EXPECT_TRUE(seen);
   for (const char* const bad : {"00:1a:2b:3c:4d", "00:1a:2b:3c:4d:5e:", "00:1a:2b:3c:4d:g0",
                                 "0:1a:2b:3c:4d:5e7", "00.1a.2b.3c.4d.5e", "+1:1a:2b:3c:4d:5e"}) {
-    REFUSED(0x0D00, KOPANetEtherWake("eth0", bad));
+    REFUSED(ZARNNETERR_BAD_PARAMETER, KOPANetEtherWake("eth0", bad));
   }
-  REFUSED(0xBC00, KOPANetEtherWake("eth9", "00:1a:2b:3c:4d:5e"));
-  REFUSED(0x2A00, KOPANetEtherWake("eth1", "00:1a:2b:3c:4d:5e"));  // down
+  REFUSED(ZARNNETERR_NOT_FOUND, KOPANetEtherWake("eth9", "00:1a:2b:3c:4d:5e"));
+  REFUSED(ZARNNETERR_COMMAND, KOPANetEtherWake("eth1", "00:1a:2b:3c:4d:5e"));  // down
 }
 
 TEST(Conflict, TheSecondHostsAddressIsInUseAndAFreeOneIsNot) {

@@ -6,6 +6,7 @@
 
 #include <zarnnetsdk/dhcp_options.h>
 #include <zarnnetsdk/dhcpd.h>
+#include <zarnnetsdk/error.h>
 
 #include "frame/os/containers.h"
 #include "support/transcript.h"
@@ -365,7 +366,7 @@ TEST(DhcpExtras, VendorOptionsAndNetworkBoot) {
 TEST(DhcpRefusals, ATextWithANewlineWritesNothing) {
   const auto refused = [](int expected, int result, const char* what) {
     EXPECT_EQ(expected, result) << what;
-    EXPECT_EQ(0x0D00, KOPACErrGet()) << what;
+    EXPECT_EQ(ZARNNETERR_BAD_PARAMETER, KOPACErrGet()) << what;
     EXPECT_EQ(Lines{}, FolderEntries("/etc/dhcpd")) << what;
     KOPACErrSetEx(0, "", 0);
   };

@@ -29,7 +29,7 @@ TEST(ErrorState, AnExceptionBecomesMemoryExhausted) {
   for (const bool memory : {true, false}) {
     KOPACErrSetEx(0, "", 0);
     EXPECT_EQ(-7, Throws(memory));
-    EXPECT_EQ(0x0200, KOPACErrGet());
+    EXPECT_EQ(ZARNNETERR_NO_MEMORY, KOPACErrGet());
   }
 }
 
@@ -45,7 +45,7 @@ TEST(Log, LinesBeginWithTheirPlace) {
                 " two\n3 TestBody(" + std::to_string(first + 2) + ") three\n3 four 4\n3 " + at +
                 std::to_string(first + 4) + " Invaild Argument (NULL != x)=[0]\n\n",
             LogText());
-  EXPECT_EQ(0x0D00, KOPACErrGet());
+  EXPECT_EQ(ZARNNETERR_BAD_PARAMETER, KOPACErrGet());
   EXPECT_STREQ("error_log_test", KOPACErrorGetFile());
   EXPECT_EQ(first + 4, KOPACErrorGetLine());
 }

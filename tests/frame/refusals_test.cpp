@@ -22,7 +22,9 @@ std::string Shown(T result) {
 // Of a result that is no failure by itself the codes of a refusal tell that it is one.
 std::string CodeOf(const std::string& result) {
   const int code = KOPACErrGet();
-  if (!result.starts_with('-') && code != 0x0D00 && code != 0x0E00 && code != 0x1000) return "";
+  if (!result.starts_with('-') && code != ZARNNETERR_BAD_PARAMETER &&
+      code != ZARNNETERR_HOSTNAME_LENGTH && code != ZARNNETERR_MALFORMED_ADDRESS)
+    return "";
   char text[8];
   std::snprintf(text, sizeof text, " %04X", static_cast<unsigned>(code));
   return text;

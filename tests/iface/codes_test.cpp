@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <zarnnetsdk/addr.h>
+#include <zarnnetsdk/error.h>
 #include <zarnnetsdk/iface.h>
 
 #include "frame/os/file.h"
@@ -56,35 +57,36 @@ Row WithoutFiles(const Row& row) {
 TEST(Codes, TellWhyTheKernelOrAFileHasNoAnswer) {
   WriteIfcfg("eth1", "BOOTPROTO=static\nIPADDR=10.0.0.1\n");
   ExpectEach({
-      {0xBC00, -1, [] { return ZARNNetIfIsLink("eth9"); }},
-      {0xBC00, 0, [] { return KOPANetISetIfFlags("eth9", 1); }},
-      {0xBC00, 0, [] { return KOPANetReInitIf("eth9"); }},
-      {0xBC00, 0, [] { return KOPANetGetIfCfg("eth9", &address, &mask); }},
-      {0x8100, 0, [] { return KOPANetGetIfCfg("eth1", &address, &mask); }},
-      {0xBC00, 0, [] { return KOPANetSetIfCfg("eth9", &address, &mask); }},
-      {0xBC00, 0, [] { return ZARNNetIsIFUp("eth9"); }},
-      {0x0D00, 0, [] { return ZARNNetIsIFUp(nullptr); }},
-      {0xBC00, 0, [] { return ZARNNetIfIsBondingPassive("eth9"); }},
-      {0xBC00, 2, [] { return KOPANetGetMacAddr(9, text, sizeof text, 0); }},
-      {0xBC00, 1, [] { return KOPANetGetMacAddrByInterface("wlan0", text, sizeof text, 1); }},
-      {0x4000, -1, [] { return ZARNNetIFGetIPConfig("eth1", &config); }},
-      {0x0900, -1, [] { return ZARNNetIFGetIPConfig("eth9", &config); }},
-      {0x0900, -1, [] { return ZARNNetInternalLanNumGet(); }},
-      {0x2A00, -1, [] { return ZARNNetCalNetwork("junk", text, sizeof text); }},
+      {ZARNNETERR_NOT_FOUND, -1, [] { return ZARNNetIfIsLink("eth9"); }},
+      {ZARNNETERR_NOT_FOUND, 0, [] { return KOPANetISetIfFlags("eth9", 1); }},
+      {ZARNNETERR_NOT_FOUND, 0, [] { return KOPANetReInitIf("eth9"); }},
+      {ZARNNETERR_NOT_FOUND, 0, [] { return KOPANetGetIfCfg("eth9", &address, &mask); }},
+      {ZARNNETERR_REFUSED, 0, [] { return KOPANetGetIfCfg("eth1", &address, &mask); }},
+      {ZARNNETERR_NOT_FOUND, 0, [] { return KOPANetSetIfCfg("eth9", &address, &mask); }},
+      {ZARNNETERR_NOT_FOUND, 0, [] { return ZARNNetIsIFUp("eth9"); }},
+      {ZARNNETERR_BAD_PARAMETER, 0, [] { return ZARNNetIsIFUp(nullptr); }},
+      {ZARNNETERR_NOT_FOUND, 0, [] { return ZARNNetIfIsBondingPassive("eth9"); }},
+      {ZARNNETERR_NOT_FOUND, 2, [] { return KOPANetGetMacAddr(9, text, sizeof text, 0); }},
+      {ZARNNETERR_NOT_FOUND, 1,
+       [] { return KOPANetGetMacAddrByInterface("wlan0", text, sizeof text, 1); }},
+      {ZARNNETERR_UNEXPECTED_CONTENT, -1, [] { return ZARNNetIFGetIPConfig("eth1", &config); }},
+      {ZARNNETERR_OPEN, -1, [] { return ZARNNetIFGetIPConfig("eth9", &config); }},
+      {ZARNNETERR_OPEN, -1, [] { return ZARNNetInternalLanNumGet(); }},
+      {ZARNNETERR_COMMAND, -1, [] { return ZARNNetCalNetwork("junk", text, sizeof text); }},
   });
 }
 
 TEST(Codes, TellOfASocketThatIsNotToBeHad) {
   std::vector<Row> rows = {
-      {0x0900, -1, [] { return ZARNNetIfIsLink("eth0"); }},
-      {0x0900, 0, [] { return KOPANetIfUp("eth0"); }},
-      {0x0900, 0, [] { return KOPANetReInitIf("eth0"); }},
-      {0x0900, 0, [] { return KOPANetGetIfCfg("eth0", &address, &mask); }},
-      {0x0900, 0, [] { return KOPANetSetIfCfg("eth0", &address, &mask); }},
-      {0x0900, 0, [] { return ZARNNetIfIsBondingPassive("eth0"); }},
-      {0x0900, 1, [] { return KOPANetGetMacAddr(0, text, sizeof text, 1); }},
-      {0x0900, -1, [] { return ZARNNetGetEthInfo("eth0", &ethInfo); }},
-      {0x0900, -1, [] { return ZARNNetIFGetInfo("eth0", &info); }},
+      {ZARNNETERR_OPEN, -1, [] { return ZARNNetIfIsLink("eth0"); }},
+      {ZARNNETERR_OPEN, 0, [] { return KOPANetIfUp("eth0"); }},
+      {ZARNNETERR_OPEN, 0, [] { return KOPANetReInitIf("eth0"); }},
+      {ZARNNETERR_OPEN, 0, [] { return KOPANetGetIfCfg("eth0", &address, &mask); }},
+      {ZARNNETERR_OPEN, 0, [] { return KOPANetSetIfCfg("eth0", &address, &mask); }},
+      {ZARNNETERR_OPEN, 0, [] { return ZARNNetIfIsBondingPassive("eth0"); }},
+      {ZARNNETERR_OPEN, 1, [] { return KOPANetGetMacAddr(0, text, sizeof text, 1); }},
+      {ZARNNETERR_OPEN, -1, [] { return ZARNNetGetEthInfo("eth0", &ethInfo); }},
+      {ZARNNETERR_OPEN, -1, [] { return ZARNNetIFGetInfo("eth0", &info); }},
   };
   for (Row& row : rows)
     row = WithoutFiles(row);
@@ -96,12 +98,12 @@ TEST(Codes, RefuseWhatAProgramWouldTakeForAnOption) {
   RecordTool("/bin/ipcalc");
   RecordTool("/bin/cp");
   ExpectEach({
-      {0x0D00, -1, [] { return ZARNIIpConflict("-I", "10.0.0.1"); }},
-      {0x0D00, -1, [] { return ZARNIIpConflict("eth0", "-h"); }},
-      {0x0D00, -1, [] { return ZARNNetCalNetwork("-h", text, sizeof text); }},
-      {0x0D00, -1, [] { return ZARNNetRenameEth("eth0", "-eth"); }},
-      {0x0D00, -1, [] { return ZARNNetIFBlockSet("-eth", 1, 1); }},
-      {0x0D00, -1, [] { return KOPANetIfLinkUpEvent("-eth"); }},
+      {ZARNNETERR_BAD_PARAMETER, -1, [] { return ZARNIIpConflict("-I", "10.0.0.1"); }},
+      {ZARNNETERR_BAD_PARAMETER, -1, [] { return ZARNIIpConflict("eth0", "-h"); }},
+      {ZARNNETERR_BAD_PARAMETER, -1, [] { return ZARNNetCalNetwork("-h", text, sizeof text); }},
+      {ZARNNETERR_BAD_PARAMETER, -1, [] { return ZARNNetRenameEth("eth0", "-eth"); }},
+      {ZARNNETERR_BAD_PARAMETER, -1, [] { return ZARNNetIFBlockSet("-eth", 1, 1); }},
+      {ZARNNETERR_BAD_PARAMETER, -1, [] { return KOPANetIfLinkUpEvent("-eth"); }},
   });
   EXPECT_EQ(Lines{}, RecordedCalls());
 }

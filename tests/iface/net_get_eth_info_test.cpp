@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <linux/ethtool.h>
 
+#include <zarnnetsdk/error.h>
 #include <zarnnetsdk/iface.h>
 
 #include "support/kernel_answers.h"
@@ -48,6 +49,6 @@ TEST(EthInfo, IsWhatTheKernelsDriversTellAlsoPoorOnes) {
 
 TEST(EthInfo, AFailureLeavesTheRecordAlone) {
   EXPECT_EQ("-1: 7 7 7 7", Link("nosuch0"));
-  EXPECT_EQ(0xBC00, KOPACErrGet());
+  EXPECT_EQ(ZARNNETERR_NOT_FOUND, KOPACErrGet());
   EXPECT_EQ("-1: 7 7 7 7", Link("../eth0"));
 }

@@ -2,6 +2,7 @@
 // the DHCP client on a network that leases addresses.
 #include <cstring>
 
+#include <zarnnetsdk/error.h>
 #include <zarnnetsdk/iface.h>
 
 #include "frame/base/text.h"
@@ -87,24 +88,24 @@ TEST(PrimaryInterface, IsWhatCoversTheFirstPort) {
 TEST(PrimaryInterface, BadSettingsChangeNothing) {
   const std::string file = ReadIfcfg("eth0");
   ZARNNETIFADDR config = Config(2);
-  Refused(0x0D00, [&] { return ZARNNetSetCard1(&config); });
+  Refused(ZARNNETERR_BAD_PARAMETER, [&] { return ZARNNetSetCard1(&config); });
   config = Config(1, "192.168.50.300", "255.255.255.0");
-  Refused(0x1000, [&] { return ZARNNetSetCard1(&config); });
+  Refused(ZARNNETERR_MALFORMED_ADDRESS, [&] { return ZARNNetSetCard1(&config); });
   config = Config(1, "192.168.50.3", "255.0.255.0");
-  Refused(0x1000, [&] { return ZARNNetSetCard1(&config); });
+  Refused(ZARNNETERR_MALFORMED_ADDRESS, [&] { return ZARNNetSetCard1(&config); });
   config = Config(0);
   frame::CopyText("eth1", config.szName);
-  Refused(0xBC00, [&] { return ZARNNetSetCard1(&config); });
+  Refused(ZARNNETERR_NOT_FOUND, [&] { return ZARNNetSetCard1(&config); });
   RecordTool("/sbin/start", 1);
   RecordTool("/sbin/stop");
   config = Config(0);
-  Refused(0x2A00, [&] { return ZARNNetSetCard1(&config); });
+  Refused(ZARNNETERR_COMMAND, [&] { return ZARNNetSetCard1(&config); });
   EXPECT_EQ(file, ReadIfcfg("eth0"));
   EXPECT_EQ((Lines{"/sbin/stop dhcp-client IFACE=eth0", "/sbin/start dhcp-client IFACE=eth0"}),
             RecordedCalls());
   EXPECT_EQ(5U, FolderEntries("/etc/sysconfig/network-scripts").size()) << "a copy stayed";
   RemoveFile(IfcfgPath("eth0"));
-  Refused(0x2A00, [&] { return ZARNNetSetCard1(&config); });
+  Refused(ZARNNETERR_COMMAND, [&] { return ZARNNetSetCard1(&config); });
   EXPECT_FALSE(FileExists(IfcfgPath("eth0"))) << "there was none before";
 }
 
@@ -117,10 +118,10 @@ TEST(PrimaryInterface, LeavesItsBondForDhcpWhateverItsOldClientDoes) {
   EXPECT_EQ("DEVICE=eth0\nONBOOT=yes\nBOOTPROTO=dhcp\n", ReadIfcfg("eth0"));
   ExpectLog(LOG_ERR, "net_card1", "unable to stop dhcp-client instance on eth0");
   RecordTool("/sbin/start", 1);
-  Refused(0x2A00, [&] { return ZARNNetSetCard1(&config); });
+  Refused(ZARNNETERR_COMMAND, [&] { return ZARNNetSetCard1(&config); });
   ExpectLog(LOG_ERR, "ZARNNetSetCard1", "unable to start dhcp-client instance on eth0");
   config = Config(1, "192.168.50.$(x)", "255.255.255.0");
-  Refused(0x0D00, [&] { return ZARNNetSetCard1(&config); });
+  Refused(ZARNNETERR_BAD_PARAMETER, [&] { return ZARNNetSetCard1(&config); });
 }
 
 namespace {
@@ -206,13 +207,13 @@ TEST_F(Rename, WhatAKilledCallLeftIsBroughtToItsEnd) {
                    "/sbin/stop dhcp-client IFACE=eth1", "/sbin/start dhcp-client IFACE=eth7"}),
             RecordedCalls());
   WriteIfcfg("eth1", "DEVICE=eth1\n");  // another port's file is no trace of a rename
-  Refused(0xBB00, [] { return ZARNNetRenameEth("eth1", "eth7"); });
+  Refused(ZARNNETERR_EXISTS, [] { return ZARNNetRenameEth("eth1", "eth7"); });
   RemoveFile(IfcfgPath("eth7"));
   WriteIfcfg("eth1", "DEVICE=eth1\n" + settings);
   RecordTool("/sbin/start", 1);
   KOPACErrSetEx(0, "", 0);
   EXPECT_EQ(0, ZARNNetRenameEth("eth1", "eth7"));
-  EXPECT_EQ(0x2A00, KOPACErrGet()) << "a port without its client";
+  EXPECT_EQ(ZARNNETERR_COMMAND, KOPACErrGet()) << "a port without its client";
   EXPECT_TRUE(Contains(LogText(), "ZARNNetRenameEth(")) << LogText();
 }
 
@@ -233,9 +234,9 @@ TEST(LocalLan, IsTheListOfTheFactorySettings) {
   for (int i = 0; i < 33; ++i)
     names += "eth" + std::to_string(i) + " ";
   WriteFile(factory, names + "\"\n");
-  Refused(0x0100, [&] { return KOPANetGetLocalLanConfig(list.Out()); });
+  Refused(ZARNNETERR_TABLE_FULL, [&] { return KOPANetGetLocalLanConfig(list.Out()); });
   ExpectLog(LOG_ERR, "net_get_local_lan_config", "local lan exceed NUM_MAXIFACES");
   EXPECT_EQ(3, list.Count());
   RemoveFile(factory);
-  Refused(0x0900, [&] { return KOPANetGetLocalLanConfig(list.Out()); });
+  Refused(ZARNNETERR_OPEN, [&] { return KOPANetGetLocalLanConfig(list.Out()); });
 }

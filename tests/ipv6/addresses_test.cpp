@@ -1,6 +1,7 @@
 // IPv6 addresses and the kernel's switch, on real interfaces where the kernel can do the thing.
 #include <syslog.h>
 
+#include <zarnnetsdk/error.h>
 #include <zarnnetsdk/ipv6.h>
 
 #include "support/transcript.h"
@@ -29,7 +30,7 @@ TEST(V6Addresses, AreTheKernels) {
   }
   EXPECT_TRUE(found);
   EXPECT_EQ(0, ZARNLnxV6IPGet("nosuch0", list, 4));
-  REFUSED(0x0D00, ZARNLnxV6IPGet("eth0", list, 0));
+  REFUSED(ZARNNETERR_BAD_PARAMETER, ZARNLnxV6IPGet("eth0", list, 0));
 }
 
 TEST(V6Addresses, TheTableIsReadLineByLineWhateverItHolds) {
@@ -53,7 +54,7 @@ TEST(V6Addresses, TheTableIsReadLineByLineWhateverItHolds) {
   EXPECT_STREQ("", list[1].szAddr) << "unused records are cleared";
   RemoveFile("/proc/net/if_inet6");
   EXPECT_EQ(-1, ZARNLnxV6IPGet("eth0", list, 16));
-  EXPECT_EQ(0x0900, KOPACErrGet());
+  EXPECT_EQ(ZARNNETERR_OPEN, KOPACErrGet());
   ExpectLog(LOG_ERR, "net_lnx_get_v6ip",
             "Fail to open [/proc/net/if_inet6], errno=[2/No such file or directory]");
 }

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <sys/stat.h>
 
+#include <zarnnetsdk/error.h>
 #include <zarnnetsdk/pppoe.h>
 
 #include "support/children.h"
@@ -95,7 +96,7 @@ TEST(PppoeConfig, ThePasswordIsInNoLogArgumentOrReadableFileWhateverFails) {
   for (const std::string bad : {"\n", "\r", "\x7f"}) {
     PPPOE_CONF conf = Account("joe" + bad, secret);
     EXPECT_EQ(-1, PPPoEConfigSet(&conf));
-    EXPECT_EQ(0x0D00, KOPACErrGet());
+    EXPECT_EQ(ZARNNETERR_BAD_PARAMETER, KOPACErrGet());
     conf = Account("joe", secret + bad + "x");
     EXPECT_EQ(-1, PPPoEConfigSet(&conf));
   }

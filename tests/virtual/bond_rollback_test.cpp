@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <zarnnetsdk/error.h>
 #include <zarnnetsdk/virtual.h>
 
 #include "support/appliance.h"
@@ -77,7 +78,7 @@ TEST_F(BondRollback, NoneThatCannotBeWrittenIsTold) {
   WriteIfcfg("eth1", Joined("eth1", "BOOTPROTO=static\nIPADDR=10.0.0.5\n"));
   Shell("mount --bind " + IfcfgPath("eth1") + " " + IfcfgPath("eth1"));
   auto record = Record(ZARNBOND_NONE, {"eth0", "eth1"});
-  REFUSED(0x0200, ZARNNetLinkAggrConfDel(&record));
+  REFUSED(ZARNNETERR_NO_MEMORY, ZARNNetLinkAggrConfDel(&record));
 }
 
 TEST_F(BondRollback, FilesKeepTheirModeUnderAStrictUmask) {
@@ -110,12 +111,12 @@ TEST_F(BondRollback, LeasesAreRootsOwnFilesOnly) {
 
 TEST_F(BondRollback, AFileThatCannotBeReadIsNotTakenForOneWithoutAddress) {
   WriteFile(IfcfgPath("eth0") + "/in/the/way", "");
-  REFUSED(0x0A00, ZARNNetLinkAggrConfSetSlave("eth0", 0, nullptr));
-  REFUSED(0x0D00, ZARNNetLinkAggrConfSetSlave("-i", 0, nullptr));
-  REFUSED(0x0D00, ZARNNetLinkAggrConfSetSlave("eth0", 1, "--help"));
+  REFUSED(ZARNNETERR_READ, ZARNNetLinkAggrConfSetSlave("eth0", 0, nullptr));
+  REFUSED(ZARNNETERR_BAD_PARAMETER, ZARNNetLinkAggrConfSetSlave("-i", 0, nullptr));
+  REFUSED(ZARNNETERR_BAD_PARAMETER, ZARNNetLinkAggrConfSetSlave("eth0", 1, "--help"));
   KOPACErrSetEx(0, "", 0);
   EXPECT_EQ(0U, ZARNNetLinkAggrStringToMode(nullptr));
-  EXPECT_EQ(0x0D00, KOPACErrGet());
+  EXPECT_EQ(ZARNNETERR_BAD_PARAMETER, KOPACErrGet());
 }
 
 }  // namespace

@@ -1,0 +1,59 @@
+#include "ctl.h"
+
+#include <gtest/gtest.h>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+
+#include "support/transcript.h"
+
+namespace test {
+namespace {
+
+// Where the transcript does not look.
+constexpr char kOut[] = "/var/log/ctl.out";
+constexpr char kErr[] = "/var/log/ctl.err";
+
+void SayEach(const std::string& stream, const std::string& text) {
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);)
+    Say(stream + line + (lines.eof() ? " \\" : ""));
+}
+
+// Link-local addresses come a moment after a port is up; the tool shows them.
+class Settled : public ::testing::Environment {
+  void SetUp() override {
+    ASSERT_EQ(0, ::symlink(ZARNNETCTL, "/usr/sbin/zarnnetctl"));
+    Shell("for file in /proc/sys/net/ipv6/conf/*/addr_gen_mode; do echo 1 >$file; done");
+  }
+};
+
+const auto* const settled = ::testing::AddGlobalTestEnvironment(new Settled);
+
+void TypeOne(const std::string& line) {
+  if (line.starts_with("$ ")) {
+    transcript::Begin(ZARNNET_GOLDEN_FOLDER);
+    Say(line);
+    SayEach("", Shell(line.substr(2)));
+    return;
+  }
+  const std::string command = "{ zarnnetctl " + line + "; } >" + kOut + " 2>" + kErr + "; echo $?";
+  Tell(line, [&] { return std::stol(Shell(command)); });
+  SayEach("1: ", ReadFile(kOut));
+  SayEach("2: ", ReadFile(kErr));
+}
+
+}  // namespace
+
+void Type(std::string_view lines) {
+  std::istringstream script{std::string(lines)};
+  std::string whole;
+  for (std::string line; std::getline(script, line); whole.clear()) {
+    whole = line;
+    while (whole.ends_with('\\') && std::getline(script, line))
+      whole.replace(whole.size() - 1, 1, line);
+    if (!whole.empty()) TypeOne(whole);
+  }
+}
+
+}  // namespace test
