@@ -396,14 +396,3 @@ TEST(DhcpRefusals, ATextWithANewlineWritesNothing) {
   Put(pxe.local_bootloader, "a\nb");
   refused(-1, DHCPPXEConfSet(&pxe), "pxe");
 }
-
-TEST(DhcpRefusals, AFullDiskLeavesTheFormerFiles) {
-  MountEmpty("/etc/dhcpd", "64k");
-  DHCP_SUBNET_CONF conf = Subnet();
-  ASSERT_EQ(0, DHCPTagConfSet("eth0", 0, 0, &conf));
-  FillDisk("/etc/dhcpd");
-  conf.enable = 0;
-  Put(conf.router, "192.168.60.2");
-  TELL(DHCPTagConfSet("eth0", 0, 0, &conf));
-  TELL(DHCPTagConfSetConfig("eth0", 0, 0, &conf));
-}

@@ -87,14 +87,6 @@ TEST_F(Hostname, ALinkStaysAndItsFileIsReplaced) {
   Set("bank");
 }
 
-TEST_F(Hostname, AFullDiskLeavesTheOldHosts) {
-  MountEmpty("/etc", "16k");
-  WriteFile("/etc/hostname", "a-rather-long-old-name\n");
-  WriteFile("/etc/hosts", "old hosts\n");
-  FillDisk("/etc");
-  Set("nas");
-}
-
 TEST_F(Hostname, IsReadWithoutItsDomain) {
   for (const std::string& name : {std::string("nas.example.org"), std::string(".example.org"),
                                   std::string(63, 'n'), std::string(64, 'm'), std::string("nas")}) {
@@ -102,10 +94,4 @@ TEST_F(Hostname, IsReadWithoutItsDomain) {
     errno = ENAMETOOLONG;  // what an earlier call left is not about this name
     Get();
   }
-}
-
-TEST_F(Hostname, WaitsForTheNetworkLock) {
-  const LockHolder other(0x106);
-  Set("nas");
-  Get();
 }

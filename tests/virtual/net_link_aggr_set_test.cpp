@@ -1,6 +1,8 @@
 // Bonds as they are created, changed and deleted.
 #include <cstring>
+#include <sys/stat.h>
 
+#include <zarnnetsdk/error.h>
 #include <zarnnetsdk/virtual.h>
 
 #include "support/transcript.h"
@@ -123,4 +125,53 @@ TEST_F(LinkAggr, ABondWithoutListedSlavesGoesToTheFirstFileThatNamesIt) {
   TELL(ZARNNetLinkAggrConfDel(&record));
   WriteIfcfg("eth5", "MASTER=bond0\n");
   TELL(ZARNNetLinkAggrConfDel(&record));
+}
+
+// A copy that an earlier call left is no way back; a file that cannot be replaced ends the change.
+TEST_F(LinkAggr, AFailureGivesEveryFileItsOwnContent) {
+  WriteIfcfg("eth0", "BOOTPROTO=static\nIPADDR=10.9.9.9\n");
+  for (const char* ifname : {"eth0.saved", "eth1.saved", "eth2.saved"})
+    WriteIfcfg(ifname, "STALE=yes\n");
+  WriteFile(IfcfgPath("bond0") + "/in/the/way", "");
+  Set("the bond's file cannot be written", Record("bond0", 4, {"eth0", "eth1"}));
+  RemoveFile(IfcfgPath("bond0"));
+  WriteIfcfg("bond0", "DEVICE=bond0\nBOOTPROTO=static\nIPADDR=10.0.0.5\n");
+  WriteIfcfg("eth0", std::string("DEVICE=eth0\nBOOTPROTO=dhcp") + kJoined);
+  WriteIfcfg("eth1", std::string("DEVICE=eth1\nBOOTPROTO=static\nIPADDR=10.0.0.5") + kJoined);
+  WriteIfcfg("eth2", std::string("DEVICE=eth2\nBOOTPROTO=none") + kJoined);
+  Shell("chown 12:34 " + IfcfgPath("eth0") + "; chmod 640 " + IfcfgPath("eth0"));
+  Shell("mount --bind " + IfcfgPath("eth2") + " " + IfcfgPath("eth2"));
+  auto record = Record("bond0", 0, {"eth0", "eth1", "eth2"});
+  TELL(ZARNNetLinkAggrConfDel(&record));
+  Say(Shell("stat -c '%a %u %g' " + IfcfgPath("eth0")));
+  WriteFile(IfcfgPath("eth3") + "/in/the/way", "");
+  TELL(ZARNNetLinkAggrConfSetSlave("eth3", 0, nullptr));
+  TELL(ZARNNetLinkAggrConfSetSlave("-i", 0, nullptr));
+  TELL(ZARNNetLinkAggrConfSetSlave("eth0", 1, "--help"));
+  EXPECT_EQ(0U, ZARNNetLinkAggrStringToMode(nullptr));
+  EXPECT_EQ(ZARNNETERR_BAD_PARAMETER, KOPACErrGet());
+}
+
+TEST_F(LinkAggr, ASlaveWithTheBondsAddressThatCannotBeWrittenIsTold) {
+  WriteIfcfg("bond0", "BOOTPROTO=static\nIPADDR=10.0.0.5\n");
+  WriteIfcfg("eth0", std::string("DEVICE=eth0") + kJoined);
+  WriteIfcfg("eth1", std::string("DEVICE=eth1\nBOOTPROTO=static\nIPADDR=10.0.0.5") + kJoined);
+  Shell("mount --bind " + IfcfgPath("eth1") + " " + IfcfgPath("eth1"));
+  auto record = Record("bond0", 0, {"eth0", "eth1"});
+  REFUSED(ZARNNETERR_NO_MEMORY, ZARNNetLinkAggrConfDel(&record));
+}
+
+TEST_F(LinkAggr, FilesKeepTheirModeUnderAStrictUmaskAndLeasesAreRootsOwnFilesOnly) {
+  const std::string lease = "/tmp/dhcpv4.leases.";
+  umask(077);
+  WriteIfcfg("eth0", "BOOTPROTO=dhcp\n");
+  WriteIfcfg("eth1", "BOOTPROTO=dhcp\n");
+  WriteFile(lease + "eth0", "interface eth0\n", 0600);
+  WriteFile("/etc/precious", "eth0\n");
+  Shell("ln -s /etc/precious " + lease + "bond0");
+  Set("a link in the lease's place", Record("bond0", 4, {"eth0", "eth1"}));
+  Shell("chown 12:34 " + lease + "eth0");
+  WriteFile(lease + "bond0", "kept\n");
+  Set("another user's lease is none", Record("bond0", 4, {"eth0", "eth1"}));
+  TELL(ZARNNetLinkAggrConfSetSlave("eth1", 0, nullptr));
 }

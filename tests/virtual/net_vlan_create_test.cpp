@@ -97,16 +97,6 @@ TEST_F(VlanChange, FailedStepsEndItAndAreAnnounced) {
   TELL(KOPANetVlanCreate("eth1", 20, &kStatic));
 }
 
-TEST_F(VlanChange, AFullDiskLeavesTheFiles) {
-  MountEmpty(kFolder, "16k");
-  WriteIfcfg("eth1", kParent);
-  WriteIfcfg("eth0", kParent);
-  WriteIfcfg("eth0.10", "BOOTPROTO=dhcp\n");
-  FillDisk(kFolder);
-  TELL(KOPANetVlanCreate("eth1", 20, &kStatic));
-  TELL(KOPANetVlanRemove("eth0.10"));
-}
-
 // Killed between the two files; what another parent's create has left so is kept for its repeat.
 TEST_F(VlanChange, ARepeatSetsRightWhatAKilledCreateHasLeft) {
   const std::string folder = std::string(kFolder) + "/";
