@@ -1,8 +1,6 @@
 // What a test says to and asks of the appliance that it runs in.
 #include "support/appliance.h"
 
-#include "support/clock.h"
-
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -17,6 +15,8 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "support/clock.h"
 
 namespace test {
 namespace {

@@ -27,6 +27,10 @@ std::uint32_t BridgeRoleOf(const std::string& ifname) {
 }
 
 std::optional<ZARNBRIDGEINFO> ConfiguredBridgeRole(const std::string& ifname) {
+  if (IsUnfitName(ifname.c_str())) {
+    LOG_ERROR_AT(Place("net_get_bridge_config"), "%s:%d Wrong Parameter.");
+    return Fail(ZARNNETERR_BAD_PARAMETER, std::nullopt, Place("net_get_bridge_config"));
+  }
   const std::string path = paths::Ifcfg(ifname);
   if (!Exists(path)) {
     LOG_ERROR_AT(Place("net_get_bridge_config"), "%s:%d Failed to access [%s].", path.c_str());
