@@ -10,6 +10,7 @@
 #include "frame/base/text.h"
 #include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
+#include "frame/os/folder.h"
 #include "frame/os/key_file.h"
 #include "frame/os/lock.h"
 
@@ -30,8 +31,9 @@ bool dhcpd::IsDhcp(const std::string& ifname) {
   const unsigned code = proto.Unreadable() ? KOPACErrGet() : 0;  // a missing key has set none
   LOG_ERROR_FUNC(at, "%s(%d) Get BOOTPROTO failed.(%X)", code);
   // Readers come by here all the time, so a file without the key is repaired on the way. One that
-  // cannot be read may well have it, and is left alone.
-  if (!proto.Unreadable() && !SetKey(path, keys::kBootProto, model::kStatic)) {
+  // cannot be read may well have it, and is left alone; a folder in its place has nothing to lose,
+  // and the repair that fails tells of it.
+  if ((!proto.Unreadable() || IsFolder(path)) && !SetKey(path, keys::kBootProto, model::kStatic)) {
     LOG_ERROR_FUNC(at, "%s(%d) KOPACFileSetKeyValue(%s, BOOTPROTO, static) failed.(%X)",
                    path.c_str(), KOPACErrGet());
   }
