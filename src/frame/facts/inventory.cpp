@@ -44,7 +44,7 @@ short ExcludedFlags(unsigned kind) {
 
 Selection Select(unsigned selector, bool vlanDriver) {
   Selection selection{};
-  selection.kind = selector & ~(ZARNNETKIND_HEARTBEAT | ZARNNETKIND_SHARED_IP);
+  selection.kind = selector & ~static_cast<unsigned>(ZARNNETKIND_HEARTBEAT | ZARNNETKIND_SHARED_IP);
   selection.excludedFlags = ExcludedFlags(selection.kind);
   selection.skipBondMembers =
       selection.kind == ZARNNETKIND_USABLE || selection.kind == ZARNNETKIND_ALL;
