@@ -18,23 +18,23 @@ using namespace frame;
 
 // Its lines carry the name of the exported function, whoever asks.
 bool dhcpd::IsDhcp(const std::string& ifname) {
-  constexpr Place at("net_lnx_is_dhcp", 0, "BlZARNLnxIsDHCP");
+  constexpr Place kAt("net_lnx_is_dhcp", 0, "BlZARNLnxIsDHCP");
   if (IsUnfitName(ifname.c_str())) return Fail(ZARNNETERR_BAD_PARAMETER, false);
   const Lock lock(kNetworkRead);
   if (!lock.Held()) {
-    LOG_ERROR_FUNC(at, "%s(%d) KOPACFileLock failed.");
+    LOG_ERROR_FUNC(kAt, "%s(%d) KOPACFileLock failed.");
     return false;
   }
   const std::string path = paths::Ifcfg(ifname);
   const KeyValue proto = ReadKey(path, keys::kBootProto, 16);
   if (proto.Found()) return proto.text == model::kDhcp;
   const unsigned code = proto.Unreadable() ? KOPACErrGet() : 0;  // a missing key has set none
-  LOG_ERROR_FUNC(at, "%s(%d) Get BOOTPROTO failed.(%X)", code);
+  LOG_ERROR_FUNC(kAt, "%s(%d) Get BOOTPROTO failed.(%X)", code);
   // Readers come by here all the time, so a file without the key is repaired on the way. One that
   // cannot be read may well have it, and is left alone; a folder in its place has nothing to lose,
   // and the repair that fails tells of it.
   if ((!proto.Unreadable() || IsFolder(path)) && !SetKey(path, keys::kBootProto, model::kStatic)) {
-    LOG_ERROR_FUNC(at, "%s(%d) KOPACFileSetKeyValue(%s, BOOTPROTO, static) failed.(%X)",
+    LOG_ERROR_FUNC(kAt, "%s(%d) KOPACFileSetKeyValue(%s, BOOTPROTO, static) failed.(%X)",
                    path.c_str(), KOPACErrGet());
   }
   return false;

@@ -63,6 +63,8 @@ ip flush eth0 -6
 
 TEST(Ipv6, IsSetAddedToShownAndSwitchedOff) {
   BringUpWithIpv6();
+  // The kernel lists several addresses in an order of its own.
+  Shell("ip -6 address flush dev eth0 scope link");
   Type(R"(
 ipv6 set eth0 static fd00::10/64 --gateway fd00::1
 ipv6 get eth0

@@ -14,8 +14,6 @@
 #include <utility>
 #include <vector>
 
-extern char** environ;
-
 namespace platform {
 
 // A program's variables ("NAME=value"): its own, and those of the caller's that are not among them.

@@ -68,8 +68,9 @@ std::vector<std::string> VariablesOf(const KOPAPLUGIN& plugin) {
   std::vector<std::string> variables;
   std::string names;
   for (const auto& [name, value] : plugin.arguments) {
-    variables.push_back(name + "=" + value);
-    names += (names.empty() ? "" : " ") + name;
+    variables.push_back(std::string(name).append("=").append(value));
+    if (!names.empty()) names += ' ';
+    names += name;
   }
   variables.push_back("PLUGIN_ARGS=" + names);
   return variables;

@@ -150,6 +150,7 @@ std::optional<std::vector<std::string>> SlavesOf(const std::string& bond) {
   ZARNLINKAGGROPT record{};
   if (ReadBond(bond, &record) != BondRead::kDone) return std::nullopt;
   std::vector<std::string> slaves;
+  slaves.reserve(static_cast<std::size_t>(record.cSlave));
   for (int i = 0; i < record.cSlave; ++i)
     slaves.emplace_back(FieldText(record.rgszSlave[i]));
   return slaves;

@@ -39,7 +39,7 @@ int AutonegOf(unsigned autoneg) {
 bool AskLinkSettings(const InetSocket& socket, const std::string& ifname, ZARNNETETHINFO* info) {
   union {
     ethtool_link_settings head;
-    __u32 room[sizeof(ethtool_link_settings) / sizeof(__u32) + 3 * SCHAR_MAX];
+    __u32 room[sizeof(ethtool_link_settings) / sizeof(__u32) + std::size_t{3} * SCHAR_MAX];
   } request{};
   request.head.cmd = ETHTOOL_GLINKSETTINGS;
   if (!socket.AskDriver(ifname, &request) || request.head.link_mode_masks_nwords >= 0) return false;

@@ -40,9 +40,9 @@ std::vector<std::string> AbandonedTemporaries(std::string nameTemplate) {
   return abandoned;
 }
 
-Rewrite::Rewrite(std::string path) : Rewrite(path, path + ".XXXXXX") {}
+Rewrite::Rewrite(const std::string& path) : Rewrite(path, path + ".XXXXXX") {}
 
-Rewrite::Rewrite(std::string path, std::string nameTemplate) : path_(std::move(path)) {
+Rewrite::Rewrite(std::string path, const std::string& nameTemplate) : path_(std::move(path)) {
   // Between the file and its lock it may be taken for an abandoned one.
   constexpr int kMost = 3;
   struct stat status {};

@@ -22,7 +22,7 @@ std::vector<std::string> AbandonedTemporaries(std::string nameTemplate);
 // place. Where a step answers false errno says why, and the target is as it was.
 class Rewrite {
  public:
-  explicit Rewrite(std::string path);
+  explicit Rewrite(const std::string& path);
   // With the temporary file that is given, whose name others know: a left one goes first, so who
   // uses it holds a lock. Its mode is 0600.
   struct Temporary {
@@ -30,7 +30,7 @@ class Rewrite {
   };
   Rewrite(std::string path, Temporary temporary);
   // With a temporary file of another name; the template, in the same folder, ends with XXXXXX.
-  Rewrite(std::string path, std::string nameTemplate);
+  Rewrite(std::string path, const std::string& nameTemplate);
   ~Rewrite();
   Rewrite(const Rewrite&) = delete;
   Rewrite& operator=(const Rewrite&) = delete;
