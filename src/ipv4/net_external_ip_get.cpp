@@ -26,7 +26,7 @@ char* ZARNExternalIPGet(void) {
                                                    &std::free);
     if (!ip) {
       LOG_ERROR_PLAIN("(%s:%d:%s)failed to allocate space for parsing IP, errno=%s", Place().source,
-                      __LINE__, __func__, std::strerror(errno));
+                      __LINE__, at.function, std::strerror(errno));
       return Fail(ZARNNETERR_NO_MEMORY, nullptr);
     }
     const KeyValue address = ReadKey(paths::kExternalIpResult, "externalIP", kSize);

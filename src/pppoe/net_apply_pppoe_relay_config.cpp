@@ -24,10 +24,10 @@ std::string CommandLine(const char* ifname, const char* server) {
 }
 
 bool LeadsToLocalLan(const char* ifname) {
-  constexpr Place at("net_is_if_bridge_type", __LINE__);
+  constexpr Place kAt("net_is_if_bridge_type", __LINE__);
   const auto role = facts::ConfiguredBridgeRole(ifname);
   if (role) return role->type == ZARNBRIDGE_LOCAL_LAN;
-  LOG_ERROR_AT(at, "%s:%d Failed to get PPPoE relay config");
+  LOG_ERROR_AT(kAt, "%s:%d Failed to get PPPoE relay config");
   return false;
 }
 

@@ -151,7 +151,7 @@ std::optional<bool> CheckStatus(bool fix) {
 }  // namespace
 
 bool pppoe::ReadAccount(PPPOE_CONF* conf) {
-  constexpr Place at("service_pppoe", 0, "PPPoEConfigGet");
+  constexpr Place kAt("service_pppoe", 0, "PPPoEConfigGet");
   *conf = {};
   const KeyValue eth = ReadKey(paths::kPppoeConf, kEth, sizeof conf->eth);
   if (!eth.Found()) {
@@ -173,7 +173,7 @@ bool pppoe::ReadAccount(PPPOE_CONF* conf) {
   CopyText(mtu.text, conf->mtu);
   LineReader secrets{paths::kPapSecrets};
   if (!secrets.IsOpen()) {
-    LOG_ERROR_FUNC(at, "%s (%d) Failed to open %s", paths::kPapSecrets);
+    LOG_ERROR_FUNC(kAt, "%s (%d) Failed to open %s", paths::kPapSecrets);
     return Fail(ZARNNETERR_OPEN, false);
   }
   ReadSecrets(&secrets, account.text, conf);

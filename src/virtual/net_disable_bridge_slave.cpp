@@ -14,7 +14,8 @@ using namespace frame;
 
 int ZARNNetDisableBridgeSlave(const ZARNNETIFSETTINGS* pSettings) {
   return Boundary(-1, [&]() -> int {
-    const std::string ifname(pSettings != nullptr ? FieldText(pSettings->szName) : "");
+    if (pSettings == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, -1);
+    const std::string ifname(FieldText(pSettings->szName));
     if (IsUnfitName(ifname.c_str()) || !model::IsFitAddress(*pSettings)) {
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);
     }

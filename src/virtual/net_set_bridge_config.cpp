@@ -49,7 +49,7 @@ int ZARNNetSetBridgeConfig(const ZARNNETIFSETTINGS* pSettings, const ZARNBRIDGEI
   return Boundary(-1, [&]() -> int {
     const std::string ifname(pInfo != nullptr ? FieldText(pInfo->szName) : "");
     const std::string reference(pInfo != nullptr ? FieldText(pInfo->szRef) : "");
-    if (IsUnfitName(ifname.c_str()) || !IsFitReference(reference) ||
+    if (pInfo == nullptr || IsUnfitName(ifname.c_str()) || !IsFitReference(reference) ||
         (pSettings != nullptr && !model::IsFitAddress(*pSettings))) {
       LOG_ERROR("%s:%d Wrong Parameter.");
       return Fail(ZARNNETERR_BAD_PARAMETER, -1);

@@ -1,6 +1,5 @@
 // The place in the sources that a log line or an error speaks of: the file without its folder and
-// extension
-// ("net_set_ip"), the line and the function.
+// extension ("net_set_ip"), the line and the function.
 #pragma once
 
 #include <cstddef>
