@@ -97,7 +97,7 @@ bool Update() {
 }  // namespace
 
 bool dns_route::UpdateResolver() {
-  return Boundary(false, Update, [] { LOG_ERROR("%s:%d Failed to alloc memory."); });
+  return NoThrow(false, Update, [] { LOG_ERROR("%s:%d Failed to alloc memory."); });
 }
 
 int ZARNNetDNSUpdate(void) {

@@ -71,7 +71,7 @@ int ipv4::WhileRenaming(Renamed what, const std::vector<std::string>& oldNames,
   };
   tell(ZARNNETSTAGE_BEFORE, 0);
   // Who has been told of the beginning is told of the end, also where memory runs out between.
-  const int result = Boundary(-1, work, at);
+  const int result = NoThrow(-1, work, at);
   tell(ZARNNETSTAGE_AFTER, result);
   return result;
 }

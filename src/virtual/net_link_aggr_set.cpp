@@ -167,8 +167,7 @@ int Restart(Kind kind, const ZARNLINKAGGROPT& wanted, const ZARNLINKAGGROPT& pre
   const PreparedCall stop = StartScript("stop", wanted);
   const PreparedCall start = StartScript("start", wanted);
   RunAnyway(stop);
-  const int result =
-      Boundary(-1, [&]() -> int { return CarryOut(kind, wanted, present) ? 0 : -1; });
+  const int result = NoThrow(-1, [&]() -> int { return CarryOut(kind, wanted, present) ? 0 : -1; });
   RunAnyway(start);
   return result;
 }

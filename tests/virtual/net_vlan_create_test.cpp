@@ -88,9 +88,13 @@ TEST_F(VlanChange, IsRefusedBeforeAnythingIsTouched) {
   TELL(KOPANetVlanCreate("eth1", 20, &kDhcp));
 }
 
+// Where telling of it fails as well, the code is the step's.
 TEST_F(VlanChange, FailedStepsEndItAndAreAnnounced) {
+  const std::string broken = "/usr/zarn/plugins/net/ifname_change/99-broken";
+  WriteFile(broken, "#!/bin/sh\nexit 1\n", 0755);
   RemoveFile(IfcfgPath("eth1"));
   TELL(KOPANetVlanCreate("eth1", 20, &kStatic));
+  RemoveFile(broken);
   TELL(KOPANetVlanRemove("eth0.10"));
   WriteIfcfg("eth1", kParent);
   RecordTool(kFirewall, 1);
