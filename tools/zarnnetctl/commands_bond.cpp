@@ -93,23 +93,17 @@ void Delete(const Context& context, const std::string& name) {
 }
 
 std::shared_ptr<std::string> AddName(const Verb& verb) {
-  auto name = std::make_shared<std::string>();
-  verb.AddOption("BOND", *name, "Name of the bond, such as bond0").Required();
-  return name;
+  return AddOperand(verb, "BOND", "Name of the bond, such as bond0");
 }
 
 }  // namespace
 
 void AddBondCommands(const Group& app, Context& context) {
   const Group group = AddGroup(app, "bond", "Lists and changes link aggregations");
-  const Verb list = AddVerb(group, context, "list", "Lists the bonds that have slaves",
-                            "  zarnnetctl bond list --json");
-  list.Run([&context] { List(context); });
-
-  const Verb show = AddVerb(group, context, "show", "Shows the mode and the slaves of a bond",
-                            "  zarnnetctl bond show bond0");
-  const auto shown = AddName(show);
-  show.Run([&context, shown] { Show(context, *shown); });
+  AddVerb(group, context, "list", "Lists the bonds that have slaves",
+          "  zarnnetctl bond list --json", List);
+  AddVerb(group, context, "show", "Shows the mode and the slaves of a bond",
+          "  zarnnetctl bond show bond0", AddName, Show);
 
   const Verb set = AddVerb(group, context, "set", "Makes a bond of ports, or changes one",
                            "  zarnnetctl bond set bond0 --mode 802.3ad eth0 eth1");
@@ -122,11 +116,8 @@ void AddBondCommands(const Group& app, Context& context) {
       .Count(2, ZARNLINKAGGR_MAX_SLAVE);
   set.Run([&context, changed, mode, slaves] { Set(context, *changed, *mode, *slaves); });
 
-  const Verb remove =
-      AddVerb(group, context, "delete", "Takes a bond apart; its first slave gets its address",
-              "  zarnnetctl bond delete bond0");
-  const auto deleted = AddName(remove);
-  remove.Run([&context, deleted] { Delete(context, *deleted); });
+  AddVerb(group, context, "delete", "Takes a bond apart; its first slave gets its address",
+          "  zarnnetctl bond delete bond0", AddName, Delete);
 }
 
 }  // namespace tool

@@ -137,15 +137,11 @@ void SetBridge(const Context& context, const std::string& ifname, const WantedRo
 void AddBridge(const Group& app, Context& context) {
   const Group group =
       AddGroup(app, "bridge", "Lists bridges, sets the role in an interface's file");
-  const Verb list = AddVerb(group, context, "list", "Lists the bridges that are up",
-                            "  zarnnetctl bridge list --json");
-  list.Run([&context] { ListBridge(context); });
+  AddVerb(group, context, "list", "Lists the bridges that are up",
+          "  zarnnetctl bridge list --json", ListBridge);
 
-  const Verb show =
-      AddVerb(group, context, "show", "Shows the role of an interface, stored and live",
-              "  zarnnetctl bridge show br0");
-  const auto shown = AddIfname(show);
-  show.Run([&context, shown] { ShowBridge(context, *shown); });
+  AddVerb(group, context, "show", "Shows the role of an interface, stored and live",
+          "  zarnnetctl bridge show br0", AddIfname, ShowBridge);
 
   const Verb set = AddVerb(
       group, context, "set", "Writes the role into the interface's file, for the next start",
@@ -206,9 +202,7 @@ void RemoveVlan(const Context& context, const std::string& name) {
 
 void AddVlan(const Group& app, Context& context) {
   const Group group = AddGroup(app, "vlan", "Lists, creates and removes VLANs");
-  const Verb list =
-      AddVerb(group, context, "list", "Lists the VLANs", "  zarnnetctl vlan list --json");
-  list.Run([&context] { ListVlan(context); });
+  AddVerb(group, context, "list", "Lists the VLANs", "  zarnnetctl vlan list --json", ListVlan);
 
   const Verb create = AddVerb(
       group, context, "create", "Creates a VLAN, which takes over the address of its parent's file",

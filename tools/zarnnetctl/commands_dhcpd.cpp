@@ -230,20 +230,15 @@ void SetVendor(const Context& context, const std::string& vendor,
 }
 
 std::shared_ptr<std::string> AddVendorName(const Verb& verb) {
-  auto vendor = std::make_shared<std::string>();
-  verb.AddOption("VENDOR", *vendor, "The class that clients name themselves").Required();
-  return vendor;
+  return AddOperand(verb, "VENDOR", "The class that clients name themselves");
 }
 
 void AddVendor(const Group& app, Context& context) {
   const Group group = AddGroup(app, "vendor", "Options for the clients of one vendor class");
-  const Verb list = AddVerb(group, context, "list", "Lists the classes that have options",
-                            "  zarnnetctl dhcpd vendor list");
-  list.Run([&context] { ListVendors(context); });
-  const Verb show = AddVerb(group, context, "show", "Shows the options of a class",
-                            "  zarnnetctl dhcpd vendor show Example");
-  const auto shown = AddVendorName(show);
-  show.Run([&context, shown] { ShowVendor(context, *shown); });
+  AddVerb(group, context, "list", "Lists the classes that have options",
+          "  zarnnetctl dhcpd vendor list", ListVendors);
+  AddVerb(group, context, "show", "Shows the options of a class",
+          "  zarnnetctl dhcpd vendor show Example", AddVendorName, ShowVendor);
   const Verb set =
       AddVerb(group, context, "set", "Replaces the options of a class; without any it goes",
               "  zarnnetctl dhcpd vendor set Example 43=01:04:00 60=Example");

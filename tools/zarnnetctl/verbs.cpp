@@ -80,10 +80,30 @@ Verb AddVerb(const Group& group, Context& context, const std::string& name,
   return Verb(verb);
 }
 
+std::shared_ptr<std::string> AddOperand(const Verb& verb, const std::string& name,
+                                        const std::string& description) {
+  auto operand = std::make_shared<std::string>();
+  verb.AddOption(name, *operand, description).Required();
+  return operand;
+}
+
 std::shared_ptr<std::string> AddIfname(const Verb& verb) {
-  auto ifname = std::make_shared<std::string>();
-  verb.AddOption("IFNAME", *ifname, "Name of the interface, such as eth0").Required();
-  return ifname;
+  return AddOperand(verb, "IFNAME", "Name of the interface, such as eth0");
+}
+
+void AddVerb(const Group& group, Context& context, const std::string& name,
+             const std::string& description, const std::string& examples,
+             void (*run)(const Context&)) {
+  AddVerb(group, context, name, description, examples).Run([&context, run] { run(context); });
+}
+
+void AddVerb(const Group& group, Context& context, const std::string& name,
+             const std::string& description, const std::string& examples,
+             std::shared_ptr<std::string> (*addOperand)(const Verb&),
+             void (*run)(const Context&, const std::string&)) {
+  const Verb verb = AddVerb(group, context, name, description, examples);
+  const auto operand = addOperand(verb);
+  verb.Run([&context, operand, run] { run(context, *operand); });
 }
 
 // ---- the whole

@@ -82,8 +82,19 @@ Group AddGroup(const Group& group, const std::string& name, const std::string& d
 Verb AddVerb(const Group& group, Context& context, const std::string& name,
              const std::string& description, const std::string& examples);
 
-// Adds the operand IFNAME; its value is there when the verb runs.
+// Adds an operand that must be given; its value is there when the verb runs.
+std::shared_ptr<std::string> AddOperand(const Verb& verb, const std::string& name,
+                                        const std::string& description);
 std::shared_ptr<std::string> AddIfname(const Verb& verb);
+
+// A whole verb that takes no words of its own, and one that takes the operand that is added so.
+void AddVerb(const Group& group, Context& context, const std::string& name,
+             const std::string& description, const std::string& examples,
+             void (*run)(const Context&));
+void AddVerb(const Group& group, Context& context, const std::string& name,
+             const std::string& description, const std::string& examples,
+             std::shared_ptr<std::string> (*addOperand)(const Verb&),
+             void (*run)(const Context&, const std::string&));
 
 class CommandLine {
  public:

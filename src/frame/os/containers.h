@@ -29,7 +29,6 @@ class StringList {
   [[nodiscard]] std::vector<std::string> Texts() const {
     return {list_->rgszItem, list_->rgszItem + list_->nItem};
   }
-  void Clear() { KOPACSzListRemoveAll(list_); }
 
  private:
   PKOPACSZLIST list_;
