@@ -1,5 +1,5 @@
-/* DHCP: the built-in server's files and switches, the trial run of the client, the question whether an
- * interface uses DHCP. */
+/* DHCP: the built-in server's files and switches, the trial run of the client, the question whether
+ * an interface uses DHCP. */
 #pragma once
 
 #include <stddef.h>
@@ -12,7 +12,7 @@
 extern "C" {
 #endif
 
-/* ---- records of the server -------------------------------------------------------------------------- */
+/* ---- records of the server ------------------------------------------------------------------- */
 
 /** One option of an IPv4 subnet, of those in dhcp_options.h; freed with DHCPOptionFree(). */
 typedef struct DHCP_OPTION {
@@ -60,16 +60,19 @@ typedef struct DHCP_PXE_CONF {
   char remote_tftp_server_ip[20];
 } DHCP_PXE_CONF;
 
-/* ---- the server ---------------------------------------------------------------------------------------
- * The server is a dnsmasq of the appliance's. These functions write its fragments (".conf") and their switches
- * (".info") in /etc/dhcpd; the network script puts what is switched on together and starts the server with it. A
- * change has no effect before a restart. iptype is 0 for IPv4, 1 for IPv6. No locks; a file is replaced as a whole:
- * a switch keeps its mode and owner, a fragment has mode 0644. A text that would add a line to a file (a newline or
- * another control character in it) and a name that can be no part of a path or that begins with "-" are refused with
- * 0x0D00 and nothing written. Files that cannot be opened, read, written or renamed leave 0x0900, 0x0A00, 0x0B00 or
- * 0x2800, programs that fail 0x2A00, memory 0x0200; what is just missing, missing arguments too where nothing else
- * is said, is told by the result and the log alone. Addresses and texts that are no options are written as they are
- * given. Writers run /bin/mkdir for the folder. */
+/* ---- the server ---------------------------------------------------------------------------------
+ * The server is a dnsmasq of the appliance's. These functions write its fragments (".conf") and
+ * their switches (".info") in /etc/dhcpd; the network script puts what is switched on together and
+ * starts the server with it. A change has no effect before a restart. iptype is 0 for IPv4, 1 for
+ * IPv6. No locks; a file is replaced as a whole: a switch keeps its mode and owner, a fragment has
+ * mode 0644. A text that would add a line to a file (a newline or another control character in it)
+ * and a name that can be no part of a path or that begins with "-" are refused with
+ * ZARNNETERR_BAD_PARAMETER and nothing written. Files that cannot be opened, read, written or
+ * renamed leave ZARNNETERR_OPEN, ZARNNETERR_READ, ZARNNETERR_WRITE or ZARNNETERR_RENAME, programs
+ * that fail ZARNNETERR_COMMAND, memory ZARNNETERR_NO_MEMORY; what is just missing, missing
+ * arguments too where nothing else is said, is told by the result and the log alone. Addresses and
+ * texts that are no options are written as they are given. Writers run /bin/mkdir for the
+ * folder. */
 
 /** Runs "/etc/rc.network nat-start-dhcp". @return 1 when it ends with status 1, else 0 */
 int DHCPServerStart(void);
@@ -83,58 +86,63 @@ int KOPANetDHCPServerRestart(void);
 /** Is the server switched on as a whole (enable="yes" in dhcpd.info)? @return 1 or 0 */
 int DHCPIsEnabled(void);
 
-/** Is it switched on for an interface and a family? @return 1, 0 (also without a switch), or -1 for a wrong argument */
+/** Is it switched on for an interface and a family? @return 1, 0 (also without a switch), or -1 for
+ * a wrong argument */
 int DHCPInterfaceIsEnabled(const char* ifname, int iptype);
 
-/** Switches it on (1) or off. @return 0, also when the file cannot be written, which the log tells; -1 for
- * a wrong argument or without the folder */
+/** Switches it on (1) or off. @return 0, also when the file cannot be written, which the log tells;
+ * -1 for a wrong argument or without the folder */
 int DHCPInterfaceSetEnabled(const char* ifname, int iptype, int enable);
 
 /**
- * The interfaces that have a switch, on or off. Names with "-" or "." in them are passed over; "pxe" is among them
- * where network boot has been set.
- * @param list  replaced by a new list when there are any, the former one is freed; else left alone. May hold null
- * @return their number, or -1 for a wrong argument (0x0200)
+ * The interfaces that have a switch, on or off. Names with "-" or "." in them are passed over;
+ * "pxe" is among them where network boot has been set.
+ * @param list  replaced by a new list when there are any, the former one is freed; else left alone.
+ *              May hold null
+ * @return their number, or -1 for a wrong argument (ZARNNETERR_NO_MEMORY)
  */
 int DHCPInterfaceListGet(PKOPACSZLIST* list, int iptype);
 
-/* ---- tagged subnets (IPv4) ---------------------------------------------------------------------------- */
+/* ---- tagged subnets (IPv4) ------------------------------------------------------------------- */
 
 /** Reads dhcpd-IFNAME-TAG.conf and .info. Addresses and the domain are cut to 19 characters.
- * @return 1; 0 with 0x0D00 for an unfit name, or when the file or a line of it is missing (domain and switch may be) */
+ * @return 1; 0 with ZARNNETERR_BAD_PARAMETER for an unfit name, or when the file or a line of it is
+ * missing (domain and switch may be) */
 int ZARNNetGetDhcpServerConf(const char* tag, const char* ifname, DHCP_SUBNET_CONF* conf);
 
 /** Writes the switch and, when enable is not 0, the fragment of conf->interface and conf->tag.
- * @return 1; 0 with 0x0D00, or when a file cannot be written: the switch may be written then */
+ * @return 1; 0 with ZARNNETERR_BAD_PARAMETER, or when a file cannot be written: the switch may be
+ * written then */
 int ZARNNetSetDhcpServerConfigFiles(const DHCP_SUBNET_CONF* conf, int enable);
 
-/* ---- numbered subnets --------------------------------------------------------------------------------- */
+/* ---- numbered subnets ------------------------------------------------------------------------ */
 
 /**
  * Reads a subnet. The record's options are the caller's to free with DHCPOptionFree().
- * @return 1; 0 when there is none; -1 for a wrong argument, or when a line is missing. An IPv6 subnet that was written without
- *         name servers cannot be read.
+ * @return 1; 0 when there is none; -1 for a wrong argument, or when a line is missing. An IPv6
+ *         subnet that was written without name servers cannot be read.
  */
 int DHCPTagConfGet(const char* ifname, unsigned subnet, int iptype, DHCP_SUBNET_CONF* conf);
 
 /** Reads a subnet's switch. @return 1, 0 (none; *enable is 0), or -1 for a wrong argument */
 int DHCPTagConfGetEnable(const char* ifname, unsigned subnet, int iptype, int* enable);
 
-/** Writes a subnet's switch: on for 1, else off. @return 0, or -1 (0x0D00, or the file cannot be written) */
+/** Writes a subnet's switch: on for 1, else off. @return 0, or -1 (ZARNNETERR_BAD_PARAMETER, or the
+ * file cannot be written) */
 int DHCPTagConfSetEnable(const char* ifname, unsigned subnet, int iptype, int enable);
 
 /**
  * Writes a subnet's fragment. An IPv6 subnet in mode "off" keeps the one it has.
- * Addresses and masks of options are plainly dotted; of an option with a list only the list is written, which must
- * not be empty.
- * @return 0; -1 for a wrong argument, when the file cannot be written, or for an option with a wrong value: the lines before it
- *         are written then
+ * Addresses and masks of options are plainly dotted; of an option with a list only the list is
+ * written, which must not be empty.
+ * @return 0; -1 for a wrong argument, when the file cannot be written, or for an option with a
+ *         wrong value: the lines before it are written then
  */
 int DHCPTagConfSetConfig(const char* ifname, unsigned subnet, int iptype,
                          const DHCP_SUBNET_CONF* conf);
 
-/** Writes the switch (conf->enable), then the fragment. @return as those two; the switch stays when the fragment
- * fails */
+/** Writes the switch (conf->enable), then the fragment. @return as those two; the switch stays when
+ * the fragment fails */
 int DHCPTagConfSet(const char* ifname, unsigned subnet, int iptype, const DHCP_SUBNET_CONF* conf);
 
 /** The ranges of an interface's IPv4 subnets 0, 1, 2 ... up to the first number that is missing.
@@ -146,8 +154,8 @@ int DHCPGetInterfaceRanges(const char* ifname, DHCP_RANGE** ranges);
 void DHCPRangeFree(DHCP_RANGE* head);
 
 /**
- * Does the network of an address overlap with one that another interface serves? Members of a bond, interfaces
- * without a file and those switched off do not count.
+ * Does the network of an address overlap with one that another interface serves? Members of a bond,
+ * interfaces without a file and those switched off do not count.
  * @param conflict_if  receives that interface; may be null
  * @return 1 or 0; -1 for a wrong argument, or when the ranges of an interface cannot be read
  */
@@ -160,7 +168,7 @@ int DHCPOptionIsListValue(int number);
 /** Frees a chain of options with their lists; null is allowed. */
 void DHCPOptionFree(DHCP_OPTION* head);
 
-/* ---- vendor classes ----------------------------------------------------------------------------------- */
+/* ---- vendor classes -------------------------------------------------------------------------- */
 
 /** Is the text a number from 1 to 254? @return 1 or 0 */
 int DHCPVendorCheckOptNum(const char* text);
@@ -168,24 +176,28 @@ int DHCPVendorCheckOptNum(const char* text);
 /** Appends the vendor classes that have options, each once. @return 0, or -1 */
 int DHCPVendorEnum(PKOPACSZLIST* vendors);
 
-/** Sets number and value of every option of a vendor class. @return 0, also when there are none; -1 when it cannot be read, or for
- * a line that reads otherwise */
+/** Sets number and value of every option of a vendor class. @return 0, also when there are none; -1
+ * when it cannot be read, or for a line that reads otherwise */
 int DHCPVendorGetVendor(const char* vendor, PKOPACSZHASH* options);
 
-/** The value of one option, cut to fit. Number 1 finds the line of number 12 where that comes first.
- * @return 1, 0 when there is none, -1 for a wrong argument, a file that cannot be read, or a line that reads otherwise */
+/** The value of one option, cut to fit. Number 1 finds the line of number 12 where that comes
+ * first.
+ * @return 1, 0 when there is none, -1 for a wrong argument, a file that cannot be read, or a line
+ * that reads otherwise */
 int DHCPVendorGetVendorOpt(const char* vendor, int number, char* value, size_t size);
 
 /** Replaces all options of a vendor class by number and value of the hash.
- * @return 0; -1 for a wrong argument or when the file cannot be written: the former options are gone then, unless the vendor or
- *         a value was refused */
+ * @return 0; -1 for a wrong argument or when the file cannot be written: the former options are
+ *         gone then, unless the vendor or a value was refused */
 int DHCPVendorSetVendor(const char* vendor, PKOPACSZHASH options);
 
-/** Replaces one option. An empty vendor or value and a number out of range are logged and written all the same.
- * @return 0, or -1 (0x0D00 for a text with a control character; the file cannot be written) */
+/** Replaces one option. An empty vendor or value and a number out of range are logged and written
+ * all the same.
+ * @return 0, or -1 (ZARNNETERR_BAD_PARAMETER for a text with a control character; the file cannot
+ * be written) */
 int DHCPVendorSetVendorOpt(const char* vendor, int number, const char* value);
 
-/* ---- network boot ------------------------------------------------------------------------------------- */
+/* ---- network boot ---------------------------------------------------------------------------- */
 
 /** @return 0 with *enable 1 or 0; -1 for a wrong argument */
 int DHCPPXEConfGetEnable(int* enable);
@@ -197,46 +209,51 @@ int DHCPPXEConfGet(DHCP_PXE_CONF* conf);
 int DHCPPXEConfSetEnable(int enable);
 
 /** Writes the switch and, when it is 1, the settings of the chosen side and the fragment.
- * @return 0; -1 for a wrong argument (a text of the chosen side is empty: the switch is written then) or when a file cannot be
- *         written */
+ * @return 0; -1 for a wrong argument (a text of the chosen side is empty: the switch is written
+ *         then) or when a file cannot be written */
 int DHCPPXEConfSet(const DHCP_PXE_CONF* conf);
 
-/* ---- changes of interfaces ---------------------------------------------------------------------------- */
+/* ---- changes of interfaces ------------------------------------------------------------------- */
 
 /**
- * The server's IPv4 files of an interface follow it to another name, as do the names in them. The switch of IPv6 stays.
- * @return 0, also without the folder; -1 for a wrong argument (0x0D00), a file that cannot be renamed (0x2800), or when sed
- *         refuses (0x2A00): what is done stays done
+ * The server's IPv4 files of an interface follow it to another name, as do the names in them. The
+ * switch of IPv6 stays.
+ * @return 0, also without the folder; -1 for a wrong argument (ZARNNETERR_BAD_PARAMETER), a file
+ *         that cannot be renamed (ZARNNETERR_RENAME), or when sed refuses (ZARNNETERR_COMMAND):
+ *         what is done stays done
  * Runs /bin/sed. Does not restart the server.
  */
 int DHCPDConfChangeInterface(const char* old_if, const char* new_if);
 
 /**
- * op 1: switches the members' service off, remembering it, and the bond's to what it remembers; any other: the other
- * way round. A member that is off and has something remembered keeps that. Restarts the server.
- * @return 0; -1 for a wrong argument (0x0D00; a bond's bad name before anything is done), or when a switch cannot be read
- *         or written
+ * op 1: switches the members' service off, remembering it, and the bond's to what it remembers; any
+ * other: the other way round. A member that is off and has something remembered keeps that.
+ * Restarts the server.
+ * @return 0; -1 for a wrong argument (ZARNNETERR_BAD_PARAMETER; a bond's bad name before anything
+ *         is done), or when a switch cannot be read or written
  */
 int DHCPDLinkAggrSet(int op, const char* bond, PKOPACSZLIST members);
 
-/* ---- the client ------------------------------------------------------------------------------------- */
+/* ---- the client ------------------------------------------------------------------------------ */
 
 /**
- * Asks the DHCP server of the network at an interface which address it would hand out; the interface is
- * left as it is. Blocks for as long as the client does.
+ * Asks the DHCP server of the network at an interface which address it would hand out; the
+ * interface is left as it is. Blocks for as long as the client does.
  * @param info  szName names the interface; szIP and szMask are filled
- * @return 0; -1 with 0x0D00 (null record, a name that can be no interface's or begins with "-"), 0x2A00 (a program
- *         failed), 0x0900 (the client left no result) or 0x4000 (one without an address)
- * Runs /usr/sbin/dhclient --zarn_test, and /bin/cp once for its script. Its lease file in /tmp is made anew where
- * something that is not root's own file lies under its name.
+ * @return 0; -1 with ZARNNETERR_BAD_PARAMETER (null record, a name that can be no interface's or
+ *         begins with "-"), ZARNNETERR_COMMAND (a program failed), ZARNNETERR_OPEN (the client left
+ *         no result) or ZARNNETERR_UNEXPECTED_CONTENT (one without an address)
+ * Runs /usr/sbin/dhclient --zarn_test, and /bin/cp once for its script. Its lease file in /tmp is
+ * made anew where something that is not root's own file lies under its name.
  */
 int ZARNIGetDHCPTestNetInfo(ZARNNETIFADDR* info);
 
 /**
- * Does the interface's file say BOOTPROTO=dhcp? A file without the key is repaired to BOOTPROTO=static; one that
- * cannot be read is left alone.
+ * Does the interface's file say BOOTPROTO=dhcp? A file without the key is repaired to
+ * BOOTPROTO=static; one that cannot be read is left alone.
  * Reads, and repairs, under the shared network lock.
- * @return 1 or 0; 0 also without a name (0x0D00) or a file, or when the lock is not had within 5 seconds
+ * @return 1 or 0; 0 also without a name (ZARNNETERR_BAD_PARAMETER) or a file, or when the lock is
+ *         not had within 5 seconds
  */
 int BlZARNLnxIsDHCP(const char* ifname);
 

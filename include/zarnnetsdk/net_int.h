@@ -1,7 +1,7 @@
 // What the subsystems offer each other inside: the steps that are part of another subsystem's
 // change. Not installed. What only reads is asked of frame/facts. The arrows: virtual -> pppoe,
-// dhcpd, ipv4; iface, dns_route, ipv6, addr -> ipv4, dhcpd; ipv4 -> dhcpd. A step that answers false
-// or nothing has logged it and set a code, as the exported function of the same work does.
+// dhcpd, ipv4; iface, dns_route, ipv6, addr -> ipv4, dhcpd; ipv4 -> dhcpd. A step that answers
+// false or nothing has logged it and set a code, as the exported function of the same work does.
 #pragma once
 
 #include <functional>
@@ -30,7 +30,8 @@ namespace ipv4 {
 // Gives the interface a fixed address, in its file and in the kernel.
 bool SetStatic(const std::string& ifname, const std::string& ip, const std::string& netmask);
 
-// The configured address: of the lease on DHCP, of the interface's file otherwise; empty without one.
+// The configured address: of the lease on DHCP, of the interface's file otherwise; empty without
+// one.
 std::optional<std::string> ConfiguredAddress(const std::string& ifname);
 
 // One IPv6 address, added to or deleted from the running kernel.
@@ -54,7 +55,8 @@ enum class Renamed { kVlan, kBond, kPort };
 
 // Tells those who follow the names, before the work and after it, that interfaces take other
 // interfaces' places; answers what the work answers. A failure of the event is logged in the
-// caller's name and stops nothing. Work that runs out of memory ends with -1 and 0x0200.
+// caller's name, stops nothing and leaves the code of the work alone. Work that runs out of memory
+// ends with -1 and ZARNNETERR_NO_MEMORY.
 int WhileRenaming(Renamed what, const std::vector<std::string>& oldNames,
                   const std::vector<std::string>& newNames, const std::function<int()>& work,
                   const frame::Place& at = {});
