@@ -1,4 +1,4 @@
-// The modes of bonds. A mode is added here and in the public enum.
+// The modes of bonds, by their numbers in the public enum.
 #include "frame/model/bond_modes.h"
 
 #include <iterator>
@@ -12,7 +12,7 @@ constexpr const char* kNames[] = {
     "unknown",    "balance-alb",       "802.3ad",     "balance-xor", "active-backup",
     "balance-rr", "ovs-active-backup", "balance-slb", "balance-tcp",
 };
-static_assert(std::size(kNames) == ZARNBOND_BALANCE_TCP + 1);
+static_assert(std::size(kNames) == frame::model::kLastMode + 1);
 
 }  // namespace
 
