@@ -1,8 +1,6 @@
 #include "ctl.h"
 
-#include <gtest/gtest.h>
 #include <sstream>
-#include <string>
 #include <unistd.h>
 
 #include "support/transcript.h"
@@ -54,6 +52,20 @@ void Type(std::string_view lines) {
       whole.replace(whole.size() - 1, 1, line);
     if (!whole.empty()) TypeOne(whole);
   }
+}
+
+void TypeSession() {
+  const auto* const test = ::testing::UnitTest::GetInstance()->current_test_info();
+  std::istringstream session(ReadFile(std::string(ZARNNET_GOLDEN_FOLDER "/") +
+                                      test->test_suite_name() + "." + test->name() + ".txt"));
+  bool any = false;
+  for (std::string line; std::getline(session, line);) {
+    const bool isOfOthers = line.starts_with("# $ ");
+    if (!isOfOthers && (line.starts_with(' ') || line.starts_with('#'))) continue;
+    any = true;
+    TypeOne(isOfOthers ? line.substr(2) : line.substr(0, line.rfind(" = ")));
+  }
+  EXPECT_TRUE(any) << "a session without a typed line";
 }
 
 }  // namespace test

@@ -11,4 +11,9 @@ namespace test {
 // prints stands in the transcript and nothing else. A '\' at the end of a line takes in the next.
 void Type(std::string_view lines);
 
+// Types what the golden text of the test case says that was typed: its lines that begin neither
+// with a blank nor with "#", up to their exit status, and those behind "# $ ". A line is added to a
+// session there, and what comes of it written with ZARNNET_GOLDEN=write.
+void TypeSession();
+
 }  // namespace test

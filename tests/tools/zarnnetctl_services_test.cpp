@@ -1,23 +1,11 @@
 // Verbs of services: the DHCP server, PPPoE and its relay, the tunnel.
-#include <gtest/gtest.h>
-
 #include "ctl.h"
 #include "support/transcript.h"
 
 using namespace test;
 
 TEST(Services, WrongUsageIsTwoAndSaysWhereHelpIs) {
-  Type(R"(
-dhcpd vendor set Example 255=x
-pppoe set
-pppoe set --mtu 1501
-pppoe set --default-route --no-default-route
-pppoe set --password x
-pppoe-relay set eth1
-tunnel set --anonymous --user eve
-tunnel set
-tunnel set --password 'Tr0ub4dor&3'
-)");
+  TypeSession();
 }
 
 TEST(Dhcpd, ASubnetGoesInAndOutAsOptionsAndAsJson) {
@@ -60,36 +48,14 @@ TEST(Dhcpd, SwitchesClassesAndNetworkBootAreStored) {
   WriteFile("/etc/dhcpd/dhcpd-eth1.info", "enable=\"yes\"\n");
   WriteFile("/etc/dhcpd/dhcpd-eth1-subnet0.conf",
             "dhcp-range=set:eth10,10.0.0.50,10.0.0.60,255.0.0.0,3600\n");
-  Type(R"(
-dhcpd enable eth0
-dhcpd enable eth0 -6
-dhcpd disable eth0 --json
-dhcpd restart
-dhcpd vendor set Example 60=x 43=1,2 --json
-dhcpd vendor list
-dhcpd vendor set Example
-dhcpd vendor list --json
-dhcpd pxe set boot.0 --server 10.0.0.9
-dhcpd pxe set --off --json
-dhcpd option list
-dhcpd range check eth0 10.9.0.1 10.9.0.2 255.255.0.0 --json
-)");
+  TypeSession();
 }
 
 TEST(Pppoe, WhatIsNotNamedStaysAndThePasswordIsNeverShown) {
   WriteFile("/etc/ppp/pppoe.conf", "# kept\n");
   RemoveFile("/etc/ppp/pap-secrets");
   WriteFile("/root/secret", "Tr0ub4dor&3\nsecond line\n", 0600);
-  Type(R"(
-pppoe set --user bob
-pppoe set --interface eth9 --user bob
-pppoe set --interface eth1 --user bob@isp --password-file /root/secret --json
-pppoe set --mtu 1452 --default-route
-pppoe set --interface eth1
-pppoe get
-$ echo another >/root/secret
-pppoe set --no-default-route --password-file - --json </root/secret
-)");
+  TypeSession();
 }
 
 TEST(Pppoe, AStartThatFailsSaysWhyAndTheStatusTellsTheLink) {
@@ -111,17 +77,7 @@ pppoe stop
 }
 
 TEST(PppoeRelay, IsStoredAppliedAndCleared) {
-  Type(R"(
-pppoe-relay set eth1 --enable
-pppoe-relay set eth1 --enable --server eth1
-pppoe-relay get eth9
-pppoe-relay set eth1 --server eth0 --enable --json
-pppoe-relay apply eth1
-pppoe-relay apply --json
-pppoe-relay set eth1 --disable
-pppoe-relay get eth1
-pppoe-relay clear
-)");
+  TypeSession();
 }
 
 TEST(Tunnel, ThePasswordGoesInByAFileOrStandardInputAndIsNeverShown) {
@@ -130,19 +86,5 @@ TEST(Tunnel, ThePasswordGoesInByAFileOrStandardInputAndIsNeverShown) {
   WriteFile("/root/long", std::string(32, 'p'), 0600);
   Mask("^(  [a-z]* /run/gogoc.pid.*)$", "");
   Mask("^(    [+][0-9]*)$", "");
-  Type(R"(
-tunnel set --server broker.example --user bob --password-file /root/secret --json
-tunnel start
-tunnel get
-tunnel get --json
-tunnel stop
-$ echo refuses >/etc/gogoc/broker
-tunnel start
-$ cp /etc/gogoc/.tunnel_passwd /tmp/first
-tunnel set --password-file - </root/secret
-$ cmp /tmp/first /etc/gogoc/.tunnel_passwd
-tunnel set --password-file /root/long
-tunnel set --password-file /root/none
-tunnel set --anonymous --json
-)");
+  TypeSession();
 }
