@@ -1,7 +1,6 @@
 // Ports in use, hosts that answer, names, and waking, against real sockets and the second host.
 #include <arpa/inet.h>
 #include <chrono>
-#include <gtest/gtest.h>
 #include <linux/if_packet.h>
 #include <net/if.h>
 #include <netinet/in.h>
@@ -9,7 +8,6 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <zarncore/zarncore.h>
 #include <zarnnetsdk/addr.h>
 #include <zarnnetsdk/error.h>
 

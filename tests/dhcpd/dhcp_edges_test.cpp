@@ -1,11 +1,9 @@
 // The edges of the DHCP server's files: what is refused so that the server takes the rest, what is
 // kept, and which failures have a code.
 #include <cstring>
-#include <gtest/gtest.h>
 #include <initializer_list>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <syslog.h>
 #include <unistd.h>
 
 #include <zarnnetsdk/dhcpd.h>

@@ -1,9 +1,7 @@
 // What a failure leaves: code, place and line; and that no exception crosses the C interface.
-#include <gtest/gtest.h>
 #include <new>
 #include <stdexcept>
 #include <sys/resource.h>
-#include <syslog.h>
 
 #include <zarnnetsdk/zarnnetsdk.h>
 

@@ -1,7 +1,6 @@
 // What somebody else has laid into /tmp under a name of the appliance's.
 #include "frame/os/shared_folder.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 

@@ -1,9 +1,7 @@
 // Every failure of the inventory leaves its own code, and a name that no program may be given goes
 // nowhere.
 #include <functional>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <vector>
 
 #include <zarnnetsdk/addr.h>
 #include <zarnnetsdk/error.h>

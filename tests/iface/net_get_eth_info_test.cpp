@@ -1,7 +1,6 @@
 // A port's link as the driver tells it: the kernel's own drivers, and poorer ones put in their
 // place.
 #include <cstdio>
-#include <gtest/gtest.h>
 #include <linux/ethtool.h>
 
 #include <zarnnetsdk/error.h>

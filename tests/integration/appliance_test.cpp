@@ -3,7 +3,6 @@
 #include "support/appliance.h"
 
 #include <cstdio>
-#include <gtest/gtest.h>
 #include <poll.h>
 
 #include <zarnnetsdk/zarnnetsdk.h>

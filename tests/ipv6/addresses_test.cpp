@@ -1,6 +1,4 @@
 // IPv6 addresses and the kernel's switch, on real interfaces where the kernel can do the thing.
-#include <syslog.h>
-
 #include <zarnnetsdk/error.h>
 #include <zarnnetsdk/ipv6.h>
 

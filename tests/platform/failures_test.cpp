@@ -3,18 +3,15 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <functional>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
-#include <vector>
 
 #include <zarnhacore/zarnhacore.h>
 #include <zarnplvcore/zarnplvcore.h>
 #include <zarnsdk/zarnsdk.h>
 
 #include "fixture.h"
-#include "support/appliance.h"
 #include "support/children.h"
 #include "support/clock.h"
 

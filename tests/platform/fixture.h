@@ -3,9 +3,6 @@
 
 #include <cstdio>
 #include <poll.h>
-#include <string>
-
-#include <zarncore/zarncore.h>
 
 #include "support/appliance.h"
 

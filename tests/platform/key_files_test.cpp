@@ -3,13 +3,9 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <zarncore/zarncore.h>
-
 #include "fixture.h"
-#include "support/appliance.h"
 #include "support/children.h"
 
 using namespace test;

@@ -1,12 +1,8 @@
 // Files as lines and folders; text, lists, the cipher.
 #include <algorithm>
 #include <cstring>
-#include <gtest/gtest.h>
-
-#include <zarncore/zarncore.h>
 
 #include "fixture.h"
-#include "support/appliance.h"
 
 using namespace test;
 

@@ -1,17 +1,12 @@
 // Lock classes and named-file locks between threads and processes, also ones that die.
 #include <algorithm>
 #include <chrono>
-#include <gtest/gtest.h>
 #include <optional>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <thread>
-#include <vector>
-
-#include <zarncore/zarncore.h>
 
 #include "fixture.h"
-#include "support/appliance.h"
 #include "support/children.h"
 #include "support/clock.h"
 

@@ -1,11 +1,7 @@
 // Plugin events as plugins see them, and the services behind the init tools.
-#include <gtest/gtest.h>
-#include <syslog.h>
-
 #include <zarnsdk/zarnsdk.h>
 
 #include "fixture.h"
-#include "support/appliance.h"
 #include "support/clock.h"
 
 using namespace test;

@@ -3,13 +3,8 @@
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
-#include <gtest/gtest.h>
-#include <vector>
-
-#include <zarncore/zarncore.h>
 
 #include "fixture.h"
-#include "support/appliance.h"
 #include "support/children.h"
 #include "support/clock.h"
 

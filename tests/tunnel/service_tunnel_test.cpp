@@ -1,6 +1,5 @@
 // The tunnel: what is stored and who can read it, and the client as a real process.
 #include <ctime>
-#include <string>
 #include <unistd.h>
 
 #include <zarnnetsdk/tunnel.h>

@@ -1,7 +1,6 @@
 // What a tunnel's processes leave behind when they are killed, waited for in vain or run at once.
 #include <cerrno>
 #include <csignal>
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>

@@ -1,7 +1,4 @@
 // Open vSwitch devices, their bonds' members, and what lies under them.
-#include <gtest/gtest.h>
-#include <string>
-
 #include <zarnnetsdk/error.h>
 #include <zarnnetsdk/virtual.h>
 
