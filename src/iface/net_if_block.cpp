@@ -42,7 +42,7 @@ bool WriteFlag(const std::string& path, const char* key, const char* value, int 
     LOG_ERROR("%s:%d Failed to get key [%s]", kCountKey);
     return false;
   }
-  const std::string counted = Format("%d", std::atoi(count.text.c_str()) + step);
+  const std::string counted = std::to_string(std::atol(count.text.c_str()) + step);
   if (!KeyEdit().Set(key, value).Set(kCountKey, counted.c_str()).WriteTo(path)) {
     LOG_ERROR("%s:%d Failed to set key [%s] with value [%s]", key, value);
     return false;
