@@ -135,6 +135,10 @@ int DHCPTagConfSetEnable(const char* ifname, unsigned subnet, int iptype, int en
  * Writes a subnet's fragment. An IPv6 subnet in mode "off" keeps the one it has.
  * Addresses and masks of options are plainly dotted; of an option with a list only the list is
  * written, which must not be empty.
+ * Every other text is written as it is, control characters alone are refused: callers were written
+ * against it. A quote, a comma in a domain, a text that is no address where one stands, an empty
+ * router or an empty list of servers keep the server from starting; whoever takes texts from others
+ * checks them first, as zarnnetctl does.
  * @return 0; -1 for a wrong argument, when the file cannot be written, or for an option with a
  *         wrong value: the lines before it are written then
  */

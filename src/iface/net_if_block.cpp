@@ -42,7 +42,9 @@ bool WriteFlag(const std::string& path, const char* key, const char* value, int 
     LOG_ERROR("%s:%d Failed to get key [%s]", kCountKey);
     return false;
   }
-  const std::string counted = std::to_string(std::atol(count.text.c_str()) + step);
+  constexpr long long kMost = std::numeric_limits<int>::max();
+  const long long present = std::clamp(std::atoll(count.text.c_str()), -kMost, kMost);
+  const std::string counted = std::to_string(present + step);
   if (!KeyEdit().Set(key, value).Set(kCountKey, counted.c_str()).WriteTo(path)) {
     LOG_ERROR("%s:%d Failed to set key [%s] with value [%s]", key, value);
     return false;

@@ -24,11 +24,20 @@ dhcpd subnet set eth0 0 --dns nas.lan
 dhcpd subnet set eth0 0 --option speed=1
 dhcpd subnet set eth0 0 --domain "`printf 'a\nb'`"
 dhcpd subnet set eth0 0 --router "10.0.0.1`printf '\r'`"
+dhcpd subnet set eth0 0 --domain lan,wan
+dhcpd subnet set eth0 0 --dns 10.0.0.1 10.0.0.2 junk
+dhcpd subnet set eth0 0 --option 'root-path=/a"b'
+dhcpd subnet set eth0 0 --end 11.0.0.60
+dhcpd subnet set 'eth"0' 0 --start 10.0.0.1 --end 10.0.0.2 --netmask 255.0.0.0 --router 10.0.0.1 \
+  --dns 10.0.0.1
+dhcpd subnet set eth1 0 --start 10.0.0.1 --end 10.0.0.2 --netmask 255.0.0.0
+$ ls /etc/dhcpd
 )");
   for (const char* const document :
        {R"({"start": "10.0.0.1", "end": "10.0.0.2", "netmask": "255.0.0.0", "domain": "a\nb=c"})",
-        "{", "[]", R"({"gateway": "10.0.0.1"})", R"({"lease": "long"})",
-        R"({"interface": "eth1"})"}) {
+        "{", "[]", R"({"gateway": "10.0.0.1"})", R"({"lease": "long"})", R"({"interface": "eth1"})",
+        R"({"start": "10.0.0.1", "end": "10.0.0.2", "netmask": "255.0.0.0", "router": "10.0.0.1",
+            "dns": ["10.0.0.1"], "lease": -5})"}) {
     WriteFile("/tmp/subnet", document);
     Type("$ cat /tmp/subnet\ndhcpd subnet set eth0 0 - --json </tmp/subnet");
   }

@@ -319,13 +319,47 @@ void ApplyDocument(const std::string& what, const Json& document, Subnet* subnet
   RefuseDocument(what, "a field is of the wrong type");
 }
 
-// The writer takes every text, and an address that is none would keep the server from starting.
-void RequireAddress(const std::string& what, const Target& target, const char* text) {
-  if (*text == '\0') return;
+// The writer takes every text, and one that its server cannot read would keep it from starting.
+void RequireAddress(const std::string& what, const Target& target, const std::string& text) {
   if (!target.v6) return RequireIpv4(what, text);
-  if (BlKOPAIsv6IpAddrValid(text) == 1) return;
-  throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS,
-                "'" + std::string(text) + "' is not an IPv6 address");
+  if (BlKOPAIsv6IpAddrValid(text.c_str()) == 1) return;
+  throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS, "'" + text + "' is not an IPv6 address");
+}
+
+void RequireAddresses(const std::string& what, const Target& target,
+                      const DHCP_SUBNET_CONF& record) {
+  for (const char* text : {record.start, record.end, record.router, record.dns1, record.dns2}) {
+    if (*text != '\0') RequireAddress(what, target, text);
+  }
+  if (*record.dns_more == '\0') return;
+  for (const std::string& server : SplitAtCommas(record.dns_more))
+    RequireAddress(what, target, server);
+}
+
+void RequireNetwork(const std::string& what, const DHCP_SUBNET_CONF& record) {
+  if (BlKOPAIsValidIpMask(record.netmask) != 1 || !IsPlainDotted(record.netmask))
+    throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS,
+                  "'" + std::string(record.netmask) + "' is not a netmask");
+  if (ZARNNetIsSameSubnet(record.start, record.end, record.netmask) != 1)
+    throw Failure(what, ZARNNETERR_BAD_PARAMETER,
+                  "the first and the last address are in different subnets");
+  if (*record.router == '\0' || *record.dns1 == '\0')
+    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "give the router and a name server");
+}
+
+// A comma ends a value in the server's files, and a quote without another its file.
+void RequireTexts(const std::string& what, const Target& target, const DHCP_SUBNET_CONF& record) {
+  constexpr char kOfNames[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789.-_";
+  const std::string domain(record.domain);
+  if (domain.find_first_not_of(kOfNames) != std::string::npos)
+    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "the domain has a character that no name has");
+  bool fit = target.ifname.find_first_of("\",") == std::string::npos;
+  for (const DHCP_OPTION* option = record.options; option != nullptr; option = option->next)
+    fit = fit && std::string(option->value).find('"') == std::string::npos;
+  if (!fit)
+    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "the server cannot read a quote or such a name");
+  if (record.lease < 0)
+    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "a lease lasts a number of seconds");
 }
 
 void RequireServable(const std::string& what, const Target& target,
@@ -335,11 +369,9 @@ void RequireServable(const std::string& what, const Target& target,
     throw Failure(what, ZARNNETERR_BAD_PARAMETER, "give the first and the last address");
   if (target.v6 && *record.v6mode == '\0')
     throw Failure(what, ZARNNETERR_BAD_PARAMETER, "give a mode");
-  for (const char* text : {record.start, record.end, record.router, record.dns1, record.dns2})
-    RequireAddress(what, target, text);
-  if (!target.v6 && (BlKOPAIsValidIpMask(record.netmask) != 1 || !IsPlainDotted(record.netmask)))
-    throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS,
-                  "'" + std::string(record.netmask) + "' is not a netmask");
+  RequireAddresses(what, target, record);
+  if (!target.v6) RequireNetwork(what, record);
+  RequireTexts(what, target, record);
 }
 
 void Set(const Context& context, const Target& target, const Given& given) {
