@@ -1,6 +1,8 @@
 // The block flags of an interface file: which parts of the appliance keep the interface for
 // themselves.
+#include <algorithm>
 #include <cstdlib>
+#include <limits>
 #include <string>
 
 #include <zarnnetsdk/iface.h>
