@@ -6,7 +6,6 @@
 #include "frame/facts/ovs.h"
 #include "frame/model/paths.h"
 #include "fuzz.h"
-#include "ipv6/accept_ra.h"
 
 namespace fuzz {
 namespace {
@@ -101,20 +100,6 @@ FUZZ(switch_tables) {
   KOPANetOVSIfIsMaster(name.c_str());
   KOPANetGetMacAddrByInterface(name.c_str(), mac, sizeof mac, 1);
   ZARNNetIfIsLink("ovs_bond0");
-}
-
-FUZZ(small_tables) {
-  Put(paths::SysNet("eth0", "/flags"), in.Text());
-  Put(paths::AcceptRa("eth0"), in.Text());
-  Put(paths::kInternalNetifNum, in.Text());
-  Put(paths::kFactoryInfo, in.Text());
-  Put(paths::SysNet("eth0", "/speed"), in.Text());
-  Put(paths::SysNet("eth0", "/duplex"), in.Rest());
-  REQUIRE(ZARNNetIsIFUp("eth0") <= 1);
-  ipv6::ReadAcceptRa("eth0");
-  ZARNNetInternalLanNumGet();
-  ZARNNETETHINFO info{};
-  if (ZARNNetGetEthInfo("eth0", &info) == 0) REQUIRE(info.speed >= -1 && info.duplex <= 1);
 }
 
 FUZZ(program_output) {

@@ -1,7 +1,6 @@
-// The core library's files, lists, texts, events and cipher.
+// The core library's files, lists, events and cipher.
 #include <sys/stat.h>
 
-#include <zarnhacore/zarnhacore.h>
 #include <zarnsdk/zarnsdk.h>
 
 #include "fuzz.h"
@@ -95,25 +94,6 @@ FUZZ(plugin_environment) {
     REQUIRE(variable.find('=') != std::string::npos && variable.front() != '=');
     REQUIRE(!variable.starts_with("LD_PRELOAD="));
   }
-}
-
-FUZZ(process_files) {
-  const std::string service = in.Text();
-  output = in.Text();
-  int state = 0;
-  Put("/etc/zarnservice/fuzz.conf", in.Text());
-  Put("/etc/zarnha.conf", in.Text());
-  Put(kFile, in.Rest());
-  REQUIRE(KOPACReadPidFile(kFile) >= -1);
-  const int known = KOPAServicecfgRunKeyGet("fuzz", &state);
-  REQUIRE(known == -1 || state == 1 || state == 2);
-  const std::string running = service + " start/running";
-  REQUIRE(KOPAServiceIsRunning(service.c_str()) < 1 || output.starts_with(running));
-  ZARNNETIFADDR info{};
-  ZARNHAGetRelatedIFInfo("eth0", &info);
-  char text[16];
-  ZARNHAGetHeartbeatIF(text, sizeof text);
-  ZARNHAGetMac("eth0", text, sizeof text);
 }
 
 }  // namespace
