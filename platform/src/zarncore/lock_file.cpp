@@ -177,7 +177,8 @@ bool LockFile::Take(LockMode mode, int waitSeconds) {
 // Ends early when somebody lets go. Woken, timed out or interrupted: the caller looks again in any
 // case.
 void LockFile::Nap(std::uint32_t seen, std::int64_t nanoseconds) {
-  const timespec limit{nanoseconds / kNanosecondsPerSecond, nanoseconds % kNanosecondsPerSecond};
+  const timespec limit{nanoseconds / kNanosecondsPerSecond,
+                       static_cast<long>(nanoseconds % kNanosecondsPerSecond)};
   if (page_ != nullptr) {
     // The bare call takes the kernel's own two numbers, of another size than timespec's on 32 bits.
     const long kernelLimit[] = {static_cast<long>(limit.tv_sec), limit.tv_nsec};
