@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <arpa/inet.h>
 #include <cctype>
+#include <cstddef>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
@@ -101,12 +102,12 @@ std::string Numeric(const sockaddr* address) {
 }
 
 int PrefixLength(const sockaddr* mask) {
-  const auto* const bytes = mask->sa_family == AF_INET6
-                                ? reinterpret_cast<const sockaddr_in6*>(mask)->sin6_addr.s6_addr
-                                : reinterpret_cast<const unsigned char*>(
-                                      &reinterpret_cast<const sockaddr_in*>(mask)->sin_addr);
+  const bool v6 = mask->sa_family == AF_INET6;
+  const auto* const bytes =
+      reinterpret_cast<const unsigned char*>(mask) +
+      (v6 ? offsetof(sockaddr_in6, sin6_addr) : offsetof(sockaddr_in, sin_addr));
   int length = 0;
-  for (int i = 0; i < (mask->sa_family == AF_INET6 ? 16 : 4); ++i)
+  for (int i = 0; i < (v6 ? 16 : 4); ++i)
     length += __builtin_popcount(bytes[i]);
   return length;
 }

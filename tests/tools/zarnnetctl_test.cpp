@@ -83,6 +83,8 @@ TEST(Interfaces, StandOnWhatIsBelow) {
   TypeSession();
 }
 
+// A neighbour that is known: one that is looked for in vain is told of by packets on lo, seconds
+// later.
 TEST(Statistics, AreWhatTheKernelCounts) {
   BringUp("eth0");
   Mask("[^ ]( {2,})", " ");
