@@ -144,7 +144,7 @@ TEST(Locks, AWaiterIsWokenAtOnceAndCostsNothing) {
       *got = NowMicroseconds();
       struct rusage usage {};
       ::getrusage(RUSAGE_SELF, &usage);
-      got[1] = usage.ru_utime.tv_usec + usage.ru_stime.tv_usec;
+      got[1] = static_cast<long>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec);
       return 0;
     });
     ASSERT_TRUE(about.Wait());
