@@ -75,7 +75,7 @@ std::string AddressFor(const std::string& ifname, const char* given) {
     }
     address = DottedText(*own);
   }
-  if (ParseHostAddress(address)) return address;
+  if (IsHostAddress(address)) return address;
   LOG_ERROR("%s:%d [%s] is not a valid IP address for %s", address.c_str(), ifname.c_str());
   return {};
 }

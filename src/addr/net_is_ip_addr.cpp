@@ -23,7 +23,7 @@ int cKOPAISepIP(const char* szIP, unsigned int rgPart[4]) {
 int BlKOPAIsIpAddr(const char* szIP) {
   return Boundary(0, [&]() -> int {
     if (szIP == nullptr) return Fail(ZARNNETERR_BAD_PARAMETER, 0);
-    return ParseHostAddress(szIP) ? 1 : 0;
+    return IsHostAddress(szIP) ? 1 : 0;
   });
 }
 

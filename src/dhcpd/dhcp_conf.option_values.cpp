@@ -43,7 +43,7 @@ bool IsUnsigned(std::string_view text) {
 // Addresses and masks are plainly dotted as well: octal and hexadecimal parts would keep the server
 // from starting.
 bool IsAddress(std::string_view text) {
-  return ParseHostAddress(text) && ParseIpv4(text);
+  return IsHostAddress(text) && ParseIpv4(text);
 }
 
 bool IsNodeType(std::string_view text) {

@@ -98,7 +98,7 @@ bool SetStatic(const std::string& ifname, const ZARNNETIFADDR& config) {
   for (const std::string& text : {ip, mask}) {
     if (!text.empty() && IsUnfitAddress(text.c_str())) return Fail(ZARNNETERR_BAD_PARAMETER, false);
   }
-  return ParseHostAddress(ip) && ParseMask(mask) && ipv4::SetStatic(ifname, ip, mask);
+  return IsHostAddress(ip) && ParseMask(mask) && ipv4::SetStatic(ifname, ip, mask);
 }
 
 bool WriteDhcp(const std::string& path, const std::string& ifname) {

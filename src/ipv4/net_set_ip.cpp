@@ -154,7 +154,7 @@ bool SetV4(const Request& request, bool add) {
     return Fail(ZARNNETERR_BAD_PARAMETER, false);
   }
   // Of a long text the beginning is judged, and a program gets all of it.
-  if (IsUnfitAddress(request.ip.c_str()) || !ParseHostAddress(request.ip)) {
+  if (IsUnfitAddress(request.ip.c_str()) || !IsHostAddress(request.ip)) {
     LOG_ERROR("%s:%d your ip %s is not valid", request.ip.c_str());
     return Fail(ZARNNETERR_BAD_PARAMETER, false);
   }

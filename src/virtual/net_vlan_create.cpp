@@ -24,7 +24,7 @@ namespace {
 
 bool IsUsable(const ZARNNETIFSETTINGS& settings) {
   if (settings.blStatic == 0) return true;
-  return ParseHostAddress(FieldText(settings.szIP)) && ParseMask(FieldText(settings.szMask));
+  return IsHostAddress(FieldText(settings.szIP)) && ParseMask(FieldText(settings.szMask));
 }
 
 // An interface carries one VLAN, whatever its id.

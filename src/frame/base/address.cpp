@@ -5,6 +5,7 @@
 #include <arpa/inet.h>
 #include <bit>
 #include <charconv>
+#include <iterator>
 #include <limits>
 
 #include "frame/base/error.h"
@@ -28,27 +29,50 @@ constexpr unsigned DigitOf(char c) {
   return 16;
 }
 
-// Takes a number off the front of the text: decimal, octal after a leading 0, hexadecimal after 0x.
-// Nothing when the text does not begin with a digit: a blank, a sign or a newline is never part of
-// an address. Too large a number is cut off rather than wrapped: 4294967297 must not pass for 1.
-std::optional<unsigned> TakeNumber(std::string_view* text) {
-  if (text->empty() || DigitOf(text->front()) > 9) return std::nullopt;
-  unsigned base = 10;
-  if (text->front() == '0') {
-    base = 8;
-    const bool isHex = text->size() > 2 && ((*text)[1] | 0x20) == 'x' && DigitOf((*text)[2]) < 16;
-    if (isHex) {
-      base = 16;
-      text->remove_prefix(2);
-    }
-  }
+// Takes the digits of a base off the front of the text. Too large a number is cut off rather than
+// wrapped: 4294967297 must not pass for 1.
+inline unsigned TakeDigits(std::string_view* text, unsigned base) {
   constexpr std::uint64_t kMost = std::numeric_limits<unsigned>::max();
   std::uint64_t number = 0;
-  while (!text->empty() && DigitOf(text->front()) < base) {
-    number = std::min(number * base + DigitOf(text->front()), kMost);
-    text->remove_prefix(1);
+  std::size_t taken = 0;
+  for (; taken < text->size(); ++taken) {
+    const unsigned digit = DigitOf((*text)[taken]);
+    if (digit >= base) break;
+    number = number * base + digit;
+    if (number > kMost) [[unlikely]]
+      number = kMost;
   }
+  text->remove_prefix(taken);
   return static_cast<unsigned>(number);
+}
+
+// Else it begins with no number: a blank, a sign or a newline is never part of an address.
+constexpr bool BeginsWithDigit(std::string_view text) {
+  return !text.empty() && DigitOf(text.front()) <= 9;
+}
+
+// Takes the number off the front of the text: decimal, octal after a leading 0, hexadecimal after
+// 0x. Inline, because the text then stays in registers from part to part: half of a check's time.
+[[gnu::always_inline]] inline unsigned TakeNumber(std::string_view* text) {
+  if (text->front() != '0') return TakeDigits(text, 10);
+  const bool isHex = text->size() > 2 && ((*text)[1] | 0x20) == 'x' && DigitOf((*text)[2]) < 16;
+  if (!isHex) return TakeDigits(text, 8);
+  text->remove_prefix(2);
+  return TakeDigits(text, 16);
+}
+
+// As SplitDotted(), without its code.
+inline int TakeParts(std::string_view text, DottedParts* parts) {
+  text = text.substr(0, kDottedJudged);
+  const int last = static_cast<int>(parts->size()) - 1;
+  for (int i = 0;; ++i) {
+    if (!BeginsWithDigit(text)) return i;
+    const unsigned number = TakeNumber(&text);
+    if (i == last && !text.empty()) return i;  // text follows the address
+    (*parts)[static_cast<std::size_t>(i)] = number;
+    if (i == last || !text.starts_with('.')) return i + 1;
+    text.remove_prefix(1);
+  }
 }
 
 constexpr Ipv4 Join(const DottedParts& parts) {
@@ -93,8 +117,13 @@ bool Present(int family, std::string_view text, void* address) {
 // ---- IPv4
 
 std::string DottedText(Ipv4 address) {
-  const std::uint32_t value = address.value;
-  return Format("%u.%u.%u.%u", value >> 24, value >> 16 & 0xFF, value >> 8 & 0xFF, value & 0xFF);
+  char text[INET_ADDRSTRLEN];
+  char* end = text;
+  for (int shift = 24; shift >= 0; shift -= 8) {
+    end = std::to_chars(end, std::end(text), address.value >> shift & kLastPart).ptr;
+    *end++ = '.';
+  }
+  return {text, end - 1};
 }
 
 std::optional<Ipv4> ParseIpv4(std::string_view text) {
@@ -104,30 +133,17 @@ std::optional<Ipv4> ParseIpv4(std::string_view text) {
 }
 
 int SplitDotted(std::string_view text, DottedParts* parts) {
-  constexpr Place kAt(kAddressSource);
-  text = text.substr(0, kDottedJudged);
-  for (std::size_t i = 0; i < parts->size(); ++i) {
-    const auto number = TakeNumber(&text);
-    if (!number) return Fail(ZARNNETERR_MALFORMED_ADDRESS, static_cast<int>(i), kAt);
-    const bool isLast = i + 1 == parts->size();
-    if (isLast && !text.empty()) break;
-    (*parts)[i] = *number;
-    if (isLast) return static_cast<int>(parts->size());
-    if (!text.starts_with('.'))
-      return Fail(ZARNNETERR_MALFORMED_ADDRESS, static_cast<int>(i) + 1, kAt);
-    text.remove_prefix(1);
-  }
-  return Fail(ZARNNETERR_MALFORMED_ADDRESS, 3, kAt);  // text follows the address
+  const int count = TakeParts(text, parts);
+  return count == 4 ? count : Fail(ZARNNETERR_MALFORMED_ADDRESS, count, Place(kAddressSource));
 }
 
-std::optional<Ipv4> ParseHostAddress(std::string_view text) {
+bool IsHostAddress(std::string_view text) {
   constexpr unsigned kLoopback = 127;
   constexpr unsigned kLastUnicast = 223;
   DottedParts parts{};
-  if (SplitDotted(text, &parts) != 4) return std::nullopt;
-  if (parts[0] == kLoopback || parts[0] > kLastUnicast || !FitBytes(parts.begin(), parts.end()))
-    return Fail(ZARNNETERR_MALFORMED_ADDRESS, std::nullopt, Place(kAddressSource));
-  return Join(parts);
+  const bool isOne = TakeParts(text, &parts) == 4 && parts[0] != kLoopback &&
+                     parts[0] <= kLastUnicast && FitBytes(parts.begin(), parts.end());
+  return isOne || Fail(ZARNNETERR_MALFORMED_ADDRESS, false, Place(kAddressSource));
 }
 
 bool IsPrivate(const DottedParts& parts) {
@@ -180,12 +196,13 @@ std::optional<unsigned> OneBitsOf(const std::string& mask) {
 // ---- subnets
 
 std::optional<Subnet> ParseSubnet(std::string_view text) {
-  auto halves = SplitAtSlash(text);
+  const auto halves = SplitAtSlash(text);
   if (!halves) return std::nullopt;
-  const auto prefix = TakeNumber(&halves->size);
-  if (!prefix || !halves->size.empty() || *prefix < 1 || *prefix > 32)
+  std::string_view size = halves->size;
+  const unsigned prefix = BeginsWithDigit(size) ? TakeNumber(&size) : 0;
+  if (!size.empty() || prefix < 1 || prefix > 32)
     return Fail(ZARNNETERR_MALFORMED_ADDRESS, std::nullopt, Place(kSubnetSource));
-  return Subnet{halves->address & MaskOf(*prefix), *prefix};
+  return Subnet{halves->address & MaskOf(prefix), prefix};
 }
 
 std::optional<Subnet> ParseSubnetWithMask(std::string_view text) {

@@ -46,8 +46,8 @@ using DottedParts = std::array<unsigned, 4>;
 inline constexpr std::size_t kDottedJudged = 31;
 int SplitDotted(std::string_view text, DottedParts* parts);
 
-// The address of a host: no loopback, multicast or reserved one. Nothing, with 0x1000, for others.
-std::optional<Ipv4> ParseHostAddress(std::string_view text);
+// Is this the address of a host: no loopback, multicast or reserved one? No sets 0x1000.
+bool IsHostAddress(std::string_view text);
 
 // 10.0.0.0/8, 172.16.0.0/12, 192.168.0.0/16, loopback and link-local ones.
 bool IsPrivate(const DottedParts& parts);
