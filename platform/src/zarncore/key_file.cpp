@@ -37,16 +37,22 @@ std::string_view PlainValue(std::string_view value) {
   return value;
 }
 
-// The value as it stands, found by looking for the key at the beginnings of lines only.
+// The value as it stands, of the first line that begins with the key. The whole beginning of such a
+// line, its forerunner's newline included, is looked for in one search: long files have no other
+// place that is like it.
 bool FindValue(std::string_view text, std::string_view key, std::string_view* value) {
-  for (std::size_t at = text.find(key); at != std::string_view::npos; at = text.find(key, at + 1)) {
-    const std::size_t equals = at + key.size();
-    if (equals >= text.size() || text[equals] != '=' || (at != 0 && text[at - 1] != '\n')) continue;
-    std::string_view rest = text.substr(equals + 1);
-    *value = PlainValue(TakeLine(&rest));
-    return true;
+  const std::string label = std::string("\n").append(key).append("=");
+  const std::string_view firstLabel = std::string_view(label).substr(1);
+  if (text.starts_with(firstLabel)) {
+    text.remove_prefix(firstLabel.size());
+  } else {
+    const void* const found = ::memmem(text.data(), text.size(), label.data(), label.size());
+    if (found == nullptr) return false;
+    const auto at = static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
+    text.remove_prefix(at + label.size());
   }
-  return false;
+  *value = PlainValue(TakeLine(&text));
+  return true;
 }
 
 bool IsKey(const char* key) {

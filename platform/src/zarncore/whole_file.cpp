@@ -65,7 +65,8 @@ bool WriteAll(int fd, std::string_view text) {
   return true;
 }
 
-// Reads to the end; the size is a hint only, the kernel's own files have none.
+// Reads to the end; the size is a hint only, the kernel's own files have none. Where it holds,
+// there was room for more and nothing more came: that was the end, and needs no second read.
 bool ReadAll(int fd, std::size_t sizeHint, std::string* content) {
   content->resize(sizeHint + 1);
   std::size_t used = 0;
@@ -74,8 +75,8 @@ bool ReadAll(int fd, std::size_t sizeHint, std::string* content) {
     const ssize_t length = ::read(fd, content->data() + used, content->size() - used);
     if (length < 0 && errno == EINTR) continue;
     if (length < 0) return false;
-    if (length == 0) break;
     used += static_cast<std::size_t>(length);
+    if (length == 0 || used == sizeHint) break;
   }
   content->resize(used);
   return true;
