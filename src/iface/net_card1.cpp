@@ -61,7 +61,7 @@ std::string MasterOf(const std::string& ifname) {
 
 // What an interface is part of, and gives its address to; empty when it stands by itself.
 std::string InterfaceOver(const std::string& ifname) {
-  if (const auto bond = facts::OvsBondOf(ifname); bond && !bond->empty()) return *bond;
+  if (const auto bond = facts::OvsBonds().Of(ifname); bond && !bond->empty()) return *bond;
   return facts::IsUnderOvs(ifname) ? model::OvsDeviceOver(ifname) : MasterOf(ifname);
 }
 

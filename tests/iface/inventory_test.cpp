@@ -60,6 +60,10 @@ TEST(Inventory, PortsOfBridgesDownAndForeignInterfacesAreLeftOut) {
   Ask(32 | 8, "loopback is kept out");
   WriteFile("/tmp/net_topology_bridge", "");
   Ask(8, "the wireless side is a bridge port");
+  Shell("ip link delete br0; rm /tmp/net_topology_bridge");
+  MountEmpty("/sys/class/net");
+  WriteFile("/sys/class/net/eth2/brport", "");
+  Ask(2, "no bridge of the kernel, but where its folders stand, a port");
 }
 
 TEST(Inventory, OrderIsNaturalAndCountsAreBounded) {

@@ -60,7 +60,7 @@ TEST(OpenVSwitch, DevicesAndMembersAreKnown) {
 
   EXPECT_EQ(0, KOPANetOVSIfIsSlave("eth1"));
   EXPECT_EQ(0, ZARNNetIfIsBondingPassive("eth1"));
-  Do("ovs-vsctl add-br ovs_eth1");
+  Do("ovs-vsctl add-br ovs_eth1; ip link set eth1 up");
   NameBonds("ovs_bond0 eth1 eth2\n");
   EXPECT_EQ(1, KOPANetOVSIfIsSlave("eth1"));
   EXPECT_EQ(0, KOPANetOVSIfIsSlave("eth2"));  // has no device of its own
@@ -69,4 +69,9 @@ TEST(OpenVSwitch, DevicesAndMembersAreKnown) {
   EXPECT_EQ(1, ZARNNetIfIsBondingPassive("eth1"));
   EXPECT_EQ(1, ZARNNetIfIsBondingPassive("eth2"));
   EXPECT_EQ(0, ZARNNetIfIsBondingPassive("eth0"));
+  std::string listed;
+  for (const unsigned kind : {8u, 3u})
+    for (const char* ifname : {"eth0", "eth1", "eth2", "ovs_bond0"})
+      listed += std::to_string(ZARNNetIsDevTypeMatch(ifname, kind));
+  EXPECT_EQ("10011011", listed) << "eth1 has a device of its own, eth2 is in a bond alone";
 }

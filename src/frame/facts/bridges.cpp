@@ -1,6 +1,8 @@
 // The part of interfaces in bridges, as the kernel has it and as the files say.
 #include "frame/facts/bridges.h"
 
+#include <zarncore/zarncore.h>
+
 #include "frame/base/log.h"
 #include "frame/base/text.h"
 #include "frame/model/ifcfg.h"
@@ -8,13 +10,30 @@
 #include "frame/os/file.h"
 
 namespace frame::facts {
+namespace {
+
+constexpr char kPortFolder[] = "/brport";
+
+}  // namespace
 
 bool IsBridge(const std::string& ifname) {
   return Exists(paths::SysNet(ifname, "/bridge/"));
 }
 
 bool IsBridgePort(const std::string& ifname) {
-  return Exists(paths::SysNet(ifname, "/brport"));
+  return Exists(paths::SysNet(ifname, kPortFolder));
+}
+
+// Looking into the folder of every interface is most of an enumeration's work, and a machine
+// without bridges needs none of it. What the kernel says holds for its own folders only.
+BridgePorts::BridgePorts(const InetSocket& socket)
+    : folder_(OpenFolder(paths::kSysNet)),
+      none_(IsInSysfs(folder_) && KOPACModuleIsLoad("bridge") == 1 &&
+            socket.HasBridges() == false) {}
+
+bool BridgePorts::Has(const std::string& ifname) const {
+  if (none_) return false;
+  return folder_ ? ExistsIn(folder_, "./" + ifname + kPortFolder) : IsBridgePort(ifname);
 }
 
 bool IsLocalLan(const std::string& ifname) {

@@ -7,10 +7,23 @@
 
 #include <zarnnetsdk/virtual.h>
 
+#include "frame/os/kernel.h"
+
 namespace frame::facts {
 
 bool IsBridge(const std::string& ifname);
 bool IsBridgePort(const std::string& ifname);
+
+// The same question for one interface after another.
+class BridgePorts {
+ public:
+  explicit BridgePorts(const InetSocket& socket);
+  [[nodiscard]] bool Has(const std::string& ifname) const;
+
+ private:
+  Descriptor folder_;
+  bool none_;
+};
 
 // Does the interface's file say that it leads to the local LAN?
 bool IsLocalLan(const std::string& ifname);

@@ -60,6 +60,12 @@ Selection Select(unsigned selector, bool vlanDriver) {
   return selection;
 }
 
+// What is read once for all interfaces.
+struct Memberships {
+  BridgePorts bridgePorts;
+  OvsBonds ovsBonds;
+};
+
 bool IsBridgedWireless(const std::string& ifname) {
   return ifname.starts_with("wlan") && Exists(paths::kTopologyBridgeMark);
 }
@@ -69,12 +75,11 @@ bool IsHeartbeat(const std::string& ifname, const Selection& selection) {
 }
 
 // The filter after the flags and the VLAN question.
-bool IsListed(const std::string& ifname, short flags, const Selection& selection) {
-  if (selection.skipBondMembers && IsBondingPassive(ifname, flags)) return false;
+bool IsListed(const std::string& ifname, short flags, const Selection& selection,
+              const Memberships& members) {
+  if (selection.skipBondMembers && IsBondingPassive(ifname, flags, members.ovsBonds)) return false;
   if ((flags & IFF_UP) == 0 || (flags & selection.excludedFlags) != 0) return false;
-  if (IsBridgePort(ifname) || IsOvsPort(ifname)) {
-    return false;
-  }
+  if (members.bridgePorts.Has(ifname) || IsOvsPort(ifname, members.ovsBonds)) return false;
   if (IsBridgedWireless(ifname)) return false;
   return selection.withHeartbeat || !IsHeartbeat(ifname, selection);
 }
@@ -103,6 +108,7 @@ int Enumerate(const std::vector<std::string>& names, const Selection& selection,
   const InetSocket socket;
   if (!socket.IsOpen()) return Fail(ZARNNETERR_OPEN, -1, Place(kSource));
   if (names.empty()) return Fail(ZARNNETERR_NOT_FOUND, -1, Place(kSource));
+  const Memberships members{BridgePorts(socket), OvsBonds()};
   std::vector<std::string> vlans;
   int count = 0;
   for (const std::string& ifname : names) {
@@ -115,7 +121,7 @@ int Enumerate(const std::vector<std::string>& names, const Selection& selection,
       if (selection.kind == ZARNNETKIND_PORT) continue;
       if (selection.kind == ZARNNETKIND_USABLE) vlans.push_back(ifname);
     }
-    if (!IsListed(ifname, *flags, selection)) continue;
+    if (!IsListed(ifname, *flags, selection, members)) continue;
     ZARNNETIFADDR shared{};
     if (selection.sharedAddresses && ZARNHAGetRelatedIFInfo(ifname.c_str(), &shared) < 0) continue;
     if (list != nullptr) {

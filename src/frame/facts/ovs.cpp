@@ -2,8 +2,6 @@
 // members after it.
 #include "frame/facts/ovs.h"
 
-#include <algorithm>
-
 #include "frame/base/log.h"
 #include "frame/base/text.h"
 #include "frame/model/ovs.h"
@@ -31,27 +29,33 @@ std::optional<std::string> PortUnder(std::string_view ifname) {
   return std::string(words.front());
 }
 
-std::optional<std::string> OvsBondOf(std::string_view ifname) {
-  if (!Exists(paths::kOvsBonds)) return "";
+// An interface that several lines name belongs to the first.
+OvsBonds::OvsBonds() {
+  if (!Exists(paths::kOvsBonds)) return;
   LineReader lines(paths::kOvsBonds);
-  if (!lines.IsOpen()) return std::nullopt;
-  while (const auto line = lines.Next()) {
+  isReadable_ = lines.IsOpen();
+  while (const auto line = isReadable_ ? lines.Next() : std::nullopt) {
     const auto words = SplitWords(Trimmed(*line), " ");
-    if (!words.empty() && std::find(words.begin() + 1, words.end(), ifname) != words.end())
-      return std::string(words.front());
+    for (std::size_t i = 1; i < words.size(); ++i)
+      bondOfMember_.emplace(words[i], words.front());
   }
-  return "";
 }
 
-std::optional<bool> IsOvsBondMember(std::string_view ifname) {
-  const auto bond = OvsBondOf(ifname);
-  if (!bond) return std::nullopt;
-  return !bond->empty();
+std::optional<std::string> OvsBonds::Of(std::string_view ifname) const {
+  if (!isReadable_) return std::nullopt;
+  const auto member = bondOfMember_.find(ifname);
+  return member == bondOfMember_.end() ? std::string() : member->second;
 }
 
-bool IsOvsPort(std::string_view ifname) {
-  if (!IsUnderOvs(ifname)) return false;
-  const auto member = IsOvsBondMember(ifname);
+std::optional<bool> OvsBonds::HaveMember(std::string_view ifname) const {
+  if (!isReadable_) return std::nullopt;
+  return bondOfMember_.contains(ifname);
+}
+
+// The device over the interface is looked for only where the answer depends on it.
+bool IsOvsPort(std::string_view ifname, const OvsBonds& bonds) {
+  const auto member = bonds.HaveMember(ifname);
+  if (member == false || !IsUnderOvs(ifname)) return false;
   if (!member)
     LOG_ERROR_AT(Place("net_ovs_if_is_slave"), "%s:%d Failed to open %s.", paths::kOvsBonds);
   return member.value_or(false);

@@ -1,6 +1,8 @@
 // Open vSwitch on this machine: its devices, and its bonds with their members.
 #pragma once
 
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,15 +21,22 @@ bool IsUnderOvs(std::string_view ifname);
 // The port under a device: what stands behind "ovs_". Nothing, with 0x0D00, for a name without it.
 std::optional<std::string> PortUnder(std::string_view ifname);
 
-// Is the interface a member of some Open vSwitch bond? Also no when there is no table; nothing when
-// the table cannot be opened.
-std::optional<bool> IsOvsBondMember(std::string_view ifname);
+// The Open vSwitch bonds as their table has them now. Without a table there are none.
+class OvsBonds {
+ public:
+  OvsBonds();
 
-// The Open vSwitch bond that an interface is a member of; empty for none and for no table, nothing
-// when the table cannot be opened.
-std::optional<std::string> OvsBondOf(std::string_view ifname);
+  // The bond that an interface is a member of, empty for none; nothing when the table cannot be
+  // opened.
+  [[nodiscard]] std::optional<std::string> Of(std::string_view ifname) const;
+  [[nodiscard]] std::optional<bool> HaveMember(std::string_view ifname) const;
+
+ private:
+  bool isReadable_ = true;
+  std::map<std::string, std::string, std::less<>> bondOfMember_;
+};
 
 // Is the interface under Open vSwitch, and a member of one of its bonds?
-bool IsOvsPort(std::string_view ifname);
+bool IsOvsPort(std::string_view ifname, const OvsBonds& bonds = {});
 
 }  // namespace frame::facts

@@ -6,7 +6,6 @@
 #include "frame/base/log.h"
 #include "frame/base/text.h"
 #include "frame/facts/link.h"
-#include "frame/facts/ovs.h"
 #include "frame/model/ovs.h"
 #include "frame/model/paths.h"
 
@@ -30,9 +29,9 @@ void FillRecord(const InetSocket& socket, const std::string& ifname, short flags
   if (const auto mask = socket.Netmask(ifname)) CopyText(DottedText(*mask), info->mask);
 }
 
-bool IsBondingPassive(const std::string& ifname, short flags) {
+bool IsBondingPassive(const std::string& ifname, short flags, const OvsBonds& bonds) {
   if ((flags & IFF_SLAVE) != 0) return true;
-  const auto member = IsOvsBondMember(ifname);
+  const auto member = bonds.HaveMember(ifname);
   if (!member) {
     constexpr Place kAt("net_if_is_bonding_passive");
     LOG_ERROR_AT(kAt, "%s:%d Failed to open %s.", paths::kOvsBonds);

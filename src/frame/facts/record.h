@@ -5,6 +5,7 @@
 
 #include <zarnnetsdk/iface.h>
 
+#include "frame/facts/ovs.h"
 #include "frame/os/kernel.h"
 
 namespace frame::facts {
@@ -18,6 +19,6 @@ void FillRecord(const InetSocket& socket, const std::string& ifname, short flags
 
 // Is the interface a passive member of a bond of the kernel or of Open vSwitch? No, with 0x0900,
 // where the table of the latter cannot be opened.
-bool IsBondingPassive(const std::string& ifname, short flags);
+bool IsBondingPassive(const std::string& ifname, short flags, const OvsBonds& bonds = {});
 
 }  // namespace frame::facts

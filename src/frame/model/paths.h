@@ -77,6 +77,7 @@ inline constexpr char kInternalNetifNum[] = "/proc/sys/kernel/zarn_internal_neti
 inline constexpr char kBondingMasters[] = "/sys/class/net/bonding_masters";
 inline constexpr char kOvsBonds[] = "/sys/class/net/zarn_ovs_bonds";
 
+inline constexpr char kSysNet[] = "/sys/class/net";
 inline std::string SysNet(std::string_view ifname, std::string_view rest) {
   return std::string("/sys/class/net/").append(ifname).append(rest);
 }

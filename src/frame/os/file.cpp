@@ -2,11 +2,27 @@
 #include "frame/os/file.h"
 
 #include <cstdlib>
+#include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/vfs.h>
 
 namespace frame {
 
 bool Exists(const std::string& path) {
   return ::access(path.c_str(), F_OK) == 0;
+}
+
+Descriptor OpenFolder(const char* path) {
+  return Descriptor(::open(path, O_PATH | O_DIRECTORY | O_CLOEXEC));
+}
+
+bool ExistsIn(const Descriptor& folder, const std::string& name) {
+  return ::faccessat(folder.Get(), name.c_str(), F_OK, 0) == 0;
+}
+
+bool IsInSysfs(const Descriptor& folder) {
+  struct statfs status {};
+  return ::fstatfs(folder.Get(), &status) == 0 && status.f_type == SYSFS_MAGIC;
 }
 
 LineReader::~LineReader() {

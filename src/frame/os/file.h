@@ -50,6 +50,14 @@ inline File StreamOf(Descriptor fd, const char* mode) {
 
 bool Exists(const std::string& path);
 
+// A folder to look into again and again: the way to it is walked once. Empty when it cannot be
+// opened.
+Descriptor OpenFolder(const char* path);
+// A folder that could not be opened has nothing in it.
+bool ExistsIn(const Descriptor& folder, const std::string& name);
+// Is this the kernel's own tree of devices, and no stand-in for it?
+bool IsInSysfs(const Descriptor& folder);
+
 // Reads a text file line by line, whatever their length.
 class LineReader {
  public:

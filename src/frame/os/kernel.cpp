@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <linux/if_bridge.h>
 #include <linux/if_vlan.h>
 #include <linux/sockios.h>
 #include <sys/ioctl.h>
@@ -138,6 +139,14 @@ std::optional<int> InetSocket::VlanId(std::string_view ifname) const {
   vlan_ioctl_args request = VlanRequest(GET_VLAN_VID_CMD, ifname);
   if (::ioctl(socket_.Get(), SIOCGIFVLAN, &request) != 0) return std::nullopt;
   return request.u.VID;
+}
+
+std::optional<bool> InetSocket::HasBridges() const {
+  int first = 0;  // room for the number of one
+  unsigned long request[] = {BRCTL_GET_BRIDGES, reinterpret_cast<unsigned long>(&first), 1};
+  const int count = ::ioctl(socket_.Get(), SIOCGIFBR, request);
+  if (count < 0) return std::nullopt;
+  return count > 0;
 }
 
 ZARNNETERROR RefusalCode() {

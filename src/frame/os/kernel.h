@@ -47,6 +47,10 @@ class InetSocket {
   [[nodiscard]] std::optional<std::string> VlanParent(std::string_view ifname) const;
   [[nodiscard]] std::optional<int> VlanId(std::string_view ifname) const;
 
+  // Is there any bridge? The question loads the driver where it can be loaded: to be asked only
+  // where that is there.
+  [[nodiscard]] std::optional<bool> HasBridges() const;
+
  private:
   [[nodiscard]] bool Request(unsigned long command, std::string_view ifname, ifreq* request) const;
   [[nodiscard]] std::optional<in_addr> AskAddress(unsigned long command,
