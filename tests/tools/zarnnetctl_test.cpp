@@ -13,6 +13,14 @@ TEST(CommandLine, EveryVerbHasHelpWithAnExample) {
   TypeSession();
 }
 
+TEST(CommandLine, TheSynopsisOfTheManualPageIsThatOfTheVerbs) {
+  const std::string manual = ReadFile(ZARNNETCTL_MANUAL);
+  const std::string heading = ".Sh SYNOPSIS\n";
+  const std::size_t start = manual.find(heading) + heading.size();
+  EXPECT_EQ(Shell("zarnnetctl __synopsis"),
+            manual.substr(start, manual.find(".Sh ", start) - start));
+}
+
 TEST(CommandLine, AWrongNameOrValueIsRefusedBeforeAnythingChanges) {
   TypeSession();
 }
@@ -83,13 +91,25 @@ TEST(Interfaces, StandOnWhatIsBelow) {
   TypeSession();
 }
 
+TEST(Online, IsWhatAllThatAreNamedHave) {
+  BringUp("eth0");
+  TypeSession();
+}
+
+TEST(Monitor, TellsWhatChangesAsItHappens) {
+  BringUp("eth0");
+  Mask("([0-9]{4}-[0-9]{2}-[0-9T:+-]+)", "TIME");
+  Shell("mkdir -p /usr/zarn/plugins/network/renamed");
+  TypeSession();
+}
+
 // A neighbour that is known: one that is looked for in vain is told of by packets on lo, seconds
 // later.
 TEST(Statistics, AreWhatTheKernelCounts) {
   BringUp("eth0");
   Mask("[^ ]( {2,})", " ");
-  Mask("\"rx_[a-z_]*\": ([0-9]+)", "RX");
-  Mask("\"tx_[a-z_]*\": ([1-9][0-9]*)", "TX");
+  Mask("\"rx_[a-z_]*\": ?([0-9]+)", "RX");
+  Mask("\"tx_[a-z_]*\": ?([1-9][0-9]*)", "TX");
   Mask("# 1: eth0 ([0-9]+ [0-9]+) 0 0 ", "RX");
   Mask("# 1: eth0 RX 0 0 ([1-9][0-9]* [1-9][0-9]*) ", "TX");
   Mask("lo ([0-9.]+ [kM]? ?[0-9.]+ [kM]? ?[0-9.]+ [kM]? ?[0-9.]+( [kM])?)", "RATES");

@@ -21,6 +21,7 @@ void AddDhcpdSubnetCommands(const Group& dhcpd, Context& context);
 void AddIpv6Commands(const Group& app, Context& context);
 void AddNetCommands(const Group& app, Context& context);
 void AddStatCommands(const Group& app, Context& context);
+void AddMonitorCommands(const Group& app, Context& context);
 void AddTunnelCommands(const Group& app, Context& context);
 void AddPppoeCommands(const Group& app, Context& context);
 void AddSystemCommands(const Group& app, Context& context);

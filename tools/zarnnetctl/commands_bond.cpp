@@ -34,7 +34,7 @@ void List(const Context& context) {
     rows.push_back({{name}, {bond->mode}, {Join(bond->slaves, " ")}});
   }
   if (context.json) return PrintJson("bonds", bonds);
-  PrintTable(rows);
+  PrintList(rows, "bonds");
 }
 
 void Show(const Context& context, const std::string& name) {
@@ -93,7 +93,7 @@ void Delete(const Context& context, const std::string& name) {
 }
 
 std::shared_ptr<std::string> AddName(const Verb& verb) {
-  return AddOperand(verb, "BOND", "Name of the bond, such as bond0");
+  return AddInterface(verb, "BOND", "Name of the bond, such as bond0");
 }
 
 }  // namespace
@@ -112,6 +112,7 @@ void AddBondCommands(const Group& app, Context& context) {
   set.AddOption("--mode", *mode, "How the slaves share the traffic (active-backup)").OneOf(Modes());
   auto slaves = std::make_shared<std::vector<std::string>>();
   set.AddOption("PORT", *slaves, "Its slaves; the first gives the bond its address")
+      .Interface()
       .Required()
       .Count(2, ZARNLINKAGGR_MAX_SLAVE);
   set.Run([&context, changed, mode, slaves] { Set(context, *changed, *mode, *slaves); });

@@ -47,7 +47,7 @@ void ListBridge(const Context& context) {
       rows.push_back({{name}, {bridge->type}, {bridge->ref}, {Join(bridge->ports, " ")}});
   }
   if (context.json) return PrintJson("bridges", bridges);
-  PrintTable(rows);
+  PrintList(rows, "bridges");
 }
 
 // The roles as the file's writer numbers them.
@@ -152,7 +152,8 @@ void AddBridge(const Group& app, Context& context) {
   set.AddOption("ROLE", wanted->role, "none, port, bridge, or local-bridge for the local LAN")
       .Required()
       .OneOf(RoleNames());
-  set.AddOption("REF", wanted->ref, "The bridge of a port, the primary port of a bridge");
+  set.AddOption("REF", wanted->ref, "The bridge of a port, the primary port of a bridge")
+      .Interface();
   auto addressing = std::make_shared<Addressing>();
   const Word address = set.AddOption("--address", addressing->address, "A fixed ADDRESS/PREFIX");
   set.AddFlag("--dhcp", addressing->dhcp, "An address by DHCP").Excludes(address);
@@ -176,7 +177,7 @@ void ListVlan(const Context& context) {
     rows.push_back({{vlan.szName}, {vlan.szRowDev}, {std::to_string(vlan.id)}});
   }
   if (context.json) return PrintJson("vlans", vlans);
-  PrintTable(rows);
+  PrintList(rows, "VLANs");
 }
 
 void CreateVlan(const Context& context, const std::string& parent, unsigned id,
@@ -208,7 +209,7 @@ void AddVlan(const Group& app, Context& context) {
       group, context, "create", "Creates a VLAN, which takes over the address of its parent's file",
       "  zarnnetctl vlan create eth0 10\n  zarnnetctl vlan create eth0 10 --address 10.0.10.2/24");
   auto parent = std::make_shared<std::string>();
-  create.AddOption("PARENT", *parent, "Interface that carries the VLAN").Required();
+  create.AddOption("PARENT", *parent, "Interface that carries the VLAN").Required().Interface();
   auto id = std::make_shared<unsigned>();
   create.AddOption("ID", *id, "1 to 4094").Required().Within(1, 4094);
   auto addressing = std::make_shared<Addressing>();
@@ -220,7 +221,7 @@ void AddVlan(const Group& app, Context& context) {
       AddVerb(group, context, "remove", "Removes a VLAN, whose address goes to its parent",
               "  zarnnetctl vlan remove eth0.10");
   auto name = std::make_shared<std::string>();
-  remove.AddOption("VLAN", *name, "Name of the VLAN, such as eth0.10").Required();
+  remove.AddOption("VLAN", *name, "Name of the VLAN, such as eth0.10").Required().Interface();
   remove.Run([&context, name] { RemoveVlan(context, *name); });
 }
 

@@ -186,7 +186,7 @@ void List(const Context& context, const std::string& ifname) {
                     {subnet["family"] == 6 ? "IPv6" : "IPv4"},
                     {on ? "yes" : "no", on ? Tone::kGood : Tone::kBad}});
   }
-  PrintTable(rows);
+  PrintList(rows, "subnets");
 }
 
 // ---- set
@@ -396,7 +396,9 @@ void Set(const Context& context, const Target& target, const Given& given) {
 
 std::shared_ptr<Target> AddTarget(const Verb& verb) {
   auto target = std::make_shared<Target>();
-  verb.AddOption("IFNAME", target->ifname, "Interface that serves the subnet").Required();
+  verb.AddOption("IFNAME", target->ifname, "Interface that serves the subnet")
+      .Required()
+      .Interface();
   verb.AddOption("NUMBER", target->number, "0, 1, 2 ...").Required();
   verb.AddFlag("-6", target->v6, "The IPv6 subnet of this number");
   return target;

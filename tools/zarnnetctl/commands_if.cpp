@@ -54,7 +54,7 @@ void PrintList(const std::vector<KOPANetIfInfo>& list) {
                     {MacText(info.mac)},
                     {AddressText({info.ip, info.mask})}});
   }
-  PrintTable(rows);
+  PrintList(rows, "interfaces");
 }
 
 void List(const Context& context, const std::string& kind) {

@@ -182,7 +182,7 @@ void AddSet(const Group& group, Context& context) {
               "  zarnnetctl ipv6 set eth0 auto\n"
               "  zarnnetctl ipv6 set eth0 static fd00::10/64 --gateway fd00::1");
   auto wanted = std::make_shared<Wanted>();
-  verb.AddOption("IFNAME", wanted->ifname, "Name of the interface").Required();
+  verb.AddOption("IFNAME", wanted->ifname, "Name of the interface").Required().Interface();
   verb.AddOption("TYPE", wanted->type, "auto, off, dhcp, static or auto_dhcp")
       .Required()
       .OneOf(std::vector<std::string>(kTypeNames.begin(), kTypeNames.end()));
@@ -201,7 +201,7 @@ void AddChange(const Group& group, Context& context, Command command) {
               "  zarnnetctl ipv6 " + name + " eth0 fd00::20/64\n  zarnnetctl ipv6 " + name +
                   " eth0 --gateway fd00::1");
   auto wanted = std::make_shared<Wanted>();
-  verb.AddOption("IFNAME", wanted->ifname, "Name of the interface").Required();
+  verb.AddOption("IFNAME", wanted->ifname, "Name of the interface").Required().Interface();
   verb.AddOption("ADDRESS", wanted->address, "ADDRESS/PREFIX");
   verb.AddOption("--gateway", wanted->gateway, "Gateway of the default route");
   verb.Run([&context, command, wanted] { Change(context, command, *wanted); });

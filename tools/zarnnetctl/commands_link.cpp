@@ -41,7 +41,7 @@ void AddSwitch(const Group& group, Context& context, bool up) {
       AddVerb(group, context, name, up ? "Brings interfaces up" : "Takes interfaces down",
               "  zarnnetctl link " + name + " eth0\n  zarnnetctl link " + name + " eth2 eth3");
   auto ifnames = std::make_shared<std::vector<std::string>>();
-  verb.AddOption("IFNAME", *ifnames, "Names of the interfaces").Required();
+  verb.AddOption("IFNAME", *ifnames, "Names of the interfaces").Required().Interface();
   verb.Run([&context, ifnames, up] { Switch(context, *ifnames, up); });
 }
 

@@ -255,14 +255,15 @@ void AddSet(const Group& group, Context& context) {
   constexpr int kLeastMtu = 68;
   constexpr int kMostMtu = 1500;
   auto wanted = std::make_shared<Wanted>();
-  set.AddOption("--interface", wanted->interface, "The interface to dial on");
+  set.AddOption("--interface", wanted->interface, "The interface to dial on").Interface();
   set.AddOption("--user", wanted->user, "Name of the account");
   set.AddOption("--mtu", wanted->mtu, "MTU of the link").Within(kLeastMtu, kMostMtu);
   const Word route =
       set.AddFlag("--default-route", wanted->defaultRoute, "The link becomes the default route");
   set.AddFlag("--no-default-route", wanted->noDefaultRoute, "It does not").Excludes(route);
   set.AddOption("--password-file", wanted->passwordFile,
-                "The password: the first line of this file; - is standard input");
+                "The password: the first line of this file; - is standard input")
+      .File();
   set.Run([&context, wanted] { Set(context, *wanted); });
 }
 
@@ -292,8 +293,8 @@ void AddRelay(const Group& app, Context& context) {
   const Verb set = AddVerb(group, context, "set", "Stores what is named; the rest stays",
                            "  zarnnetctl pppoe-relay set eth1 --server eth0 --enable");
   auto wanted = std::make_shared<WantedRelay>();
-  set.AddOption("IFNAME", wanted->ifname, "The interface with the clients").Required();
-  set.AddOption("--server", wanted->server, "The interface on the server's side");
+  set.AddOption("IFNAME", wanted->ifname, "The interface with the clients").Required().Interface();
+  set.AddOption("--server", wanted->server, "The interface on the server's side").Interface();
   const Word enable = set.AddFlag("--enable", wanted->enable, "Relay");
   set.AddFlag("--disable", wanted->disable, "Do not relay").Excludes(enable);
   set.Run([&context, wanted] { RelaySet(context, *wanted); });
@@ -302,7 +303,7 @@ void AddRelay(const Group& app, Context& context) {
       AddVerb(group, context, "apply", "Starts or ends the relays as the settings say",
               "  zarnnetctl pppoe-relay apply\n  zarnnetctl pppoe-relay apply eth1");
   auto ifname = std::make_shared<std::string>();
-  apply.AddOption("IFNAME", *ifname, "Only this interface");
+  apply.AddOption("IFNAME", *ifname, "Only this interface").Interface();
   apply.Run([&context, ifname] { RelayApply(context, *ifname); });
 
   AddVerb(group, context, "clear", "Deletes the settings of all relays; those that run stay",

@@ -75,15 +75,8 @@ void Show(const Context& context, const std::vector<std::string>& ifnames) {
       list.push_back(ToJson(stat));
     return PrintJson("statistics", list);
   }
-  std::vector<Row> rows{{{"NAME", Tone::kHeading},
-                         {"RX BYTES", Tone::kHeading},
-                         {"PACKETS", Tone::kHeading},
-                         {"ERRORS", Tone::kHeading},
-                         {"DROPPED", Tone::kHeading},
-                         {"TX BYTES", Tone::kHeading},
-                         {"PACKETS", Tone::kHeading},
-                         {"ERRORS", Tone::kHeading},
-                         {"DROPPED", Tone::kHeading}}};
+  std::vector<Row> rows{Headings({"NAME", "RX BYTES", "PACKETS", "ERRORS", "DROPPED", "TX BYTES",
+                                  "PACKETS", "ERRORS", "DROPPED"})};
   for (const KOPANETSTAT& stat : stats)
     rows.push_back(ToRow(stat));
   PrintTable(rows);
@@ -148,11 +141,7 @@ std::string Short(double number) {
 }
 
 void PrintRates(const std::vector<Rate>& rates) {
-  std::vector<Row> rows{{{"NAME", Tone::kHeading},
-                         {"RX B/S", Tone::kHeading},
-                         {"PACKETS/S", Tone::kHeading},
-                         {"TX B/S", Tone::kHeading},
-                         {"PACKETS/S", Tone::kHeading}}};
+  std::vector<Row> rows{Headings({"NAME", "RX B/S", "PACKETS/S", "TX B/S", "PACKETS/S"})};
   for (const Rate& rate : rates)
     rows.push_back({{rate.name},
                     {Short(rate.rxBytes)},
@@ -171,7 +160,7 @@ void PrintRatesJson(const std::vector<Rate>& rates) {
                     {"tx_bytes_per_second", std::llround(rate.txBytes)},
                     {"tx_packets_per_second", std::llround(rate.txPackets)}});
   }
-  PrintJson("rates", list);
+  PrintJsonLine("rates", list);
 }
 
 // On a terminal each table is written over the one before.
@@ -215,7 +204,7 @@ void AddStatCommands(const Group& app, Context& context) {
                             "  zarnnetctl stat\n  zarnnetctl stat eth0 --json\n"
                             "  zarnnetctl stat --watch --interval 2");
   auto ifnames = std::make_shared<std::vector<std::string>>();
-  verb.AddOption("IFNAME", *ifnames, "Names of the interfaces (default: all)");
+  verb.AddOption("IFNAME", *ifnames, "Names of the interfaces (default: all)").Interface();
   auto watch = std::make_shared<Watch>();
   const Word on = verb.AddFlag("--watch", watch->on, "Show the traffic a second, again and again");
   verb.AddOption("--interval", watch->interval, "Seconds between two looks (default: 1)")

@@ -184,6 +184,8 @@ struct Branch {
   std::string below;
 
   [[nodiscard]] Branch To(bool last) const {
+    static const bool drawn = HasUtf8();
+    if (!drawn) return {below + (last ? "`- " : "|- "), below + (last ? "   " : "|  ")};
     return {below + (last ? "└─ " : "├─ "), below + (last ? "   " : "│  ")};
   }
 };

@@ -188,6 +188,7 @@ void AddTunnelCommands(const Group& app, Context& context) {
   set.AddOption("--user", wanted->user, "User id of the login").Excludes(anonymous);
   set.AddOption("--password-file", wanted->passwordFile,
                 "Its password: the first line of this file; - is standard input")
+      .File()
       .Excludes(anonymous);
   set.Run([&context, wanted] { Set(context, *wanted); });
   for (const Action& action : kActions) {

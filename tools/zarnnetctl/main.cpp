@@ -1,19 +1,26 @@
 // zarnnetctl: the appliance's networking from the command line, over the library's public
 // interface.
 #include <algorithm>
-#include <cstring>
+#include <clocale>
 #include <iostream>
 #include <new>
+#include <string>
+#include <vector>
 
 #include "commands.h"
 
 namespace tool {
 namespace {
 
-// A command line may be refused before the option is read; the refusal has to be JSON all the same.
-bool AsksForJson(int argc, char** argv) {
-  return std::any_of(argv, argv + argc,
-                     [](const char* word) { return std::strcmp(word, "--json") == 0; });
+using Words = std::vector<std::string>;
+
+// Options of every verb may stand anywhere before "--", in front of the verb too.
+Words TakeOptionsOfAll(Words words, Context* context) {
+  const auto end = std::find(words.begin(), words.end(), "--");
+  const auto kept = std::remove(words.begin(), end, "--json");
+  context->json = kept != end;
+  words.erase(kept, end);
+  return words;
 }
 
 // Output that did not reach its file is a failure: the caller would take it for the whole.
@@ -22,13 +29,11 @@ ExitStatus Finish(const Context& context) {
   return ReportFailure(context, Failure("cannot write the output", std::nullopt, "write failed"));
 }
 
-ExitStatus RunVerb(const CommandLine& line, const Context& context, int argc, char** argv) {
+ExitStatus RunVerb(const CommandLine& line, const Context& context, const Words& words) {
   try {
-    line.Run(argc, argv);
+    line.Run(words);
   } catch (const WrongUsage& error) {
-    Context asked = context;
-    asked.json = AsksForJson(argc, argv);
-    return ReportUsage(asked, error.what(), line.ChosenVerb());
+    return ReportUsage(context, error.what(), line.ChosenVerb());
   } catch (const Failure& failure) {
     return ReportFailure(context, failure);
   } catch (const std::bad_alloc&) {
@@ -38,7 +43,20 @@ ExitStatus RunVerb(const CommandLine& line, const Context& context, int argc, ch
   return Finish(context);
 }
 
+// Words for the shell's completion and for the manual page, which nobody types.
+bool AnswersPrograms(const CommandLine& line, const Words& words) {
+  if (words.empty()) return false;
+  if (words.front() == "__complete")
+    std::cout << line.CompletionsOf({words.begin() + 1, words.end()});
+  else if (words.front() == "__synopsis")
+    std::cout << line.ManualSynopsis();
+  else
+    return false;
+  return true;
+}
+
 int Run(int argc, char** argv) {
+  std::setlocale(LC_CTYPE, "");
   const CommandLine line;
   const Group verbs = line.Verbs();
   Context context;
@@ -57,8 +75,11 @@ int Run(int argc, char** argv) {
   AddDhcpdCommands(verbs, context);
   AddNetCommands(verbs, context);
   AddStatCommands(verbs, context);
+  AddMonitorCommands(verbs, context);
   AddSystemCommands(verbs, context);
-  return RunVerb(line, context, argc, argv);
+  const Words words(argv + 1, argv + argc);
+  if (AnswersPrograms(line, words)) return Finish(context);
+  return RunVerb(line, context, TakeOptionsOfAll(words, &context));
 }
 
 }  // namespace

@@ -4,8 +4,11 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iostream>
+#include <langinfo.h>
 #include <nlohmann/json.hpp>
+#include <numeric>
 #include <string_view>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace tool {
@@ -45,18 +48,46 @@ std::string Painted(const std::string& text, Tone tone, bool colour) {
   return std::string(Escape(tone)).append(text).append("\x1b[0m");
 }
 
-std::size_t Width(const Cell& cell) {
-  return std::max<std::size_t>(cell.text.size(), 1);
+// Bytes that begin a character; what is not UTF-8 counts as it stands.
+std::size_t Width(const std::string& text) {
+  return static_cast<std::size_t>(std::count_if(
+      text.begin(), text.end(), [](unsigned char byte) { return (byte & 0xC0) != 0x80; }));
+}
+
+std::size_t Total(const std::vector<std::size_t>& widths) {
+  return std::accumulate(widths.begin(), widths.end(), kGap.size() * (widths.size() - 1));
+}
+
+// 0 where there is no terminal, or one that does not say.
+std::size_t TerminalWidth() {
+  winsize size{};
+  return ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
 std::vector<std::size_t> ColumnWidths(const std::vector<Row>& rows) {
+  constexpr std::size_t kNarrowest = 6;
   std::vector<std::size_t> widths;
   for (const Row& row : rows) {
     widths.resize(std::max(widths.size(), row.size()));
     for (std::size_t i = 0; i < row.size(); ++i)
-      widths[i] = std::max(widths[i], Width(row[i]));
+      widths[i] = std::max({widths[i], Width(row[i].text), std::size_t{1}});
+  }
+  const std::size_t most = TerminalWidth();
+  while (most > 0 && Total(widths) > most) {
+    const auto widest = std::max_element(widths.begin(), widths.end());
+    if (*widest <= kNarrowest) break;
+    --*widest;
   }
   return widths;
+}
+
+// The text in at most so many columns; its end tells that something is missing.
+std::string Fitted(const std::string& text, std::size_t width) {
+  if (Width(text) <= width) return text;
+  std::size_t end = 0;
+  for (std::size_t column = 0; column < width; ++end)
+    if ((static_cast<unsigned char>(text[end + 1]) & 0xC0U) != 0x80) ++column;
+  return text.substr(0, end - 1) + (HasUtf8() ? "…" : "~");
 }
 
 // Names come from the command line and from the kernel and need not be UTF-8: what is not is
@@ -76,12 +107,18 @@ void PrintTable(const std::vector<Row>& rows) {
   const std::vector<std::size_t> widths = ColumnWidths(rows);
   for (const Row& row : rows) {
     for (std::size_t i = 0; i < row.size(); ++i) {
-      std::cout << Painted(row[i].text.empty() ? "-" : row[i].text, row[i].tone, colour);
+      const std::string text = row[i].text.empty() ? "-" : Fitted(row[i].text, widths[i]);
+      std::cout << Painted(text, row[i].tone, colour);
       const bool last = i + 1 == row.size();
-      if (!last) std::cout << std::string(widths[i] - Width(row[i]), ' ') << kGap;
+      if (!last) std::cout << std::string(widths[i] - Width(text), ' ') << kGap;
     }
     std::cout << '\n';
   }
+}
+
+void PrintList(const std::vector<Row>& rows, const std::string& things) {
+  if (rows.size() > 1) return PrintTable(rows);
+  std::cout << "no " << things << '\n';
 }
 
 Row Headings(const std::vector<std::string>& names) {
@@ -100,6 +137,14 @@ void PrintLine(const Row& cells) {
 
 void PrintJson(const std::string& name, const Json& payload) {
   std::cout << Dump({{"schema", kSchema}, {name, payload}}, kIndent) << '\n';
+}
+
+void PrintJsonLine(const std::string& name, const Json& payload) {
+  std::cout << Dump({{"schema", kSchema}, {name, payload}}, -1) << '\n';
+}
+
+bool HasUtf8() {
+  return std::string_view(::nl_langinfo(CODESET)) == "UTF-8";
 }
 
 ExitStatus ReportFailure(const Context& context, const Failure& failure) {

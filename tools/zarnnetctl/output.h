@@ -28,8 +28,12 @@ struct Cell {
 using Row = std::vector<Cell>;
 
 // Prints rows as aligned columns, an empty cell as "-"; coloured on a terminal, unless NO_COLOR is
-// set.
+// set. On a terminal rows fit its width: the widest columns are cut short.
 void PrintTable(const std::vector<Row>& rows);
+
+// Prints a table whose first row is its headings; one without another row is said to have "no
+// THINGS".
+void PrintList(const std::vector<Row>& rows, const std::string& things);
 
 // The first row of a table.
 Row Headings(const std::vector<std::string>& names);
@@ -39,6 +43,12 @@ void PrintLine(const Row& cells);
 
 // Prints {"schema": 1, name: payload}.
 void PrintJson(const std::string& name, const Json& payload);
+
+// The same on one line, for output that goes on.
+void PrintJsonLine(const std::string& name, const Json& payload);
+
+// Whether the locale can have more than ASCII.
+bool HasUtf8();
 
 // Reports on standard error, as text or as JSON, and answers the exit status.
 ExitStatus ReportFailure(const Context& context, const Failure& failure);

@@ -2,7 +2,10 @@
 #include "verbs.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <optional>
+
+#include "grammar.h"
 
 namespace tool {
 
@@ -13,7 +16,20 @@ Word Word::Required() const {
 }
 
 Word Word::OneOf(const std::vector<std::string>& values) const {
-  return Word(option_->check(CLI::IsMember(values)));
+  const Check isOne = [values](const std::string& value) -> std::string {
+    if (std::find(values.begin(), values.end(), value) != values.end()) return {};
+    const std::string near = DidYouMean(value, values);
+    return "'" + value + "' is none of " + CLI::detail::join(values, ", ") + near;
+  };
+  return Checked(isOne, "{" + CLI::detail::join(values, ",") + "}");
+}
+
+Word Word::Interface() const {
+  return Word(option_->type_name(kInterfaceShape));
+}
+
+Word Word::File() const {
+  return Word(option_->type_name(kFileShape));
 }
 
 Word Word::Within(int least, int most) const {
@@ -87,8 +103,15 @@ std::shared_ptr<std::string> AddOperand(const Verb& verb, const std::string& nam
   return operand;
 }
 
+std::shared_ptr<std::string> AddInterface(const Verb& verb, const std::string& name,
+                                          const std::string& description) {
+  auto ifname = std::make_shared<std::string>();
+  verb.AddOption(name, *ifname, description).Required().Interface();
+  return ifname;
+}
+
 std::shared_ptr<std::string> AddIfname(const Verb& verb) {
-  return AddOperand(verb, "IFNAME", "Name of the interface, such as eth0");
+  return AddInterface(verb, "IFNAME", "Name of the interface, such as eth0");
 }
 
 void AddVerb(const Group& group, Context& context, const std::string& name,
@@ -113,27 +136,32 @@ CommandLine::CommandLine()
                                       "zarnnetctl")) {
   app_->set_version_flag("--version", "zarnnetctl " ZARNNETCTL_VERSION);
   app_->require_subcommand(1);
+  app_->formatter_fn([](const CLI::App* app, const std::string& /*name*/,
+                        CLI::AppFormatMode /*mode*/) { return HelpOf(*app); });
   app_->footer("Exit status: 0 done, 1 failed, 2 wrong usage. Each verb has its own --help.");
 }
 
 CommandLine::~CommandLine() = default;
 
-void CommandLine::Run(int argc, char** argv) const try {
-  app_->parse(argc, argv);
+void CommandLine::Run(const std::vector<std::string>& words) const try {
+  app_->parse(std::vector<std::string>(words.rbegin(), words.rend()));
 } catch (const CLI::Success& request) {
   app_->exit(request);  // prints the help or the version
 } catch (const CLI::ParseError& error) {
-  throw WrongUsage(error.what());
+  const std::string problem = ProblemWith(*ChosenOf(*app_), app_->remaining(true));
+  throw WrongUsage(problem.empty() ? error.what() : problem);
 }
 
 std::string CommandLine::ChosenVerb() const {
-  std::string words = app_->get_name();
-  const CLI::App* chosen = app_.get();
-  while (!chosen->get_subcommands().empty()) {
-    chosen = chosen->get_subcommands().front();
-    words += " " + chosen->get_name();
-  }
-  return words;
+  return PathOf(*ChosenOf(*app_));
+}
+
+std::string CommandLine::CompletionsOf(const std::vector<std::string>& words) const {
+  return Completions(*app_, words);
+}
+
+std::string CommandLine::ManualSynopsis() const {
+  return Synopsis(*app_);
 }
 
 }  // namespace tool

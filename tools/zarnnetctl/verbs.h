@@ -42,6 +42,8 @@ class Word {
 
   Word Required() const;
   Word OneOf(const std::vector<std::string>& values) const;
+  Word Interface() const;  // completed with the names of interfaces
+  Word File() const;       // completed with files
   Word Within(int least, int most) const;
   Word Within(double least, double most) const;
   Word Checked(const Check& check, const std::string& shape) const;
@@ -85,6 +87,10 @@ Verb AddVerb(const Group& group, Context& context, const std::string& name,
 // Adds an operand that must be given; its value is there when the verb runs.
 std::shared_ptr<std::string> AddOperand(const Verb& verb, const std::string& name,
                                         const std::string& description);
+
+// The same for the name of an interface, which is completed.
+std::shared_ptr<std::string> AddInterface(const Verb& verb, const std::string& name,
+                                          const std::string& description);
 std::shared_ptr<std::string> AddIfname(const Verb& verb);
 
 // A whole verb that takes no words of its own, and one that takes the operand that is added so.
@@ -105,9 +111,13 @@ class CommandLine {
 
   [[nodiscard]] Group Verbs() const { return {app_.get()}; }
 
-  // Runs the verb that is chosen, or prints the help or the version. Throws WrongUsage, and what
-  // the verb throws.
-  void Run(int argc, char** argv) const;
+  // Runs the verb that the words choose, or prints the help or the version. Throws WrongUsage, and
+  // what the verb throws.
+  void Run(const std::vector<std::string>& words) const;
+
+  // What the table of verbs says for other programs: grammar.h has the shapes.
+  [[nodiscard]] std::string CompletionsOf(const std::vector<std::string>& words) const;
+  [[nodiscard]] std::string ManualSynopsis() const;
 
   // The words of the verb up to where the command line was understood.
   [[nodiscard]] std::string ChosenVerb() const;
