@@ -66,7 +66,7 @@ bool MakeFolderOrLog(const Place& at) {
 
 bool WriteFragmentOrLog(const std::string& path, std::string_view text, const Place& at) {
   Rewrite file(path);
-  if (file.IsOpen() && file.SetMode(kMode) && file.Fill(text) && file.TakeEffect()) return true;
+  if (PutInPlace(&file, file.IsOpen() && file.SetMode(kMode), text, at)) return true;
   LOG_ERROR_AT(at, "%s:%d Failed to open file [%s].", path.c_str());
   return false;
 }
@@ -74,8 +74,7 @@ bool WriteFragmentOrLog(const std::string& path, std::string_view text, const Pl
 bool WriteSwitchOrLog(const std::string& path, bool enable, const Place& at) {
   const std::string line = Format(kQuotedLine, dhcp_files::kEnable, YesOrNo(enable));
   Rewrite file(path);
-  if (file.IsOpen() && file.SetModeOfTarget(kMode) && file.Fill(line) && file.TakeEffect())
-    return true;
+  if (PutInPlace(&file, file.IsOpen() && file.SetModeOfTarget(kMode), line, at)) return true;
   LOG_ERROR_AT(at, "%s:%d Failed to open file [%s].", path.c_str());
   return false;
 }

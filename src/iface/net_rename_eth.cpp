@@ -122,8 +122,11 @@ bool MakeNewSetting(const Names& names, std::optional<Backup>* backup) {
   if (mtu.Found()) {
     backup->emplace(paths::kInfo, model::ChangeSuffix());
     const std::string key = model::MtuKey(names.next);
-    if ((*backup)->Made() && SetKey(paths::kInfo, key.c_str(), mtu.text.c_str(), kQuotedLine))
+    if (!(*backup)->Made()) {
+      SetError(ZARNNETERR_OPEN);
+    } else if (SetKey(paths::kInfo, key.c_str(), mtu.text.c_str(), kQuotedLine)) {
       return true;
+    }
   } else if (!mtu.Unreadable() || !Exists(paths::kInfo)) {
     return true;
   }

@@ -32,11 +32,9 @@ bool SetKernelName(const char* hostname) {
   return Fail(ZARNNETERR_REFUSED, false);
 }
 
-// Each step has a code of its own.
-bool Replace(Rewrite* rewrite, const std::string& text) {
+bool Replace(Rewrite* rewrite, const std::string& text, const Place& at = {}) {
   constexpr mode_t kMode = 0644;
-  if (!rewrite->SetMode(kMode) || !rewrite->Fill(text)) return Fail(ZARNNETERR_WRITE, false);
-  return rewrite->TakeEffect() || Fail(ZARNNETERR_RENAME, false);
+  return PutInPlace(rewrite, rewrite->IsOpen() && rewrite->SetMode(kMode), text, at);
 }
 
 bool CannotOpen() {
@@ -69,7 +67,6 @@ std::string HostsText(const char* hostname) {
 
 bool WriteHostsFile(const char* hostname) {
   Rewrite rewrite(paths::kHosts);
-  if (!rewrite.IsOpen()) return Fail(ZARNNETERR_OPEN, false);
   return Replace(&rewrite, HostsText(hostname));
 }
 

@@ -5,7 +5,6 @@
 #include <linux/if_addr.h>
 #include <optional>
 #include <string>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <zarnnetsdk/ipv6.h>
@@ -24,6 +23,7 @@
 #include "frame/os/kernel.h"
 #include "frame/os/key_file.h"
 #include "frame/os/lock.h"
+#include "frame/os/shared_folder.h"
 #include "frame/os/wait.h"
 #include "ipv6/accept_ra.h"
 #include "ipv6/config.h"
@@ -170,16 +170,9 @@ constexpr char kClientJob[] = "dhcp-client6";
 constexpr char kStartAction[] = "start";
 constexpr char kStopAction[] = "stop";
 
-// Anybody can leave a file, or a pipe that nobody writes to, under that name.
-bool IsOwnFile(const std::string& path) {
-  struct stat status {};
-  return ::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
-         status.st_uid == ::geteuid();
-}
-
 bool IsClientRunning(const std::string& ifname) {
   const std::string path = paths::Dhcp6Pid(ifname, kStartAction);
-  if (!IsOwnFile(path)) return false;
+  if (!IsTrustedFile(path)) return false;
   char name[64];
   const int pid = KOPACReadPidFile(path.c_str());
   return pid > 0 && KOPACProcGetByPid(pid, name, sizeof name) == 0;

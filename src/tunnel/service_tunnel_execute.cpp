@@ -15,6 +15,7 @@
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
+#include "frame/base/undo.h"
 #include "frame/facts/addresses.h"
 #include "frame/model/paths.h"
 #include "frame/os/command.h"
@@ -181,12 +182,13 @@ void TellHowItEnded(const WatchedCommand& script, const char* word) {
 // The settings are the script's alone to read, and go when it has ended. What cannot be made ready
 // is told, and what there is is judged all the same. False when there is no process to wait for.
 bool RunScript(int action, const ZARNTUNNELCONF* conf) {
+  Undo undo;
+  undo.Add(RemoveClientSettings);
   const bool ready = IsReadyToRun(action, conf);
   WatchedCommand script;
-  if (!script.Start(ready ? paths::kRcTun : nullptr, WordOf(action), paths::kGogocConf)) {
-    RemoveClientSettings();
+  if (!script.Start(ready ? paths::kRcTun : nullptr, WordOf(action), paths::kGogocConf))
     return Fail(ZARNNETERR_COMMAND, false);
-  }
+  undo.Keep();
   if (WaitFor(&script) && ready) TellHowItEnded(script, WordOf(action));
   return true;
 }

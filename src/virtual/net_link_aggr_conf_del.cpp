@@ -1,5 +1,6 @@
 // A bond's interface file goes: its settings pass to one of its slaves, and all of them become
 // interfaces of their own.
+#include <algorithm>
 #include <cerrno>
 #include <optional>
 #include <string>
@@ -26,6 +27,7 @@ using virtual_if::Names;
 namespace {
 
 constexpr std::size_t kNameSize = sizeof(ZARNLINKAGGROPT::szName);
+constexpr std::size_t kPrefixLength = sizeof paths::kIfcfgPrefix - 1;
 
 bool AddDeviceOf(const std::string& path, Names* slaves) {
   const KeyValue device = ReadKey(path, keys::kDevice, kNameSize);
@@ -50,6 +52,18 @@ bool AddIfSlave(const std::string& path, const std::string& bond, Names* slaves)
   return master.text != bond || AddDeviceOf(path, slaves);
 }
 
+// A call that was killed has left the bond's own settings in the heir's file.
+bool IsHeirOfKilled(const std::string& path, const std::string& bond) {
+  return path.starts_with(paths::kIfcfgPrefix) && path != paths::Ifcfg(bond) &&
+         KeyIs(path, keys::kDevice, bond.c_str());
+}
+
+// It has released the heir already when the file from before that says so.
+bool WasReleased(const std::string& heir, const std::string& bond, const Names& slaves) {
+  return !heir.empty() && std::find(slaves.begin(), slaves.end(), heir) == slaves.end() &&
+         KeyIs(model::SavedPath(paths::Ifcfg(heir)), keys::kDevice, bond.c_str());
+}
+
 // The interfaces whose files name the bond as their master. Backups are no interfaces' files.
 std::optional<Names> ParseSlaves(const std::string& bond) {
   Names slaves;
@@ -58,6 +72,7 @@ std::optional<Names> ParseSlaves(const std::string& bond) {
   for (const std::string& path : *files) {
     if (path.ends_with(model::kSavedSuffix)) continue;
     if (!AddIfSlave(path, bond, &slaves)) return std::nullopt;
+    if (IsHeirOfKilled(path, bond)) slaves.push_back(path.substr(kPrefixLength));
   }
   return slaves;
 }
@@ -138,12 +153,13 @@ bool Remove(const std::string& bond, const Names& slaves, const std::string& hei
 }  // namespace
 
 bool virtual_if::RemoveBond(const std::string& bond, std::string heir) {
-  const auto slaves = ParseSlaves(bond);
+  auto slaves = ParseSlaves(bond);
   if (!slaves) {
     LOG_ERROR("%s:%d parse slaves from etc/sysconfig/network-script\n");
     return false;
   }
   if (heir.empty() && !slaves->empty()) heir = slaves->front();
+  if (WasReleased(heir, bond, *slaves)) slaves->push_back(heir);
   return Remove(bond, *slaves, heir);
 }
 

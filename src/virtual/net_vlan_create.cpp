@@ -59,17 +59,21 @@ bool CopyMtu(const std::string& parent, const std::string& name) {
 bool ReplaceFiles(const KOPANETVLAN& vlan, const ZARNNETIFSETTINGS& settings) {
   const std::string vlanPath = paths::Ifcfg(vlan.szName);
   const std::string parentPath = paths::Ifcfg(vlan.szRowDev);
-  const std::string vlanText = virtual_if::VlanFile(vlan, settings);
+  const auto vlanText = virtual_if::VlanFile(vlan, settings);
+  if (!vlanText) return false;
   Rewrite vlanFile(vlanPath, paths::kVlanTemplate);
-  if (!virtual_if::Prepare(&vlanFile, vlanText)) return false;
+  if (!virtual_if::Prepare(&vlanFile, *vlanText)) return false;
   const auto parentText = virtual_if::ParentFileUnder(vlan.szRowDev);
   if (!parentText) return false;
   Rewrite parentFile(parentPath, paths::kVlanParentTemplate);
   if (!virtual_if::Prepare(&parentFile, *parentText)) return false;
   virtual_if::RunStartScript("stop", vlan.szRowDev);
-  if (!virtual_if::TakePlace(&parentFile, parentPath) ||
-      !virtual_if::TakePlace(&vlanFile, vlanPath))
+  const bool done =
+      virtual_if::TakePlace(&parentFile, parentPath) && virtual_if::TakePlace(&vlanFile, vlanPath);
+  if (!done) {
+    if (!parentFile.IsOpen()) vlanFile.Abandon();  // the parent's settings are nowhere else now
     return false;
+  }
   // Not before: what a killed writer has left may have been the only copy of these settings.
   virtual_if::RemoveAbandonedFiles(vlan.szRowDev);
   return true;

@@ -94,7 +94,8 @@ bool IsOnlyCopy(const std::string& path, const std::string& parent) {
 
 }  // namespace
 
-std::string virtual_if::VlanFile(const KOPANETVLAN& vlan, const ZARNNETIFSETTINGS& settings) {
+std::optional<std::string> virtual_if::VlanFile(const KOPANETVLAN& vlan,
+                                                const ZARNNETIFSETTINGS& settings) {
   constexpr std::size_t kValueSize = 1024;
   std::string text = model::Line(keys::kDevice, FieldText(vlan.szName)) +
                      model::Line(keys::kVlanParent, FieldText(vlan.szRowDev)) +
@@ -104,6 +105,7 @@ std::string virtual_if::VlanFile(const KOPANETVLAN& vlan, const ZARNNETIFSETTING
   for (const char* key : {keys::kIpv6Type, keys::kIpv6Address, keys::kIpv6Prefix,
                           keys::kIpv6Gateway, keys::kIpv6Dns}) {
     const KeyValue value = ReadKey(source, key, kValueSize);
+    if (value.Unreadable() && Exists(source)) return std::nullopt;
     if (value.Found()) text += model::Line(key, value.text);
   }
   return text;

@@ -39,5 +39,16 @@ bool Comes(Condition condition) {
 void RefuseMemory(long from, bool all);
 // Ends that. Was any refused?
 bool StopRefusing();
+// What a test needs itself is not refused while it lives.
+class MemoryForTheTest {
+ public:
+  MemoryForTheTest();
+  ~MemoryForTheTest();
+  MemoryForTheTest(const MemoryForTheTest&) = delete;
+  MemoryForTheTest& operator=(const MemoryForTheTest&) = delete;
+
+ private:
+  long left_;
+};
 
 }  // namespace test

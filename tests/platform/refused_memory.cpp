@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <dlfcn.h>
 #include <new>
+#include <utility>
 
 #include "fixture.h"
 
@@ -31,6 +32,12 @@ void test::RefuseMemory(long from, bool all) {
 bool test::StopRefusing() {
   left = -1;
   return refused;
+}
+
+test::MemoryForTheTest::MemoryForTheTest() : left_(std::exchange(left, -1)) {}
+
+test::MemoryForTheTest::~MemoryForTheTest() {
+  left = left_;
 }
 
 // A sanitizer's own, or the C library's.

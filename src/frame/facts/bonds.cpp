@@ -53,6 +53,8 @@ std::uint32_t ModeOf(std::string_view line) {
 
 BondRead ReadKernelBond(const std::string& bond, ZARNLINKAGGROPT* record) {
   const auto slaves = KernelSlavesOf(bond);
+  // A bond that cannot be read is not one that is not there: it would be created a second time.
+  if (!slaves && Exists(paths::SysNet(bond, "/bonding/slaves"))) return BondRead::kFailed;
   if (!slaves || slaves->empty()) return BondRead::kDone;
   for (const std::string& slave : *slaves) {
     if (!AddSlave(slave.c_str(), record)) return BondRead::kFailed;

@@ -17,6 +17,7 @@
 #include "frame/model/paths.h"
 #include "frame/os/file.h"
 #include "frame/os/kernel.h"
+#include "frame/os/shared_folder.h"
 
 namespace frame::facts {
 namespace {
@@ -67,7 +68,7 @@ struct Memberships {
 };
 
 bool IsBridgedWireless(const std::string& ifname) {
-  return ifname.starts_with("wlan") && Exists(paths::kTopologyBridgeMark);
+  return ifname.starts_with("wlan") && IsTrustedFile(paths::kTopologyBridgeMark);
 }
 
 bool IsHeartbeat(const std::string& ifname, const Selection& selection) {

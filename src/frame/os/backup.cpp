@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <optional>
+#include <sys/file.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 #include <utility>
@@ -32,17 +33,22 @@ bool RunCopy(const std::string& from, const std::string& to) {
   return status == 0;
 }
 
-// Makes an empty file of this name, or of the next that is free. False with errno.
-bool TakeName(std::string* name) {
+// Makes an empty file of this name, or of the next that is free. Closed with errno.
+Descriptor TakeName(std::string* name) {
   constexpr int kMost = 100;
   const std::string first = *name;
   for (int i = 1; i <= kMost; ++i) {
-    const Descriptor fd(::open(name->c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-    if (fd) return true;
-    if (errno != EEXIST) return false;
+    Descriptor fd(::open(name->c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    if (fd || errno != EEXIST) return fd;
     *name = first + "." + std::to_string(i);
   }
-  return false;
+  return Descriptor();
+}
+
+void RemoveAbandonedCopies(const std::string& path, std::string_view suffix) {
+  const std::string_view word = suffix.substr(0, suffix.find_last_not_of("0123456789") + 1);
+  for (const std::string& left : AbandonedFiles(path + std::string(word) + "[0-9]*"))
+    ::unlink(left.c_str());
 }
 
 // A program that fails without saying so must not make an empty file of the one that is copied.
@@ -85,9 +91,12 @@ bool CopyFile(const std::string& from, const std::string& to) {
   return RunCopy(from, to) && (!isNew || MakeAlike(to, from));
 }
 
-Backup::Backup(std::string path, const std::string& suffix)
-    : path_(std::move(path)), name_(path_ + suffix) {
-  if (!TakeName(&name_)) return;
+Backup::Backup(std::string path, std::string_view suffix)
+    : path_(std::move(path)), name_(path_ + std::string(suffix)) {
+  RemoveAbandonedCopies(path_, suffix);
+  lock_ = TakeName(&name_);
+  if (!lock_) return;
+  ::flock(lock_.Get(), LOCK_EX);
   made_ = RunCopy(path_, name_) && IsWholeCopy(name_, path_) && MakeAlike(name_, path_);
   if (made_) return;
   const int reason = errno;

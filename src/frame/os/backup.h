@@ -4,6 +4,8 @@
 #include <string>
 #include <sys/stat.h>
 
+#include "frame/os/file.h"
+
 namespace frame {
 
 // Copies with /bin/cp -f. A copy that is a new file has the mode and owner of the first, whatever
@@ -17,10 +19,11 @@ namespace frame {
 // it away it takes the file's place again: with Restore(), or when the scope ends.
 class Backup {
  public:
-  // The copy's name is that of the file with the suffix appended, and more where that name is
-  // taken: two changes in one second have a copy each. Of a copy that cannot be made, Made() tells
-  // and errno says why; nothing is restored later.
-  Backup(std::string path, const std::string& suffix);
+  // The copy's name is that of the file with the suffix appended, which ends with a number, and
+  // more where that name is taken: two changes in one second have a copy each. Copies of changes
+  // that were killed go. Of a copy that cannot be made, Made() tells and errno says why; nothing is
+  // restored later.
+  Backup(std::string path, std::string_view suffix);
   ~Backup();
   Backup(const Backup&) = delete;
   Backup& operator=(const Backup&) = delete;
@@ -35,6 +38,7 @@ class Backup {
  private:
   std::string path_;
   std::string name_;
+  Descriptor lock_;  // of the copy
   bool made_ = false;
 };
 

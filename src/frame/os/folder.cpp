@@ -1,34 +1,17 @@
 // Folders: what is in them, and whether they are there.
 #include "frame/os/folder.h"
 
-#include <glob.h>
+#include <algorithm>
+#include <cerrno>
+#include <dirent.h>
+#include <fnmatch.h>
+#include <memory>
 
 #include <zarncore/zarncore.h>
 
 #include "frame/os/containers.h"
 
 namespace frame {
-namespace {
-
-class Matches {
- public:
-  explicit Matches(const std::string& pattern)
-      : result_(::glob(pattern.c_str(), GLOB_ERR, nullptr, &found_)) {}
-  ~Matches() { ::globfree(&found_); }
-  Matches(const Matches&) = delete;
-  Matches& operator=(const Matches&) = delete;
-
-  [[nodiscard]] bool Failed() const { return result_ != 0 && result_ != GLOB_NOMATCH; }
-  [[nodiscard]] std::vector<std::string> Paths() const {
-    return {found_.gl_pathv, found_.gl_pathv + found_.gl_pathc};
-  }
-
- private:
-  glob_t found_{};
-  int result_;
-};
-
-}  // namespace
 
 bool IsFolder(const std::string& path) {
   return KOPACFileCheckDir(path.c_str()) == 1;
@@ -42,10 +25,22 @@ std::optional<std::vector<std::string>> EntriesOf(const std::string& folder,
   return names.Texts();
 }
 
+// Not by the C library's glob(), which frees twice what it has no memory to enlarge.
 std::optional<std::vector<std::string>> PathsLike(const std::string& pattern) {
-  const Matches matches(pattern);
-  if (matches.Failed()) return std::nullopt;
-  return matches.Paths();
+  const std::size_t name = pattern.rfind('/') + 1;
+  const std::string folder = pattern.substr(0, name);
+  const std::unique_ptr<DIR, int (*)(DIR*)> entries(::opendir(folder.c_str()), ::closedir);
+  if (!entries) return std::nullopt;
+  std::vector<std::string> paths;
+  errno = 0;
+  while (const dirent* const entry = ::readdir(entries.get())) {
+    if (::fnmatch(pattern.c_str() + name, entry->d_name, FNM_PERIOD) == 0)
+      paths.push_back(folder + entry->d_name);
+    errno = 0;
+  }
+  if (errno != 0) return std::nullopt;
+  std::sort(paths.begin(), paths.end());
+  return paths;
 }
 
 }  // namespace frame

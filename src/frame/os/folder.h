@@ -14,8 +14,8 @@ bool IsFolder(const std::string& path);
 std::optional<std::vector<std::string>> EntriesOf(const std::string& folder,
                                                   const std::string& beginning = {});
 
-// The paths that a pattern of the shell's kind matches, sorted; no match is an empty list. Nothing
-// when a folder on the way cannot be read.
+// The paths whose last part a pattern of the shell's kind matches, sorted; no match is an empty
+// list. Nothing when the folder cannot be read.
 std::optional<std::vector<std::string>> PathsLike(const std::string& pattern);
 
 }  // namespace frame

@@ -16,6 +16,27 @@
 #include "frame/os/folder.h"
 
 namespace frame {
+namespace {
+
+constexpr mode_t kMark = S_ISVTX;
+constexpr std::size_t kSigns = 6;
+constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
+
+// A word behind a dot is another file's name: resolv.conf.static is no temporary of resolv.conf.
+bool IsNoWord(const std::string& path) {
+  return path.find_first_not_of("abcdefghijklmnopqrstuvwxyz", path.size() - kSigns) !=
+         std::string::npos;
+}
+
+// A writer that was killed before it could mark its file has not written to it either.
+bool IsMarked(const std::string& path) {
+  struct stat status {};
+  return IsNoWord(path) && ::lstat(path.c_str(), &status) == 0 &&
+         ((status.st_mode & kMark) != 0 ||
+          (status.st_size == 0 && (status.st_mode & 07777) == kPrivate));
+}
+
+}  // namespace
 
 void SyncFolderOf(const std::string& path) {
   char folder[PATH_MAX];  // no string: whoever puts a file back may have no memory
@@ -24,32 +45,45 @@ void SyncFolderOf(const std::string& path) {
   if (fd) ::fsync(fd.Get());  // the new content is in place: a failure here could not be taken back
 }
 
-std::vector<std::string> AbandonedTemporaries(std::string nameTemplate) {
-  constexpr std::string_view kAny = "??????";
-  nameTemplate.replace(nameTemplate.size() - kAny.size(), kAny.size(), kAny);
+std::vector<std::string> AbandonedFiles(const std::string& pattern) {
   std::vector<std::string> abandoned;
-  const auto found = PathsLike(nameTemplate);
+  const auto found = PathsLike(pattern);
   if (!found) return abandoned;
   for (const std::string& path : *found) {
     struct stat status {};
     const Descriptor fd(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     if (fd && ::fstat(fd.Get(), &status) == 0 && S_ISREG(status.st_mode) &&
-        ::flock(fd.Get(), LOCK_EX | LOCK_NB) == 0)
+        status.st_uid == ::geteuid() && ::flock(fd.Get(), LOCK_EX | LOCK_NB) == 0)
       abandoned.push_back(path);
   }
   return abandoned;
 }
 
-Rewrite::Rewrite(const std::string& path) : Rewrite(path, path + ".XXXXXX") {}
+std::vector<std::string> AbandonedTemporaries(std::string nameTemplate) {
+  nameTemplate.replace(nameTemplate.size() - kSigns, kSigns, kSigns, '?');
+  return AbandonedFiles(nameTemplate);
+}
+
+Rewrite::Rewrite(const std::string& path) : Rewrite(path, path + ".XXXXXX") {
+  for (const std::string& left : AbandonedTemporaries(path + ".XXXXXX")) {
+    if (IsMarked(left)) ::unlink(left.c_str());
+  }
+  mark_ = kMark;
+  if (made_) ::fchmod(::fileno(file_.get()), mode_ | mark_);
+}
 
 Rewrite::Rewrite(std::string path, const std::string& nameTemplate) : path_(std::move(path)) {
   // Between the file and its lock it may be taken for an abandoned one.
-  constexpr int kMost = 3;
+  constexpr int kMost = 5;
   struct stat status {};
   for (int i = 0; i < kMost && !made_; ++i) {
     name_ = nameTemplate;
     file_.reset(KOPACFileTempFileOpen(name_.data()));
     if (!file_) return;
+    if (!IsNoWord(name_)) {
+      ::unlink(name_.c_str());
+      continue;
+    }
     lock_ = Descriptor(::fcntl(::fileno(file_.get()), F_DUPFD_CLOEXEC, 0));
     if (lock_) ::flock(lock_.Get(), LOCK_EX);
     made_ = ::fstat(::fileno(file_.get()), &status) != 0 || status.st_nlink > 0;
@@ -59,10 +93,11 @@ Rewrite::Rewrite(std::string path, const std::string& nameTemplate) : path_(std:
 Rewrite::Rewrite(std::string path, Temporary temporary)
     : path_(std::move(path)), name_(std::move(temporary.name)) {
   ::unlink(name_.c_str());  // mostly there is none
-  file_ = StreamOf(
-      Descriptor(::open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR)),
-      "w");
+  Descriptor fd(::open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kPrivate));
+  const bool isThere = static_cast<bool>(fd);
+  file_ = StreamOf(std::move(fd), "w");
   made_ = file_ != nullptr;
+  if (isThere && !made_) ::unlink(name_.c_str());  // no memory for its stream
 }
 
 Rewrite::~Rewrite() {
@@ -72,7 +107,8 @@ Rewrite::~Rewrite() {
 }
 
 bool Rewrite::SetMode(mode_t mode) {
-  return ::fchmod(::fileno(file_.get()), mode) == 0;
+  mode_ = mode;
+  return ::fchmod(::fileno(file_.get()), mode | mark_) == 0;
 }
 
 bool Rewrite::SetModeOfTarget(mode_t otherwise) {
@@ -80,7 +116,7 @@ bool Rewrite::SetModeOfTarget(mode_t otherwise) {
   if (::stat(path_.c_str(), &target) != 0) return errno == ENOENT && SetMode(otherwise);
   constexpr mode_t kPermissions = 07777;
   return ::fchown(::fileno(file_.get()), target.st_uid, target.st_gid) == 0 &&
-         SetMode(target.st_mode & kPermissions);
+         SetMode(target.st_mode & kPermissions & ~mark_);
 }
 
 bool Rewrite::SetOwner(uid_t user, gid_t group) {
@@ -106,6 +142,7 @@ bool Rewrite::Sync() {
 bool Rewrite::TakeEffect() {
   if (std::rename(name_.c_str(), path_.c_str()) != 0) return false;
   made_ = false;
+  if (mark_ != 0) ::chmod(path_.c_str(), mode_);
   lock_ = Descriptor();
   SyncFolderOf(path_);
   return true;
@@ -113,6 +150,12 @@ bool Rewrite::TakeEffect() {
 
 bool Rewrite::SetTargetMode(mode_t mode) const {
   return ::chmod(path_.c_str(), mode) == 0;
+}
+
+bool PutInPlace(Rewrite* file, bool hasMode, std::string_view content, const Place& at) {
+  if (!file->IsOpen()) return Fail(ZARNNETERR_OPEN, false, at);
+  if (!hasMode || !file->Fill(content)) return Fail(ZARNNETERR_WRITE, false, at);
+  return file->TakeEffect() || Fail(ZARNNETERR_RENAME, false, at);
 }
 
 }  // namespace frame
