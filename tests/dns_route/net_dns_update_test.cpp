@@ -104,32 +104,6 @@ TEST_F(Dns, WhatCannotBeReadIsNotTakenForAbsent) {
   TELL(ZARNNetDNSUpdate());
 }
 
-TEST_F(Dns, AFullOrReadOnlyDiskLeavesTheOldFiles) {
-  MountEmpty("/etc", "24k");
-  Prepare();
-  WriteFile("/etc/zarn-appliance", "");
-  FillDisk("/etc");
-  RemoveFile("/etc/zarn-appliance");
-  Lines many;
-  for (int i = 0; i < 600; ++i)
-    many.push_back("2001:db8::" + std::to_string(i));
-  Mask("(DNS_1=.*DNS_99=2001:db8::98)", "...");
-  Tell("a full disk", [&] { return ZARNNetDNSListSet(List(many)); });
-  Tell("a full disk", [&] { return ZARNNetDNSFileSet(List(many), nullptr); });
-  Shell("mount -o remount,ro /etc");
-  SetList({"9.9.9.9"});
-  TELL(ZARNNetDNSFileSet(List({"9.9.9.9"}), nullptr));
-}
-
-TEST_F(Dns, ALockThatIsHeldTooLongLeavesTheOldFile) {
-  WriteFile(kV4, "nameserver\t1.1.1.1\n");
-  const LockHolder other(0x106);
-  char first[16] = "stale";
-  TELL(ZARNNetDNSGet(first, sizeof first));
-  Say(first);
-  TELL(ZARNNetDNSUpdate());
-}
-
 TEST_F(Dns, ReadersAndRivalsSeeWholeListsOnly) {
   WriteFile("/sbin/initctl", "#!/bin/true\n", 0755);
   RemoveFile("/usr/zarn/plugins/net");

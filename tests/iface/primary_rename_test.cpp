@@ -165,36 +165,6 @@ TEST_F(Rename, WhatCannotBeDoneLeavesEverythingAsItWas) {
   RenameTo("eth1", "eth7");
 }
 
-// A killed call leaves the file under both names, before the kernel's renaming and after it.
-TEST_F(Rename, WhatAKilledCallLeftIsBroughtToItsEnd) {
-  const std::string settings = "BOOTPROTO=dhcp\nONBOOT=yes\nBLOCK_CNT=0\n";
-  RecordTool("/sbin/stop", 1);
-  for (const bool isRenamed : {false, true}) {
-    WriteIfcfg("eth1", "DEVICE=eth1\n" + settings);
-    WriteIfcfg("eth7", (isRenamed ? "DEVICE=eth7\n" : "DEVICE=eth1\n") + settings);
-    WriteFile(kInfo, isRenamed ? "eth1_mtu=\"1400\"\neth7_mtu=\"1400\"\n" : "eth1_mtu=\"1400\"\n");
-    if (isRenamed) Shell("ip link set eth1 name eth7");
-    ASSERT_EQ(0, ZARNNetRenameEth("eth1", "eth7")) << isRenamed << LogText();
-    EXPECT_TRUE(Contains(Shell("ip -br link show eth7"), "UP")) << Shell("ip link");
-    EXPECT_EQ("DEVICE=eth7\n" + settings, ReadIfcfg("eth7"));
-    EXPECT_FALSE(FileExists(IfcfgPath("eth1")));
-    EXPECT_EQ("eth7_mtu=\"1400\"\n", ReadFile(kInfo));
-    Shell("ip link set eth7 down; ip link set eth7 name eth1");
-  }
-  EXPECT_EQ((Lines{"/sbin/stop dhcp-client IFACE=eth1", "/sbin/start dhcp-client IFACE=eth7",
-                   "/sbin/stop dhcp-client IFACE=eth1", "/sbin/start dhcp-client IFACE=eth7"}),
-            RecordedCalls());
-  WriteIfcfg("eth1", "DEVICE=eth1\n");  // another port's file is no trace of a rename
-  Refused(ZARNNETERR_EXISTS, [] { return ZARNNetRenameEth("eth1", "eth7"); });
-  RemoveFile(IfcfgPath("eth7"));
-  WriteIfcfg("eth1", "DEVICE=eth1\n" + settings);
-  RecordTool("/sbin/start", 1);
-  KOPACErrSetEx(0, "", 0);
-  EXPECT_EQ(0, ZARNNetRenameEth("eth1", "eth7"));
-  EXPECT_EQ(ZARNNETERR_COMMAND, KOPACErrGet()) << "a port without its client";
-  EXPECT_TRUE(Contains(LogText(), "ZARNNetRenameEth(")) << LogText();
-}
-
 TEST(LinkEvents, NameTheInterface) {
   TELL(KOPANetIfLinkUpEvent("eth0"));
   TELL(KOPANetIfLinkDownEvent("bond0"));
