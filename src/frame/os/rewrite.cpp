@@ -65,11 +65,13 @@ std::vector<std::string> AbandonedTemporaries(std::string nameTemplate) {
 }
 
 Rewrite::Rewrite(const std::string& path) : Rewrite(path, path + ".XXXXXX") {
+  const int reason = errno;
   for (const std::string& left : AbandonedTemporaries(path + ".XXXXXX")) {
     if (IsMarked(left)) ::unlink(left.c_str());
   }
   mark_ = kMark;
   if (made_) ::fchmod(::fileno(file_.get()), mode_ | mark_);
+  errno = reason;
 }
 
 Rewrite::Rewrite(std::string path, const std::string& nameTemplate) : path_(std::move(path)) {

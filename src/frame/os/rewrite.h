@@ -28,7 +28,7 @@ class Rewrite {
  public:
   // The name has six signs behind the target's, as other files beside it may have: until it takes
   // the target's place it has the sticky bit, by which those that a killed writer has left are
-  // known. They go first.
+  // known. They go.
   explicit Rewrite(const std::string& path);
   // With the temporary file that is given, whose name others know: a left one goes first, so who
   // uses it holds a lock. Its mode is 0600.
