@@ -13,7 +13,7 @@ thread_local long left = -1;
 thread_local bool refuseAll = false;
 thread_local bool refused = false;
 
-bool Refuse() {
+[[maybe_unused]] bool Refuse() {
   if (left < 0 || left-- > 0) return false;
   if (refuseAll) left = 0;
   refused = true;
@@ -39,6 +39,8 @@ test::MemoryForTheTest::MemoryForTheTest() : left_(std::exchange(left, -1)) {}
 test::MemoryForTheTest::~MemoryForTheTest() {
   left = left_;
 }
+
+#ifndef __SANITIZE_THREAD__  // whose allocator is called before it is ready to be
 
 // A sanitizer's own, or the C library's.
 #define NEXT(name, ...) \
@@ -74,3 +76,4 @@ void* operator new(std::size_t size) {
   return next(size);
 }
 #pragma GCC visibility pop
+#endif
