@@ -1,0 +1,144 @@
+// Bonds: several ports as one.
+#include <algorithm>
+
+#include <zarnnetsdk/virtual.h>
+
+#include "document/machine.h"
+#include "document/section.h"
+#include "frame/model/bond_modes.h"
+#include "frame/model/ifcfg.h"
+#include "frame/model/ovs.h"
+#include "frame/model/paths.h"
+
+namespace change {
+namespace {
+
+namespace keys = frame::keys;
+
+Shape ShapeOf() {
+  std::vector<std::string> modes;
+  for (std::uint32_t mode = 1; mode <= frame::model::kLastMode; ++mode)
+    modes.emplace_back(ZARNNetLinkAggrModeToString(mode));
+  return Map(Format::kIfname, "Bonds by name",
+             Object("One bond",
+                    {{"mode", Word("How its ports share the traffic", std::move(modes)).Both()},
+                     {"slaves", List("Its ports, at least two", Text("A port", Format::kIfname, 15))
+                                    .Both()
+                                    .Unordered()},
+                     {"partner", Flag("802.3ad: does a switch answer").ReadOnly()}}));
+}
+
+// The mode whose options the file has, or whose number they begin with.
+std::string ModeIn(const std::string& options) {
+  for (std::uint32_t mode = 1; mode <= frame::model::kLastKernelMode; ++mode) {
+    const std::string number = grgBondDesc[mode].szKernelMode;
+    if ((options + " ").find("mode=" + number + " ") != std::string::npos)
+      return grgBondDesc[mode].szName;
+  }
+  return {};
+}
+
+Json Configured(const View&) {
+  Json bonds = Json::object();
+  for (const std::string& name : NamesIn(frame::paths::kIfcfgFolder, "ifcfg-")) {
+    if (name.ends_with(frame::model::kSavedSuffix)) continue;
+    const std::string path = frame::paths::Ifcfg(name);
+    const std::string mode = ModeIn(KeyOf(path, keys::kBondingOpts));
+    if (!mode.empty()) bonds[name]["mode"] = mode;
+    const std::string bond = KeyOf(path, keys::kMaster);
+    if (!bond.empty() && KeyOf(path, keys::kSlave) == "yes") bonds[bond]["slaves"].push_back(name);
+  }
+  return bonds.empty() ? Json() : bonds;
+}
+
+Json LiveBond(const ZARNLINKAGGROPT& record) {
+  Json bond{{"slaves", Json::array()}};
+  if (record.mode != ZARNBOND_NONE) bond["mode"] = ZARNNetLinkAggrModeToString(record.mode);
+  for (int i = 0; i < record.cSlave; ++i)
+    bond["slaves"].push_back(record.rgszSlave[i]);
+  if (record.mode == ZARNBOND_8023AD) bond["partner"] = record.blNoPartner == 0;
+  return bond;
+}
+
+Json Live(const View& view, const Json&) {
+  Json bonds = Json::object();
+  for (const auto& [name, link] : view.kernel.links) {
+    const bool bond = link.kind == "bond" || name.starts_with(frame::model::kOvsBondPrefix);
+    ZARNLINKAGGROPT record{};
+    if (bond && ZARNNetLinkAggrGet(name.c_str(), &record) == 0) bonds[name] = LiveBond(record);
+  }
+  return bonds.empty() ? Json() : bonds;
+}
+
+void Complain(const Path& path, const char* sentence, Findings* findings) {
+  findings->Add("bond", path, Severity::kUsage, sentence);
+}
+
+void SettleBond(const Path& path, Change* change, Findings* findings) {
+  const Json& bond = At(change->wanted, path);
+  if (!bond.is_object()) return;
+  const std::string mode = TextOf(Member(bond, "mode"));
+  auto slaves = TextsOf(Member(bond, "slaves"));
+  std::sort(slaves.begin(), slaves.end());
+  const bool twice = std::adjacent_find(slaves.begin(), slaves.end()) != slaves.end();
+  if (mode.empty()) Complain(path / "mode", "name the mode, such as \"active-backup\"", findings);
+  if (ZARNNetLinkAggrStringToMode(mode.c_str()) > frame::model::kLastKernelMode) {
+    Complain(path / "mode", "this mode is made by Open vSwitch itself: name one of the kernel's",
+             findings);
+  }
+  if (slaves.size() < 2 || twice)
+    Complain(path / "slaves", "a bond needs two different ports: name them", findings);
+  if (slaves.size() > ZARNLINKAGGR_MAX_SLAVE)
+    Complain(path / "slaves", "a bond has at most 32 ports", findings);
+}
+
+void Settle(Change* change, Findings* findings) {
+  for (const std::string& bond : change->NamedIn(Path("/bonds")))
+    SettleBond("bonds" / bond, change, findings);
+}
+
+bool SetBond(const std::string& name, const std::string& mode,
+             const std::vector<std::string>& slaves) {
+  ZARNLINKAGGROPT record{};
+  Fill(name, record.szName);
+  record.mode = ZARNNetLinkAggrStringToMode(mode.c_str());
+  for (const std::string& slave : slaves) {
+    if (ZARNNetLinkAggrOptSlsaveAdd(&record, slave.c_str()) != 0) return false;
+  }
+  return ZARNNetLinkAggrSet(&record) == 0;
+}
+
+bool RemoveBond(const std::string& name) {
+  ZARNLINKAGGROPT record{};
+  Fill(name, record.szName);
+  record.mode = ZARNBOND_NONE;
+  return ZARNNetLinkAggrSet(&record) == 0;
+}
+
+void PlanBond(const Change& change, const std::string& name, Steps* steps) {
+  const Path path = "bonds" / name;
+  if (!change.Concerns(path)) return;
+  const std::vector<std::string> touches{frame::paths::Ifcfg(name), frame::paths::kNetworkScript};
+  const Json& bond = At(change.wanted, path);
+  if (!bond.is_object()) {
+    steps->push_back({Phase::kRemoveBond, path, "remove the bond " + name, "ZARNNetLinkAggrSet",
+                      touches, [name] { return RemoveBond(name); }});
+    return;
+  }
+  const std::string mode = TextOf(bond["mode"]);
+  const auto slaves = TextsOf(bond["slaves"]);
+  steps->push_back({Phase::kMakeBond, path,
+                    "make " + name + " of " + Joined(slaves) + " (" + mode + ")",
+                    "ZARNNetLinkAggrSet", touches, [=] { return SetBond(name, mode, slaves); }});
+}
+
+void Plan(const Change& change, Steps* steps) {
+  for (const std::string& name : change.NamedIn(Path("/bonds")))
+    PlanBond(change, name, steps);
+}
+
+}  // namespace
+
+const Section kBonds{"bonds", ShapeOf, Configured, Live, Settle, Plan, AwaitNothing, ReviveNothing};
+
+}  // namespace change

@@ -1,0 +1,197 @@
+// Bridges: the library writes the parts in the interfaces' files, the start script makes them.
+#include <algorithm>
+#include <unistd.h>
+
+#include <zarnnetsdk/virtual.h>
+
+#include "document/machine.h"
+#include "document/section.h"
+#include "frame/model/ifcfg.h"
+#include "frame/model/paths.h"
+#include "record/programs.h"
+
+namespace change {
+namespace {
+
+namespace keys = frame::keys;
+using frame::paths::Ifcfg;
+using Texts = std::vector<std::string>;
+
+constexpr char kLocalLan[] = "local_lan";
+
+Shape ShapeOf() {
+  return Map(
+      Format::kIfname, "Bridges by name",
+      Object(
+          "One bridge",
+          {{"role", Word("An ordinary bridge, or that of the local LAN", {"bridge", kLocalLan})},
+           {"primary", Text("The port whose hardware address it has", Format::kIfname, 15)},
+           {"ports", List("Its ports", Text("A port", Format::kIfname, 15)).Both().Unordered()}}));
+}
+
+Json Configured(const View&) {
+  Json bridges = Json::object();
+  for (const std::string& name : NamesIn(frame::paths::kIfcfgFolder, "ifcfg-")) {
+    if (name.ends_with(frame::model::kSavedSuffix)) continue;
+    const std::string path = Ifcfg(name);
+    if (KeyOf(path, keys::kType) == "bridge") {
+      const bool local = KeyOf(path, keys::kLocalLan) == "yes";
+      bridges[name]["role"] = local ? kLocalLan : "bridge";
+      Put(&bridges[name], "primary", KeyOf(path, keys::kPrimary));
+    }
+    const std::string bridge = KeyOf(path, keys::kBridge);
+    if (!bridge.empty()) bridges[bridge]["ports"].push_back(name);
+  }
+  return bridges.empty() ? Json() : bridges;
+}
+
+Json Live(const View& view, const Json&) {
+  Json bridges = Json::object();
+  for (const auto& [name, link] : view.kernel.links) {
+    if (link.kind == "bridge") bridges[name] = {{"ports", view.kernel.MembersOf(name)}};
+  }
+  return bridges.empty() ? Json() : bridges;
+}
+
+void SettleBridge(const Path& path, Change* change, Findings* findings) {
+  Json& wanted = change->wanted[path];
+  if (!wanted.is_object()) return;
+  const auto complain = [&](const char* field, const char* sentence) {
+    findings->Add("bridge", path / field, Severity::kUsage, sentence);
+  };
+  const Texts ports = TextsOf(Member(wanted, "ports"));
+  if (ports.empty()) return complain("ports", "a bridge needs a port: name it");
+  if (!wanted.contains("role")) wanted["role"] = "bridge";
+  if (!wanted.contains("primary")) wanted["primary"] = ports.front();
+  const std::string primary = TextOf(wanted["primary"]);
+  if (std::find(ports.begin(), ports.end(), primary) == ports.end())
+    complain("primary", "the primary port is one of the bridge's ports");
+}
+
+void Settle(Change* change, Findings* findings) {
+  for (const std::string& bridge : change->NamedIn(Path("/bridges")))
+    SettleBridge("bridges" / bridge, change, findings);
+}
+
+// ---- steps
+
+ZARNNETIFSETTINGS SettingsOf(const std::string& ifname, const Json& ipv4) {
+  ZARNNETIFSETTINGS settings{};
+  settings.blOnBoot = 1;
+  Fill(ifname, settings.szName);
+  if (TextOf(Member(ipv4, "method")) != "static") return settings;
+  settings.blStatic = 1;
+  Fill(TextOf(Member(ipv4, "address")), settings.szIP);
+  Fill(MaskOf(NumberOf(Member(ipv4, "prefix"))), settings.szMask);
+  return settings;
+}
+
+bool Write(const std::string& ifname, std::uint32_t type, const std::string& reference,
+           const ZARNNETIFSETTINGS* settings) {
+  ZARNBRIDGEINFO info{};
+  info.type = type;
+  Fill(ifname, info.szName);
+  Fill(reference, info.szRef);
+  return ZARNNetSetBridgeConfig(settings, &info) == 0;
+}
+
+struct Bridge {
+  std::string name;
+  std::uint32_t type = ZARNBRIDGE_BRIDGE;
+  std::string primary;
+  Texts ports;
+  Texts leaving;   // ports of before that are none any more
+  Json addresses;  // of the bridge; of a port that leaves, by its name
+};
+
+bool Release(const std::string& port, const Json& ipv4) {
+  const ZARNNETIFSETTINGS settings = SettingsOf(port, ipv4);
+  return ZARNNetDisableBridgeSlave(&settings) == 0;
+}
+
+bool MakeBridge(const Bridge& bridge) {
+  const ZARNNETIFSETTINGS settings = SettingsOf(bridge.name, bridge.addresses[bridge.name]);
+  if (!Write(bridge.name, bridge.type, bridge.primary, &settings)) return false;
+  for (const std::string& port : bridge.ports) {
+    if (!Write(port, ZARNBRIDGE_PORT, bridge.name, nullptr)) return false;
+  }
+  for (const std::string& port : bridge.leaving) {
+    if (!Release(port, Member(bridge.addresses, port))) return false;
+  }
+  Texts all = bridge.ports;
+  all.insert(all.end(), bridge.leaving.begin(), bridge.leaving.end());
+  all.push_back(bridge.name);
+  static_cast<void>(RunStartScript("stop", all));  // what is not there cannot stop
+  return RunStartScript("start", all);
+}
+
+// The primary port gets the bridge's address back.
+bool RemoveBridge(const Bridge& bridge) {
+  Texts all = bridge.leaving;
+  all.push_back(bridge.name);
+  static_cast<void>(RunStartScript("stop", all));
+  for (const std::string& port : bridge.leaving) {
+    const bool heir = port == bridge.primary;
+    if (!Release(port, Member(bridge.addresses, heir ? bridge.name : port))) return false;
+  }
+  ::unlink((Ifcfg(bridge.name) + frame::model::kSavedSuffix).c_str());
+  if (::unlink(Ifcfg(bridge.name).c_str()) != 0) return false;
+  return RunStartScript("start", bridge.leaving);
+}
+
+// What the wish says, or of a new bridge what its primary port has.
+Json AddressesOf(const Change& change, const Bridge& bridge) {
+  Json addresses = Json::object();
+  const auto ipv4Of = [&](const std::string& ifname) {
+    return At(change.wanted, "interfaces" / ifname / "ipv4");
+  };
+  for (const std::string& port : bridge.leaving)
+    addresses[port] = ipv4Of(port);
+  const Json own = ipv4Of(bridge.name);
+  addresses[bridge.name] = own.is_null() ? ipv4Of(bridge.primary) : own;
+  return addresses;
+}
+
+Bridge BridgeOf(const Change& change, const std::string& name) {
+  const Json& before = At(change.before, "bridges" / name);
+  const Json& wanted = At(change.wanted, "bridges" / name);
+  Bridge bridge;
+  bridge.name = name;
+  bridge.ports = TextsOf(Member(wanted, "ports"));
+  if (TextOf(Member(wanted, "role")) == kLocalLan) bridge.type = ZARNBRIDGE_LOCAL_LAN;
+  bridge.primary = TextOf(Member(wanted.is_object() ? wanted : before, "primary"));
+  for (const std::string& port : TextsOf(Member(before, "ports"))) {
+    if (std::find(bridge.ports.begin(), bridge.ports.end(), port) == bridge.ports.end())
+      bridge.leaving.push_back(port);
+  }
+  bridge.addresses = AddressesOf(change, bridge);
+  return bridge;
+}
+
+void PlanBridge(const Change& change, const std::string& name, Steps* steps) {
+  const Path path = "bridges" / name;
+  if (!change.Concerns(path)) return;
+  const Bridge bridge = BridgeOf(change, name);
+  const std::vector<std::string> touches{Ifcfg(name), frame::paths::kNetworkScript};
+  if (At(change.wanted, path).is_object()) {
+    steps->push_back({Phase::kMakeBridge, path, "make " + name + " of " + Joined(bridge.ports),
+                      "ZARNNetSetBridgeConfig and the start script", touches,
+                      [bridge] { return MakeBridge(bridge); }});
+  } else {
+    steps->push_back({Phase::kRemoveBridge, path, "remove the bridge " + name,
+                      "ZARNNetDisableBridgeSlave and the start script", touches,
+                      [bridge] { return RemoveBridge(bridge); }});
+  }
+}
+
+void Plan(const Change& change, Steps* steps) {
+  for (const std::string& name : change.NamedIn(Path("/bridges")))
+    PlanBridge(change, name, steps);
+}
+
+}  // namespace
+
+const Section kBridges{"bridges", ShapeOf, Configured,   Live,
+                       Settle,    Plan,    AwaitNothing, ReviveNothing};
+
+}  // namespace change

@@ -1,0 +1,61 @@
+// Keys, folders and masks.
+#include "document/machine.h"
+
+#include <arpa/inet.h>
+#include <array>
+#include <filesystem>
+
+#include <zarnnetsdk/addr.h>
+
+namespace change {
+
+std::string KeyOf(const std::string& path, const char* key) {
+  std::array<char, 4096> value{};
+  const int length = KOPACFileGetKeyValue(path.c_str(), key, value.data(), value.size(), 0);
+  return length > 0 ? value.data() : "";
+}
+
+bool IsFile(const std::string& path) {
+  std::error_code none;
+  return std::filesystem::is_regular_file(path, none);
+}
+
+std::vector<std::string> NamesIn(const std::string& folder, const std::string& prefix) {
+  std::vector<std::string> names;
+  std::error_code none;
+  for (const auto& entry : std::filesystem::directory_iterator(folder, none)) {
+    const std::string name = entry.path().filename();
+    if (name.starts_with(prefix)) names.push_back(name.substr(prefix.size()));
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+bool EditKeys(const std::string& path, const Keys& set, const std::vector<const char*>& drop) {
+  Hash toSet;
+  Hash toDrop;
+  for (const auto& [key, value] : set)
+    toSet.Set(key, value);
+  for (const char* key : drop)
+    toDrop.Set(key, "");
+  return KOPACFileSetKeys(path.c_str(), toSet.Get(), toDrop.Get(), nullptr) == 0;
+}
+
+std::string MaskOf(long prefix) {
+  constexpr unsigned kBits = 32;
+  const std::uint32_t ones = prefix <= 0 ? 0 : ~0U << (kBits - static_cast<unsigned>(prefix));
+  const in_addr mask{htonl(ones)};
+  std::array<char, INET_ADDRSTRLEN> text{};
+  ::inet_ntop(AF_INET, &mask, text.data(), text.size());
+  return text.data();
+}
+
+long PrefixOf(const std::string& mask) {
+  return BlKOPAIsValidIpMask(mask.c_str()) == 1 ? ZARNNetNetmaskToPrefix(mask.c_str()) : 0;
+}
+
+std::string Cidr(const std::string& address, long prefix) {
+  return address + "/" + std::to_string(prefix);
+}
+
+}  // namespace change

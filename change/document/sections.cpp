@@ -1,0 +1,55 @@
+// The table of sections, and the document that they make.
+#include <algorithm>
+
+#include "document/section.h"
+
+namespace change {
+namespace {
+
+bool IsAsked(const std::vector<std::string>& sections, const char* name) {
+  return sections.empty() || std::find(sections.begin(), sections.end(), name) != sections.end();
+}
+
+}  // namespace
+
+const std::vector<Section>& Sections() {
+  static const std::vector<Section> sections{kHost,       kInterfaces, kBonds,      kBridges,
+                                             kVlans,      kDns,        kRoutes,     kTopology,
+                                             kDhcpServer, kPppoe,      kPppoeRelay, kTunnel};
+  return sections;
+}
+
+Shape DocumentShape() {
+  std::vector<std::pair<std::string, Shape>> fields{
+      {"version", Number("Version of the document's form", 1, 1)}};
+  for (const Section& section : Sections())
+    fields.emplace_back(section.name, section.shape());
+  return Object("The networking of an appliance", std::move(fields));
+}
+
+Json ReadConfigured(const View& view, const std::vector<std::string>& sections) {
+  Json document{{"version", 1}};
+  for (const Section& section : Sections()) {
+    if (IsAsked(sections, section.name)) Put(&document, section.name, section.configured(view));
+  }
+  return document;
+}
+
+Json ReadLive(const View& view, const Json& configured, const std::vector<std::string>& sections) {
+  Json document{{"version", 1}};
+  for (const Section& section : Sections()) {
+    if (IsAsked(sections, section.name))
+      Put(&document, section.name, section.live(view, Member(configured, section.name)));
+  }
+  return document;
+}
+
+Json WholeSchema() {
+  Json schema = SchemaOf(DocumentShape());
+  schema["$schema"] = "https://json-schema.org/draft/2020-12/schema";
+  schema["$id"] = "urn:zarnnet:state:1";
+  schema["title"] = "State of the networking, version 1";
+  return schema;
+}
+
+}  // namespace change

@@ -1,0 +1,107 @@
+// VLANs: one over an interface, which it takes the addresses of.
+#include <zarnnetsdk/virtual.h>
+
+#include "document/machine.h"
+#include "document/section.h"
+#include "frame/model/dhcp_files.h"
+#include "frame/model/ifcfg.h"
+#include "frame/model/paths.h"
+
+namespace change {
+namespace {
+
+namespace keys = frame::keys;
+
+Shape ShapeOf() {
+  return Map(
+      Format::kIfname, "VLANs by name, PARENT.ID; an interface carries one at most",
+      Object("One VLAN", {{"parent", Text("The interface below", Format::kIfname, 15).Both()},
+                          {"id", Number("Its number", 1, 4094).Both()}}));
+}
+
+Json Configured(const View&) {
+  Json vlans = Json::object();
+  for (const std::string& name : NamesIn(frame::paths::kIfcfgFolder, "ifcfg-")) {
+    const std::string path = frame::paths::Ifcfg(name);
+    const std::string parent = KeyOf(path, keys::kVlanParent);
+    const std::string id = KeyOf(path, keys::kVlanId);
+    if (parent.empty() || !Fits(id, Format::kNumber)) continue;
+    vlans[name] = {{"parent", parent}, {"id", std::stol(id)}};
+  }
+  return vlans.empty() ? Json() : vlans;
+}
+
+Json Live(const View& view, const Json&) {
+  Json vlans = Json::object();
+  for (const auto& [name, link] : view.kernel.links) {
+    if (link.kind == "vlan") vlans[name] = {{"parent", link.parent}, {"id", link.vlanId}};
+  }
+  return vlans.empty() ? Json() : vlans;
+}
+
+// The name tells what is not said.
+void SettleVlan(const std::string& name, Change* change, Findings* findings) {
+  const Path path = "vlans" / name;
+  Json& wanted = change->wanted[path];
+  if (!wanted.is_object()) return;
+  const std::size_t dot = name.rfind('.');
+  const std::string id = dot == std::string::npos ? "" : name.substr(dot + 1);
+  if (!wanted.contains("parent") && dot != std::string::npos)
+    wanted["parent"] = change->wish[path]["parent"] = name.substr(0, dot);
+  if (!wanted.contains("id") && Fits(id, Format::kNumber))
+    wanted["id"] = change->wish[path]["id"] = std::stol(id);
+  const std::string right =
+      TextOf(Member(wanted, "parent")) + "." + std::to_string(NumberOf(Member(wanted, "id")));
+  if (right != name) {
+    findings->Add("vlan", path, Severity::kUsage,
+                  "a VLAN's name is its parent and its id: name it " + right);
+  }
+}
+
+void Settle(Change* change, Findings* findings) {
+  for (const std::string& name : change->NamedIn(Path("/vlans")))
+    SettleVlan(name, change, findings);
+}
+
+ZARNNETIFSETTINGS SettingsOf(const Json& ipv4) {
+  ZARNNETIFSETTINGS settings{};
+  settings.blOnBoot = 1;
+  if (TextOf(Member(ipv4, "method")) != "static") return settings;
+  settings.blStatic = 1;
+  Fill(TextOf(Member(ipv4, "address")), settings.szIP);
+  Fill(MaskOf(NumberOf(Member(ipv4, "prefix"))), settings.szMask);
+  return settings;
+}
+
+void PlanVlan(const Change& change, const std::string& name, Steps* steps) {
+  const Path path = "vlans" / name;
+  if (!change.Concerns(path)) return;
+  const Json& before = At(change.before, path);
+  const Json& vlan = At(change.wanted, path);
+  const std::vector<std::string> touches{frame::paths::Ifcfg(name), frame::dhcp_files::kFolder,
+                                         frame::paths::kNetworkScript};
+  if (!vlan.is_object()) {
+    steps->push_back({Phase::kRemoveVlan, path, "remove the VLAN " + name, "KOPANetVlanRemove",
+                      touches, [name] { return KOPANetVlanRemove(name.c_str()) == 0; }});
+    return;
+  }
+  if (before.is_object() && change.kernel.Link(name) != nullptr) return;  // named by what it is
+  const std::string parent = TextOf(Member(vlan, "parent"));
+  const long id = NumberOf(Member(vlan, "id"));
+  const auto settings = SettingsOf(At(change.wanted, "interfaces" / name / "ipv4"));
+  steps->push_back(
+      {Phase::kMakeVlan, path, "make the VLAN " + name, "KOPANetVlanCreate", touches, [=] {
+         return KOPANetVlanCreate(parent.c_str(), static_cast<unsigned>(id), &settings) == 0;
+       }});
+}
+
+void Plan(const Change& change, Steps* steps) {
+  for (const std::string& name : change.NamedIn(Path("/vlans")))
+    PlanVlan(change, name, steps);
+}
+
+}  // namespace
+
+const Section kVlans{"vlans", ShapeOf, Configured, Live, Settle, Plan, AwaitNothing, ReviveNothing};
+
+}  // namespace change

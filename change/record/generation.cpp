@@ -1,0 +1,145 @@
+// Keeping and putting back files, kernel and DHCP clients as one.
+#include "record/generation.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <unistd.h>
+
+#include "frame/model/paths.h"
+#include "record/owned_files.h"
+#include "record/programs.h"
+
+namespace change {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+std::map<std::string, WholeFile> ReadFiles() {
+  std::map<std::string, WholeFile> files;
+  for (const std::string& path : OwnedFiles()) {
+    if (auto file = ReadWhole(path)) files.emplace(path, std::move(*file));
+  }
+  return files;
+}
+
+// The arguments of a process, its program's name first.
+Texts ArgumentsOf(const std::filesystem::path& process) {
+  std::ifstream file(process / "cmdline");
+  Texts arguments;
+  for (std::string argument; std::getline(file, argument, '\0');)
+    arguments.push_back(argument);
+  return arguments;
+}
+
+bool IsDhcpClient(const Texts& arguments) {
+  const auto has = [&](const char* word) {
+    return std::find(arguments.begin(), arguments.end(), word) != arguments.end();
+  };
+  return !arguments.empty() && arguments.front() == frame::paths::kDhclient && !has("-6") &&
+         !has("--zarn_test");
+}
+
+Texts FileDifferences(const Generation& before) {
+  Texts differences;
+  const auto now = ReadFiles();
+  for (const auto& [path, file] : before.files) {
+    const auto found = now.find(path);
+    if (found == now.end()) {
+      differences.push_back(path + " is gone");
+    } else if (found->second.bytes != file.bytes) {
+      differences.push_back(path + " has other content");
+    } else if (!(found->second == file)) {
+      differences.push_back(path + " has another mode, owner or attribute");
+    }
+  }
+  for (const auto& [path, file] : now) {
+    if (!before.files.contains(path)) differences.push_back(path + " is new");
+  }
+  return differences;
+}
+
+void PutBackFiles(const Generation& generation) {
+  std::set<std::string> paths;
+  for (const auto& [path, file] : generation.files)
+    paths.insert(path);
+  for (const std::string& path : OwnedFiles())
+    paths.insert(path);
+  for (const std::string& path : paths)
+    PutBackFile(generation, path);
+}
+
+Texts NamesOnlyIn(const Kernel& here, const Kernel& other) {
+  Texts names;
+  for (const auto& [name, link] : here.links) {
+    if (other.Link(name) == nullptr) names.push_back(name);
+  }
+  return names;
+}
+
+void PutBackClients(const Generation& generation) {
+  const auto now = InterfacesWithDhcpClient();
+  for (const std::string& ifname : now) {
+    if (!generation.dhcpClients.contains(ifname)) StopDhcpClient(ifname);
+  }
+  for (const std::string& ifname : generation.dhcpClients) {
+    if (!now.contains(ifname)) StartDhcpClient(ifname);
+  }
+}
+
+}  // namespace
+
+std::set<std::string> InterfacesWithDhcpClient() {
+  std::set<std::string> ifnames;
+  std::error_code none;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc", none)) {
+    const std::string name = entry.path().filename();
+    if (name.find_first_not_of("0123456789") != std::string::npos) continue;
+    const Texts arguments = ArgumentsOf(entry.path());
+    if (IsDhcpClient(arguments)) ifnames.insert(arguments.back());
+  }
+  return ifnames;
+}
+
+std::optional<Generation> KeepGeneration() {
+  auto kernel = ReadKernel();
+  if (!kernel) return std::nullopt;
+  return Generation{ReadFiles(), std::move(*kernel), InterfacesWithDhcpClient()};
+}
+
+std::vector<std::string> DifferencesFrom(const Generation& generation) {
+  Texts differences = FileDifferences(generation);
+  const auto kernel = ReadKernel();
+  if (!kernel) return {"the kernel cannot be asked"};
+  const Texts ofKernel = DifferencesOf(generation.kernel, *kernel);
+  differences.insert(differences.end(), ofKernel.begin(), ofKernel.end());
+  if (InterfacesWithDhcpClient() != generation.dhcpClients)
+    differences.push_back("DHCP clients run on other interfaces");
+  return differences;
+}
+
+void PutBackFile(const Generation& generation, const std::string& path) {
+  const auto kept = generation.files.find(path);
+  const auto now = ReadWhole(path);
+  // What cannot be put back is found when all is compared.
+  if (kept == generation.files.end()) {
+    if (now) static_cast<void>(::unlink(path.c_str()));
+  } else if (!now || !(*now == kept->second)) {
+    static_cast<void>(WriteWhole(path, kept->second));
+  }
+}
+
+void PutBack(const Generation& generation) {
+  const auto changed = ReadKernel();
+  if (!changed) return PutBackFiles(generation);
+  const Texts made = NamesOnlyIn(*changed, generation.kernel);
+  if (!made.empty()) RunStartScript("stop", made);
+  PutBackFiles(generation);
+  const Texts gone = NamesOnlyIn(generation.kernel, *changed);
+  if (!gone.empty()) RunStartScript("start", gone);
+  PutBackClients(generation);
+  PutBack(generation.kernel);
+  PutBackFiles(generation);  // scripts that ran meanwhile may have written
+}
+
+}  // namespace change

@@ -1,0 +1,56 @@
+// Which files are the library's own: the setters write these and no others.
+#include "record/owned_files.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "frame/model/dhcp_files.h"
+#include "frame/model/paths.h"
+
+namespace change {
+namespace {
+
+namespace paths = frame::paths;
+
+constexpr const char* kFiles[] = {
+    paths::kInfo,
+    paths::kHostname,
+    paths::kHosts,
+    paths::kNetwork,
+    paths::kResolv,
+    paths::kResolvStatic,
+    paths::kLearnedServersV4,
+    paths::kLearnedServersV6,
+    paths::kTunnelPassword,
+    paths::kPppoeConf,
+    paths::kPapSecrets,
+    kTunnelService,
+};
+
+// Folders, and how the names of their files begin.
+struct Names {
+  const char* folder;
+  const char* prefix;
+};
+constexpr Names kNames[] = {
+    {paths::kIfcfgFolder, "ifcfg-"}, {frame::dhcp_files::kFolder, "dhcpd"},
+    {paths::kPppoeRelayFolder, ""},  {"/etc/dhclient/ipv4", "dhcpcd-"},
+    {"/tmp", "dhcpv4.leases."},      {"/tmp", "zarnpppoe.intf"},
+};
+
+}  // namespace
+
+std::vector<std::string> OwnedFiles() {
+  std::vector<std::string> owned(std::begin(kFiles), std::end(kFiles));
+  for (const Names& names : kNames) {
+    std::error_code none;
+    for (const auto& entry : std::filesystem::directory_iterator(names.folder, none)) {
+      const std::string name = entry.path().filename();
+      if (name.starts_with(names.prefix) && !name.ends_with(".pid")) owned.push_back(entry.path());
+    }
+  }
+  std::sort(owned.begin(), owned.end());
+  return owned;
+}
+
+}  // namespace change

@@ -1,0 +1,15 @@
+// The files that changes write, and keep beforehand.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace change {
+
+// The tunnel's service: whether it is meant to run.
+inline constexpr char kTunnelService[] = "/etc/zarnservice/zarntunnel.conf";
+
+// Those that may be there now, sorted.
+std::vector<std::string> OwnedFiles();
+
+}  // namespace change

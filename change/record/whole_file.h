@@ -1,0 +1,27 @@
+// A file as it is: its content, mode, owner and extended attributes.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <sys/types.h>
+
+namespace change {
+
+struct WholeFile {
+  std::string bytes;
+  mode_t mode = 0;
+  uid_t owner = 0;
+  gid_t group = 0;
+  std::map<std::string, std::string> attributes;
+
+  bool operator==(const WholeFile&) const = default;
+};
+
+// Empty when there is none, or what is there is no regular file. Links are not followed.
+std::optional<WholeFile> ReadWhole(const std::string& path);
+
+// Replaces the file by this one: beside it, synced, renamed over it. False when that fails.
+bool WriteWhole(const std::string& path, const WholeFile& file);
+
+}  // namespace change

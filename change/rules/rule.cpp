@@ -1,0 +1,74 @@
+// Questions about the machine as it shall be.
+#include "rules/rule.h"
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <array>
+#include <set>
+#include <sys/socket.h>
+
+namespace change {
+
+std::uint32_t NumberOfIpv4(const std::string& address) {
+  in_addr number{};
+  return ::inet_pton(AF_INET, address.c_str(), &number) == 1 ? ntohl(number.s_addr) : 0;
+}
+
+std::string Ipv4Text(std::uint32_t number) {
+  const in_addr address{htonl(number)};
+  std::array<char, INET_ADDRSTRLEN> text{};
+  ::inet_ntop(AF_INET, &address, text.data(), text.size());
+  return text.data();
+}
+
+std::optional<Subnet> SubnetOf(const Change& change, const std::string& ifname) {
+  const Path path = "interfaces" / ifname / "ipv4";
+  const bool live = !change.wish.contains(path) && At(change.live, path).contains("address");
+  const Json& ipv4 = At(live ? change.live : change.wanted, path);
+  if (!live && TextOf(Member(ipv4, "method")) != "static") return std::nullopt;
+  const std::string address = TextOf(Member(ipv4, "address"));
+  if (address.empty()) return std::nullopt;
+  return Subnet{address, NumberOfIpv4(address),
+                NumberOfIpv4(MaskOf(NumberOf(Member(ipv4, "prefix"))))};
+}
+
+std::vector<std::string> AllInterfaces(const Change& change) {
+  std::set<std::string> names;
+  for (const Json* const document : {&change.wanted, &change.live}) {
+    const Json& interfaces = Member(*document, "interfaces");
+    if (!interfaces.is_object()) continue;
+    for (const auto& [name, interface] : interfaces.items())
+      names.insert(name);
+  }
+  return {names.begin(), names.end()};
+}
+
+std::string MasterOf(const Change& change, const std::string& ifname) {
+  const struct {
+    const char* section;
+    const char* members;
+    const char* word;
+  } kinds[] = {{"bonds", "slaves", "the bond "}, {"bridges", "ports", "the bridge "}};
+  for (const auto& kind : kinds) {
+    const Json& masters = Member(change.wanted, kind.section);
+    if (!masters.is_object()) continue;
+    for (const auto& [name, master] : masters.items()) {
+      const auto members = TextsOf(Member(master, kind.members));
+      if (std::find(members.begin(), members.end(), ifname) != members.end())
+        return kind.word + name;
+    }
+  }
+  return {};
+}
+
+std::vector<std::string> VlansOver(const Change& change, const std::string& ifname) {
+  std::vector<std::string> names;
+  const Json& vlans = Member(change.wanted, "vlans");
+  if (!vlans.is_object()) return names;
+  for (const auto& [name, vlan] : vlans.items()) {
+    if (TextOf(Member(vlan, "parent")) == ifname) names.push_back(name);
+  }
+  return names;
+}
+
+}  // namespace change

@@ -1,0 +1,12 @@
+// What is refused, or done only when insisted on, before anything is touched. A rule is one
+// function and its line in the table; its sentence names the way out.
+#pragma once
+
+#include "steps/change_state.h"
+
+namespace change {
+
+// All rules, each asked once.
+void JudgeByRules(const Change& change, Findings* findings);
+
+}  // namespace change

@@ -1,0 +1,105 @@
+// A change under way: what is wished, what the machine is, what it shall be, and what is found.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "json.h"
+#include "record/kernel.h"
+
+namespace change {
+
+struct Options {
+  bool insist = false;
+  bool keep = false;
+  bool probe = true;
+  bool secrets = false;
+  long wait = 5;  // seconds
+  std::string view = "configured";
+  std::string program = "a program";
+  std::vector<std::string> sections;
+  std::vector<Path> restart;
+};
+
+// A field that is not as wished. A side that cannot show the field has none.
+struct Difference {
+  Path path;
+  Json wanted;
+  std::optional<Json> files;
+  std::optional<Json> kernel;
+};
+
+// What comes later, or what a reader shall know, about a path.
+struct Remark {
+  Path path;
+  std::string sentence;
+};
+
+enum class Severity { kUsage, kNotFound, kRefused, kInsistable, kWarning };
+
+struct Finding {
+  std::string rule;
+  Path path;
+  Severity severity;
+  std::string sentence;
+};
+
+class Findings {
+ public:
+  void Add(const char* rule, const Path& path, Severity severity, std::string sentence) {
+    list_.push_back({rule, path, severity, std::move(sentence)});
+  }
+  [[nodiscard]] const std::vector<Finding>& List() const { return list_; }
+
+ private:
+  std::vector<Finding> list_;
+};
+
+struct Change {
+  Options options;
+  Json wish;    // what is named, with what follows from it
+  Json before;  // what is configured
+  Json live;    // what the kernel has and what runs
+  Json wanted;  // what shall be configured
+  Kernel kernel;
+  std::vector<Difference> differences;
+
+  // Has the change to do something about it: a difference there, or a restart that is asked for?
+  [[nodiscard]] bool Concerns(const Path& path) const;
+  [[nodiscard]] bool Restarts(const Path& path) const;
+  // The entries of a map that the wish names, wanted or not.
+  [[nodiscard]] std::vector<std::string> NamedIn(const Path& map) const;
+};
+
+// When a step is taken: makes before uses, and what is removed goes in the reverse order.
+enum class Phase {
+  kRename,
+  kFreeUses,
+  kRemoveBridge,
+  kRemoveVlan,
+  kRemoveBond,
+  kMakeBond,
+  kMakeVlan,
+  kMakeBridge,
+  kLink,
+  kMtu,
+  kAddress,
+  kRoute,
+  kNames,
+  kSettings,
+  kServices,
+};
+
+struct Step {
+  Phase phase;
+  Path path;
+  std::string what;                  // "give eth0 the address 192.168.50.10/24"
+  std::string setter;                // the call
+  std::vector<std::string> touches;  // files and programs
+  std::function<bool()> call;
+};
+
+using Steps = std::vector<Step>;
+
+}  // namespace change

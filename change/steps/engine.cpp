@@ -1,0 +1,425 @@
+// The steps of a change: read, check, lock, keep, act, read again, compare; keep or put back.
+#include "steps/engine.h"
+
+#include <algorithm>
+#include <chrono>
+#include <unistd.h>
+
+#include <zarncore/zarncore.h>
+#include <zarnnetsdk/error.h>
+
+#include "document/section.h"
+#include "record/change_lock.h"
+#include "record/generation.h"
+#include "rules/rules.h"
+#include "steps/compare.h"
+#include "steps/repair.h"
+#include "steps/signals.h"
+
+namespace change {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// The network configuration as the library locks it: its readers and setters take it inside, which
+// nests.
+class NetworkLock {
+ public:
+  explicit NetworkLock(long seconds)
+      : held_(KOPACFileLock(kExclusive, static_cast<int>(std::max(seconds, 1L))) == 0) {}
+  ~NetworkLock() {
+    if (held_) KOPACFileUnlock(kClass);
+  }
+  NetworkLock(const NetworkLock&) = delete;
+  NetworkLock& operator=(const NetworkLock&) = delete;
+  [[nodiscard]] bool IsHeld() const { return held_; }
+
+ private:
+  static constexpr int kClass = 0x100;
+  static constexpr int kExclusive = 0x106;
+  bool held_;
+};
+
+Report End(Report report, int result, std::string reason) {
+  report.result = result;
+  report.reason = std::move(reason);
+  return report;
+}
+
+// ---- reading
+
+// The sections that the wish is about, and those that it is judged by.
+std::vector<std::string> SectionsToRead(const Change& change) {
+  std::vector<std::string> names{"interfaces", "bonds", "bridges", "vlans", "dns", "routes"};
+  for (const Section& section : Sections()) {
+    const Path path = Path() / section.name;
+    const bool restarts = std::any_of(change.options.restart.begin(), change.options.restart.end(),
+                                      [&](const Path& restart) { return Leads(path, restart); });
+    const bool known = std::find(names.begin(), names.end(), section.name) != names.end();
+    // Bonds and VLANs take the DHCP server with them.
+    const bool taken = std::string(section.name) == "dhcp_server" &&
+                       (change.wish.contains("bonds") || change.wish.contains("vlans"));
+    if (!known && (restarts || taken || change.wish.contains(section.name)))
+      names.emplace_back(section.name);
+  }
+  return names;
+}
+
+bool ReadMachine(Change* change) {
+  auto kernel = ReadKernel();
+  if (!kernel) return false;
+  change->kernel = std::move(*kernel);
+  const View view{change->kernel, true, InterfacesWithDhcpClient()};
+  const auto sections = SectionsToRead(*change);
+  change->before = ReadConfigured(view, sections);
+  change->live = ReadLive(view, change->before, sections);
+  return true;
+}
+
+void Settle(Change* change, Findings* findings) {
+  change->wanted = change->before;
+  change->wanted.merge_patch(change->wish);
+  for (const Section& section : Sections()) {
+    if (change->wish.contains(section.name)) section.settle(change, findings);
+  }
+}
+
+void Compare(Change* change) {
+  change->differences =
+      DifferencesOf(change->wish, change->wanted, change->before, change->live, DocumentShape());
+}
+
+// ---- judging
+
+int ResultOf(const std::vector<Finding>& findings, bool insist) {
+  const auto has = [&](Severity severity) {
+    return std::any_of(findings.begin(), findings.end(),
+                       [&](const Finding& finding) { return finding.severity == severity; });
+  };
+  if (has(Severity::kUsage)) return ZARNNETCHANGE_USAGE;
+  if (has(Severity::kNotFound)) return ZARNNETCHANGE_NOT_FOUND;
+  if (has(Severity::kRefused) || (has(Severity::kInsistable) && !insist))
+    return ZARNNETCHANGE_REFUSED;
+  return ZARNNETCHANGE_DONE;
+}
+
+// The sentence of the finding that decides.
+std::string ReasonOf(const std::vector<Finding>& findings, int result) {
+  for (const Finding& finding : findings) {
+    const bool decides =
+        (result == ZARNNETCHANGE_USAGE && finding.severity == Severity::kUsage) ||
+        (result == ZARNNETCHANGE_NOT_FOUND && finding.severity == Severity::kNotFound) ||
+        (result == ZARNNETCHANGE_REFUSED &&
+         (finding.severity == Severity::kRefused || finding.severity == Severity::kInsistable));
+    if (decides) return finding.path.to_string() + ": " + finding.sentence;
+  }
+  return "nothing speaks against it";
+}
+
+Steps StepsOf(const Change& change) {
+  Steps steps;
+  for (const Section& section : Sections())
+    section.plan(change, &steps);
+  std::stable_sort(steps.begin(), steps.end(),
+                   [](const Step& a, const Step& b) { return a.phase < b.phase; });
+  return steps;
+}
+
+// The form, what follows from the wish, and the rules. False when the change ends here.
+bool Judge(Change* change, Report* report) {
+  Findings findings;
+  for (const Fault& fault : FaultsOf(change->wish, DocumentShape()))
+    findings.Add("document", fault.path, Severity::kUsage, fault.sentence);
+  if (findings.List().empty()) {
+    if (!ReadMachine(change)) {
+      *report =
+          End(*report, ZARNNETCHANGE_FAILED, "the kernel cannot be asked about its interfaces");
+      return false;
+    }
+    Settle(change, &findings);
+    if (ResultOf(findings.List(), false) != ZARNNETCHANGE_USAGE) {
+      Compare(change);
+      JudgeByRules(*change, &findings);
+    }
+  }
+  report->findings = findings.List();
+  report->result = ResultOf(report->findings, change->options.insist);
+  report->reason = ReasonOf(report->findings, report->result);
+  return report->result == ZARNNETCHANGE_DONE;
+}
+
+void NotePlanned(const Change& change, Report* report) {
+  for (Step& step : StepsOf(change))
+    report->steps.emplace_back().step = std::move(step);
+}
+
+// ---- acting
+
+// False when the step failed, with the setter's code in words.
+bool Take(StepReport* report) {
+  ZARNNetErrorClear();
+  if (report->step.call()) {
+    report->state = StepReport::State::kDone;
+    return true;
+  }
+  report->state = StepReport::State::kFailed;
+  report->code = KOPACErrGet();
+  const char* const words = ZARNNetErrorText(report->code);
+  report->reason = report->code != 0 && words != nullptr ? words : "a program failed";
+  if (report->code != 0)
+    report->place = std::string(KOPACErrorGetFile()) + ":" + std::to_string(KOPACErrorGetLine());
+  return false;
+}
+
+bool TakeAll(Report* report, const Progress& progress) {
+  const auto begin = Clock::now();
+  for (std::size_t i = 0; i < report->steps.size(); ++i) {
+    const std::chrono::duration<double> past = Clock::now() - begin;
+    progress(i + 1, report->steps.size(), report->steps[i].step.what, past.count());
+    if (!Take(&report->steps[i])) return false;
+  }
+  return true;
+}
+
+// The file or program that it was about, and what to do.
+std::string AdviceOn(const StepReport& step) {
+  const auto& touches = step.step.touches;
+  if (touches.empty()) return {};
+  switch (step.code) {
+    case ZARNNETERR_OPEN:
+    case ZARNNETERR_WRITE:
+    case ZARNNETERR_RENAME:
+      return " (" + touches.front() + "): see that the disk is neither full nor read-only";
+    case ZARNNETERR_READ:
+    case ZARNNETERR_UNEXPECTED_CONTENT:
+      return " (" + touches.front() + "): see what the file holds";
+    case ZARNNETERR_LOCK:
+      return ": try again when the other has ended";
+    default:
+      return " (" + touches.back() + "): the system log has more";
+  }
+}
+
+std::string FailureOf(const Report& report) {
+  for (const StepReport& step : report.steps) {
+    if (step.state == StepReport::State::kFailed)
+      return "could not " + step.step.what + ": " + step.reason + AdviceOn(step);
+  }
+  return "a step failed";
+}
+
+// What runs follows the files again: of the sections that had a step, and the DHCP server, which
+// the making of bonds and VLANs starts anew.
+void Revive(const Change& change, Report* report) {
+  for (const Section& section : Sections()) {
+    const bool server = std::string(section.name) == "dhcp_server";
+    const bool stepped =
+        std::any_of(report->steps.begin(), report->steps.end(), [&](const StepReport& step) {
+          const bool own = Leads(Path() / section.name, step.step.path);
+          const bool taken = step.state != StepReport::State::kPlanned;
+          return taken && (own ? step.step.phase == Phase::kServices
+                               : server && step.step.phase < Phase::kLink);
+        });
+    if (stepped && !section.revive(change))
+      report->problems.push_back(std::string(section.name) + " does not run as it did");
+  }
+}
+
+void PutAllBack(const Change& change, const Generation& generation, Report* report) {
+  PutBack(generation);
+  Revive(change, report);
+  for (std::string& difference : DifferencesFrom(generation))
+    report->problems.push_back(std::move(difference));
+  report->restored = report->problems.empty();
+  if (*report->restored) {
+    report->reason += "; everything was put back";
+    return;
+  }
+  report->result = ZARNNETCHANGE_NOT_PUT_BACK;
+  report->reason += "; not everything could be put back: " + report->problems.front();
+}
+
+// ---- comparing
+
+bool IsAwaited(const Difference& difference, const std::vector<Remark>& awaited) {
+  const bool stored = !difference.files || *difference.files == difference.wanted;
+  return stored && std::any_of(awaited.begin(), awaited.end(), [&](const Remark& remark) {
+           return Leads(remark.path, difference.path);
+         });
+}
+
+// Reads the machine again. What is left of the differences is not as wished.
+bool CompareAgain(Change* change, Report* report) {
+  Change now = *change;
+  if (!ReadMachine(&now)) return false;
+  for (const Section& section : Sections()) {
+    if (change->wish.contains(section.name)) section.await(*change, now.live, &report->awaited);
+  }
+  report->differences =
+      DifferencesOf(change->wish, change->wanted, now.before, now.live, DocumentShape());
+  std::erase_if(report->differences, [&](const Difference& difference) {
+    return IsAwaited(difference, report->awaited);
+  });
+  return true;
+}
+
+// A difference that an address's detection of duplicates or a link's start makes settles by itself.
+bool CompareUntilSettled(Change* change, Report* report) {
+  constexpr int kLooks = 5;
+  constexpr useconds_t kPause = 100000;
+  for (int look = 1;; ++look) {
+    report->awaited.clear();
+    if (!CompareAgain(change, report)) return false;
+    const bool mayCome = std::any_of(
+        report->differences.begin(), report->differences.end(), [](const Difference& difference) {
+          return difference.kernel && *difference.kernel != difference.wanted;
+        });
+    if (!mayCome || look == kLooks) return true;
+    ::usleep(kPause);
+  }
+}
+
+std::string Side(const char* name, const std::optional<Json>& found) {
+  if (!found) return {};
+  const Json shown = found->is_object() ? Json("there") : *found;
+  return std::string(", ") + name + (shown.is_null() ? " nothing" : " " + shown.dump());
+}
+
+std::string OtherwiseReason(const Report& report) {
+  const Json first = ToJson(report.differences, DocumentShape()).front();
+  const auto side = [&](const char* name) -> std::optional<Json> {
+    return first.contains(name) ? std::optional(first[name]) : std::nullopt;
+  };
+  const std::string wanted = first["wanted"].is_null() ? "nothing" : first["wanted"].dump();
+  return "the steps succeeded, and the machine is not as wished: " + TextOf(first["path"]) +
+         ": wanted " + wanted + Side("the files have", side("files")) +
+         Side("the kernel has", side("kernel"));
+}
+
+std::string DoneReason(const Report& report) {
+  if (report.steps.empty()) return "the machine is as wished already";
+  if (!report.awaited.empty()) return "done; " + report.awaited.front().sentence;
+  if (!report.lost.empty()) return "done; " + report.lost.front();
+  return "done";
+}
+
+Report ActAndCompare(Change* change, const Generation& generation, Report report,
+                     const Progress& progress) {
+  if (!TakeAll(&report, progress)) {
+    report = End(report, ZARNNETCHANGE_FAILED, FailureOf(report));
+    PutAllBack(*change, generation, &report);
+    return report;
+  }
+  const Repairs repairs = Repair(*change, generation);
+  if (!CompareUntilSettled(change, &report)) {
+    report = End(report, ZARNNETCHANGE_FAILED, "the kernel cannot be asked about its interfaces");
+    PutAllBack(*change, generation, &report);
+    return report;
+  }
+  const bool asWished = report.differences.empty();
+  if (!asWished) report = End(report, ZARNNETCHANGE_OTHERWISE, OtherwiseReason(report));
+  if (!asWished && !change->options.keep) {
+    PutAllBack(*change, generation, &report);
+    return report;
+  }
+  report.repaired = repairs.made;
+  report.lost = repairs.lost;
+  if (asWished) return End(report, ZARNNETCHANGE_DONE, DoneReason(report));
+  report.reason += "; kept as it is";
+  return report;
+}
+
+Report ApplyLocked(Change* change, Report report, const Progress& progress) {
+  if (!Judge(change, &report)) return report;
+  NotePlanned(*change, &report);
+  if (report.steps.empty()) return End(report, ZARNNETCHANGE_DONE, DoneReason(report));
+  const NetworkLock network(change->options.wait);
+  if (!network.IsHeld())
+    return End(report, ZARNNETCHANGE_BUSY, "another process holds the network configuration");
+  const auto generation = KeepGeneration();
+  if (!generation)
+    return End(report, ZARNNETCHANGE_FAILED, "the kernel cannot be asked about its interfaces");
+  const SignalsHeldOff signals;
+  return ActAndCompare(change, *generation, std::move(report), progress);
+}
+
+Report Busy(Report report) {
+  report.holder = ChangeLock::Holder();
+  const Json& holder = report.holder;
+  std::string reason = "somebody else is making a change";
+  if (holder.contains("pid")) {
+    reason = TextOf(Member(holder, "program")) + " (process " + holder["pid"].dump() +
+             ") is making a change since " + TextOf(Member(holder, "since"));
+  }
+  return End(report, ZARNNETCHANGE_BUSY, std::move(reason));
+}
+
+Change Begin(const Json& wish, const Options& options) {
+  Change change;
+  change.wish = wish;
+  change.options = options;
+  return change;
+}
+
+}  // namespace
+
+bool Change::Restarts(const Path& path) const {
+  return std::find(options.restart.begin(), options.restart.end(), path) != options.restart.end();
+}
+
+bool Change::Concerns(const Path& path) const {
+  return std::any_of(differences.begin(), differences.end(),
+                     [&](const Difference& difference) { return Meet(path, difference.path); });
+}
+
+std::vector<std::string> Change::NamedIn(const Path& map) const {
+  std::vector<std::string> names;
+  const Json& entries = At(wish, map);
+  if (!entries.is_object()) return names;
+  for (const auto& [name, value] : entries.items())
+    names.push_back(name);
+  return names;
+}
+
+Report Compare(const Json& wish, const Options& options) {
+  Change change = Begin(wish, options);
+  Report report;
+  Findings findings;
+  for (const Fault& fault : FaultsOf(wish, DocumentShape()))
+    findings.Add("document", fault.path, Severity::kUsage, fault.sentence);
+  if (findings.List().empty()) {
+    if (!ReadMachine(&change))
+      return End(report, ZARNNETCHANGE_FAILED, "the kernel cannot be asked about its interfaces");
+    Settle(&change, &findings);
+    Compare(&change);
+  }
+  report.findings = findings.List();
+  const int result = ResultOf(report.findings, true);
+  if (result == ZARNNETCHANGE_USAGE) return End(report, result, ReasonOf(report.findings, result));
+  report.differences = change.differences;
+  if (report.differences.empty())
+    return End(report, ZARNNETCHANGE_DONE, "the machine is as wished");
+  return End(report, ZARNNETCHANGE_OTHERWISE, "the machine is not as wished");
+}
+
+Report Check(const Json& wish, const Options& options) {
+  Change change = Begin(wish, options);
+  Report report;
+  if (Judge(&change, &report)) NotePlanned(change, &report);
+  return report;
+}
+
+Report Apply(const Json& wish, const Options& options, const Progress& progress) {
+  Change change = Begin(wish, options);
+  if (::geteuid() != 0) {
+    Report report;
+    if (Judge(&change, &report))
+      return End(report, ZARNNETCHANGE_NOT_ALLOWED, "only root may change the network");
+    return report;
+  }
+  const ChangeLock lock(options.program, options.wait);
+  if (!lock.IsHeld()) return Busy({});
+  return ApplyLocked(&change, {}, progress);
+}
+
+}  // namespace change

@@ -1,0 +1,114 @@
+/* Changes that can be trusted: looked at first, made as a whole, compared with the machine afterwards, and put back when
+ * they are not what was asked for. The state of the machine's networking is one JSON document (UTF-8), whose fields
+ * state-1.json describes; ZARNNetChangeSchema() returns the same text.
+ *
+ * A wish is a part of that document, merged into it as RFC 7396 says: what is named is wanted, what is not named stays,
+ * null removes. {"interfaces": {"eth0": {"ipv4": {"address": "192.168.50.10", "prefix": 24}}}}
+ *
+ * Every function answers a ZARNNETCHANGE_... and, through its last argument, a text that ZARNNetChangeFree() frees; null
+ * where there was no memory for it. It never throws. Paths in these texts are JSON pointers (RFC 6901).
+ * The functions may be called by several threads. One change is made at a time on the machine: a second one, also of
+ * another process, waits for options.wait seconds and is told who holds the first. */
+#pragma once
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** What came of a call; the tool's exit status. */
+enum {
+  ZARNNETCHANGE_DONE = 0,        /* in effect; what can only come later (a lease) is named */
+  ZARNNETCHANGE_FAILED = 1,      /* a step failed, and everything was put back */
+  ZARNNETCHANGE_USAGE = 2,       /* no document, no such field, a value that cannot be meant */
+  ZARNNETCHANGE_REFUSED = 3,     /* a rule refuses it; nothing was touched */
+  ZARNNETCHANGE_OTHERWISE = 4,   /* the steps succeeded; the machine is not as wished */
+  ZARNNETCHANGE_BUSY = 5,        /* somebody else is making a change */
+  ZARNNETCHANGE_NOT_ALLOWED = 6, /* only root may */
+  ZARNNETCHANGE_NOT_FOUND = 7,   /* it names an interface or a thing that there is not */
+  ZARNNETCHANGE_NOT_PUT_BACK = 8 /* it failed, and was not put back wholly */
+};
+
+/** Told what a change is doing, {"step": 2, "steps": 5, "what": "...", "seconds": 0.8}, on the calling thread while the
+ * change is under way. The text is gone when it returns. It must not call these functions, nor throw. */
+typedef void (*PFNZARNNETCHANGE)(const char* szProgress, void* pContext);
+
+/**
+ * Reads the state of the machine.
+ * @param szOptions  null, or a JSON object:
+ *                   "view": "configured" (the files; what a wish is merged into), "live" (the kernel and what runs) or
+ *                           "both" (an object with these two), "configured" without it;
+ *                   "sections": a list of the sections wanted, all without it;
+ *                   "secrets": true puts passwords into the document (root only; false without it)
+ * @param ppszState  receives the document, or {"result": ..., "reason": ...} when there is none
+ * @return ZARNNETCHANGE_DONE, _USAGE, _NOT_ALLOWED (secrets), _FAILED (the kernel cannot be asked)
+ * Locks: those of the library's readers. What another user than root may not read is left out.
+ *
+ *     char* szState = NULL;
+ *     if (ZARNNetChangeRead("{\"sections\": [\"interfaces\"]}", &szState) == ZARNNETCHANGE_DONE) puts(szState);
+ *     ZARNNetChangeFree(szState);
+ */
+int ZARNNetChangeRead(const char* szOptions, char** ppszState);
+
+/**
+ * Compares a wish with the machine; changes nothing.
+ * @param ppszReport  receives the report of ZARNNetChangeApply() with the differences and without steps
+ * @return ZARNNETCHANGE_DONE (no difference), _OTHERWISE, _USAGE, _FAILED
+ */
+int ZARNNetChangeCompare(const char* szWish, const char* szOptions, char** ppszReport);
+
+/**
+ * Checks a wish: its form, and the rules. Changes nothing; asks the network for an address that is to be set, unless
+ * "probe" is false.
+ * @param szOptions   as for ZARNNetChangeApply()
+ * @param ppszReport  receives the report, with the findings and the steps that a change would take
+ * @return ZARNNETCHANGE_DONE (it may be applied), _USAGE, _REFUSED, _NOT_FOUND, _FAILED
+ */
+int ZARNNetChangeCheck(const char* szWish, const char* szOptions, char** ppszReport);
+
+/**
+ * Makes a change: checks the wish, keeps what the machine's files and kernel are, takes the steps, reads the machine again
+ * and compares it with the wish; whatever fails, everything is put back and compared with what was kept. SIGHUP, SIGINT
+ * and SIGTERM are held off on the calling thread from the first step to the end. Needs root.
+ * @param szWish      the wish
+ * @param szOptions   null, or a JSON object:
+ *                    "insist": true does what rules refuse that can be insisted on;
+ *                    "keep": true keeps a change that is stored and not in effect (a driver or partner yet to come);
+ *                    "wait": seconds to wait for another change to end, 0 to 3600, 5 without it;
+ *                    "probe": false does not ask the network who has an address;
+ *                    "restart": paths of what is started anew though nothing of it changes
+ *                    ("/interfaces/eth0", "/dhcp_server", "/pppoe", "/pppoe_relay", "/tunnel");
+ *                    "program": the name that others are told while they wait
+ * @param pfnProgress told of each step; may be null. pContext is handed on to it
+ * @param ppszReport  receives the report:
+ *                    "result" (number), "reason" (a sentence);
+ *                    "findings": what rules found, each "rule", "path", "severity" ("refused", "insisted", "warning",
+ *                    "not found", "usage") and "sentence";
+ *                    "steps": each "what", "path", "setter", "touches" (files and programs), "state" ("planned", "done",
+ *                    "failed") and, for a failure, "code", "reason" and "place";
+ *                    "differences": each "path", "wanted", "files", "kernel" (absent where there is no such side);
+ *                    "awaited": what comes later, each "path" and "sentence";
+ *                    "repaired": what steps took away and the change put back, sentences; "lost": what it could not;
+ *                    "restored": true when all was put back, false when not wholly; absent when nothing was. Then
+ *                    "problems" has a sentence for each thing that is not as it was;
+ *                    "holder": of another change, "program", "pid", "since"
+ *                    No secret is in it
+ * @return a ZARNNETCHANGE_...
+ * Locks: /run/zarnnet/change.lock, and the exclusive network lock for the time of the steps.
+ *
+ *     char* szReport = NULL;
+ *     int result = ZARNNetChangeApply("{\"host\": {\"name\": \"nas\"}}", NULL, NULL, NULL, &szReport);
+ *     if (result != ZARNNETCHANGE_DONE && szReport) fputs(szReport, stderr);
+ *     ZARNNetChangeFree(szReport);
+ */
+int ZARNNetChangeApply(const char* szWish, const char* szOptions, PFNZARNNETCHANGE pfnProgress,
+                       void* pContext, char** ppszReport);
+
+/** The JSON Schema (2020-12) of the state document. @return ZARNNETCHANGE_DONE; _FAILED with null when out of memory */
+int ZARNNetChangeSchema(char** ppszSchema);
+
+/** Frees a text of these functions, which is overwritten first; null is allowed. */
+void ZARNNetChangeFree(char* szText);
+
+#ifdef __cplusplus
+}
+#endif
