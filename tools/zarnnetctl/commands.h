@@ -25,5 +25,6 @@ void AddMonitorCommands(const Group& app, Context& context);
 void AddTunnelCommands(const Group& app, Context& context);
 void AddPppoeCommands(const Group& app, Context& context);
 void AddSystemCommands(const Group& app, Context& context);
+void AddChangeCommands(const Group& app, Context& context);
 
 }  // namespace tool

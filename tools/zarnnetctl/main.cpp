@@ -77,6 +77,7 @@ int Run(int argc, char** argv) {
   AddStatCommands(verbs, context);
   AddMonitorCommands(verbs, context);
   AddSystemCommands(verbs, context);
+  AddChangeCommands(verbs, context);
   const Words words(argv + 1, argv + argc);
   if (AnswersPrograms(line, words)) return Finish(context);
   return RunVerb(line, context, TakeOptionsOfAll(words, &context));

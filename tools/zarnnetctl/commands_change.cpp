@@ -1,0 +1,65 @@
+// zarnnetctl apply and show: the state of the networking as one document.
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <zarnnetchange/change.h>
+
+#include "commands.h"
+#include "output.h"
+#include "query.h"
+
+namespace tool {
+namespace {
+
+std::string ReadText(const std::string& path) {
+  if (path == "-") return {std::istreambuf_iterator<char>(std::cin), {}};
+  std::ifstream file(path);
+  if (!file) throw Failure("cannot read " + path, ZARNNETERR_OPEN, ReasonOf(ZARNNETERR_OPEN));
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// A text of the library of changes, freed at the end of its scope.
+struct Text {
+  char* text = nullptr;
+  ~Text() { ZARNNetChangeFree(text); }
+};
+
+struct Asked {
+  std::string file;
+  std::string options = "{}";
+  std::string view = "configured";
+};
+
+void Apply(const Asked& asked) {
+  Text report;
+  const int result = ZARNNetChangeApply(ReadText(asked.file).c_str(), asked.options.c_str(),
+                                        nullptr, nullptr, &report.text);
+  std::cout << (report.text != nullptr ? report.text : "{}") << '\n';
+  if (result != ZARNNETCHANGE_DONE) std::exit(std::cout.flush() ? result : kFailed);
+}
+
+void Show(const Asked& asked) {
+  Text state;
+  const Json options{{"view", asked.view}};
+  const int result = ZARNNetChangeRead(options.dump().c_str(), &state.text);
+  std::cout << (state.text != nullptr ? state.text : "{}") << '\n';
+  if (result != ZARNNETCHANGE_DONE) std::exit(std::cout.flush() ? result : kFailed);
+}
+
+}  // namespace
+
+void AddChangeCommands(const Group& app, Context& context) {
+  const Verb apply = AddVerb(app, context, "apply", "Makes the machine as a document says",
+                             "  zarnnetctl apply wish.json");
+  auto asked = std::make_shared<Asked>();
+  apply.AddOption("FILE", asked->file, "The wish as JSON; - is standard input").Required();
+  apply.AddOption("--options", asked->options, "Options of the change, as JSON");
+  apply.Run([asked] { Apply(*asked); });
+  const Verb show = AddVerb(app, context, "show", "Shows the state as a JSON document",
+                            "  zarnnetctl show --view live");
+  show.AddOption("--view", asked->view, "configured, live or both")
+      .OneOf({"configured", "live", "both"});
+  show.Run([asked] { Show(*asked); });
+}
+
+}  // namespace tool
