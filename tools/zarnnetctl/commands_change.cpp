@@ -30,20 +30,24 @@ struct Asked {
   std::string view = "configured";
 };
 
-void Apply(const Asked& asked) {
+// The exit status is the result of the library of changes.
+void Print(const Text& text, int result, Context* context) {
+  std::cout << (text.text != nullptr ? text.text : "{}") << '\n';
+  context->status = result;
+}
+
+void Apply(const Asked& asked, Context* context) {
   Text report;
   const int result = ZARNNetChangeApply(ReadText(asked.file).c_str(), asked.options.c_str(),
                                         nullptr, nullptr, &report.text);
-  std::cout << (report.text != nullptr ? report.text : "{}") << '\n';
-  if (result != ZARNNETCHANGE_DONE) std::exit(std::cout.flush() ? result : kFailed);
+  Print(report, result, context);
 }
 
-void Show(const Asked& asked) {
+void Show(const Asked& asked, Context* context) {
   Text state;
   const Json options{{"view", asked.view}};
   const int result = ZARNNetChangeRead(options.dump().c_str(), &state.text);
-  std::cout << (state.text != nullptr ? state.text : "{}") << '\n';
-  if (result != ZARNNETCHANGE_DONE) std::exit(std::cout.flush() ? result : kFailed);
+  Print(state, result, context);
 }
 
 }  // namespace
@@ -52,14 +56,14 @@ void AddChangeCommands(const Group& app, Context& context) {
   const Verb apply = AddVerb(app, context, "apply", "Makes the machine as a document says",
                              "  zarnnetctl apply wish.json");
   auto asked = std::make_shared<Asked>();
-  apply.AddOption("FILE", asked->file, "The wish as JSON; - is standard input").Required();
+  apply.AddOption("FILE", asked->file, "The wish as JSON; - is standard input").Required().File();
   apply.AddOption("--options", asked->options, "Options of the change, as JSON");
-  apply.Run([asked] { Apply(*asked); });
+  apply.Run([asked, &context] { Apply(*asked, &context); });
   const Verb show = AddVerb(app, context, "show", "Shows the state as a JSON document",
                             "  zarnnetctl show --view live");
   show.AddOption("--view", asked->view, "configured, live or both")
       .OneOf({"configured", "live", "both"});
-  show.Run([asked] { Show(*asked); });
+  show.Run([asked, &context] { Show(*asked, &context); });
 }
 
 }  // namespace tool

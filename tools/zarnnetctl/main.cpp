@@ -24,12 +24,12 @@ Words TakeOptionsOfAll(Words words, Context* context) {
 }
 
 // Output that did not reach its file is a failure: the caller would take it for the whole.
-ExitStatus Finish(const Context& context) {
-  if (std::cout.flush()) return kDone;
+int Finish(const Context& context) {
+  if (std::cout.flush()) return context.status;
   return ReportFailure(context, Failure("cannot write the output", std::nullopt, "write failed"));
 }
 
-ExitStatus RunVerb(const CommandLine& line, const Context& context, const Words& words) {
+int RunVerb(const CommandLine& line, const Context& context, const Words& words) {
   try {
     line.Run(words);
   } catch (const WrongUsage& error) {
@@ -80,7 +80,8 @@ int Run(int argc, char** argv) {
   AddChangeCommands(verbs, context);
   const Words words(argv + 1, argv + argc);
   if (AnswersPrograms(line, words)) return Finish(context);
-  return RunVerb(line, context, TakeOptionsOfAll(words, &context));
+  const Words own = TakeOptionsOfAll(words, &context);
+  return RunVerb(line, context, own);
 }
 
 }  // namespace

@@ -16,6 +16,7 @@ enum ExitStatus { kDone = 0, kFailed = 1, kUsage = 2 };
 // What the command line asks of every verb alike.
 struct Context {
   bool json = false;
+  int status = kDone;  // of a verb that ends well and has more to say than that
 };
 
 enum class Tone { kPlain, kHeading, kGood, kBad };
