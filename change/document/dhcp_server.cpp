@@ -27,12 +27,11 @@ int TypeOf(Family family) {
 // ---- the shape
 
 Shape FamilyShape(Family family) {
-  std::vector<std::pair<std::string, Shape>> fields{
-      {"enabled", Flag("Is the interface served")},
-      {"subnets", Map(Format::kNumber, "Subnets by number, from 0",
-                      SubnetShape(family, family == Family::kV4))}};
+  std::vector<Field> fields{{"enabled", Flag("Is the interface served")},
+                            {"subnets", Map(Format::kNumber, "Subnets by number, from 0",
+                                            SubnetShape(family, family == Family::kV4))}};
   if (family == Family::kV4)
-    fields.emplace_back("tagged", Map(Format::kAny, "Subnets by tag", SubnetShape(family, false)));
+    fields.push_back({"tagged", Map(Format::kAny, "Subnets by tag", SubnetShape(family, false))});
   return Object(family == Family::kV4 ? "IPv4" : "IPv6", std::move(fields));
 }
 

@@ -37,9 +37,9 @@ Shape OptionShape(const ZARNNET_DHCP_OPTION& option) {
 }
 
 Shape OptionsShape() {
-  std::vector<std::pair<std::string, Shape>> options;
+  std::vector<Field> options;
   for (const ZARNNET_DHCP_OPTION& option : ZARNNetDhcpOptions)
-    options.emplace_back(option.name, OptionShape(option));
+    options.push_back({option.name, OptionShape(option)});
   return Object("Further options, by the server's names", std::move(options));
 }
 
@@ -70,21 +70,21 @@ std::string Written(const Json& value) {
 
 Shape SubnetShape(Family family, bool withOptions) {
   const Format address = family == Family::kV4 ? Format::kIpv4 : Format::kIpv6;
-  std::vector<std::pair<std::string, Shape>> fields{
+  std::vector<Field> fields{
       {"enabled", Flag("Is it served")},
       {"start", Text("First address", address, 45)},
       {"end", Text("Last address", address, 45)},
       {"lease", Number("Time of a lease, in seconds", kLeastLease, kMost)},
       {"dns", List("Name servers of the clients", Text("A server", address, 45))}};
   if (family == Family::kV6) {
-    fields.emplace_back(
-        "mode", Word("What clients are told", {"off", "ra-only", "ra-stateless", "stateful"}));
+    fields.push_back(
+        {"mode", Word("What clients are told", {"off", "ra-only", "ra-stateless", "stateful"})});
   } else {
-    fields.emplace_back("prefix", Number("Length of the subnet's prefix, in bits", 1, 32));
-    fields.emplace_back("router", Text("Default gateway of the clients", address, 15));
-    fields.emplace_back("domain", Text("Domain of the clients", Format::kAny, 254));
+    fields.push_back({"prefix", Number("Length of the subnet's prefix, in bits", 1, 32)});
+    fields.push_back({"router", Text("Default gateway of the clients", address, 15)});
+    fields.push_back({"domain", Text("Domain of the clients", Format::kAny, 254)});
   }
-  if (withOptions) fields.emplace_back("options", OptionsShape());
+  if (withOptions) fields.push_back({"options", OptionsShape()});
   return Object("One subnet", std::move(fields));
 }
 

@@ -46,9 +46,9 @@ void CheckObject(const Json& value, const Shape& shape, const Path& path, Faults
     known.push_back(name);
   for (const auto& [name, inner] : value.items()) {
     const auto field = std::find_if(shape.fields.begin(), shape.fields.end(),
-                                    [&name = name](const auto& row) { return row.first == name; });
+                                    [&name = name](const auto& row) { return row.name == name; });
     if (field != shape.fields.end()) {
-      Check(inner, field->second, path / name, faults);
+      Check(inner, field->shape, path / name, faults);
     } else {
       const std::string near = DidYouMean(name, known);
       faults->push_back({path / name, "there is no field '" + name + "' here" +

@@ -20,10 +20,9 @@ const std::vector<Section>& Sections() {
 }
 
 Shape DocumentShape() {
-  std::vector<std::pair<std::string, Shape>> fields{
-      {"version", Number("Version of the document's form", 1, 1)}};
+  std::vector<Field> fields{{"version", Number("Version of the document's form", 1, 1)}};
   for (const Section& section : Sections())
-    fields.emplace_back(section.name, section.shape());
+    fields.push_back({section.name, section.shape()});
   return Object("The networking of an appliance", std::move(fields));
 }
 

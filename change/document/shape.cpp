@@ -95,7 +95,7 @@ Shape Shape::Unordered() const {
   return shape;
 }
 
-Shape Object(std::string description, std::vector<std::pair<std::string, Shape>> fields) {
+Shape Object(std::string description, std::vector<Field> fields) {
   Shape shape = Of(Shape::Kind::kObject, std::move(description));
   shape.fields = std::move(fields);
   return shape;

@@ -22,6 +22,8 @@ enum class Format {
   kNumber,   // decimal digits, as the name of something numbered
 };
 
+struct Field;
+
 struct Shape {
   enum class Kind { kObject, kMap, kList, kText, kWord, kNumber, kFlag, kAnyOf };
   // Where a field is to be found after a change: in files, in the kernel (or what runs), or both.
@@ -29,8 +31,8 @@ struct Shape {
 
   Kind kind = Kind::kObject;
   std::string description;
-  std::vector<std::pair<std::string, Shape>> fields;  // of an object
-  std::vector<Shape> element;                         // of a map's values, of a list; alternatives
+  std::vector<Field> fields;   // of an object
+  std::vector<Shape> element;  // of a map's values, of a list; alternatives
   std::vector<std::string> words;
   Format format = Format::kAny;  // of a text; of the names of a map
   long least = 0;
@@ -47,7 +49,12 @@ struct Shape {
   [[nodiscard]] Shape Unordered() const;
 };
 
-Shape Object(std::string description, std::vector<std::pair<std::string, Shape>> fields);
+struct Field {
+  std::string name;
+  Shape shape;
+};
+
+Shape Object(std::string description, std::vector<Field> fields);
 Shape Map(Format names, std::string description, Shape value);
 Shape List(std::string description, Shape element);
 Shape Text(std::string description, Format format = Format::kAny, long longest = 255);
