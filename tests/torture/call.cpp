@@ -2,59 +2,58 @@
 // those of the C library's inside among them, and refused where the fault says so. What the
 // programs that it runs do is theirs. Memory is refused by the allocator that stands in for the C
 // library's.
-#include "call.h"
-
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <cstring>
-#include <dirent.h>
 #include <fcntl.h>
 #include <filesystem>
-#include <map>
-#include <sys/mman.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
 #include <sys/user.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 #include <zarncore/zarncore.h>
 
 #include "platform/fixture.h"
 #include "support/clock.h"
+#include "torture.h"
 
 namespace torture {
 namespace {
 
 namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+using std::chrono::microseconds;
+using Info = __ptrace_syscall_info;
 constexpr int kLongestSeconds = 20;
 
-struct Refusal {
+// In the order of the kinds.
+const struct {
   const char* name;
-  int error;
+  int error = 0;
+  bool changes = false;
+  std::set<unsigned long> calls = {};
+} kKinds[] = {
+    {"open", EMFILE, true, {SYS_open, SYS_openat, SYS_pipe2}},
+    {"read", EIO, false, {SYS_read, SYS_pread64, SYS_getdents64}},
+    {"write", ENOSPC, true, {SYS_write, SYS_sendto, SYS_fallocate}},
+    {"short write", ENOSPC},
+    {"fsync", EIO, false, {SYS_fsync}},
+    {"rename", EIO, true, {SYS_rename, SYS_renameat, SYS_link}},
+    {"close", EIO, false, {SYS_close}},
+    {"mkdir", EACCES, true, {SYS_mkdir, SYS_rmdir}},
+    {"unlink", EPERM, true, {SYS_unlink, SYS_unlinkat}},
+    {"ioctl", EIO, true, {SYS_ioctl, SYS_sethostname}},
+    {"socket", EMFILE, false, {SYS_socket}},
+    {"spawn", EAGAIN, true, {SYS_clone, SYS_clone3, SYS_vfork, SYS_fork}},
+    {"owner", EPERM, true, {SYS_chmod, SYS_fchmod, SYS_chown, SYS_fchown}},
+    {"lock", EAGAIN, false, {SYS_fcntl}},
+    {"killed before change"},
+    {"memory"},
+    {"memory from"},
 };
-constexpr Refusal kRefusals[kKinds] = {
-    {"open", EMFILE},  {"read", EIO},   {"write", ENOSPC},  {"short write", ENOSPC},
-    {"fsync", EIO},    {"rename", EIO}, {"close", EIO},     {"mkdir", EACCES},
-    {"unlink", EPERM}, {"ioctl", EIO},  {"socket", EMFILE}, {"spawn", EAGAIN},
-    {"owner", EPERM},  {"lock", EAGAIN}};
-
-// Read by the parent when the child has stopped behind the call.
-struct Report {
-  int result;
-  unsigned code;
-  bool refused;
-  int descriptors;
-  bool childLeft;
-  long microseconds;
-};
-
-Report& Shared() {
-  static auto* const report = static_cast<Report*>(
-      ::mmap(nullptr, sizeof(Report), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
-  return *report;
-}
 
 // Those of lock files stay open for the next call.
 int CountDescriptors() {
@@ -67,174 +66,106 @@ int CountDescriptors() {
   return count;
 }
 
-[[noreturn]] void BeChild(const std::function<int()>& call, const Fault& fault) {
-  Report& report = Shared();
-  report = {};
+// The report is read by the parent when the child has stopped behind the call.
+[[noreturn]] void BeChild(const std::function<int()>& call, const Fault& fault, Report* report) {
+  *report = {};
   const int before = CountDescriptors();
-  if (fault.what == Fault::kRefuse && fault.kind == kLock) test::RunClockFaster(200);
+  if (fault.kind == kLock) test::RunClockFaster(200);
   ::alarm(kLongestSeconds);
   ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
   ::raise(SIGSTOP);
-  const auto begin = std::chrono::steady_clock::now();
-  const bool memory = fault.what == Fault::kMemory || fault.what == Fault::kAllMemory;
-  if (memory) test::RefuseMemory(fault.at, fault.what == Fault::kAllMemory);
-  report.result = call();
-  if (memory) report.refused = test::StopRefusing();
+  const auto begin = Clock::now();
+  if (fault.IsMemory()) test::RefuseMemory(fault.at, fault.kind == kAllMemory);
+  report->result = call();
+  if (fault.IsMemory()) report->reached = test::StopRefusing();
   ::raise(SIGSTOP);
-  report.code = KOPACErrGet();
-  report.microseconds = std::chrono::duration_cast<std::chrono::microseconds>(
-                            std::chrono::steady_clock::now() - begin)
-                            .count();
-  report.descriptors = CountDescriptors() - before;
-  report.childLeft = ::waitpid(-1, nullptr, WNOHANG) != -1;
+  report->code = KOPACErrGet();
+  report->microseconds = std::chrono::duration_cast<microseconds>(Clock::now() - begin).count();
+  report->descriptors = CountDescriptors() - before;
+  report->childLeft = ::waitpid(-1, nullptr, WNOHANG) != -1;
   ::_exit(0);
 }
 
-// ---- system calls
-
-struct Entry {
-  long number;
-  unsigned long argument[6];
-};
-
-Entry EntryOf(pid_t child) {
-  user_regs_struct r{};
-  ::ptrace(PTRACE_GETREGS, child, nullptr, &r);
-  return {static_cast<long>(r.orig_rax), {r.rdi, r.rsi, r.rdx, r.r10, r.r8, r.r9}};
-}
-
-Kind KindOf(const Entry& entry, pid_t child) {
-  static const std::map<long, Kind> kinds = {
-      {SYS_open, kOpen},         {SYS_openat, kOpen},     {SYS_pipe2, kOpen},
-      {SYS_read, kRead},         {SYS_pread64, kRead},    {SYS_getdents64, kRead},
-      {SYS_write, kWrite},       {SYS_sendto, kWrite},    {SYS_fsync, kSync},
-      {SYS_rename, kRename},     {SYS_renameat, kRename}, {SYS_link, kRename},
-      {SYS_close, kClose},       {SYS_mkdir, kFolder},    {SYS_rmdir, kFolder},
-      {SYS_unlink, kUnlink},     {SYS_unlinkat, kUnlink}, {SYS_ioctl, kIoctl},
-      {SYS_sethostname, kIoctl}, {SYS_socket, kSocket},   {SYS_clone, kSpawn},
-      {SYS_clone3, kSpawn},      {SYS_vfork, kSpawn},     {SYS_fork, kSpawn},
-      {SYS_chmod, kOwner},       {SYS_fchmod, kOwner},    {SYS_chown, kOwner},
-      {SYS_fchown, kOwner},      {SYS_fallocate, kWrite}, {SYS_fcntl, kLock}};
-  const auto found = kinds.find(entry.number);
-  if (found == kinds.end()) return kKinds;
-  if (found->second != kLock) return found->second;
-  if (entry.argument[1] != F_OFD_SETLK) return kKinds;
-  const long type = ::ptrace(PTRACE_PEEKDATA, child, entry.argument[2], nullptr) & 0xFFFF;
-  return type == F_UNLCK ? kKinds : kLock;
-}
-
-bool IsChange(const Entry& entry, Kind kind) {
-  switch (kind) {
-    case kOpen:
-      return entry.number == SYS_openat && (entry.argument[2] & (O_CREAT | O_TRUNC)) != 0;
-    case kWrite:
-    case kRename:
-    case kFolder:
-    case kUnlink:
-    case kIoctl:
-    case kSpawn:
-    case kOwner:
-      return true;
-    default:
-      return false;
-  }
-}
-
-void SetRegister(pid_t child, const std::function<void(user_regs_struct*)>& set) {
-  user_regs_struct registers{};
-  ::ptrace(PTRACE_GETREGS, child, nullptr, &registers);
-  set(&registers);
-  ::ptrace(PTRACE_SETREGS, child, nullptr, &registers);
-}
-
-class Tracer {
- public:
-  Tracer(pid_t child, const Fault& fault, const std::function<void()>& watcher, Outcome* outcome)
-      : child_(child), fault_(fault), watcher_(watcher), outcome_(outcome) {}
-
-  // Until the child stops by itself or ends; its status.
-  int Follow() {
+struct Tracer {
+  // Until the child stops by itself or ends; its status. Other signals are passed on.
+  int Follow(__ptrace_request how) {
     int status = 0;
-    for (bool entry = true;;) {
-      ::ptrace(PTRACE_SYSCALL, child_, nullptr, signal_);
-      if (::waitpid(child_, &status, 0) != child_ || !WIFSTOPPED(status)) return status;
-      const int stop = WSTOPSIG(status);
-      signal_ = 0;
-      if (stop == SIGSTOP) return status;
-      if (stop != (SIGTRAP | 0x80)) {
-        signal_ = stop;
-        continue;
+    for (int signal = 0;;) {
+      ::ptrace(how, child, nullptr, signal);
+      if (::waitpid(child, &status, 0) != child || !WIFSTOPPED(status)) return status;
+      signal = WSTOPSIG(status);
+      if (signal == SIGSTOP) return status;
+      if (signal != (SIGTRAP | 0x80)) continue;
+      signal = 0;
+      Info info{};
+      ::ptrace(PTRACE_GET_SYSCALL_INFO, child, sizeof info, &info);
+      if (info.op == PTRACE_SYSCALL_INFO_ENTRY) {
+        Enter(info);
+      } else if (error != 0) {
+        SetRegister(&user_regs_struct::rax, static_cast<unsigned long>(-std::exchange(error, 0)));
       }
-      if (entry) {
-        if (Enter()) return ::waitpid(child_, &status, 0) == child_ ? status : -1;
-      } else {
-        Leave();
-      }
-      entry = !entry;
     }
   }
 
- private:
-  // True when the child has been killed.
-  bool Enter() {
-    const Entry entry = EntryOf(child_);
-    Kind kind = KindOf(entry, child_);
-    if (kind == kKinds) return false;
-    const long seen = outcome_->counts[kind]++;
-    if (kind == kWrite) {
-      ++outcome_->counts[kShort];
-      NoteFile(static_cast<int>(entry.argument[0]));
-    }
-    if (IsChange(entry, kind)) {
-      if (watcher_) watcher_();
-      if (fault_.what == Fault::kKill && outcome_->changes == fault_.at) {
-        outcome_->reached = true;
-        ::kill(child_, SIGKILL);
-        return true;
-      }
-      ++outcome_->changes;
-    }
-    if (fault_.what != Fault::kRefuse) return false;
-    const bool isShort = fault_.kind == kShort && kind == kWrite;
-    if (kind != fault_.kind && !isShort) return false;
+  void Enter(const Info& info) {
+    const Kind kind = KindOf(info);
+    if (kind == kNone) return;
+    Count(kind, info);
     // A lock that somebody holds stays held, and a full disk full.
-    const bool now = seen == fault_.at || (seen > fault_.at && (kind == kLock || isShort));
-    if (!now) return false;
-    outcome_->reached = true;
-    if (isShort && seen == fault_.at) {
-      SetRegister(child_, [](user_regs_struct* r) { r->rdx = (r->rdx + 1) / 2; });
-      return false;
+    const bool isShort = fault.kind == kShort && kind == kWrite;
+    const long seen = outcome->counts[kind] - 1;
+    const bool later = seen > fault.at && (kind == kLock || isShort);
+    if ((kind != fault.kind && !isShort) || (seen != fault.at && !later)) return;
+    outcome->reached = true;
+    if (isShort && !later) {
+      SetRegister(&user_regs_struct::rdx, (info.entry.args[2] + 1) / 2);
+      return;
     }
-    error_ = kRefusals[fault_.kind].error;
-    if (kind != kClose) {  // which has closed, whatever it says
-      SetRegister(child_,
-                  [](user_regs_struct* r) { r->orig_rax = static_cast<unsigned long>(-1); });
+    error = kKinds[fault.kind].error;
+    if (kind != kClose)  // which has closed, whatever it says
+      SetRegister(&user_regs_struct::orig_rax, static_cast<unsigned long>(-1));
+  }
+
+  [[nodiscard]] Kind KindOf(const Info& info) const {
+    int kind = kOpen;
+    while (kind < kKill && kKinds[kind].calls.count(info.entry.nr) == 0)
+      ++kind;
+    if (kind == kKill) return kNone;
+    if (kind != kLock) return static_cast<Kind>(kind);
+    if (info.entry.args[1] != F_OFD_SETLK) return kNone;
+    const long type = ::ptrace(PTRACE_PEEKDATA, child, info.entry.args[2], nullptr) & 0xFFFF;
+    return type == F_UNLCK ? kNone : kLock;
+  }
+
+  void Count(Kind kind, const Info& info) {
+    ++outcome->counts[kind];
+    if (kind == kWrite) {
+      ++outcome->counts[kShort];
+      const std::string fds = "/proc/" + std::to_string(child) + "/fd/";
+      std::error_code gone;
+      outcome->written.insert(fs::read_symlink(fds + std::to_string(info.entry.args[0]), gone));
     }
-    return false;
+    const bool makes =
+        info.entry.nr == SYS_openat && (info.entry.args[2] & (O_CREAT | O_TRUNC)) != 0;
+    if (!kKinds[kind].changes || (kind == kOpen && !makes)) return;
+    if (watcher) watcher();
+    if (fault.kind == kKill && outcome->counts[kKill] == fault.at) ::kill(child, SIGKILL);
+    ++outcome->counts[kKill];
   }
 
-  void Leave() {
-    if (error_ == 0) return;
-    SetRegister(child_,
-                [this](user_regs_struct* r) { r->rax = static_cast<unsigned long>(-error_); });
-    error_ = 0;
+  void SetRegister(unsigned long long user_regs_struct::*which, unsigned long value) const {
+    user_regs_struct registers{};
+    ::ptrace(PTRACE_GETREGS, child, nullptr, &registers);
+    registers.*which = value;
+    ::ptrace(PTRACE_SETREGS, child, nullptr, &registers);
   }
 
-  void NoteFile(int fd) {
-    std::error_code gone;
-    outcome_->written.insert(
-        fs::read_symlink("/proc/" + std::to_string(child_) + "/fd/" + std::to_string(fd), gone));
-  }
-
-  pid_t child_;
-  const Fault& fault_;
-  const std::function<void()>& watcher_;
-  Outcome* outcome_;
-  int signal_ = 0;
-  int error_ = 0;
+  pid_t child;
+  const Fault& fault;
+  const std::function<void()>& watcher;
+  Outcome* outcome;
+  int error = 0;
 };
-
-// ---- what a call leaves
 
 // A lock that the child still holds: nobody else can have it.
 bool HoldsALock() {
@@ -249,71 +180,50 @@ bool HoldsALock() {
   return false;
 }
 
-// Until the child stops by itself or ends; its status. Signals are passed on.
-int LetRun(pid_t child) {
-  int status = 0;
-  for (int signal = 0;; signal = WSTOPSIG(status)) {
-    ::ptrace(PTRACE_CONT, child, nullptr, signal);
-    if (::waitpid(child, &status, 0) != child || !WIFSTOPPED(status)) return status;
-    if (WSTOPSIG(status) == SIGSTOP) return status;
-  }
-}
-
-void ReapAll() {
-  ::alarm(kLongestSeconds);
-  while (::waitpid(-1, nullptr, 0) > 0) {
-  }
-  ::alarm(0);
-}
-
-void Read(const Report& report, bool holdsALock, Outcome* outcome) {
-  outcome->ended = true;
-  outcome->result = report.result;
-  outcome->code = report.code;
-  outcome->microseconds = report.microseconds;
-  outcome->reached = outcome->reached || report.refused;
-  if (report.descriptors != 0) outcome->left += " descriptors";
-  if (report.childLeft) outcome->left += " a child";
-  if (holdsALock) outcome->left += " a lock";
-}
-
 }  // namespace
 
-const char* NameOf(Kind kind) {
-  return kRefusals[kind].name;
+std::string Fault::Name() const {
+  return std::string(kKinds[kind].name) + " " + std::to_string(at);
 }
 
 Outcome Call(const std::function<int()>& call, const Fault& fault,
              const std::function<void()>& watcher) {
+  static auto* const report = Shared<Report>();
   Outcome outcome;
-  Shared();
   const pid_t child = ::fork();
-  if (child == 0) BeChild(call, fault);
+  if (child == 0) BeChild(call, fault, report);
   int status = 0;
   ::waitpid(child, &status, 0);
   ::ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
-  if (fault.what == Fault::kMemory || fault.what == Fault::kAllMemory) {
-    status = LetRun(child);
-  } else if (fault.what == Fault::kKillLater) {
+  Tracer tracer{child, fault, watcher, &outcome};
+  if (fault.kind == kKillLater) {
     ::ptrace(PTRACE_DETACH, child, nullptr, nullptr);
-    ::usleep(static_cast<useconds_t>(fault.at));
+    std::this_thread::sleep_for(microseconds(fault.at));
     ::kill(child, SIGKILL);
     ::waitpid(child, &status, 0);
-    outcome.reached = true;
   } else {
-    status = Tracer(child, fault, watcher, &outcome).Follow();
+    status = tracer.Follow(fault.IsMemory() ? PTRACE_CONT : PTRACE_SYSCALL);
   }
-  if (WIFSTOPPED(status) && WSTOPSIG(status) == SIGSTOP) {
+  if (WIFSTOPPED(status)) {
     const bool holdsALock = HoldsALock();
-    status = LetRun(child);
-    Read(Shared(), holdsALock, &outcome);
+    const bool refused = outcome.reached;
+    status = tracer.Follow(PTRACE_CONT);
+    static_cast<Report&>(outcome) = *report;
+    outcome.ended = true;
+    outcome.reached = outcome.reached || refused;
+    if (outcome.descriptors != 0) outcome.left += " descriptors";
+    if (outcome.childLeft) outcome.left += " a child";
+    if (holdsALock) outcome.left += " a lock";
   }
   outcome.reached = outcome.reached || !outcome.ended;
   if (WIFSIGNALED(status) && WTERMSIG(status) != SIGKILL) {
     outcome.left +=
         WTERMSIG(status) == SIGALRM ? " hangs" : " signal " + std::to_string(WTERMSIG(status));
   }
-  ReapAll();
+  ::alarm(kLongestSeconds);
+  while (::waitpid(-1, nullptr, 0) > 0) {
+  }
+  ::alarm(0);
   return outcome;
 }
 

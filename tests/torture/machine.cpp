@@ -1,15 +1,13 @@
 // Files and ports of the appliance.
-#include "machine.h"
-
-#include <array>
 #include <cstring>
-#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <net/if.h>
 #include <sstream>
 #include <sys/ioctl.h>
 #include <unistd.h>
+
+#include "torture.h"
 
 namespace torture {
 namespace {
@@ -18,9 +16,8 @@ namespace fs = std::filesystem;
 
 constexpr const char* kFolders[] = {"/etc", "/run", "/tmp", "/root"};
 // Of the lock files, of the machine around, and of the table's own.
-constexpr const char* kOthers[] = {"/run/lock", "/run/netns", "/run/mounts", "/run/vlans",
-                                   "/etc/ssl"};
-constexpr int kPorts = 4;
+const std::set<std::string> kOthers = {"/run/lock", "/run/netns", "/run/mounts", "/run/vlans",
+                                       "/etc/ssl"};
 
 std::string NodeOf(const std::string& path, const struct stat& status) {
   std::ostringstream node;
@@ -33,9 +30,7 @@ std::string NodeOf(const std::string& path, const struct stat& status) {
 }
 
 void Make(const std::string& path, const std::string& node) {
-  unsigned mode = 0;
-  unsigned user = 0;
-  unsigned group = 0;
+  unsigned mode = 0, user = 0, group = 0;
   std::sscanf(node.c_str(), "%o %o %o", &mode, &user, &group);
   const std::string text = node.substr(node.find('\n') + 1);
   if (S_ISDIR(mode)) {
@@ -51,80 +46,47 @@ void Make(const std::string& path, const std::string& node) {
   static_cast<void>(::chown(path.c_str(), user, group) + ::chmod(path.c_str(), mode & 07777));
 }
 
-bool IsOther(const std::string& path) {
-  for (const char* other : kOthers) {
-    if (path == other) return true;
+// A port, by the order in which they were made, whatever it is called.
+class Port {
+ public:
+  static constexpr int kCount = 4;
+  explicit Port(int number) : own_("eth" + std::to_string(number)) {
+    static std::map<std::string, unsigned> indices;
+    unsigned& index = indices[own_];
+    if (index == 0) index = ::if_nametoindex(own_.c_str());
+    request_.ifr_ifindex = static_cast<int>(index);
+    Ask(SIOCGIFNAME);
   }
-  return false;
-}
-
-// ---- the ports, by the order in which they were made, whatever they are called
-
-struct Port {
-  ifreq request{};
-  explicit Port(int index, int socket) {
-    request.ifr_ifindex = index;
-    ok = ::ioctl(socket, SIOCGIFNAME, &request) == 0;
+  // Name, address, and what the program ip takes.
+  std::string Text() {
+    std::string text = request_.ifr_name;
+    if (Ask(SIOCGIFADDR)) text.append(request_.ifr_addr.sa_data + 2, 4);
+    Ask(SIOCGIFFLAGS);
+    text += (request_.ifr_flags & IFF_PROMISC) != 0 ? "\tpromisc on" : "\tpromisc off";
+    text += (request_.ifr_flags & IFF_UP) != 0 ? " up" : " down";
+    Ask(SIOCGIFMTU);
+    return text + " mtu " + std::to_string(request_.ifr_mtu);
   }
-  bool ok;
+  // Under its own name again.
+  void PutBack(const std::string& text) {
+    request_.ifr_flags = 0;
+    Ask(SIOCSIFFLAGS);
+    own_.copy(request_.ifr_newname, IFNAMSIZ);
+    Ask(SIOCSIFNAME);
+    Shell("PATH=/host/usr/bin; ip -4 address flush dev " + own_ + "; ip link set " + own_ + " " +
+          text.substr(text.rfind('\t') + 1));
+  }
+
+ private:
+  bool Ask(unsigned long what) {
+    static const int socket = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    return ::ioctl(socket, what, &request_) == 0;
+  }
+  ifreq request_{};
+  std::string own_;
 };
 
-const std::array<int, kPorts>& Indices() {
-  static const auto indices = [] {
-    std::array<int, kPorts> all{};
-    for (unsigned i = 0; i < kPorts; ++i)
-      all[i] = static_cast<int>(::if_nametoindex(("eth" + std::to_string(i)).c_str()));
-    return all;
-  }();
-  return indices;
-}
-
-int Socket() {
-  static const int fd = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-  return fd;
-}
-
-// "NAME FLAGS MTU ADDRESS MASK" as the kernel has them, the addresses as bytes.
-std::string PortText(int index) {
-  Port port(index, Socket());
-  std::ostringstream text;
-  text << port.request.ifr_name;
-  ::ioctl(Socket(), SIOCGIFFLAGS, &port.request);
-  text << ' ' << (port.request.ifr_flags & (IFF_UP | IFF_PROMISC));
-  ::ioctl(Socket(), SIOCGIFMTU, &port.request);
-  text << ' ' << port.request.ifr_mtu << ' ';
-  std::memset(&port.request.ifr_addr, 0, sizeof port.request.ifr_addr);
-  if (::ioctl(Socket(), SIOCGIFADDR, &port.request) == 0)
-    text << std::string_view(port.request.ifr_addr.sa_data + 2, 4);
-  return text.str();
-}
-
-void PutPortBack(int index, const std::string& text) {
-  if (PortText(index) == text) return;
-  char name[16];
-  short flags = 0;
-  int mtu = 0;
-  std::sscanf(text.c_str(), "%15s %hd %d", name, &flags, &mtu);
-  Port port(index, Socket());
-  port.request.ifr_addr = {};
-  port.request.ifr_addr.sa_family = AF_INET;
-  ::ioctl(Socket(), SIOCSIFADDR, &port.request);
-  port.request.ifr_mtu = mtu;
-  ::ioctl(Socket(), SIOCSIFMTU, &port.request);
-  port.request.ifr_flags = 0;
-  ::ioctl(Socket(), SIOCSIFFLAGS, &port.request);
-  std::memcpy(port.request.ifr_newname, name, sizeof name);
-  ::ioctl(Socket(), SIOCSIFNAME, &port.request);
-  std::memcpy(port.request.ifr_name, name, sizeof name);
-  port.request.ifr_flags = flags;
-  ::ioctl(Socket(), SIOCSIFFLAGS, &port.request);
-}
-
 }  // namespace
-
-Machine::Machine() {
-  Indices();
-}
 
 State Machine::Look() {
   State state;
@@ -132,27 +94,26 @@ State Machine::Look() {
   for (const char* folder : kFolders) {
     for (fs::recursive_directory_iterator at(folder), end; at != end; ++at) {
       const std::string& path = at->path().native();
-      if (IsOther(path)) {
+      Known known{};
+      if (kOthers.count(path) != 0) {
         at.disable_recursion_pending();
         continue;
       }
-      Known known{};
       if (::lstat(path.c_str(), &known.status) != 0) continue;
-      const auto before = known_.find(path);
-      const bool same =
-          before != known_.end() && before->second.status.st_ino == known.status.st_ino &&
-          std::memcmp(&before->second.status.st_ctim, &known.status.st_ctim, sizeof(timespec)) == 0;
-      known.node = same ? before->second.node : NodeOf(path, known.status);
+      const struct stat& old = known_[path].status;
+      const bool same = old.st_ino == known.status.st_ino &&
+                        std::memcmp(&old.st_ctim, &known.status.st_ctim, sizeof old.st_ctim) == 0;
+      known.node = same ? known_[path].node : NodeOf(path, known.status);
       state.files[path] = known.node;
       now[path] = std::move(known);
     }
   }
   known_ = std::move(now);
-  for (const int index : Indices())
-    state.kernel += PortText(index) + '\n';
+  for (int port = 0; port < Port::kCount; ++port)
+    state.ports.push_back(Port(port).Text());
   char name[65] = "";
   ::gethostname(name, sizeof name);
-  state.kernel += name;
+  state.hostname = name;
   return state;
 }
 
@@ -165,15 +126,12 @@ void Machine::PutBack(const State& state) {
     const auto found = now.files.find(path);
     if (found == now.files.end() || found->second != node) Make(path, node);
   }
-  if (now.kernel == state.kernel) return;
-  std::istringstream lines(state.kernel);
-  std::string line;
-  for (const int index : Indices()) {
-    std::getline(lines, line);
-    PutPortBack(index, line);
+  for (int port = 0; port < Port::kCount; ++port) {
+    const std::string& wanted = state.ports.at(port);
+    if (now.ports.at(port) != wanted) Port(port).PutBack(wanted);
   }
-  std::getline(lines, line, '\0');
-  static_cast<void>(!::sethostname(line.c_str(), line.size()));
+  if (now.hostname != state.hostname)
+    static_cast<void>(!::sethostname(state.hostname.c_str(), state.hostname.size()));
 }
 
 }  // namespace torture
