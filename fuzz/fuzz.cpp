@@ -85,6 +85,11 @@ std::vector<std::string> Input::Words() {
   return {words.begin(), words.end()};
 }
 
+void Input::Files(std::initializer_list<std::string> paths) {
+  for (const std::string& path : paths)
+    Put(path, &path == paths.end() - 1 ? Rest() : Text());
+}
+
 int Input::Number() {
   return std::atoi(Text().substr(0, 9).c_str());
 }

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -19,13 +20,14 @@ namespace fuzz {
 class Input {
  public:
   explicit Input(std::string_view bytes) : bytes_(bytes) {}
-  // The next text; a field of a record is filled with it, and lacks its end where it is too long.
-  std::string Text();
-  template <std::size_t N>
-  void Text(char (&field)[N]) {
-    std::memset(field, 0, N);
-    Text().copy(field, N);
+  std::string Text();  // the next one
+  // Fields of a record get the next texts, and lack their end where one is too long.
+  template <class... Fields>
+  void Fill(Fields&... fields) {
+    (Text().copy(static_cast<char*>(std::memset(fields, 0, sizeof fields)), sizeof fields), ...);
   }
+  // The next texts are these files', the rest the last one's.
+  void Files(std::initializer_list<std::string> paths);
   std::vector<std::string> Words();  // the next text split at blanks
   int Number();                      // the next text, 0 for what is none
   std::string Rest() { return std::string(std::exchange(bytes_, {})); }

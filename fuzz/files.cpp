@@ -1,6 +1,10 @@
-// The files of interfaces, the system's settings and names, the resolver.
+// The kernel's tables, what programs print, and the files of interfaces, the system and the
+// resolver.
 #include <zarnnetsdk/zarnnetsdk.h>
 
+#include "frame/base/text.h"
+#include "frame/facts/bridges.h"
+#include "frame/facts/ovs.h"
 #include "frame/model/ifcfg.h"
 #include "frame/model/paths.h"
 #include "fuzz.h"
@@ -10,16 +14,115 @@
 namespace fuzz {
 namespace {
 
-using frame::paths::Ifcfg;
 namespace paths = frame::paths;
+using frame::paths::Ifcfg;
 
 const std::string kEth0 = Ifcfg("eth0");
 
+FUZZ(interface_table) {
+  const auto selector = static_cast<unsigned>(in.Number());
+  Put(paths::kProcNetDev, in.Rest());
+  KOPANetIfInfo list[32];
+  const int count = KOPANetGetInterfaceInfo(list, 32, selector);
+  REQUIRE(count <= 32 && KOPANetEthEnum(nullptr, 32) <= 32);
+  for (int i = 0; i < count; ++i)
+    REQUIRE(!Field(list[i].name).empty());
+  PKOPANETSTATLIST stats = KOPANetStatInit(4);
+  REQUIRE(KOPANetStatGetAll(stats) <= 4);
+  KOPANetStatFree(stats);
+  ZARNNetIsDevTypeMatch("eth0", selector);
+}
+
+FUZZ(route_table) {
+  Put(paths::kProcRoute, in.Rest());
+  char gateway[16] = "", ifname[8] = "";
+  REQUIRE(DefaultGatewayGet(gateway, sizeof gateway, ifname, sizeof ifname) <= 0);
+  REQUIRE(IsPlain(Field(gateway), ".") &&
+          Field(ifname).find_first_of(" \t\n") == std::string::npos);
+}
+
+FUZZ(address_table) {
+  Put(paths::kProcIfInet6, in.Rest());
+  ZARNNETV6ADDR addresses[4];
+  const int count = ZARNLnxV6IPGet("eth0", addresses, 4);
+  for (int i = 0; i < count && i < 4; ++i)
+    REQUIRE(BlKOPAIsv6IpAddrValid(addresses[i].szAddr) == 1);
+}
+
+FUZZ(socket_tables) {
+  const int first = in.Number(), last = in.Number();
+  in.Files({paths::kProcTcp, paths::kProcTcp6, paths::kProcUdp, paths::kProcUdp6});
+  int ports[4];
+  const int count = ZARNNetGetPortUsedInRange(first, last, "", ports, 4);
+  for (int i = 0; i < count && i < 4; ++i)
+    REQUIRE(first <= ports[i] && ports[i] <= last);
+  REQUIRE(ZARNNetIsPortRangeUsed(first, last, "tcp") <= (count > 0 ? 1 : 0));
+}
+
+FUZZ(vlan_table) {
+  Put(paths::kProcVlanConfig, in.Rest());
+  KOPANETVLAN* vlans = nullptr;
+  int count = 0;
+  if (KOPANetVlanEnum(&vlans, &count) == 0) {
+    REQUIRE(count <= Lines(Get(paths::kProcVlanConfig)));
+    for (int i = 0; i < count; ++i)
+      REQUIRE(Field(vlans[i].szName).size() < 16 && Field(vlans[i].szRowDev).size() < 16);
+  }
+  std::free(vlans);
+}
+
+FUZZ(bond_tables) {
+  in.Files({paths::kBondingMasters, paths::SysNet("bond0", "/bonding/slaves"),
+            paths::SysNet("bond0", "/bonding/mode"), paths::ProcBond("bond0")});
+  List bonds, slaves;
+  ZARNNetLinkAggrEnum(bonds.Out());
+  for (const std::string& bond : bonds.Texts())
+    REQUIRE(bond.find_first_of(" \t\n") == std::string::npos);
+  ZARNLINKAGGROPT record{};
+  if (ZARNNetLinkAggrGet("bond0", &record) == 0)
+    REQUIRE(record.cSlave >= 0 && record.cSlave <= ZARNLINKAGGR_MAX_SLAVE);
+  ZARNNetLinkAggrPhyGet("bond0", slaves.Out());
+  REQUIRE(ZARNNetIfIsLink("bond0") <= 1);
+}
+
+FUZZ(switch_tables) {
+  const std::string name = in.Text();
+  Put(paths::kOvsBonds, in.Text());
+  Put(paths::SysVirtualNet("ovs_bond0") + "/flags", "");
+  Put(paths::SysVirtualNet("ovs_eth0") + "/flags", "");
+  Put(paths::Ifcfg("ovs_bond0"), in.Rest());
+  const auto bond = frame::facts::OvsBonds().Of(name);
+  REQUIRE(bond && bond->find(' ') == std::string::npos);
+  ZARNLINKAGGROPT record{};
+  if (ZARNNetLinkAggrGet("ovs_bond0", &record) == 0)
+    REQUIRE(record.cSlave >= 0 && record.cSlave <= ZARNLINKAGGR_MAX_SLAVE);
+  char port[16], mac[18];
+  KOPANetOVSGetOriginalIf(name.c_str(), port, sizeof port);
+  KOPANetOVSIfIsSlave(name.c_str());
+  KOPANetOVSIfIsMaster(name.c_str());
+  KOPANetGetMacAddrByInterface(name.c_str(), mac, sizeof mac, 1);
+  ZARNNetIfIsLink("ovs_bond0");
+}
+
+FUZZ(program_output) {
+  Put(paths::kPppoeIntf, in.Text());
+  Put(paths::kProcNetDev, in.Text());
+  output = in.Rest();
+  char address[20], ifname[16];
+  for (auto* const cal : {ZARNNetCalBroadcast, ZARNNetCalNetwork}) {
+    std::memset(address, 0, sizeof address);
+    if (cal("10.0.0.1/8", address, sizeof address) == 0)
+      REQUIRE(output.find(Field(address)) != std::string::npos);
+  }
+  const std::string texts = Get(paths::kPppoeIntf) + output;
+  if (ZARNPPPoeIntfGet(ifname, sizeof ifname) == 0)
+    REQUIRE(texts.find(Field(ifname)) != std::string::npos);
+}
+
 FUZZ(interface_file) {
   const std::string lease = paths::DhcpInfo("eth0");
-  Put(kEth0, in.Text());
-  Put(lease, in.Text());
-  Put(paths::kExternalIpResult, in.Rest());
+  in.Files({kEth0, lease, paths::kExternalIpResult});
+  const std::string file = Get(kEth0);
   const int dhcp = BlZARNLnxIsDHCP("eth0");
   REQUIRE(!Get(kEth0).empty());  // repaired
   char ip[16], address[46], gateway[46];
@@ -38,6 +141,13 @@ FUZZ(interface_file) {
   int type = 0, prefix = 0;
   ZARNNetIPv6ConfGet("eth0", &type, address, sizeof address, &prefix, gateway, sizeof gateway);
   std::free(ZARNExternalIPGet());
+  // Into a bond and out of it again; what has nothing to do with that stays.
+  Put(kEth0, file);
+  const std::string kept = Key(kEth0, "IPV6INIT");
+  REQUIRE(virtual_if::JoinBond("eth0", "bond0"));
+  REQUIRE(Key(kEth0, "MASTER") == "bond0" && Key(kEth0, "SLAVE") == "yes");
+  REQUIRE(virtual_if::LeaveBond("eth0"));
+  REQUIRE((Key(kEth0, "MASTER") + Key(kEth0, "SLAVE")).empty() && Key(kEth0, "IPV6INIT") == kept);
 }
 
 FUZZ(block_flags) {
@@ -49,30 +159,16 @@ FUZZ(block_flags) {
   REQUIRE((ZARNNetIFBlockGet("eth0") & mask) == wanted || (value != 0 && value != 1) || count == 0);
 }
 
-// Into a bond and out of it again; what has nothing to do with that stays.
-FUZZ(bond_slave_file) {
-  Put(kEth0, in.Rest());
-  const std::string kept = Key(kEth0, "IPV6INIT");
-  REQUIRE(virtual_if::JoinBond("eth0", "bond0"));
-  REQUIRE(Key(kEth0, "MASTER") == "bond0" && Key(kEth0, "SLAVE") == "yes");
-  REQUIRE(virtual_if::LeaveBond("eth0"));
-  REQUIRE(Key(kEth0, "MASTER").empty() && Key(kEth0, "SLAVE").empty());
-  REQUIRE(Key(kEth0, "IPV6INIT") == kept);
-}
-
 FUZZ(bridge_settings) {
   ZARNNETIFSETTINGS settings{}, read{};
   ZARNBRIDGEINFO role{}, readRole{};
   settings.blStatic = 1;
   settings.blOnBoot = static_cast<uint32_t>(in.Number() & 1);
   role.type = static_cast<uint32_t>(in.Number() & 7);
-  in.Text(settings.szIP);
-  in.Text(settings.szMask);
-  in.Text(role.szRef);
+  in.Fill(settings.szIP, settings.szMask, role.szRef);
   std::strcpy(settings.szName, "eth0");
   std::strcpy(role.szName, "eth0");
-  const std::string file = in.Rest();
-  Put(kEth0, file);
+  Put(kEth0, in.Rest());
   if (ZARNNetSetBridgeConfig(&settings, &role) != 0) return;
   REQUIRE(ZARNNetGetBridgeConfig("eth0", &read, &readRole) == 0);
   const bool has = Key(kEth0, "BOOTPROTO") == "static";
@@ -84,15 +180,15 @@ FUZZ(vlan_files) {
   KOPANETVLAN vlan{"eth0.10", "eth0", 10};
   ZARNNETIFSETTINGS settings{};
   settings.blStatic = static_cast<uint32_t>(in.Number() & 1);
-  in.Text(settings.szIP);
-  in.Text(settings.szMask);
+  in.Fill(settings.szIP, settings.szMask);
   Put(kEth0, in.Rest());
   if (!frame::model::IsFitAddress(settings)) return;
-  const std::string own = virtual_if::VlanFile(vlan, settings);
-  Put(Ifcfg("eth0.10"), own);
+  const auto own = virtual_if::VlanFile(vlan, settings);
+  if (!own) return;
+  Put(Ifcfg("eth0.10"), *own);
   REQUIRE(Key(Ifcfg("eth0.10"), "VLAN_ROW_DEVICE") == "eth0");
   REQUIRE(settings.blStatic == 0 || Key(Ifcfg("eth0.10"), "IPADDR") == Field(settings.szIP));
-  REQUIRE(Lines(own) <= 12);
+  REQUIRE(Lines(*own) <= 12);
   const auto under = virtual_if::ParentFileUnder("eth0");
   REQUIRE(under && under->ends_with("BOOTPROTO=none\nIPV6INIT=off\n"));
   const auto without = virtual_if::ParentFileWithout(vlan);
@@ -102,7 +198,7 @@ FUZZ(vlan_files) {
 FUZZ(system_settings) {
   const std::string mtu = in.Text();
   KOPANETTOPOLOGY topology{}, found{};
-  in.Text(topology.szName);
+  in.Fill(topology.szName);
   const std::string name = Field(topology.szName);
   Put(paths::kInfo, in.Rest());
   char stored[32];
@@ -128,12 +224,8 @@ FUZZ(host_name) {
 }
 
 FUZZ(resolver_files) {
-  Put(paths::kInfo, in.Text());
-  Put(paths::kResolvStatic, in.Text());
-  Put(paths::kLearnedServersV4, in.Text());
-  Put(paths::kLearnedServersV6, in.Text());
-  Put(paths::kResolvOption, in.Text());
-  Put(paths::kResolv, in.Rest());
+  in.Files({paths::kInfo, paths::kResolvStatic, paths::kLearnedServersV4, paths::kLearnedServersV6,
+            paths::kResolvOption, paths::kResolv});
   List fixed, active;
   char first[46];
   REQUIRE(ZARNNetStaticDNSListGet(fixed.Out()) == 0 && ZARNNetDNSListGet(active.Out()) == 0);
