@@ -67,7 +67,7 @@ void CompareLinks(const KernelLink& before, const KernelLink& now, Texts* differ
 // A message that sets parts of a link.
 class LinkMessage {
  public:
-  explicit LinkMessage(int index) : bytes_(MNL_SOCKET_BUFFER_SIZE, '\0') {
+  explicit LinkMessage(int index) : bytes_(kMessageSize, '\0') {
     header_ = ::mnl_nlmsg_put_header(bytes_.data());
     base_ = static_cast<ifinfomsg*>(::mnl_nlmsg_put_extra_header(header_, sizeof(ifinfomsg)));
     base_->ifi_index = index;

@@ -9,6 +9,9 @@
 
 namespace change {
 
+// Room for any message that is sent.
+inline constexpr std::size_t kMessageSize = 8192;
+
 class Netlink {
  public:
   Netlink() : socket_(::mnl_socket_open2(NETLINK_ROUTE, SOCK_CLOEXEC)) {
@@ -20,7 +23,7 @@ class Netlink {
 
   // Asks for everything of a kind, and hands each answer on. False when the kernel does not answer.
   bool Dump(int type, int family, const std::function<void(const nlmsghdr*)>& take) {
-    std::vector<char> request(MNL_SOCKET_BUFFER_SIZE);
+    std::vector<char> request(kMessageSize);
     nlmsghdr* const header = ::mnl_nlmsg_put_header(request.data());
     header->nlmsg_type = static_cast<std::uint16_t>(type);
     header->nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
