@@ -67,17 +67,6 @@ TEST(Plugins, OneThatDoesNotEndIsEndedWithItsChildren) {
       << "still there: " << name;
 }
 
-TEST(Plugins, OnlyArgumentNamesAreTaken) {
-  PKOPAPLUGIN plugin = Open();
-  for (const char* name : {"", "LD=", "path", "A B", "A\nB", "PATH", "LD_PRELOAD"}) {
-    EXPECT_GT(0, KOPAPluginSetArg(plugin, name, "x")) << name;
-  }
-  EXPECT_GT(0, KOPAPluginSetArg(plugin, "A", nullptr));
-  KOPAPluginExit(plugin);
-  EXPECT_EQ(0, KOPAPluginHasInit(nullptr));
-  KOPAPluginExit(nullptr);
-}
-
 TEST(Plugins, GetTheCallersVariablesAndTheirOwn) {
   WritePlugin("10", "/usr/bin/env | grep -vE '^(_|PWD|SHLVL|OLDPWD)=' | sort >> /run/seen");
   PKOPAPLUGIN plugin = Open();

@@ -16,8 +16,8 @@
 
 #include <zarncore/zarncore.h>
 
-#include "platform/fixture.h"
 #include "support/clock.h"
+#include "support/refused_memory.h"
 #include "torture.h"
 
 namespace torture {

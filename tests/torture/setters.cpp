@@ -10,7 +10,7 @@
 
 #include <zarnnetsdk/zarnnetsdk.h>
 
-#include "platform/fixture.h"
+#include "support/refused_memory.h"
 #include "torture.h"
 
 namespace torture {

@@ -1,11 +1,11 @@
 // Takes the place of the allocator of a test program and its libraries, to refuse memory.
+#include "support/refused_memory.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <new>
 #include <utility>
-
-#include "fixture.h"
 
 namespace {
 
