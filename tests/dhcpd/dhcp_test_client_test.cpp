@@ -36,6 +36,7 @@ TEST(DhcpTrial, EachStepsFailureIsToldApart) {
   Mask("failed\\((Invalid argument|Success|No [a-z ]*)\\)", "REASON");
   WriteFile("/etc/dhclient/dhclient-script", "script\n");
   Try("nobody", "");
+  Try("an option of the client's", "-r");
   RecordTool(kClient, 2);
   Try("no server");
   RecordTool(kClient);
