@@ -13,19 +13,10 @@ namespace {
 
 using Texts = std::vector<const char*>;
 
-// The call with its result, and its code whatever the result.
-template <class Call>
-void Ask(const std::string& what, Call call) {
-  char code[16];
-  const bool failed = Tell(what, call) < 0;
-  std::snprintf(code, sizeof code, "code 0x%04X", KOPACErrGet());
-  if (!failed && KOPACErrGet() != 0) Say(code);
-}
-
 void AskEach(const char* name, int (*predicate)(const char*), const Texts& texts) {
   for (const char* text : texts)
-    Ask(std::string(name) + " " + (text != nullptr ? text : "null"),
-        [&] { return predicate(text); });
+    TellCode(std::string(name) + " " + (text != nullptr ? text : "null"),
+             [&] { return predicate(text); });
 }
 #define ASK_EACH(predicate, ...) AskEach(#predicate, predicate, Texts __VA_ARGS__)
 
@@ -34,7 +25,7 @@ TEST(AddressText, SplitStopsAtTheFirstPartThatIsNone) {
        {"0x1F.010.0.0", "999.256.300.70000", "4294967297.0.0.0", "00000000000000000000001.2.3.4567",
         "", "1.2..3", "1.2.3.", "1.2.3.4x", "1.\n2.3.4", "1.-2.3.4", "08.1.1.1"}) {
     unsigned part[4] = {7, 7, 7, 7};
-    Ask(text, [&] { return cKOPAISepIP(text, part); });
+    TellCode(text, [&] { return cKOPAISepIP(text, part); });
     Say(std::to_string(part[0]) + " " + std::to_string(part[1]) + " " + std::to_string(part[2]) +
         " " + std::to_string(part[3]));
   }
@@ -52,14 +43,10 @@ TEST(AddressText, HostsAndPrivateBlocksEndWhereTheyShould) {
 }
 
 TEST(AddressText, MaskHasNoGapAndIsRewrittenWhereItStands) {
-  for (int prefix = 1; prefix <= 32; ++prefix) {
-    const std::uint32_t mask = ~std::uint32_t{0} << (32 - prefix);
-    const unsigned part[4] = {mask >> 24, mask >> 16 & 255, mask >> 8 & 255, mask & 255};
-    EXPECT_EQ(cKOPAICalMask(part), prefix);
-  }
-  const unsigned wrong[][4] = {{0, 255, 255, 255}, {255, 255, 255, 1}, {256, 0, 0, 0}};
-  for (const auto& part : wrong)
-    Ask("parts from " + std::to_string(part[0]), [&] { return cKOPAICalMask(part); });
+  const unsigned parts[][4] = {
+      {128, 0, 0, 0}, {255, 255, 255, 255}, {0, 255, 255, 255}, {255, 255, 255, 1}, {256, 0, 0, 0}};
+  for (const auto& part : parts)
+    TellCode("parts from " + std::to_string(part[0]), [&] { return cKOPAICalMask(part); });
   ASK_EACH(BlKOPAIsValidIpMask,
            {"0.0.0.0", "255.0.255.0", "255.255.255.000000000000000000000\nGATEWAY=1", nullptr});
   ASK_EACH(ZARNNetNetmaskToPrefix, {"255.255.0.0", "255.0.255.0", "255.255.255.256", ""});
@@ -67,7 +54,7 @@ TEST(AddressText, MaskHasNoGapAndIsRewrittenWhereItStands) {
        {"255.255.255.0x0", "0377.0xFF.255.128", "0x0.0.0.0", "255.255.255."}) {
     const auto buffer = std::make_unique<char[]>(text.size() + 1);  // a longer result would be seen
     std::memcpy(buffer.get(), text.c_str(), text.size() + 1);
-    Ask(text, [&] { return BlKOPAIsIpMask(buffer.get()); });
+    TellCode(text, [&] { return BlKOPAIsIpMask(buffer.get()); });
     Say(buffer.get());
   }
 }
@@ -77,7 +64,7 @@ TEST(AddressText, SubnetIsConvertedBothWays) {
     char in[64] = "";
     char out[64] = "";
     std::strcpy(in, text);
-    Ask(text, [&] { return function(in, out); });
+    TellCode(text, [&] { return function(in, out); });
     EXPECT_STREQ(in, text);
     const int result = function(in, nullptr);
     EXPECT_STREQ(in, result == 0 ? out : text) << "without a buffer the text is the result";
@@ -124,7 +111,7 @@ TEST(AddressText, SubnetsAreComparedWithinOneFamily) {
       {"null", {"1.2.3.4", "1.2.3.4", nullptr}},
   };
   for (const auto& [fault, texts] : rows)
-    Ask(fault, [&t = texts] { return ZARNNetIsSameSubnet(t[0], t[1], t[2]); });
+    TellCode(fault, [&t = texts] { return ZARNNetIsSameSubnet(t[0], t[1], t[2]); });
 }
 
 TEST(AddressText, RangeHoldsItsBoundsInEitherOrder) {

@@ -3,7 +3,7 @@
 #include <chrono>
 #include <linux/if_packet.h>
 #include <net/if.h>
-#include <netinet/in.h>
+#include <netdb.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -19,20 +19,22 @@ using frame::Descriptor;
 
 namespace {
 
-// A socket on a port of the loopback addresses.
+// The loopback address of the family with this port; the call is bind() or connect().
+template <class Call>
+void WithLoopback(const Call& call, const Descriptor& socket, int family, int port) {
+  addrinfo hints{};
+  hints.ai_family = family;
+  hints.ai_flags = AI_NUMERICHOST;
+  addrinfo* found = nullptr;
+  const char* const host = family == AF_INET6 ? "::1" : "127.0.0.1";
+  ASSERT_EQ(0, ::getaddrinfo(host, std::to_string(port).c_str(), &hints, &found));
+  EXPECT_EQ(0, call(socket.Get(), found->ai_addr, found->ai_addrlen));
+  ::freeaddrinfo(found);
+}
+
 Descriptor Bound(int family, int type, int port) {
   Descriptor socket(::socket(family, type | SOCK_CLOEXEC, 0));
-  sockaddr_in6 address{};
-  address.sin6_family = AF_INET6;
-  address.sin6_port = htons(static_cast<std::uint16_t>(port));
-  address.sin6_addr = in6addr_loopback;
-  sockaddr_in v4{};
-  v4.sin_family = AF_INET;
-  v4.sin_port = address.sin6_port;
-  v4.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  const auto* const generic = family == AF_INET6 ? reinterpret_cast<const sockaddr*>(&address)
-                                                 : reinterpret_cast<const sockaddr*>(&v4);
-  EXPECT_EQ(0, ::bind(socket.Get(), generic, family == AF_INET6 ? sizeof address : sizeof v4));
+  WithLoopback(::bind, socket, family, port);
   return socket;
 }
 
@@ -40,14 +42,6 @@ Descriptor Listening(int family, int port) {
   Descriptor socket = Bound(family, SOCK_STREAM, port);
   EXPECT_EQ(0, ::listen(socket.Get(), 4));
   return socket;
-}
-
-void Connect(const Descriptor& socket, int port) {
-  sockaddr_in to{};
-  to.sin_family = AF_INET;
-  to.sin_port = htons(static_cast<std::uint16_t>(port));
-  to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  EXPECT_EQ(0, ::connect(socket.Get(), reinterpret_cast<const sockaddr*>(&to), sizeof to));
 }
 
 std::vector<int> Used(const char* proto, int first = 1, int last = 65535) {
@@ -68,7 +62,7 @@ TEST(Ports, AreThoseThatNoServerCouldTake) {
   const Descriptor name = Bound(AF_INET, SOCK_DGRAM, 53);
   const Descriptor v6Name = Bound(AF_INET6, SOCK_DGRAM, 5353);
   Descriptor client = Bound(AF_INET, SOCK_STREAM, 50000);
-  Connect(client, 8080);
+  WithLoopback(::connect, client, AF_INET, 8080);
   const Descriptor server(::accept4(web.Get(), nullptr, nullptr, SOCK_CLOEXEC));
   EXPECT_EQ((std::vector<int>{443, 8080, 50000}), Used("TCP")) << ReadFile("/proc/net/tcp6");
   EXPECT_EQ((std::vector<int>{53, 5353}), Used("udp"));

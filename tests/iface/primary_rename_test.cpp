@@ -6,7 +6,6 @@
 #include <zarnnetsdk/iface.h>
 
 #include "frame/base/text.h"
-#include "frame/os/containers.h"
 #include "support/kernel_answers.h"
 #include "support/transcript.h"
 
@@ -18,9 +17,6 @@ const char kInfo[] = "/etc/zarninfo.conf";
 
 std::string Addresses(const std::string& ifname) {
   return Shell("ip -4 -br address show dev " + ifname);
-}
-bool Contains(const std::string& text, std::string_view part) {
-  return text.find(part) != std::string::npos;
 }
 
 ZARNNETIFADDR Config(int bootProto, std::string_view ip = "", std::string_view mask = "") {
@@ -172,19 +168,19 @@ TEST(LinkEvents, NameTheInterface) {
 
 TEST(LocalLan, IsTheListOfTheFactorySettings) {
   const char factory[] = "/etc.defaults/zarninfo.conf";
-  frame::StringList list(1);
+  List list;
   WriteFile(factory, "maxlanport=\"2\"\n");
   EXPECT_EQ(0, KOPANetGetLocalLanConfig(list.Out()));
   WriteFile(factory, "local_lan=\"eth1, eth2 wlan0\"");
   EXPECT_EQ(3, KOPANetGetLocalLanConfig(list.Out()));
-  EXPECT_EQ((Lines{"eth1", "eth2", "wlan0"}), Items(list.Get()));
+  EXPECT_EQ((Lines{"eth1", "eth2", "wlan0"}), list.Texts());
   std::string names = "local_lan=\"";
   for (int i = 0; i < 33; ++i)
     names += "eth" + std::to_string(i) + " ";
   WriteFile(factory, names + "\"\n");
   Refused(ZARNNETERR_TABLE_FULL, [&] { return KOPANetGetLocalLanConfig(list.Out()); });
   ExpectLog(LOG_ERR, "net_get_local_lan_config", "local lan exceed NUM_MAXIFACES");
-  EXPECT_EQ(3, list.Count());
+  EXPECT_EQ(3U, list.Texts().size());
   RemoveFile(factory);
   Refused(ZARNNETERR_OPEN, [&] { return KOPANetGetLocalLanConfig(list.Out()); });
 }

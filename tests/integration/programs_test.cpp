@@ -4,16 +4,11 @@
 
 #include <zarnnetsdk/zarnnetsdk.h>
 
-#include "frame/os/containers.h"
 #include "support/transcript.h"
 
 using namespace test;
 
 namespace {
-
-bool Has(const std::string& text, std::string_view part) {
-  return text.find(part) != std::string::npos;
-}
 
 std::string StatusOf(const std::string& command) {
   return Shell("{ " + command + "; echo \"status $?\"; }");
@@ -98,14 +93,11 @@ TEST(DhcpServer, GivesClientsWhatTheRecordSays) {
   DHCP_OPTION routes{};
   routes.number = 121;
   std::strcpy(routes.name, "classless-static-route");
-  frame::StringList route(2);
-  route.Add("10.0.0.0/8");
-  route.Add("192.168.60.254");
-  routes.values = *route.Out();
+  const List route({"10.0.0.0/8", "192.168.60.254"});
+  routes.values = route;
   DHCP_OPTION mtu{26, "mtu", "1400", nullptr, &routes};
-  frame::StringList clocks(1);
-  clocks.Add("192.168.60.7");
-  DHCP_OPTION time{42, "ntp-server", "", *clocks.Out(), &mtu};
+  const List clocks({"192.168.60.7"});
+  DHCP_OPTION time{42, "ntp-server", "", clocks, &mtu};
   DHCP_SUBNET_CONF subnet{};
   subnet.enable = 1;
   subnet.lease = 3600;
@@ -172,14 +164,14 @@ TEST(DhcpServer, GoesOnWithItsSettingsWhenTheNewOnesAreNoGood) {
   ASSERT_NE("", process);
   WriteFragment("dhcpd-eth0-subnet0", kRange + "dhcp-option=tag:eth00,option:no-such,1\n");
   const std::string answer = StatusOf("/etc/rc.network nat-restart-dhcp");
-  EXPECT_TRUE(Has(answer, "bad dhcp-option") && Has(answer, "status 2\n")) << answer;
+  EXPECT_TRUE(Contains(answer, "bad dhcp-option") && Contains(answer, "status 2\n")) << answer;
   EXPECT_EQ(process, ServerProcess());
   EXPECT_EQ(served, Served());
 
   // Good settings with which it nevertheless does not start: the old ones come back.
   WriteFragment("dhcpd-eth0-subnet0", kRange + "enable-tftp\ntftp-root=/no/such\n");
   const std::string failed = StatusOf("/etc/rc.network nat-restart-dhcp");
-  EXPECT_TRUE(Has(failed, "does not start") && Has(failed, "status 1\n")) << failed;
+  EXPECT_TRUE(Contains(failed, "does not start") && Contains(failed, "status 1\n")) << failed;
   EXPECT_NE("", ServerProcess());
   EXPECT_EQ(served, Served());
 }
@@ -235,8 +227,8 @@ TEST(Interfaces, ABridgeTakesItsPortsAndGivesThemBack) {
   WriteIfcfg("eth2", "DEVICE=eth2\nBOOTPROTO=dhcp\n");
   EXPECT_EQ("rc.network: br0: no such interface\nstatus 1\n",
             StatusOf("/etc/rc.network start br0 eth1 eth2"));
-  EXPECT_TRUE(Has(Shell("ip -4 address show dev eth1"), "192.168.50.21/24"));
-  EXPECT_TRUE(Has(Shell("ip -4 address show dev eth2"), "inet 192.168.50.1"));
+  EXPECT_TRUE(Contains(Shell("ip -4 address show dev eth1"), "192.168.50.21/24"));
+  EXPECT_TRUE(Contains(Shell("ip -4 address show dev eth2"), "inet 192.168.50.1"));
 }
 
 // A kernel without the drivers says so. With them the rest is the same for every kind of device: in
@@ -274,8 +266,8 @@ TEST(Interfaces, ABondAndAVlanAreMadeFromTheirFiles) {
       "link add link bond0 name bond0.7 type vlan id 7\n",
       ReadFile("/tmp/made"));
   EXPECT_EQ("eth1\neth2\n", Shell("ls /sys/class/net/bond0/brif"));
-  EXPECT_TRUE(Has(Shell("ip -4 address show dev bond0"), "inet 192.168.50.1"));
-  EXPECT_TRUE(Has(Shell("ip -4 address show dev bond0.7"), "192.168.70.1/24"));
+  EXPECT_TRUE(Contains(Shell("ip -4 address show dev bond0"), "inet 192.168.50.1"));
+  EXPECT_TRUE(Contains(Shell("ip -4 address show dev bond0.7"), "192.168.70.1/24"));
   EXPECT_EQ("", Shell("ip -4 address show dev eth1; ip -4 address show dev eth2"));
   ASSERT_EQ("status 0\n", StatusOf("/etc/rc.network stop bond0 eth1 eth2 bond0.7"));
   EXPECT_EQ("eth0\neth1\neth2\neth3\nlo\n", Shell("ls /sys/class/net"));

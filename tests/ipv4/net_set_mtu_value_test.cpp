@@ -45,7 +45,7 @@ TEST(MtuSetting, AFailureLeavesTheFile) {
   }
   MountEmpty("/etc", "16k");
   WriteFile(kInfo, "eth0_mtu=\"1400\"\n");
-  FillDisk("/etc");
+  Shell("cat /dev/zero >/etc/filler");
   Kernel().vlanParents["eth0.10"] = "eth0";
   Say("a full disk: both writes are tried");
   TELL(ZARNConfSetMTUValue("9000", "eth0.10"));

@@ -1,6 +1,5 @@
 // How operations fail: with a code and a place of their own.
 #include <functional>
-#include <sys/resource.h>
 #include <thread>
 
 #include <zarnhacore/zarnhacore.h>
@@ -40,17 +39,6 @@ void ExpectFailures(const char* error, const std::vector<Operation>& operations)
     EXPECT_EQ(error, ErrorNow()) << operation.text;
   }
 }
-
-// While it lives nothing can be opened.
-struct NoDescriptors {
-  NoDescriptors() {
-    ::getrlimit(RLIMIT_NOFILE, &before);
-    const struct rlimit none = {0, before.rlim_max};
-    ::setrlimit(RLIMIT_NOFILE, &none);
-  }
-  ~NoDescriptors() { ::setrlimit(RLIMIT_NOFILE, &before); }
-  struct rlimit before {};
-};
 
 int Get(const char* path) {
   char value[16];

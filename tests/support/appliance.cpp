@@ -2,10 +2,8 @@
 #include "support/appliance.h"
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -13,9 +11,9 @@
 #include <sstream>
 #include <sys/mount.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
+#include "support/children.h"
 #include "support/clock.h"
 
 namespace test {
@@ -79,15 +77,6 @@ void MountEmpty(const std::string& path, const std::string& size) {
   }
 }
 
-void FillDisk(const std::string& folder) {
-  const int fd = ::open((folder + "/filler").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
-  const char block[512] = "filler";
-  while (::write(fd, block, sizeof block) > 0) {
-  }
-  EXPECT_EQ(errno, ENOSPC);
-  ::close(fd);
-}
-
 std::string IfcfgPath(const std::string& ifname) {
   return "/etc/sysconfig/network-scripts/ifcfg-" + ifname;
 }
@@ -131,26 +120,25 @@ void BringUp(const std::string& ifname) {
   ADD_FAILURE() << ifname << " has no carrier";
 }
 
-LockHolder::LockHolder(int classAndMode) : pid_(-1) {
-  int ready[2];
-  if (::pipe2(ready, O_CLOEXEC) != 0) ADD_FAILURE() << "no pipe";
-  pid_ = ::fork();
-  if (pid_ == 0) {
-    const bool held = KOPACFileLock(classAndMode, 5) == 0;
-    if (::write(ready[1], &held, 1) == 1) ::pause();
-    ::_exit(0);
-  }
-  char held = 0;
-  if (::read(ready[0], &held, 1) != 1 || held != 1) ADD_FAILURE() << "the lock is not to be had";
-  ::close(ready[0]);
-  ::close(ready[1]);
+LockHolder::LockHolder(int classAndMode) {
+  Gate held;
+  pid_ = Start([&] {
+    if (KOPACFileLock(classAndMode, 5) == 0) held.Open();
+    return ::pause();
+  });
+  EXPECT_TRUE(held.Wait()) << "the lock is not to be had";
   RunClockFaster(100);
 }
 
 LockHolder::~LockHolder() {
   RunClockFaster(1);
-  ::kill(pid_, SIGKILL);
-  ::waitpid(pid_, nullptr, 0);
+  KillAndReap(pid_);
+}
+
+NoDescriptors::NoDescriptors() {
+  ::getrlimit(RLIMIT_NOFILE, &before);
+  const rlimit none{0, before.rlim_max};
+  ::setrlimit(RLIMIT_NOFILE, &none);
 }
 
 Lines Events() {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <string>
 #include <string_view>
+#include <sys/resource.h>
 #include <syslog.h>
 #include <vector>
 
@@ -20,9 +21,8 @@ bool FileExists(const std::string& path);
 int FileMode(const std::string& path);         // permission bits, -1 without the file
 Lines FolderEntries(const std::string& path);  // sorted
 void RemoveFile(const std::string& path);
-// Hides a folder behind an empty one of at most this size (full disks; kernel tables of one's own).
+// Hides a folder behind an empty one of at most this size (kernel tables of one's own).
 void MountEmpty(const std::string& path, const std::string& size = "1m");
-void FillDisk(const std::string& folder);
 
 std::string IfcfgPath(const std::string& ifname);
 void WriteIfcfg(const std::string& ifname, std::string_view text);
@@ -100,6 +100,17 @@ class List {
  private:
   PKOPACSZLIST list_;
 };
+
+// While it lives no file and no socket can be opened.
+struct NoDescriptors {
+  NoDescriptors();
+  ~NoDescriptors() { ::setrlimit(RLIMIT_NOFILE, &before); }
+  rlimit before{};
+};
+
+inline bool Contains(std::string_view text, std::string_view part) {
+  return text.find(part) != std::string_view::npos;
+}
 
 // ---- refusals
 // The call fails with this result and this code.

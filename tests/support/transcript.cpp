@@ -330,12 +330,6 @@ void AddJournal() {
   addSleep();
 }
 
-std::string Code() {
-  char code[16];
-  std::snprintf(code, sizeof code, ", code 0x%04X", static_cast<unsigned>(KOPACErrGet()));
-  return KOPACErrGet() != 0 ? code : "";
-}
-
 // ---- the golden text
 
 std::string GoldenPath(const ::testing::TestInfo& test) {
@@ -395,6 +389,12 @@ void JoinJournals() {
 }
 
 }  // namespace
+
+std::string transcript::Code() {
+  char code[16];
+  std::snprintf(code, sizeof code, ", code 0x%04X", static_cast<unsigned>(KOPACErrGet()));
+  return KOPACErrGet() != 0 ? code : "";
+}
 
 void Say(std::string_view remark) {
   const bool ends = remark.ends_with('\n');

@@ -19,6 +19,10 @@ long Tell(const std::string& heading, Call call);
 // The same with the call's own words as the heading.
 #define TELL(call) ::test::Tell(#call, [&] { return call; })
 
+// Adds the call, and its code also where the result is no failure by itself.
+template <class Call>
+void TellCode(const std::string& heading, Call call);
+
 // Adds a remark, or what was read back.
 void Say(std::string_view remark);
 
@@ -32,6 +36,7 @@ void Mask(const std::string& expression, const std::string& with);
 namespace transcript {
 void Begin(const char* folder);
 void End(const std::string& heading, long result);
+std::string Code();
 }  // namespace transcript
 
 template <class Call>
@@ -40,6 +45,11 @@ long Tell(const std::string& heading, Call call) {
   const long result = call();
   transcript::End(heading, result);
   return result;
+}
+
+template <class Call>
+void TellCode(const std::string& heading, Call call) {
+  if (Tell(heading, call) >= 0 && KOPACErrGet() != 0) Say(transcript::Code().substr(2));
 }
 
 }  // namespace test

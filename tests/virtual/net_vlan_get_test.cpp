@@ -2,7 +2,6 @@
 // the VLAN request and its table are put in place here.
 #include <cstdlib>
 #include <cstring>
-#include <sys/resource.h>
 
 #include <zarnnetsdk/error.h>
 #include <zarnnetsdk/virtual.h>
@@ -34,12 +33,8 @@ TEST(Vlan, KernelIsAskedForTheWholeName) {
   TELL(KOPANetVlanGetByRowDev("abcdefghijklm", 4094, &vlan));
   for (const unsigned id : {0U, 4095U, 65537U, ~0U})
     REFUSED(ZARNNETERR_BAD_PARAMETER, KOPANetVlanGetByRowDev("eth0", id, &vlan));
-  rlimit before{};
-  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
-  const rlimit none{0, before.rlim_max};
-  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+  const NoDescriptors none;
   REFUSED(ZARNNETERR_VLAN_QUERY, KOPANetVlanGet("eth0.10", &vlan));
-  ::setrlimit(RLIMIT_NOFILE, &before);
 }
 
 TEST(Vlan, TableIsReadBehindItsHeadAndAnUnexpectedLineGivesNothing) {

@@ -27,10 +27,6 @@ inline bool Within(int seconds, const std::function<bool()>& holds) {
   return true;
 }
 
-inline bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
 inline Lines Words(const std::string& text) {
   std::istringstream stream(text);
   return Lines(std::istream_iterator<std::string>(stream), {});
@@ -97,11 +93,9 @@ inline Lines Slaves(const ZARNLINKAGGROPT& bond) {
 using Counted = std::pair<int, Lines>;
 template <typename Call>
 Counted ListOf(const Call& call) {
-  PKOPACSZLIST list = KOPACSzListAlloc(8);
-  const int count = call(&list);
-  const Lines names = Items(list);
-  KOPACSzListFree(list);
-  return {count, names};
+  List list;
+  const int count = call(list.Out());
+  return {count, list.Texts()};
 }
 
 }  // namespace test

@@ -9,11 +9,9 @@ namespace {
 // What the distribution's scripts want beside the account: through the kernel's
 // driver, no name servers of the peer's.
 constexpr char kScriptSettings[] =
-    "DEMAND=no\nDNSTYPE=NOCHANGE\nPEERDNS=no\nCONNECT_TIMEOUT=40\nCONNECT_POLL="
-    "1\nPIDFILE=/run/pppoe.pid\n"
-    "SYNCHRONOUS=no\nCLAMPMSS=1412\nLCP_INTERVAL=20\nLCP_FAILURE=3\nPPPOE_"
-    "TIMEOUT=80\nFIREWALL=NONE\n"
-    "LINUX_PLUGIN=rp-pppoe.so\n";
+    "DEMAND=no\nDNSTYPE=NOCHANGE\nPEERDNS=no\nCONNECT_TIMEOUT=40\nCONNECT_POLL=1\n"
+    "PIDFILE=/run/pppoe.pid\nSYNCHRONOUS=no\nCLAMPMSS=1412\nLCP_INTERVAL=20\nLCP_FAILURE=3\n"
+    "PPPOE_TIMEOUT=80\nFIREWALL=NONE\nLINUX_PLUGIN=rp-pppoe.so\n";
 constexpr char kPassword[] = "it's #a secret";
 
 // On the second host, in folders of its own: both ends write their process
@@ -92,10 +90,8 @@ TEST(PPPoE, AWrongPasswordGetsNoSession) {
 TEST(PPPoE, TheRelayTakesAHostBehindTheBridgeToTheConcentrator) {
   BringUp("eth0");
   StartConcentrator("somebody");
-  Do("ip netns add home; ip -n lan link set lan1 netns home; ip -n home link "
-     "set lan1 up;"
-     "ip link add br0 type bridge; ip link set eth1 master br0 up; ip link set "
-     "br0 up");
+  Do("ip netns add home; ip -n lan link set lan1 netns home; ip -n home link set lan1 up;"
+     "ip link add br0 type bridge; ip link set eth1 master br0 up; ip link set br0 up");
   WriteIfcfg("br0", "DEVICE=br0\nTYPE=bridge\nPRIMARY=eth1\nLOCAL_LAN=yes\n");
   const std::string discover = "ip netns exec home pppoe-discovery -I lan1 -t 1";
   EXPECT_FALSE(Contains(Shell(discover), "concentrator"));
