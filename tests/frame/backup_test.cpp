@@ -2,9 +2,7 @@
 #include "frame/os/backup.h"
 
 #include <cerrno>
-#include <optional>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "frame/os/rewrite.h"
 #include "support/appliance.h"
@@ -15,38 +13,35 @@ namespace {
 
 const std::string kPath = "/etc/kept";
 
-std::string Owner(const std::string& path) {
-  struct stat status {};
-  ::stat(path.c_str(), &status);
-  return std::to_string(status.st_uid) + ":" + std::to_string(status.st_gid);
+std::string Status() {
+  return ReadFile(kPath) + Shell("stat -c '%a %u:%g' " + kPath);
 }
 
-TEST(Backup, PutsContentModeAndOwnerBack) {
+TEST(Backup, PutsContentModeAndOwnerBackUnlessItIsRemoved) {
   umask(077);
-  WriteFile(kPath, "old\n", 0664);
-  ASSERT_EQ(0, chown(kPath.c_str(), 12, 34));
-  ASSERT_EQ(0, chmod(kPath.c_str(), 0664));
-  std::optional<frame::Snapshot> snapshot(kPath);
+  WriteFile(kPath, "old\n");
+  Shell("chown 12:34 " + kPath + "; chmod 664 " + kPath);
+  const frame::Snapshot snapshot(kPath);
   {
     const frame::Backup backup(kPath, ".tmp1");
     ASSERT_TRUE(backup.Made());
-    RemoveFile(kPath);
+    EXPECT_EQ(0664, FileMode(kPath + ".tmp1"));
     WriteFile(kPath, "new\n", 0600);
   }
-  EXPECT_EQ("old\n", ReadFile(kPath));
-  EXPECT_EQ(0664, FileMode(kPath));
-  EXPECT_EQ("12:34", Owner(kPath));
-  RemoveFile(kPath);
+  EXPECT_EQ("old\n664 12:34\n", Status()) << "also on an exception's way out";
+  frame::Backup kept(kPath, ".tmp1");
   WriteFile(kPath, "newer\n", 0600);
-  ASSERT_TRUE(snapshot->PutBack());
-  EXPECT_EQ("old\n", ReadFile(kPath));
-  EXPECT_EQ(0664, FileMode(kPath));
-  EXPECT_EQ("12:34", Owner(kPath));
+  EXPECT_TRUE(kept.Remove());
+  EXPECT_TRUE(kept.Restore()) << "nothing left to do";
+  EXPECT_EQ("newer\n", ReadFile(kPath));
   EXPECT_FALSE(FileExists(kPath + ".tmp1"));
+  ASSERT_TRUE(snapshot.PutBack());
+  EXPECT_EQ("old\n664 12:34\n", Status());
   const frame::Snapshot absent("/etc/absent");
   WriteFile("/etc/absent", "");
   EXPECT_TRUE(absent.PutBack());
   EXPECT_FALSE(FileExists("/etc/absent"));
+  EXPECT_FALSE(frame::Backup("/etc/absent", ".saved").Made());
 }
 
 TEST(Backup, ASecondOneInTheSameSecondHasACopyOfItsOwn) {

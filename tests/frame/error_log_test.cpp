@@ -7,7 +7,6 @@
 
 #include "frame/base/boundary.h"
 #include "frame/base/log.h"
-#include "frame/os/backup.h"
 #include "support/appliance.h"
 
 using namespace test;
@@ -46,24 +45,6 @@ TEST(Log, LinesBeginWithTheirPlace) {
   EXPECT_EQ(ZARNNETERR_BAD_PARAMETER, KOPACErrGet());
   EXPECT_STREQ("error_log_test", KOPACErrorGetFile());
   EXPECT_EQ(first + 4, KOPACErrorGetLine());
-}
-
-TEST(Backup, IsRestoredUnlessItIsRemoved) {
-  WriteFile("/etc/conf", "old\n", 0640);
-  {
-    const frame::Backup backup("/etc/conf", ".saved");
-    ASSERT_TRUE(backup.Made());
-    EXPECT_EQ(0640, FileMode("/etc/conf.saved"));
-    WriteFile("/etc/conf", "new\n");
-  }
-  EXPECT_EQ("old\n", ReadFile("/etc/conf")) << "left on an exception's way out";
-  frame::Backup kept("/etc/conf", ".saved");
-  WriteFile("/etc/conf", "new\n");
-  EXPECT_TRUE(kept.Remove());
-  EXPECT_TRUE(kept.Restore()) << "nothing left to do";
-  EXPECT_EQ("new\n", ReadFile("/etc/conf"));
-  EXPECT_FALSE(FileExists("/etc/conf.saved"));
-  EXPECT_FALSE(frame::Backup("/etc/nowhere", ".saved").Made());
 }
 
 TEST(Descriptors, ThousandsOfFailingCallsLeaveNoneOpen) {

@@ -106,15 +106,6 @@ TEST(Locks, ARefusedWaitLastsItsTimeAndADeadHolderLetsGo) {
   killer.join();
 }
 
-TEST(Locks, AProgramThatIsRunInheritsNoLock) {
-  ASSERT_EQ(0, KOPACFileLock(kWrite, 0));
-  WriteFile("/run/look", "#!/bin/sh\nls -l /proc/$$/fd > /run/fds\nsleep 30 &\n", 0755);
-  ASSERT_EQ(0, KOPACExec("/run/look", nullptr, nullptr, nullptr, nullptr));
-  EXPECT_EQ(std::string::npos, ReadFile("/run/fds").find("zarncore")) << ReadFile("/run/fds");
-  EXPECT_EQ(0, KOPACFileUnlock(kClass));
-  EXPECT_TRUE(OtherCanTake(kWrite)) << "although something that was started lives on";
-}
-
 TEST(Locks, ACallerKilledWhileItsProgramRunsLetsGo) {
   WriteFile("/run/long", "#!/bin/sh\ntouch /run/begun\nsleep 30\n", 0755);
   for (const auto handling : {SIG_DFL, SIG_IGN}) {
