@@ -165,4 +165,7 @@ TEST(InterfaceConfig, AFileWithoutBootProtocolIsRepairedAndNoneIsMade) {
   }
   RemoveFile(IfcfgPath("eth9"));
   TELL(BlZARNLnxIsDHCP("eth9"));
+  Shell("mkfifo " + IfcfgPath("eth9"));
+  Say("what cannot be read is not repaired");
+  TELL(BlZARNLnxIsDHCP("eth9"));
 }

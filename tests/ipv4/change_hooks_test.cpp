@@ -29,7 +29,6 @@ TEST(ChangeHooks, NothingIsFiredForWhatCannotChange) {
   TELL(ZARNNetIPChangePreHook(2, "eth0", "", "10.0.0.1", 24));
   TELL(ZARNNetIPChangePreHook(-1, "eth0", "", "10.0.0.1", 24));
   TELL(ZARNNetIPChangePreHook(0, "nosuch0", "", "10.0.0.1", 24));
-  TELL(ZARNNetIPChangePreHook(0, "eth0", nullptr, "10.0.0.1", 24));
   TELL(KOPANetIFChgPluginSetArgs(nullptr, List({"eth0"}), List({"eth1"}), 0));
 }
 
