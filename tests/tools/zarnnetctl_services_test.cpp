@@ -9,45 +9,7 @@ TEST(Services, WrongUsageIsTwoAndSaysWhereHelpIs) {
 }
 
 TEST(Dhcpd, ASubnetGoesInAndOutAsOptionsAndAsJson) {
-  Type(R"(
-dhcpd subnet set eth0 0 --start 10.0.0.50 --end 10.0.0.60 --netmask 255.0.0.0 --router 10.0.0.1 \
-  --dns 10.0.0.1 10.0.0.2 --domain lan --option mtu=1400 \
-  --option classless-static-route=11.0.0.0/8,10.0.0.9
-dhcpd subnet show eth0 0
-$ zarnnetctl dhcpd subnet show eth0 0 --json | tee /tmp/subnet
-$ mv /etc/dhcpd/dhcpd-eth0-subnet0.conf /tmp/first
-dhcpd subnet set eth0 0 - </tmp/subnet
-$ cmp /tmp/first /etc/dhcpd/dhcpd-eth0-subnet0.conf
-dhcpd subnet set eth0 0 --start 10.0.0
-dhcpd subnet set eth0 0 --netmask 255.0.255.0
-dhcpd subnet set eth0 0 --dns nas.lan
-dhcpd subnet set eth0 0 --option speed=1
-dhcpd subnet set eth0 0 --domain "`printf 'a\nb'`"
-dhcpd subnet set eth0 0 --router "10.0.0.1`printf '\r'`"
-dhcpd subnet set eth0 0 --domain lan,wan
-dhcpd subnet set eth0 0 --dns 10.0.0.1 10.0.0.2 junk
-dhcpd subnet set eth0 0 --option 'root-path=/a"b'
-dhcpd subnet set eth0 0 --end 11.0.0.60
-dhcpd subnet set 'eth"0' 0 --start 10.0.0.1 --end 10.0.0.2 --netmask 255.0.0.0 --router 10.0.0.1 \
-  --dns 10.0.0.1
-dhcpd subnet set eth1 0 --start 10.0.0.1 --end 10.0.0.2 --netmask 255.0.0.0
-$ ls /etc/dhcpd
-)");
-  for (const char* const document :
-       {R"({"start": "10.0.0.1", "end": "10.0.0.2", "netmask": "255.0.0.0", "domain": "a\nb=c"})",
-        "{", "[]", R"({"gateway": "10.0.0.1"})", R"({"lease": "long"})", R"({"interface": "eth1"})",
-        R"({"start": "10.0.0.1", "end": "10.0.0.2", "netmask": "255.0.0.0", "router": "10.0.0.1",
-            "dns": ["10.0.0.1"], "lease": -5})"}) {
-    WriteFile("/tmp/subnet", document);
-    Type("$ cat /tmp/subnet\ndhcpd subnet set eth0 0 - --json </tmp/subnet");
-  }
-  Type(R"(
-dhcpd subnet show eth0 1
-dhcpd subnet set eth0 0 --lease 600 --disable
-dhcpd subnet list eth0 --json
-dhcpd subnet set eth0 0 -6 --mode ra-stateless --dns 2001:db8::1
-dhcpd subnet show eth0 0 -6 --json
-)");
+  TypeSession();
 }
 
 TEST(Dhcpd, SwitchesClassesAndNetworkBootAreStored) {
