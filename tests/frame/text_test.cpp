@@ -6,7 +6,6 @@
 namespace {
 
 using frame::NaturalLess;
-using Views = std::vector<std::string_view>;
 
 }  // namespace
 
@@ -40,15 +39,6 @@ TEST(Text, CopiesAreBoundedAndTerminated) {
   EXPECT_STREQ("", buffer);
   const char full[3] = {'a', 'b', 'c'};
   EXPECT_EQ("abc", frame::FieldText(full)) << "a field without its terminator";
-}
-
-TEST(Text, FieldsKeepEmptyOnesAndWordsDoNot) {
-  EXPECT_EQ((Views{"a", "", "b", ""}), frame::SplitFields("a,,b,", ","));
-  EXPECT_EQ((Views{""}), frame::SplitFields("", ","));
-  EXPECT_EQ((Views{"a", "b"}), frame::SplitWords(" a\t b\n"));
-  EXPECT_EQ(Views{}, frame::SplitWords("\n"));
-  EXPECT_EQ("a b", frame::Trimmed("\r\n a b\t"));
-  EXPECT_EQ("", frame::Trimmed(" "));
 }
 
 TEST(Text, NumbersAreTheWholeTextOrNothing) {

@@ -62,6 +62,8 @@ TEST_F(Bridges, AreListedByRoleAndWithTheirPorts) {
   for (const uint32_t role : {0U, 1U, 4U})
     EXPECT_EQ(KOPANetEnumBridge(list.Out(), role), 0);
   EXPECT_EQ(KOPANetEnumBridge(nullptr, 2), 1);
+  EXPECT_EQ(KOPANetBridgeIfIsSlave("eth0"), 1);
+  EXPECT_EQ(KOPANetBridgeIfIsSlave("br0"), 0);
   TELL(KOPANetBridgeSlaveEnum("br0", list.Out()));
   TELL(KOPANetBridgeSlaveEnum("lan0br", list.Out()));
   TELL(KOPANetBridgeSlaveEnum("eth0", list.Out()));

@@ -27,7 +27,8 @@ void MakeThem() {
      "add wg0 wireguard; add vx0 vxlan id 7 dev eth0 dstport 4789; ip tuntap add tun0 mode tun;"
      "add ifb7 ifb");
   for (const auto& link : Ip("link"))
-    if (link["ifname"] != "eth0.30" && link["ifname"] != "v2" && !Contains(link["ifname"], "sit0"))
+    if (link["ifname"] != "eth0.30" && link["ifname"] != "v2" &&
+        !Contains(link["ifname"].get<std::string>(), "sit0"))
       Shell("ip link set " + link["ifname"].get<std::string>() + " up");
   Do("ip address add 10.1.0.1/8 dev eth0; ip address add 10.2.0.1/20 dev eth0.9;"
      "ip address add 10.3.0.1/31 dev bond0; ip address add 10.4.0.1 peer 10.4.0.2/32 dev tun0;"
