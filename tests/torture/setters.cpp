@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
-#include <optional>
 
 #include <zarnnetsdk/zarnnetsdk.h>
 
@@ -102,11 +101,15 @@ int SetSubnet(const Texts& t, int family) {
 }
 
 int SetVendor(const Texts& t) {
-  std::optional<test::MemoryForTheTest> memory(std::in_place);
-  test::Hash options;
-  if (t[1] != nullptr && t[2] != nullptr) KOPACSzHashSetValue(&options.hash, t[1], t[2]);
-  memory.reset();
-  return DHCPVendorSetVendor(t[0], options.hash);
+  PKOPACSZHASH options = nullptr;
+  {
+    const test::MemoryForTheTest memory;
+    options = KOPACSzHashAlloc(4);
+    if (t[1] != nullptr && t[2] != nullptr) KOPACSzHashSetValue(&options, t[1], t[2]);
+  }
+  const int result = DHCPVendorSetVendor(t[0], options);
+  KOPACSzHashFree(options);
+  return result;
 }
 
 int SetPxe(const Texts& t, int remote) {
