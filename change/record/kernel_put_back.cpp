@@ -193,7 +193,7 @@ void PutBack(const Kernel& before) {
   const auto changed = ReadKernel();
   if (!changed) return;
   if (changed->hostname != before.hostname)
-    static_cast<void>(::sethostname(before.hostname.c_str(), before.hostname.size()));
+    static_cast<void>(!::sethostname(before.hostname.c_str(), before.hostname.size()));
   PutBackSwitches(before, *changed);
   for (const auto& [name, link] : before.links)
     PutBackLink(link, *changed, &netlink);

@@ -92,6 +92,8 @@ State Machine::Look() {
   State state;
   std::map<std::string, Known> now;
   for (const char* folder : kFolders) {
+    struct stat root {};
+    ::stat(folder, &root);
     for (fs::recursive_directory_iterator at(folder), end; at != end; ++at) {
       const std::string& path = at->path().native();
       Known known{};
@@ -100,6 +102,10 @@ State Machine::Look() {
         continue;
       }
       if (::lstat(path.c_str(), &known.status) != 0) continue;
+      if (known.status.st_dev != root.st_dev) {  // mounted here: the sources, where they lie below
+        at.disable_recursion_pending();
+        continue;
+      }
       const struct stat& old = known_[path].status;
       const bool same = old.st_ino == known.status.st_ino &&
                         std::memcmp(&old.st_ctim, &known.status.st_ctim, sizeof old.st_ctim) == 0;
