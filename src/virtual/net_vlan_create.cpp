@@ -70,10 +70,7 @@ bool ReplaceFiles(const KOPANETVLAN& vlan, const ZARNNETIFSETTINGS& settings) {
   virtual_if::RunStartScript("stop", vlan.szRowDev);
   const bool done =
       virtual_if::TakePlace(&parentFile, parentPath) && virtual_if::TakePlace(&vlanFile, vlanPath);
-  if (!done) {
-    if (!parentFile.IsOpen()) vlanFile.Abandon();  // the parent's settings are nowhere else now
-    return false;
-  }
+  if (!done) return false;
   // Not before: what a killed writer has left may have been the only copy of these settings.
   virtual_if::RemoveAbandonedFiles(vlan.szRowDev);
   return true;
