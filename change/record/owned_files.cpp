@@ -3,6 +3,9 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "frame/model/dhcp_files.h"
 #include "frame/model/paths.h"
@@ -32,11 +35,20 @@ struct Names {
   const char* folder;
   const char* prefix;
 };
+constexpr char kShared[] = "/tmp";
 constexpr Names kNames[] = {
     {paths::kIfcfgFolder, "ifcfg-"}, {frame::dhcp_files::kFolder, "dhcpd"},
     {paths::kPppoeRelayFolder, ""},  {"/etc/dhclient/ipv4", "dhcpcd-"},
-    {"/tmp", "dhcpv4.leases."},      {"/tmp", "zarnpppoe.intf"},
+    {kShared, "dhcpv4.leases."},     {kShared, "zarnpppoe.intf"},
 };
+
+// In /tmp anybody can take such a name, with any content.
+bool IsOwn(const Names& names, const std::string& path) {
+  struct stat status {};
+  return std::string_view(names.folder) != kShared ||
+         (::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+          status.st_uid == ::geteuid() && status.st_nlink == 1);
+}
 
 }  // namespace
 
@@ -46,7 +58,8 @@ std::vector<std::string> OwnedFiles() {
     std::error_code none;
     for (const auto& entry : std::filesystem::directory_iterator(names.folder, none)) {
       const std::string name = entry.path().filename();
-      if (name.starts_with(names.prefix) && !name.ends_with(".pid")) owned.push_back(entry.path());
+      if (name.starts_with(names.prefix) && !name.ends_with(".pid") && IsOwn(names, entry.path()))
+        owned.push_back(entry.path());
     }
   }
   std::sort(owned.begin(), owned.end());

@@ -18,6 +18,7 @@
 #include "frame/model/paths.h"
 #include "frame/os/backup.h"
 #include "frame/os/folder.h"
+#include "frame/os/kernel.h"
 #include "frame/os/key_file.h"
 #include "virtual/bond_files.h"
 
@@ -52,10 +53,12 @@ bool AddIfSlave(const std::string& path, const std::string& bond, Names* slaves)
   return master.text != bond || AddDeviceOf(path, slaves);
 }
 
-// A call that was killed has left the bond's own settings in the heir's file.
+// A call that was killed has left the bond's own settings in the heir's file. Another copy of them,
+// which somebody has made, is no interface's.
 bool IsHeirOfKilled(const std::string& path, const std::string& bond) {
   return path.starts_with(paths::kIfcfgPrefix) && path != paths::Ifcfg(bond) &&
-         KeyIs(path, keys::kDevice, bond.c_str());
+         KeyIs(path, keys::kDevice, bond.c_str()) &&
+         InetSocket().Flags(path.substr(kPrefixLength)).has_value();
 }
 
 // It has released the heir already when the file from before that says so.

@@ -1,12 +1,10 @@
 // A bond is created, changed or deleted: the interface files of the bond and its slaves, the lease
 // that goes over to it, the restart of all of them, and the event of their rename.
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <string>
 #include <unistd.h>
 #include <utility>
-#include <vector>
 
 #include <zarnnetsdk/net_int.h>
 #include <zarnnetsdk/virtual.h>
@@ -144,36 +142,10 @@ bool Remove(const ZARNLINKAGGROPT& record) {
   return virtual_if::RemoveBond(record.szName, record.cSlave > 0 ? record.rgszSlave[0] : "");
 }
 
-// Where the present bond cannot be undone the new one is not tried; where the new one cannot be
-// made the present one has its files again.
-bool Change(const ZARNLINKAGGROPT& wanted, const ZARNLINKAGGROPT& present) {
-  const std::string path = paths::Ifcfg(present.szName);
-  const std::string kept = paths::IfcfgKept(present.szName);
-  std::vector<Snapshot> before;
-  for (const Names& slaves : {SlavesOf(present), SlavesOf(wanted)}) {
-    for (const std::string& slave : slaves)
-      before.emplace_back(paths::Ifcfg(slave));
-  }
-  // The bond's own file goes and comes again: a second name keeps it also on a full disk.
-  ::unlink(kept.c_str());
-  bool isKept = false;
-  Undo undo;
-  undo.Add([&] {
-    if (isKept && std::rename(kept.c_str(), path.c_str()) == 0)
-      ::unlink(kept.c_str());  // which is still there where both are the same file
-    for (const Snapshot& file : before)
-      static_cast<void>(file.PutBack());  // the call has failed already, and said why
-  });
-  isKept = ::link(path.c_str(), kept.c_str()) == 0;
-  if (!Remove(present) || !Create(wanted)) return false;
-  undo.Keep();
-  ::unlink(kept.c_str());
-  return true;
-}
-
+// Where the present bond cannot be undone the new one is not tried.
 bool CarryOut(Kind kind, const ZARNLINKAGGROPT& wanted, const ZARNLINKAGGROPT& present) {
   if (kind == Kind::kDelete) return Remove(wanted);
-  return kind == Kind::kCreate ? Create(wanted) : Change(wanted, present);
+  return (kind == Kind::kCreate || Remove(present)) && Create(wanted);
 }
 
 // The network start script for the bond and its slaves.

@@ -68,9 +68,9 @@ bool ReplaceFiles(const KOPANETVLAN& vlan, const ZARNNETIFSETTINGS& settings) {
   Rewrite parentFile(parentPath, paths::kVlanParentTemplate);
   if (!virtual_if::Prepare(&parentFile, *parentText)) return false;
   virtual_if::RunStartScript("stop", vlan.szRowDev);
-  const bool done =
-      virtual_if::TakePlace(&parentFile, parentPath) && virtual_if::TakePlace(&vlanFile, vlanPath);
-  if (!done) return false;
+  if (!virtual_if::TakePlace(&parentFile, parentPath) ||
+      !virtual_if::TakePlace(&vlanFile, vlanPath))
+    return false;
   // Not before: what a killed writer has left may have been the only copy of these settings.
   virtual_if::RemoveAbandonedFiles(vlan.szRowDev);
   return true;

@@ -12,7 +12,8 @@
 namespace virtual_if {
 
 // The VLAN's own. The IPv6 settings are the parent's; those of a parent from which a writer that
-// was killed has taken them already are where that one has put them.
+// was killed has taken them already are where that one has put them. Nothing when that file cannot
+// be read.
 std::optional<std::string> VlanFile(const KOPANETVLAN& vlan, const ZARNNETIFSETTINGS& settings);
 
 // The parent's without its addresses. Nothing, with 0x0900 set, when a file cannot be read.

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <sys/stat.h>
 
+#include "frame/os/folder.h"
 #include "frame/os/rewrite.h"
 #include "support/appliance.h"
 
@@ -78,6 +79,8 @@ TEST(Rewrite, OnlyAWriterThatIsGoneHasAbandonedItsFile) {
   ASSERT_TRUE(living.IsOpen() && living.Fill("text\n"));
   EXPECT_EQ(Lines{"/etc/NEW_a1B2c3"}, frame::AbandonedTemporaries(nameTemplate));
   EXPECT_TRUE(living.TakeEffect());
+  const std::string ofAsterisk = frame::PatternOf("/etc/NEW*");
+  EXPECT_EQ(Lines{}, frame::AbandonedTemporaries(ofAsterisk + "XXXXXX")) << "a sign of a name";
 }
 
 }  // namespace

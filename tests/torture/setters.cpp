@@ -246,7 +246,7 @@ std::map<std::string, Setter> Sections() {
     } else if (line.starts_with("exempt ")) {
       const auto has = [&](const char* word) { return line.find(word) != std::string::npos; };
       section->exempt = (has(" once") ? kOnce : 0) | (has(" lenient") ? kLenient : 0) |
-                        (has(" no-way-on") ? kNoWayOn : 0);
+                        (has(" no-way-on") ? kNoWayOn : 0) | (has(" loses") ? kLoses : 0);
     } else if (line.starts_with("with ")) {
       const auto& shared = sections.at(line.substr(5)).around;
       section->around.insert(section->around.end(), shared.begin(), shared.end());

@@ -148,8 +148,10 @@ class Subject {
   }
   // A call that is killed may leave no file where it would have made a new one.
   [[nodiscard]] std::string Lost(const State& now, bool ended) const {
+    const std::string own = "/ifcfg-" + std::string(given_.empty() ? "" : given_[0]);
     return Each(before_, [&](const auto& path, const auto&) {
-      const bool may = !IsIn(after_, path) || (!ended && versions_.at(path).count(kAbsent) != 0);
+      const bool may = !IsIn(after_, path) || (setter_.Is(kLoses) && path.ends_with(own)) ||
+                       (!ended && versions_.at(path).count(kAbsent) != 0);
       return may || IsIn(now, path) ? "" : " lost: " + path;
     });
   }

@@ -21,6 +21,7 @@ using Texts = std::vector<const char*>;
 inline constexpr unsigned kOnce = 1;     // called again after a success it answers otherwise
 inline constexpr unsigned kLenient = 2;  // a success is no state: steps that fail are passed over
 inline constexpr unsigned kNoWayOn = 4;  // called again after a failure it leads elsewhere
+inline constexpr unsigned kLoses = 8;  // a failure takes the file of the interface that it is about
 
 struct Setter {
   std::string name;

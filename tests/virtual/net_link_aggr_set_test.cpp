@@ -92,6 +92,7 @@ TEST_F(LinkAggr, ADeletedBondLeavesItsSettingsToItsFirstSlaveAlone) {
   WriteIfcfg("eth2", std::string("DEVICE=eth2\nBOOTPROTO=none\nIPADDR=10.0.0.7") + kJoined);
   WriteIfcfg("eth3", "DEVICE=eth3\nMASTER=bond00\n");
   WriteIfcfg("eth9.saved", "DEVICE=eth9\nMASTER=bond0\n");
+  WriteIfcfg("bond0.mine", "DEVICE=bond0\n");
   auto record = Record("bond0", 0, {"eth7"});
   TELL(ZARNNetLinkAggrSet(&record));
   Say(std::to_string(record.cSlave) + " slaves, the first " + record.rgszSlave[0]);

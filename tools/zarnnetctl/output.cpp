@@ -81,13 +81,20 @@ std::vector<std::size_t> ColumnWidths(const std::vector<Row>& rows) {
   return widths;
 }
 
+// How many bytes the first characters of a text have.
+std::size_t BytesOf(const std::string& text, std::size_t characters) {
+  std::size_t end = 0;
+  for (; end < text.size(); ++end) {
+    const bool begins = (static_cast<unsigned char>(text[end]) & 0xC0U) != 0x80;
+    if (begins && characters-- == 0) break;
+  }
+  return end;
+}
+
 // The text in at most so many columns; its end tells that something is missing.
 std::string Fitted(const std::string& text, std::size_t width) {
   if (Width(text) <= width) return text;
-  std::size_t end = 0;
-  for (std::size_t column = 0; column < width; ++end)
-    if ((static_cast<unsigned char>(text[end + 1]) & 0xC0U) != 0x80) ++column;
-  return text.substr(0, end - 1) + (HasUtf8() ? "…" : "~");
+  return text.substr(0, BytesOf(text, width - 1)) + (HasUtf8() ? "…" : "~");
 }
 
 // Names come from the command line and from the kernel and need not be UTF-8: what is not is

@@ -28,7 +28,7 @@ std::string_view TakeNumber(std::string_view* text) {
 }  // namespace
 
 bool IsUnfitName(const char* name) {
-  if (IsEmpty(name) || *name == '-') return true;
+  if (IsEmpty(name)) return true;
   const std::string_view text(name);
   return text.front() == '-' || HasControlCharacters(text) ||
          text.find_first_of("/ ") != std::string_view::npos;

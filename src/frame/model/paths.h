@@ -44,11 +44,6 @@ inline std::string Ifcfg(std::string_view ifname) {
   return std::string(kIfcfgPrefix).append(ifname);
 }
 
-// A second name of such a file while a change removes it; hidden, for it is no interface's.
-inline std::string IfcfgKept(std::string_view ifname) {
-  return std::string(kIfcfgFolder).append("/.ifcfg-").append(ifname).append(".kept");
-}
-
 // ---- leases and results of other programs
 inline std::string DhcpInfo(std::string_view ifname) {
   return std::string("/etc/dhclient/ipv4/dhcpcd-").append(ifname).append(".info");

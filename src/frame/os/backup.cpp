@@ -14,6 +14,7 @@
 #include "frame/os/command.h"
 #include "frame/os/file.h"
 #include "frame/os/file_tools.h"
+#include "frame/os/folder.h"
 #include "frame/os/rewrite.h"
 
 namespace frame {
@@ -47,7 +48,7 @@ Descriptor TakeName(std::string* name) {
 
 void RemoveAbandonedCopies(const std::string& path, std::string_view suffix) {
   const std::string_view word = suffix.substr(0, suffix.find_last_not_of("0123456789") + 1);
-  for (const std::string& left : AbandonedFiles(path + std::string(word) + "[0-9]*"))
+  for (const std::string& left : AbandonedFiles(PatternOf(path).append(word) + "[0-9]*"))
     ::unlink(left.c_str());
 }
 

@@ -43,4 +43,13 @@ std::optional<std::vector<std::string>> PathsLike(const std::string& pattern) {
   return paths;
 }
 
+std::string PatternOf(const std::string& path) {
+  std::string pattern = path.substr(0, path.rfind('/') + 1);
+  for (const char sign : path.substr(pattern.size())) {
+    if (std::string_view("*?[\\").find(sign) != std::string_view::npos) pattern += '\\';
+    pattern += sign;
+  }
+  return pattern;
+}
+
 }  // namespace frame

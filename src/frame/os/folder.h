@@ -18,4 +18,7 @@ std::optional<std::vector<std::string>> EntriesOf(const std::string& folder,
 // list. Nothing when the folder cannot be read.
 std::optional<std::vector<std::string>> PathsLike(const std::string& pattern);
 
+// The pattern that matches the last part of this path as it stands, whatever signs are in it.
+std::string PatternOf(const std::string& path);
+
 }  // namespace frame

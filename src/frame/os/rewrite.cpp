@@ -66,7 +66,7 @@ std::vector<std::string> AbandonedTemporaries(std::string nameTemplate) {
 
 Rewrite::Rewrite(const std::string& path) : Rewrite(path, path + ".XXXXXX") {
   const int reason = errno;
-  for (const std::string& left : AbandonedTemporaries(path + ".XXXXXX")) {
+  for (const std::string& left : AbandonedTemporaries(PatternOf(path) + ".XXXXXX")) {
     if (IsMarked(left)) ::unlink(left.c_str());
   }
   mark_ = kMark;

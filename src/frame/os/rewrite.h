@@ -53,8 +53,6 @@ class Rewrite {
   [[nodiscard]] bool Sync();  // the last step before TakeEffect()
   [[nodiscard]] bool TakeEffect();
   [[nodiscard]] bool SetTargetMode(mode_t mode) const;  // after TakeEffect()
-  // The temporary file stays as one that a killed writer has left: it holds what nothing else does.
-  void Abandon() { made_ = false; }
 
  private:
   std::string path_;
