@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the library is measured against: the same work written out by hand, without library or
 // frame.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Measures the library beside hand-written code and the machine's other ways to the same answers,
 // in one run, and holds it to limits.
 //   zarnnet_bench FOLDER [TOPIC...]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the library is shown beside: the other ways to the same answers that a Linux machine offers.
 #include "peers.h"
 

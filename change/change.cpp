@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The C interface: texts in, texts out, and no exception across.
 #include <cstdlib>
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // JSON inside the library, and paths into it: interface names have dots in them, so a path is a
 // JSON pointer.
 #pragma once

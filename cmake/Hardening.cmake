@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What every target is protected with where compiler and linker have it, and what makes two builds of the same sources alike.
 include(CheckCXXCompilerFlag)
 include(CheckLinkerFlag)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Every target of the project is built with the same warnings. They are errors in the project's own presets alone: another
 # compiler has other ones. (-Wpedantic is left out: it refuses the %m of syslog.)
 add_library(zarnnet_build_flags INTERFACE)

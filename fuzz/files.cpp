@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The kernel's tables, what programs print, and the files of interfaces, the system and the
 // resolver.
 #include <zarnnetsdk/zarnnetsdk.h>

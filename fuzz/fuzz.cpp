@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The frame: the program's beginning, the files, and what takes the place of programs and the log.
 #include "fuzz.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The frame of the fuzz targets. A target is a function of one input, registered by its name; all
 // of them are one program, which runs in the appliance and has its kernel's tables and its files in
 // memory. Programs are not run: /bin/cp is done by the frame, and what a program prints is the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Settings with a record of their own, read as their files are found, and written, read and
 // compared: the accounts and passwords of PPPoE and the tunnel, the DHCP server.
 #include <zarnnetsdk/zarnnetsdk.h>

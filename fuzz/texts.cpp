@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What is judged by its text alone, and the core library's files, lists, events and cipher.
 #include <sys/stat.h>
 

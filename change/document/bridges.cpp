@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bridges: the library writes the parts in the interfaces' files, the start script makes them.
 #include <algorithm>
 #include <unistd.h>

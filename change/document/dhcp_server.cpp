@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The built-in DHCP server: its switches, subnets, vendor classes and network boot. A change of it
 // ends with one restart of the server.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Subnets of the DHCP server, with the options of the library's table as fields of their own.
 #include "document/dhcp_subnet.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A subnet that the DHCP server serves, as a document and as the library's record.
 #pragma once
 

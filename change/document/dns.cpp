@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The name servers.
 #include <zarnnetsdk/dns_route.h>
 

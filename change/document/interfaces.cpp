@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Interfaces: addresses of both families, MTU, state and block flags.
 #include <algorithm>
 #include <arpa/inet.h>

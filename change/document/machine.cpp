@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Keys, folders and masks.
 #include "document/machine.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What sections read and write with: keys of files, lists and texts of the library's records.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The PPPoE account and its client.
 #include <array>
 

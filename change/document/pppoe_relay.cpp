@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The relays of PPPoE, one for each interface with clients.
 #include <zarnnetsdk/pppoe.h>
 

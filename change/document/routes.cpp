@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The default gateway of IPv4. Gateways of IPv6 belong to their interfaces.
 #include <array>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Shapes as JSON Schema.
 #include "document/shape.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The sections of the state document. A section is added by a file with these functions and a line
 // in sections.cpp.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The table of sections, and the document that they make.
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The builders of shapes, the way through them, and the fitness of texts.
 #include "document/shape.h"
 

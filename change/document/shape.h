@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the fields of the state document are: one description that refuses what cannot be meant,
 // writes the JSON Schema, and says where the truth about a field is found.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The topology of an appliance with a wireless interface.
 #include <algorithm>
 #include <iterator>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The IPv6 tunnel and the client of its broker.
 #include <algorithm>
 #include <sys/socket.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // VLANs: one over an interface, which it takes the addresses of.
 #include <zarnnetsdk/virtual.h>
 

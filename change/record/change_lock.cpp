@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The lock file is root's alone, so that nobody else can hold it; who holds it stands in a file
 // beside it that all may read.
 #include "record/change_lock.h"

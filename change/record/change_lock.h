@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One change at a time on the machine; who waits is told who is at it.
 #pragma once
 

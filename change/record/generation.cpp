@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Keeping and putting back files, kernel and DHCP clients as one.
 #include "record/generation.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the machine was before a change: the files that the library owns, the kernel, and what ran.
 #pragma once
 

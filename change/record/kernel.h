@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The networking of the kernel: read in three questions, and put back as it was read.
 #pragma once
 

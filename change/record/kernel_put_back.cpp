@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The kernel's links, addresses and routes, compared and put back.
 #include <algorithm>
 #include <arpa/inet.h>

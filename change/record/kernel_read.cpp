@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The kernel's links, addresses and routes, read.
 #include <algorithm>
 #include <arpa/inet.h>

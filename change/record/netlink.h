@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One conversation with the kernel over netlink.
 #pragma once
 

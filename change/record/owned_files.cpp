@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which files are the library's own: the setters write these and no others.
 #include "record/owned_files.h"
 

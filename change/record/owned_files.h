@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The files that changes write, and keep beforehand.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Start script and jobs, run by path and argument vector.
 #include "record/programs.h"
 

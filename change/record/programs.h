@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The programs of the appliance that put a setting into effect where the library has no call for
 // it.
 #pragma once

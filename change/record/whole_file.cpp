@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Files that are kept and put back.
 #include "record/whole_file.h"
 

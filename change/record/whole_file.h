@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A file as it is: its content, mode, owner and extended attributes.
 #pragma once
 

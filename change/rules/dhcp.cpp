@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rules about the DHCP server.
 #include <algorithm>
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rules about what is part of something else.
 #include <algorithm>
 

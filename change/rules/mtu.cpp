@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The rule about MTUs: what a port sends, everything below it has to carry.
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rules about names: of what there is, and of what is made.
 #include <algorithm>
 

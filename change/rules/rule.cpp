@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Questions about the machine as it shall be.
 #include "rules/rule.h"
 

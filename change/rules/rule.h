@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the rules are written with.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The table of rules. Those that say what there is come first: the others may rely on it.
 #include "rules/rules.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What is refused, or done only when insisted on, before anything is touched. A rule is one
 // function and its line in the table; its sentence names the way out.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A change under way: what is wished, what the machine is, what it shall be, and what is found.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A field counts as wished when every place that can show it shows it: the files, the kernel, or
 // both.
 #include "steps/compare.h"

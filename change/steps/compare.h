@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fields that a wish names, compared with files and kernel.
 #pragma once
 

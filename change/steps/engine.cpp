@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The steps of a change: read, check, lock, keep, act, read again, compare; keep or put back.
 #include "steps/engine.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A change from its wish to its end.
 #pragma once
 

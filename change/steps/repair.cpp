@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A setter that takes an interface down, or replaces its address, takes what the kernel hangs on it
 // with it.
 #include "steps/repair.h"

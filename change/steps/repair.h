@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What steps take away beside what they are for, put back.
 #pragma once
 

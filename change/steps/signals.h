@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Signals that would end the process wait until a change has come to its end.
 #pragma once
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Changes that can be trusted: looked at first, made as a whole, compared with the machine afterwards, and put back when
  * they are not what was asked for. The state of the machine's networking is one JSON document (UTF-8), whose fields
  * state-1.json describes; ZARNNetChangeSchema() returns the same text.

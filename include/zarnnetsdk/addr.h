@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Addresses as text: validation and arithmetic, which neither read nor change the system, but for
  * the two functions that ask /bin/ipcalc. And questions about ports and hosts, and whether another
  * host uses an address. */

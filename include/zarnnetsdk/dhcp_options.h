@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* The options of an IPv4 subnet beyond router, DNS servers and domain: which there are, by the
  * server's names and numbers, and what values they take. An option is added here and
  * nowhere else. */

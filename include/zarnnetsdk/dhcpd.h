@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* DHCP: the built-in server's files and switches, the trial run of the client, the question whether
  * an interface uses DHCP. */
 #pragma once

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Name servers, the default gateway, and the routes to the subnets that the appliance is in. */
 #pragma once
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* The codes of the error state: what each means, and its texts. */
 #pragma once
 

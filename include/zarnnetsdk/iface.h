@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Interfaces: which there are, their state, their configuration files' block flags, and the network
  * topology. The name of an interface that leads to a file is refused with ZARNNETERR_BAD_PARAMETER
  * when it is null, empty, begins with "-", or has a slash, a blank or a control character. */

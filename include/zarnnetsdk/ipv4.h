@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* IPv4 addresses and MTU of an interface, the host name, and the events that tell of network
  * changes. */
 #pragma once

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* IPv6: an interface's configuration, its addresses, and the kernel's per-interface switches. */
 #pragma once
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 // What the subsystems offer each other inside: the steps that are part of another subsystem's
 // change. Not installed. What only reads is asked of frame/facts. The arrows: virtual -> pppoe,
 // dhcpd, ipv4; iface, dns_route, ipv6, addr -> ipv4, dhcpd; ipv4 -> dhcpd. A step that answers

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* PPPoE: the appliance's own dial-in, and the relay that hands the discovery of others on. */
 #pragma once
 

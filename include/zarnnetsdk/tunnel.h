@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* The IPv6 tunnel: the user's settings of the tunnel broker client, and running that client. */
 #pragma once
 

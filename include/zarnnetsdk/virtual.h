@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Virtual interfaces: bonds (link aggregation), bridges, Open vSwitch devices, VLANs. */
 #pragma once
 

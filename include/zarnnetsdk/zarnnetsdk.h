@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /*
  * libzarnnetsdk: reads and changes the networking of the appliance.
  *

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whether a member of a bond is configured with the bond's own address.
 #include <algorithm>
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The broadcast and the network address of a subnet, asked of the system's ipcalc.
 #include <algorithm>
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Wakes a machine of the local network by its MAC address.
 #include <algorithm>
 #include <array>

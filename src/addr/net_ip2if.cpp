@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which interface has an address.
 #include <cstring>
 #include <ifaddrs.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whether another host of the network uses an address already, asked before an interface gets it.
 #include <string>
 #include <vector>

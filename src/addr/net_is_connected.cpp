@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Does a host answer? Asks each of its addresses for an echo, at once and then every second.
 #include <algorithm>
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Names: of the appliance itself, and of mail domains and their labels.
 #include <algorithm>
 #include <string_view>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IPv4 addresses as an administrator types them: split into numbers, accepted for a host, told
 // private.
 #include <algorithm>

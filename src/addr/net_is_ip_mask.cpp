@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IPv4 netmasks: which texts are one, and how many bits they cover.
 #include <algorithm>
 #include <cstring>

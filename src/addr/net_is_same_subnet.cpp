@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Addresses of either family against each other: in one subnet, in a range; and which family they
 // are of.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IPv6 addresses as an administrator types them, with or without a prefix length.
 #include <zarnnetsdk/addr.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The address behind a host's name, as the system's resolver finds it.
 #include <array>
 #include <string_view>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which local ports are taken, as the kernel's socket tables tell.
 #include <bitset>
 #include <cerrno>

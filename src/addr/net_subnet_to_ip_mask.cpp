@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Subnets written with a prefix length and with a netmask, one turned into the other.
 #include <string>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The numbered subnets of an interface: their fragments and switches, written and read.
 #include <string>
 

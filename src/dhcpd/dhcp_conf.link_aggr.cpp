@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A bond takes the DHCP service of its members over, and gives it back when it is dissolved.
 #include <string>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The further options of an IPv4 subnet: which there are, and which values they take.
 #include <charconv>
 #include <string>

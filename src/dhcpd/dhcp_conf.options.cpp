@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The further options of an IPv4 subnet, read from its fragment.
 #include <cstdlib>
 #include <memory>

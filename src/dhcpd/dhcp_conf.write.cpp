@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fragment of a numbered subnet, written.
 #include <string>
 

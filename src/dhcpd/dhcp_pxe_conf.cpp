@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Network boot: which boot loader clients are told to fetch, and from where.
 #include <string>
 

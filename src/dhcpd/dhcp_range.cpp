@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The address ranges that interfaces serve, and whether a new one would overlap with another's.
 #include <cstdlib>
 #include <optional>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The server's switches, of all and of each interface, and its (re)start by the network script.
 #include <optional>
 #include <string>

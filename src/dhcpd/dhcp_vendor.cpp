@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Options that go to the clients of one vendor class alone, one line of the vendor fragment each:
 // class, number and value, which may hold commas itself.
 #include <optional>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the readers and writers of the DHCP server's files share: lines, whole files, refusals.
 #pragma once
 

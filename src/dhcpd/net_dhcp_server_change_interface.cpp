@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // An interface gets another name: the server's files that are named after it, and name it, follow.
 #include <algorithm>
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reads one tagged subnet of an interface from its files.
 #include <cstdlib>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A trial run of the DHCP client: which address would the network hand out?
 #include <cerrno>
 #include <cstring>

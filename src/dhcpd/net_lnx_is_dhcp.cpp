@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Does an interface take its address by DHCP? A file that does not say so is repaired to a fixed
 // address.
 #include <string>

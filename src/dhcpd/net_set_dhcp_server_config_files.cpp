@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Writes one tagged subnet of an interface into its files.
 #include <string>
 

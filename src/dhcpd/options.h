@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The further options of an IPv4 subnet: which values are acceptable, how they are read.
 #pragma once
 

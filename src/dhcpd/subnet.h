@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fragments of the numbered subnets of an interface, for the functions that check and call.
 // What fails is logged.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The server's switches of interfaces, and its restart, for the other sources of the folder.
 #pragma once
 

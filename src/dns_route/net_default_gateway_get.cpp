@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The default gateway that the kernel uses, and the interface that it is reached through.
 #include <cerrno>
 #include <cstdio>

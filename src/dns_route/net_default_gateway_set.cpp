@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The default gateway: as it is stored, and into the kernel.
 #include <zarnnetsdk/dns_route.h>
 

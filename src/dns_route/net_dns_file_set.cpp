@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Replaces the resolver's file, and tells the appliance before and after.
 #include <cstring>
 #include <string>

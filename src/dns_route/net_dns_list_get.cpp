@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The name servers: those that were fixed, and those that the resolver uses.
 #include <cerrno>
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fixed name servers: stored as a list, and put to use.
 #include <zarnnetsdk/dns_route.h>
 #include <zarnnetsdk/ipv4.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which name servers count: those that the administrator fixed, or those that the interfaces learn.
 #include <string_view>
 

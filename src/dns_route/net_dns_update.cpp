@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rebuilds the resolver's file from the servers of the mode that is set.
 #include <string>
 #include <vector>

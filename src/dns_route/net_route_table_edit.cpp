@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The routes to the subnets that the appliance is in. The kernel makes one for each address; here
 // it is replaced by one that names the interface's address as its source, or removed where the
 // interface has lost its carrier and another one may reach the subnet.

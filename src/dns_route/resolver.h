@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The resolver's file, and the mode that decides which name servers are in it.
 #pragma once
 

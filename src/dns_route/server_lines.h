@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The lines of the resolver files: how servers are written into them, and found in them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The DHCP client of an interface, which is a job of the appliance.
 #include "iface/dhcp_client.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The primary interface: what the appliance is reached by when nobody names another. It is the
 // first Ethernet port, or what covers it: a bond, a bridge, an Open vSwitch device.
 #include <algorithm>

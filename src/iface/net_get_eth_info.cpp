@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Speed, duplex, carrier and autonegotiation of a port, as its driver tells them.
 #include <zarnnetsdk/iface.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which interfaces the factory settings make the local LAN.
 #include <string>
 

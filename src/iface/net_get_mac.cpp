@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The MAC address of an Ethernet port, or of the port behind a virtual interface.
 #include <cstdio>
 #include <optional>

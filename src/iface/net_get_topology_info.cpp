@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The network topologies of an appliance with a wireless interface, and which one is in force.
 #include <string>
 #include <strings.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The block flags of an interface file: which parts of the appliance keep the interface for
 // themselves.
 #include <algorithm>

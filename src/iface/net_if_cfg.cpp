@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The kernel's IPv4 address and netmask of an interface, as numbers.
 #include <cerrno>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the files say of an interface: fixed or leased address, local LAN, number of built-in ports.
 #include <cstdlib>
 #include <string>

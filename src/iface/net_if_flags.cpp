@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The administrative state of one interface: asked of /sys, changed through the kernel's flags.
 #include <zarnnetsdk/iface.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One interface as the kernel and its configuration have it, up or down.
 #include <zarnnetsdk/iface.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Is an interface a passive member of a bond, of the kernel's or of Open vSwitch?
 #include <zarnnetsdk/iface.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Has an interface carrier?
 #include <zarnnetsdk/iface.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tells the appliance that the link of an interface came up or went down.
 #include <zarnnetsdk/iface.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Gives a port another name: in the kernel, in its file and in the settings. When a step fails
 // everything is as it was; what a killed call has left behind is brought to its end by the next
 // one.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The traffic counters of every interface.
 #include <cinttypes>
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What several functions read of one interface.
 #pragma once
 

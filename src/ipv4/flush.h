@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Dropping every address of one family that an interface has in the running kernel.
 #pragma once
 

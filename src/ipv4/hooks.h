@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The events that tell of changes of addresses, MTUs and the host name. Each answers false when
 // its event could not be set up or delivered, and has logged it then.
 #pragma once

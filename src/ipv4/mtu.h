@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The MTU of an interface in the running kernel.
 #pragma once
 

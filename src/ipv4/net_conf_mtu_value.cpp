@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The MTU that is configured for an interface: one key a name in the system settings file.
 #include <string>
 

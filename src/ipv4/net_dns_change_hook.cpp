@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tells the appliance that the configured, or the active, DNS servers change.
 #include <zarnnetsdk/ipv4.h>
 #include <zarnnetsdk/net_int.h>

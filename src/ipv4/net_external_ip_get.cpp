@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The appliance's address as seen from the internet, worked out by the dynamic-DNS daemon.
 #include <cerrno>
 #include <cstdlib>

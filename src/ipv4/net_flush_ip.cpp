@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Removes all addresses of one family from an interface of the running kernel.
 #include <string_view>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The MTU in force: what the kernel has, asked of the ports that carry an Open vSwitch device's
 // traffic.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tells the appliance that the host name has changed.
 #include <zarnnetsdk/ipv4.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tells the appliance that an address of an interface is about to change.
 #include <string>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The short host name, as the kernel has it.
 #include <cerrno>
 #include <string_view>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Switches IPv6 off and on for one interface, through the kernel's switch; and by that drops its
 // addresses.
 #include <algorithm>

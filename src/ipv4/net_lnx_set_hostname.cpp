@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sets the host name: in the kernel, in the files that hold it, and with those who are to know.
 #include <cerrno>
 #include <climits>

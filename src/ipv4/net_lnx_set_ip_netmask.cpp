@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Gives an interface a fixed IPv4 address, in its file and in the kernel; on failure a file that
 // was there is as it was.
 #include <cerrno>

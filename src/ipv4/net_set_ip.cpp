@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One address of an interface, added or deleted in the running kernel. An IPv4 address that is
 // added takes the place of the one that is there, with its events, rules and routes.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sets the MTU of an interface in the running kernel: of the ports that carry an Open vSwitch
 // device's traffic, and of a VLAN's parent before the VLAN.
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Gives an interface an MTU: stored in the settings, applied in the kernel, and told to the
 // plugins.
 #include <algorithm>

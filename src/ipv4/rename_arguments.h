@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The arguments of the event that interfaces take other interfaces' places.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tells the services in one event which kinds of network change took place.
 #include <zarnnetsdk/ipv4.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The event "net/ifname_change" around a change that gives interfaces the places of others: a bond
 // those of its slaves, a VLAN its parent's, a port those of its old name.
 #include <zarnnetsdk/net_int.h>

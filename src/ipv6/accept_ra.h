@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The kernel's switch for router advertisements, one an interface.
 #pragma once
 

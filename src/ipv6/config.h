@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The configuration types as the interface files spell them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fixed address and default route of an interface in the running kernel.
 #include "ipv6/fixed_address.h"
 

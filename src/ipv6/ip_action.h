@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One IPv6 address or default route in the running kernel.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What an interface's file says of IPv6: type, fixed address, prefix length and gateway.
 #include <arpa/inet.h>
 #include <cstdio>

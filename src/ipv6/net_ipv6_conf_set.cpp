@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Configures IPv6 on an interface: its file, the kernel's switch, the DHCPv6 client, the fixed
 // address and route. When a step fails everything is as it was.
 #include <algorithm>

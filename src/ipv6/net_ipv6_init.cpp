@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // At start-up: the kernel listens to router advertisements where the interface files want it to,
 // and not elsewhere.
 #include <optional>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One IPv6 address or default route, added to or deleted from the running kernel.
 #include <zarnnetsdk/ipv6.h>
 #include <zarnnetsdk/net_int.h>

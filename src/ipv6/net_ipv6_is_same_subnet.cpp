@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Do two IPv6 addresses agree in their prefix?
 #include <algorithm>
 #include <optional>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The PPPoE client, for the functions of this folder and for who hangs it up. What fails sets a
 // code and is logged as service_pppoe's.
 #pragma once

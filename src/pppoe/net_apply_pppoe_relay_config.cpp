@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Brings the relay process of one interface in line with its settings. A process is known by its
 // command line: the relays of other interfaces have the same name.
 #include <zarnnetsdk/pppoe.h>

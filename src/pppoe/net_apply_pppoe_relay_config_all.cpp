@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Brings every relay process in line with the settings of its interface.
 #include <algorithm>
 #include <cerrno>

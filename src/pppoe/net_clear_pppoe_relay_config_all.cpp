@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Deletes the relay settings of every interface.
 #include <unistd.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The relay settings of one interface, as they are stored.
 #include <zarnnetsdk/pppoe.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Are two relay settings the same?
 #include <zarnnetsdk/pppoe.h>
 

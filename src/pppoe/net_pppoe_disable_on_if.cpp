@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Hanging up, when the interface that the PPPoE client dials on is to be used otherwise.
 #include <zarnnetsdk/net_int.h>
 #include <zarnnetsdk/pppoe.h>

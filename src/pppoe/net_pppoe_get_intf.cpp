@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The interface of the PPPoE connection, and its address. Asking the scripts takes long, so their
 // answer is remembered in a file.
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Stores the relay settings of one interface. Every name in the folder is taken for an interface by
 // whoever lists it, so the new content is made beside the folder and then takes the file's place.
 #include <zarnnetsdk/pppoe.h>

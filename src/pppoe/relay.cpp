@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where the settings of the PPPoE relays are kept.
 #include "pppoe/relay.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The settings of the PPPoE relays, and the relay processes, for the functions of this folder. What
 // fails is logged in the name of the function of the same work.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The PPPoE client: its account, and whether it is meant to be up. The password stands in the
 // secrets file and in the caller's record, and nowhere else: no message may carry it.
 #include <cerrno>

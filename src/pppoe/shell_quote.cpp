@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Texts as the dial-in's scripts and the secrets file have them: quoted as one word of a shell.
 #include "pppoe/shell_quote.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The present hour of the week, as schedules of the appliance count them.
 #include <ctime>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The stored settings of the tunnel, and whether its service is enabled.
 #include <cstring>
 #include <optional>

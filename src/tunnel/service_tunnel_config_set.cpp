@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Stores the settings of the tunnel: the password in a file of its own, enciphered, the rest in the
 // interface's file. Only what differs from what is there is written.
 #include <zarncore/zarncore.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Starts, stops and restarts the tunnel broker client. The caller makes the client's settings,
 // waits for its script for a while, and judges by what the kernel and the process table show
 // afterwards.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The settings of the tunnel as they are stored, shared by those who read, write and use them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a change of a bond keeps of its slaves' files, and how it puts them back.
 #include "virtual/bond_files.h"
 

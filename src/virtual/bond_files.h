@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The interface files of a bond and of its slaves.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The ports of a bridge.
 #include <zarnnetsdk/virtual.h>
 

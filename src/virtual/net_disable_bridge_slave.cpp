@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Makes a port of a bridge an interface of its own again, in its file.
 #include <string>
 

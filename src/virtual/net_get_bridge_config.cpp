@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The part in a bridge and the address settings that an interface's file gives it.
 #include <zarnnetsdk/iface.h>
 #include <zarnnetsdk/virtual.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bridges as the kernel has them: what is one, what is a port of one, and the part an interface
 // plays.
 #include <algorithm>

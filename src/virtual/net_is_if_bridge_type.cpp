@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Does an interface's file give it a certain part in a bridge?
 #include <zarnnetsdk/virtual.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A bond's interface file goes: its settings pass to one of its slaves, and all of them become
 // interfaces of their own.
 #include <algorithm>

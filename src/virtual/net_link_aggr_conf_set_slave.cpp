@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One interface's file becomes that of a bond's slave, or that of an interface of its own again.
 #include <string>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The boot protocol of an interface that is on its own: a slave's "none" would leave it without any
 // address.
 #include <strings.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The bonds of the kernel's bonding driver, and the slaves of one.
 #include <zarnnetsdk/virtual.h>
 

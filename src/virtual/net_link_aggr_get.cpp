@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One bond with its mode and slaves.
 #include <zarnnetsdk/virtual.h>
 

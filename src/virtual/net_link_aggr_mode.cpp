@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The bonding modes and their names.
 #include <zarnnetsdk/virtual.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A bond is created, changed or deleted: the interface files of the bond and its slaves, the lease
 // that goes over to it, the restart of all of them, and the event of their rename.
 #include <algorithm>

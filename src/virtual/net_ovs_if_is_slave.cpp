@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What an interface is to Open vSwitch.
 #include <cstring>
 #include <string_view>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Writes the part in a bridge, and the address settings, into an interface's file.
 #include <string>
 

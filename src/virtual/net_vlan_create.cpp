@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Puts a VLAN over an interface, whose addresses it takes.
 #include <algorithm>
 #include <optional>

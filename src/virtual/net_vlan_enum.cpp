@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every VLAN of the kernel.
 #include <algorithm>
 #include <cstdlib>

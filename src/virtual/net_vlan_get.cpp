@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One VLAN interface, asked of the kernel.
 #include <string>
 #include <string_view>

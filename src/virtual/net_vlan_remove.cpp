@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Removes a VLAN and gives its addresses back to its parent.
 #include <string>
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the files of a VLAN and of its parent say while there is a VLAN and afterwards.
 #include "virtual/vlan_files.h"
 

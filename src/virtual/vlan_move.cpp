@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The steps that a VLAN's create and its remove share.
 #include "virtual/vlan_move.h"
 

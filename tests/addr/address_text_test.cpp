@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Addresses, masks and names as an administrator types them.
 #include <cstring>
 #include <memory>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What ipcalc is asked, and what is made of its answers.
 #include <zarnnetsdk/addr.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Addresses in use: what the probe is asked, how its answer is taken, and a bond's own members.
 #include <cstring>
 

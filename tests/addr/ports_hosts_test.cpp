@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Ports in use, hosts that answer, names, and waking, against real sockets and the second host.
 #include <arpa/inet.h>
 #include <chrono>

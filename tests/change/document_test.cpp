@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The document: what is read from a machine that has everything set, and its schema.
 #include <cstdlib>
 #include <gtest/gtest.h>

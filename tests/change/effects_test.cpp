@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What changes do to the machine, and that they take it back.
 #include <array>
 #include <csignal>

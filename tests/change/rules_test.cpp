@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What is refused before anything is touched, and with what words; a wish a line, the answers in
 // the golden text.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Wishes as a test makes them; what is answered stands in the case's transcript.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The built-in DHCP server's files: whole fragments and switches, what is read back, what is
 // refused before anything is written, and whether the server itself takes what was written.
 #include <cstdio>

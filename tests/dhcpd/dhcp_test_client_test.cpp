@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A trial of the network's DHCP server: the client that is run, and what is read from what it
 // leaves.
 #include <zarnnetsdk/dhcpd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The default gateway: stored, in the kernel, and read back from both.
 #include <zarnnetsdk/dns_route.h>
 

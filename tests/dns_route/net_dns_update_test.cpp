@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Name servers: whole files, what is announced and reloaded, what a failing step leaves.
 #include <zarnnetsdk/dns_route.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Subnet routes in the kernel, and what is done where the tools refuse.
 #include <zarnnetsdk/dns_route.h>
 

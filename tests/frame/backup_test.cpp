@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Copies that a change keeps of a file, and the temporary files of writers that were killed.
 #include "frame/os/backup.h"
 

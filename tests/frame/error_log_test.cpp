@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a failure leaves: code, place and line; and that no exception crosses the C interface.
 #include <new>
 #include <stdexcept>

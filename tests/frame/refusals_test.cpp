@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What every exported function makes of arguments that are null, empty or unfit: one line an
 // argument, with the result and the code.
 #include <sstream>

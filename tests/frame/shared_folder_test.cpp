@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What somebody else has laid into /tmp under a name of the appliance's.
 #include "frame/os/shared_folder.h"
 

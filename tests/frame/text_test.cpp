@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The frame's operations on text.
 #include "frame/base/text.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Block flags: the keys, their counter, the lock on the file.
 #include <zarnnetsdk/iface.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every failure of the inventory leaves its own code, and a name that no program may be given goes
 // nowhere.
 #include <zarnnetsdk/addr.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The inventory against real interfaces: what is listed, in which order, with which fields.
 #include <arpa/inet.h>
 #include <cstring>

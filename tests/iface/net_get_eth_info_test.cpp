@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A port's link as the driver tells it: the kernel's own drivers, and poorer ones put in their
 // place.
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The traffic counters of the interfaces.
 #include <zarnnetsdk/error.h>
 #include <zarnnetsdk/iface.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The primary interface, renaming a port, link events, the local LAN: files, kernel, events, and
 // the DHCP client on a network that leases addresses.
 #include <cstring>

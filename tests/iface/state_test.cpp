@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // State of one interface: up, carrier, bond membership, MAC address.
 #include <zarnnetsdk/iface.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The library with the appliance's real tools and a real second host: DHCP, start and stop of
 // interfaces, carrier.
 #include "support/appliance.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The appliance's own programs, which the library only calls: the network script with bridges,
 // bonds and VLANs, the DHCP server and what a client gets from it, the address probe.
 #include <cstring>

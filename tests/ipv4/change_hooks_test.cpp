@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What plugins are told: event, stage and arguments as a real plugin receives them.
 #include <zarnnetsdk/ipv4.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reading addresses: from the kernel, from the files, from the dynamic-DNS daemon.
 #include <cstdlib>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The host name: kernel, files, logger and event, and what a failing step leaves.
 #include <cerrno>
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fixed address of an interface: file and kernel change together or not at all.
 #include <zarnnetsdk/ipv4.h>
 

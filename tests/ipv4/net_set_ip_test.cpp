@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Addresses in the running kernel: which commands, in which order, what is announced, what a
 // failure leaves.
 #include <zarnnetsdk/ipv4.h>

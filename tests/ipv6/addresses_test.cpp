@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IPv6 addresses and the kernel's switch, on real interfaces where the kernel can do the thing.
 #include <zarnnetsdk/error.h>
 #include <zarnnetsdk/ipv6.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What interface files say of IPv6: read back, and brought to the kernel at start-up; single
 // addresses and routes.
 #include <zarnnetsdk/ipv6.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Configuring IPv6: file, switch, DHCPv6 client, address and route in the real kernel, and back
 // again on failure.
 #include <sys/stat.h>

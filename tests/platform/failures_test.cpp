@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How operations fail: with a code and a place of their own.
 #include <functional>
 #include <thread>

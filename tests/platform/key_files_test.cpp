@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Settings files: what an edit keeps and what it leaves.
 #include <algorithm>
 #include <cerrno>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Files as lines and folders; text, lists, the cipher.
 #include <algorithm>
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lock classes and named-file locks between threads and processes, also ones that die.
 #include <algorithm>
 #include <chrono>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Plugin events as plugins see them, and the services behind the init tools.
 #include <zarnsdk/zarnsdk.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Running programs and finding the ones that run.
 #include <cerrno>
 #include <csignal>

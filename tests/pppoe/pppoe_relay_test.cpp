@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The PPPoE relay: settings, and the processes that follow them.
 #include <cstring>
 

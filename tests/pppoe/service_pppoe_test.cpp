@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The PPPoE client: files byte for byte, the password nowhere else, real processes and a real link.
 #include <csignal>
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a test says to and asks of the appliance that it runs in.
 #include "support/appliance.h"
 

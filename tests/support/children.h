@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Child processes of a test, for what only shows between two of them.
 #pragma once
 

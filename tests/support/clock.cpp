@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Takes the place of the C library's clock_gettime and poll.
 #include "support/clock.h"
 

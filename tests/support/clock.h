@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Time that passes faster for the code under test.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a test puts in the kernel's place, by taking the place of the C library's ioctl.
 #include "support/kernel_answers.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a test puts in the kernel's place: not every machine's kernel has the VLAN driver, and none
 // has a slow link. Whatever is not set here is the real kernel's.
 #pragma once

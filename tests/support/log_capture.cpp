@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Takes the place of the C library's syslog, usleep and sleep in a test program: lines are kept
 // and sleeps are noted.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Starts a test program, but only inside the reference appliance: the cases write to /etc and to
 // the kernel.
 #include <cstdio>

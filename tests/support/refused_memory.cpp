@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Takes the place of the allocator of a test program and its libraries, to refuse memory.
 #include "support/refused_memory.h"
 

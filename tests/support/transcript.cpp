@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Files and kernel before and after a call, the journal of what happened between, and the
 // comparison with the golden text.
 #include "support/transcript.h"

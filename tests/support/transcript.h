@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What calls do to the appliance, as one text a test case. Each call adds its result, the error
 // code of a failure, then in the order in which they happened the programs that were recorded, the
 // plugin events, the log lines, the kernel's flags, MTUs and names that were set and the sleeps,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The command line as a test types it; what comes of it stands in the case's transcript.
 #pragma once
 

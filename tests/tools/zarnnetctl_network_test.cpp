@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Verbs that set addresses, names and routes: what was typed reaches files and kernel.
 #include <netinet/in.h>
 #include <sys/socket.h>

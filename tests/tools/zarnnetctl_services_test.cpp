@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Verbs of services: the DHCP server, PPPoE and its relay, the tunnel.
 #include "ctl.h"
 #include "support/transcript.h"

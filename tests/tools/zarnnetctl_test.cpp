@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The command line itself: words, help, streams, exit status, what interfaces it shows.
 #include "ctl.h"
 #include "support/transcript.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A child is traced from the beginning of the call to its end: each system call of its own is seen,
 // those of the C library's inside among them, and refused where the fault says so. What the
 // programs that it runs do is theirs. Memory is refused by the allocator that stands in for the C

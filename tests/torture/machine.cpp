@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Files and ports of the appliance.
 #include <cstring>
 #include <filesystem>

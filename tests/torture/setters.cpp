@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The table of setters.
 #include <algorithm>
 #include <arpa/inet.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What stands in for the C library and the kernel: sleeps are short, log lines are put together and
 // thrown away, and a VLAN is what has a file in /run/vlans.
 #include <cstdarg>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // 32 processes and 8 threads of one more.
 #include <atomic>
 #include <cstdio>

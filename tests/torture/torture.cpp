@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sweeps over the table of setters: every fault, every kill, every hostile text. To be run in the
 // reference appliance; scripts/torture does.
 #include "torture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The parts of the sweeps: the table of setters, one call with a fault, the appliance around it,
 // and many callers at once.
 #pragma once

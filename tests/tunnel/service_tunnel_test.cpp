@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The tunnel: what is stored and who can read it, and the client as a real process.
 #include <cerrno>
 #include <csignal>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bridges: of the kernel, made with the real tools, and as interface files describe them.
 #include <cstring>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bonds as the kernel's files and Open vSwitch's interface files tell of them.
 #include <cstring>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bonds as they are created, changed and deleted.
 #include <cstring>
 #include <sys/stat.h>

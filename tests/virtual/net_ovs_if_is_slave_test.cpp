@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Open vSwitch devices, their bonds' members, and what lies under them.
 #include <zarnnetsdk/error.h>
 #include <zarnnetsdk/virtual.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The part in a bridge as it is written, and what is refused.
 #include <zarnnetsdk/virtual.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // VLANs put over an interface and removed. The driver is the one of the VLAN queries' tests.
 #include <zarnnetsdk/virtual.h>
 

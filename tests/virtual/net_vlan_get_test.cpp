@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // VLANs as the kernel tells of them. Not every test machine's kernel has the driver: its answers to
 // the VLAN request and its table are put in place here.
 #include <cstdlib>

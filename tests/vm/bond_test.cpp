@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bonds of the kernel's driver, opposite a switch that speaks LACP: the second bond, at the other
 // ends of the cables.
 #include "machine.h"

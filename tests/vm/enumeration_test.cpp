@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Thirty-two interfaces of every sort that the kernel has drivers for: which of them each selector
 // lists, and each record against what iproute2 says.
 #include <map>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the scenarios on the stock kernel ask of programs that are not this library's.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The MTU where devices stand on each other: the kernel refuses a VLAN more than its parent has.
 #include "machine.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Open vSwitch with the kernel's datapath: a device over one port, and a bond of two.
 #include "machine.h"
 

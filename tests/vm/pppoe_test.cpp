@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PPPoE to a real access concentrator on the second host: the client, and the
 // relay for a host behind the appliance.
 #include "machine.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The appliance's start script on the real drivers, from the files that this library writes.
 #include "machine.h"
 

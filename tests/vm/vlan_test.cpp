@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // VLANs of the kernel's driver: those that others made, and one through its life.
 #include <cstdlib>
 #include <map>

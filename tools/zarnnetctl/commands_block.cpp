@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // zarnnetctl block: which parts of the appliance keep an interface for themselves.
 #include "commands.h"
 #include "query.h"

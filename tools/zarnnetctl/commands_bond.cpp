@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // zarnnetctl bond: link aggregations, listed, made, changed and taken apart.
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // zarnnetctl bridge and vlan: what stands on top of ports, or joins them.
 #include <map>
 

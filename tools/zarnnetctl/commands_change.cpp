@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // zarnnetctl apply and show: the state of the networking as one document.
 #include <fstream>
 #include <iostream>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // zarnnetctl dhcpd: the built-in DHCP server's switches and restart, ranges, vendor classes and
 // network boot.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // zarnnetctl dhcpd subnet: the subnets that the built-in DHCP server serves, by options or as JSON.
 #include <algorithm>
 #include <memory>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // zarnnetctl dns: the name servers, those that are fixed and those that the resolver uses.
 #include <array>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // zarnnetctl if: which interfaces there are, and all about one of them.
 #include <algorithm>
 #include <array>

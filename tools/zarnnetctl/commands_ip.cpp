@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // zarnnetctl ip: the addresses of an interface, read, set and flushed.
 #include <algorithm>
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // zarnnetctl ipv6: how an interface gets its IPv6 address; single addresses and default routes.
 #include <algorithm>
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // zarnnetctl link and mac: interfaces brought up and taken down; the address of the port behind
 // one.
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // zarnnetctl monitor and wait-online: what changes on the machine as it happens, and the moment
 // when it can be reached.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // zarnnetctl port, ping, lookup, wake, card1, rename: ports in use, other hosts, the primary
 // interface, the name of a port.
 #include <array>

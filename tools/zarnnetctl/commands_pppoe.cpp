@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // zarnnetctl pppoe and pppoe-relay: the account that is dialled with, its client, and the relays.
 // The password is read from a file or from standard input, and is never shown.
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // zarnnetctl gateway and route: the default gateway, in the kernel and as it is stored; the routes
 // to the subnets that the appliance is in.
 #include <array>

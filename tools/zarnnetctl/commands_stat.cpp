@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // zarnnetctl stat: the traffic counters of interfaces.
 #include <algorithm>
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // zarnnetctl mtu and hostname: the MTU of an interface, the name of the appliance.
 #include <array>
 

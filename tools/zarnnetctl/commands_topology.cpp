@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // zarnnetctl topology, conflict and tree: how the interfaces stand to each other and to the LAN.
 #include <algorithm>
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // zarnnetctl tunnel: the settings of the IPv6 tunnel, and its client. The password is read from a
 // file or from standard input, where no other process sees it, and is never shown.
 #include <array>

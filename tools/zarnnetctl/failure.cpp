@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A request that failed, and the reason in words.
 #include "failure.h"
 

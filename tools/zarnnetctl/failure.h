@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A request that failed: what was tried, the library's code, and the reason in words.
 #pragma once
 

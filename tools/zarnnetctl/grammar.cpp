@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the table of verbs says of itself.
 #include "grammar.h"
 

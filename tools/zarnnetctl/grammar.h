@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the table of verbs says of itself: help, synopsis, completions, and what a wrong word may
 // have been meant to be. Nothing of this is written a second time by hand.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the kernel tells of links, addresses and routes as it changes them.
 #include "kernel_events.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A list of items as the library takes and fills it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // zarnnetctl: the appliance's networking from the command line, over the library's public
 // interface.
 #include <algorithm>

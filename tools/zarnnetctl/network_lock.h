@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The network configuration, held for a change while this object lives. The library's readers take
 // the same lock inside; that nests within a thread.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the program says: tables for people, JSON for programs, failures on standard error.
 #include "output.h"
 

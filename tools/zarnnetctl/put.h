@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Texts on their way into the fixed fields of the library's records.
 #pragma once
 

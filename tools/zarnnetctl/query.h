@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Questions to the library about one interface, answered in plain types and as JSON.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The part that an interface plays in others: bond, bridge, Open vSwitch device, VLAN.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reads a password, without echo where it is typed.
 #include "secret.h"
 

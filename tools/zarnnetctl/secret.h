@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A password on its way into the settings, from a file or from standard input, where no other
 // process sees it; nothing of it stays behind.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // An IPv4 address and its prefix or netmask, as typed on the command line.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a command line may say, and the reading of it.
 #include "verbs.h"
 

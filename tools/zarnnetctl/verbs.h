@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The words of the command line: groups, verbs, and what a verb takes. These are handles; what they
 // stand for lives as long as the command line. The library that reads the words is included by
 // verbs.cpp alone: it takes longer to compile than all the verbs.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /*
  * The core library of the appliance: settings files, locks, string lists and hashes, processes, the error state.
  *

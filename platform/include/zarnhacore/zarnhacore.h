@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /*
  * High availability: whether the appliance is one of a pair, and what the pair shares. Answered from the settings
  * file /etc/zarnha.conf (keys active, running, has_if: "yes"; heartbeat_if; <ifname>_mac, <ifname>_ip,

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* The container edition of the appliance. */
 #pragma once
 

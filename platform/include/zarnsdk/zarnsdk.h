@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /*
  * Plugin events and services of the appliance. A failure is negative and sets the error state, as zarncore.h says:
  * 0x0D00 for an argument, 0x2A00 for a plugin, a tool or a job that failed, 0x4000 for a setting that cannot be.

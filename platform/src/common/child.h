@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How every program of the platform starts: with the caller's environment, default signals, none
 // blocked, and no descriptor of the caller's.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The time that limits are measured by. It is asked of clock_gettime() and of nothing else.
 #pragma once
 

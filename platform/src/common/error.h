@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How an operation of the platform fails: it sets the error state, naming itself, and answers. What
 // is merely absent (a key, a line) is no failure and sets nothing.
 #pragma once

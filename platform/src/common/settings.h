@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Questions that a settings file answers with "yes".
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Small things that are done with text everywhere.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The buffer cipher: hides a stored password from who sees the file without the machine's key. It
 // is its own inverse and leaves no NUL in the text, so that a password of 31 characters stays a
 // text of 31 characters; printable text stays printable, so that it stays one line too. The

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The error state: the last code and the place that set it, one for each thread.
 #include <zarncore/zarncore.h>
 

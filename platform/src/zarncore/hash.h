@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The string-to-string map behind KOPACSZHASH. Keys are listed in the order in which they were
 // first set, so that an edit appends new keys in the order its caller named them.
 #pragma once

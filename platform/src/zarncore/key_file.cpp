@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Settings files of KEY=value lines. Reading goes through the file once; an edit makes one pass
 // over it and replaces it at once, keeping order, unknown lines, mode and owner.
 #include <algorithm>

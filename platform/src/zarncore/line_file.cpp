@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Files as lines and as folder entries.
 #include <algorithm>
 #include <cerrno>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The growable list of strings. Its layout is public: callers read nItem to loop.
 #include <algorithm>
 #include <cstdlib>

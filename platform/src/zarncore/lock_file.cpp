@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lock files under /run/lock/zarncore/: open-file-description locks with waiters that cost next to
 // nothing.
 #include "lock_file.h"

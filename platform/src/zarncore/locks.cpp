@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The appliance's locks: by class, nested within a thread; and on one named file.
 #include <cstdio>
 #include <map>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What each thread keeps for itself, freed when it ends.
 #pragma once
 

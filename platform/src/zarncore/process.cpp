@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Running programs: by absolute path and argument vector, with nothing of the caller's but its
 // environment.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which programs run, and ending them: by name, by command line, by process id.
 #include <algorithm>
 #include <charconv>

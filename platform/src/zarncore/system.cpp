@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What kind of machine this is: kernel modules, controller heads.
 #include <cstring>
 #include <string>

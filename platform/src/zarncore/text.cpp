@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Splitting and trimming text in place.
 #include <cctype>
 #include <cstring>

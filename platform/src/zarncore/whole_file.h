@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reading a file whole, and replacing one: the only way in which this library rewrites files.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // High availability, answered from the key file /etc/zarnha.conf. An appliance without the file has
 // none.
 //   active, running, has_if   "yes" or "no"

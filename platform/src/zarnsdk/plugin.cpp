@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Plugin events: every executable in the folder of an event is run, in name order, with the stage
 // as its argument and the event's own arguments in its environment.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Services and jobs, through the appliance's own init tools; and whether a service is meant to run.
 #include <cstdio>
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Addresses, and which texts are one.
 #include "frame/base/address.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Addresses, and which texts are one. Where a judgement fails it sets the code that the exported
 // function of the same judgement sets, in that function's name.
 #pragma once

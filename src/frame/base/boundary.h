@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where exceptions end: at the edge of the C interface, and before a step that must be done anyway.
 #pragma once
 

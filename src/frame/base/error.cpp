@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The error state, and the texts of its codes.
 #include "frame/base/error.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The error state. A code is set where the fault is found; callers on the way up leave it alone and
 // log it.
 #pragma once

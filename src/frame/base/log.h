@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Log lines. The message stands whole at the call, prefix included, so that a reader who greps for
 // a line of the log lands here; the macros fill in the prefix and the compiler checks the rest.
 //   LOG_ERROR("%s:%d Set %s error.", path)              source name and line

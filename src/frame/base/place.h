@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The place in the sources that a log line or an error speaks of: the file without its folder and
 // extension ("net_set_ip"), the line and the function.
 #pragma once

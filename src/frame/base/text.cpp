@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Small operations on text that the whole library shares.
 #include "frame/base/text.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Small operations on text: argument checks, bounded copies, formatting, splitting, numbers.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The ways back of a change that is under way.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The addresses that the kernel has on an interface.
 #include "frame/facts/addresses.h"
 

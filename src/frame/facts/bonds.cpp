@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The bonds of the kernel, as sysfs has them, and of Open vSwitch, which that driver knows nothing
 // of, from their interface files.
 #include "frame/facts/bonds.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The bonds of the kernel and of Open vSwitch, with their modes and slaves.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The part of interfaces in bridges, as the kernel has it and as the files say.
 #pragma once
 

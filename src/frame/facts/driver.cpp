@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the driver of a port tells of its link.
 #include "frame/facts/driver.h"
 

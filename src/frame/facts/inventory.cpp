@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which interfaces there are, by kind.
 #include "frame/facts/inventory.h"
 

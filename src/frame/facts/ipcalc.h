@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The broadcast and the network address of a subnet, as the system's ipcalc works them out.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The state of an interface, of an Open vSwitch device that of what lies under it.
 #include "frame/facts/link.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The state of an interface: has it carrier, is it up?
 #pragma once
 

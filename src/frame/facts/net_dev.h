@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The interfaces of /proc/net/dev that the appliance calls its own, in the order of every
 // enumeration.
 #pragma once

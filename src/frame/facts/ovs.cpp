@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Open vSwitch on this machine. The table of its bonds has one line a bond, its name first and its
 // members after it.
 #include "frame/facts/ovs.h"

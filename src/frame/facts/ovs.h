@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Open vSwitch on this machine: its devices, and its bonds with their members.
 #pragma once
 

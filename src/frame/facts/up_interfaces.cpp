@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The interfaces that are up: all of them, or the Ethernet ports alone.
 #include "frame/facts/up_interfaces.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The VLANs that the kernel has: single ones asked of its driver, all of them read in its table.
 #include "frame/facts/vlans.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The VLANs that the kernel has.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The modes of bonds, by their numbers in the public enum.
 #include "frame/model/bond_modes.h"
 

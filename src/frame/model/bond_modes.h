@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The modes of bonds: grgBondDesc has what the kernel and the interface files call them.
 #pragma once
 

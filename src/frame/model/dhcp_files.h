@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The files of the built-in DHCP server: a fragment (.conf) is text for the server, an information
 // file (.info) holds switches.
 #pragma once

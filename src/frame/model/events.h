@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The events that tell the rest of the appliance of changes: their names, and what they carry.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The interface files: what groups of their keys mean.
 #include "frame/model/ifcfg.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The interface files: their keys, and what groups of them mean.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The MTU of an interface as a text, and the setting that holds it.
 #pragma once
 

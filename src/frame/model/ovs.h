@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How Open vSwitch devices are named: "ovs_" and what they are over.
 #pragma once
 

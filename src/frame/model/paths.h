@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every file, folder and program of the system that the library names, in one place.
 #pragma once
 

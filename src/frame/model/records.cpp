@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The public records as programs in other languages, and programs that were built long ago, know
 // them: the same on every processor, but for the width of a pointer.
 #include <cstddef>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The network topologies of an appliance with a wireless interface, and the part that interfaces
 // play in each.
 #include <zarnnetsdk/iface.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Copies of a file that a change keeps: beside it, to take its place again, or in memory.
 #pragma once
 

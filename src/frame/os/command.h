@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Running the system's programs: an absolute path and a list of arguments, waited for. There is no
 // shell anywhere, and arguments are never joined.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Owners of the core library's string lists and string hashes.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Owners of open files, and readers of the small files of /proc and /sys.
 #include "frame/os/file.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The programs that copy and move files; model/paths.h names all others.
 #pragma once
 

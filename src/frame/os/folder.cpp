@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Folders: what is in them, and whether they are there.
 #include "frame/os/folder.h"
 

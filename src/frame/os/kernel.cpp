@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The interface ioctls, over one datagram socket that lives as long as the call that needs it.
 #include "frame/os/kernel.h"
 

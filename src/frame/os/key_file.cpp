@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reading one key of a settings file.
 #include "frame/os/key_file.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Settings files of KEY=value lines: reading one key, and changing several in one rewrite.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Files of lines, and one line in them.
 #pragma once
 

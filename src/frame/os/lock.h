@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The appliance's locks, held while their objects live: lock classes, and locks on one file.
 #pragma once
 

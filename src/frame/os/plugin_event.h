@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One event of the plugin facility, released when its scope ends.
 #pragma once
 

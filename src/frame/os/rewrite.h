@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Replacing a file as a whole: readers see the old content or the new, also after a power cut.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Files in a folder that everybody may write to.
 #include "frame/os/shared_folder.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Files in a folder that everybody may write to, /tmp: what lies there under a name of ours may be
 // somebody else's link, pipe or file.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Waiting for others: a kernel, a program, a plugin.
 #pragma once
 

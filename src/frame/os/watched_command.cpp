@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A program that may take longer than its caller wants to wait. Between the two there are two
 // processes: the worker runs the program and tidies up, and the watcher, which is the caller's
 // child, waits for the worker. A caller that has waited long enough ends the watcher, and the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A program that may take longer than its caller wants to wait, watched by a process of its own.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // An exported function outside the boundary.
 #include "iface/down.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the check has to see: the base calls a change above it.
 #include "iface/down.h"
 
