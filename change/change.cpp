@@ -143,7 +143,7 @@ Json ReadState(const Options& options, const Kernel& kernel) {
   const bool live = options.view != "configured";
   View view{kernel, options.secrets, {}};
   if (live) view.dhcpClients = InterfacesWithDhcpClient();
-  const Json configured = ReadConfigured(view, options.sections);
+  Json configured = ReadConfigured(view, options.sections);
   if (!live) return configured;
   const Json seen = ReadLive(view, configured, options.sections);
   return options.view == "live" ? seen : Json{{"configured", configured}, {"live", seen}};

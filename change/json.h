@@ -54,7 +54,7 @@ inline Path operator/(const char* section, const std::string& name) {
 }
 
 // Whether one path is the other, or leads to or from it.
-inline bool Leads(Path outer, Path inner) {
+inline bool Leads(const Path& outer, Path inner) {
   const auto depth = [](const Path& path) {
     const std::string text = path.to_string();
     return std::count(text.begin(), text.end(), '/');

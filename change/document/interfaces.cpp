@@ -471,7 +471,7 @@ void Plan(const Change& change, Steps* steps) {
   std::set<std::string> names;
   for (const std::string& name : change.NamedIn(Path("/interfaces")))
     names.insert(name);
-  for (Path path : change.options.restart) {
+  for (const Path& path : change.options.restart) {
     const std::string name = path.empty() ? "" : path.back();
     if (path == "interfaces" / name) names.insert(name);
   }

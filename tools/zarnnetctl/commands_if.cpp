@@ -183,6 +183,7 @@ std::string RoleText(const Details& details) {
 
 std::vector<std::string> Ipv6Texts(const std::vector<ZARNNETV6ADDR>& addresses) {
   std::vector<std::string> texts;
+  texts.reserve(addresses.size());
   for (const ZARNNETV6ADDR& address : addresses)
     texts.push_back(Ipv6Text(address));
   return texts;

@@ -41,7 +41,7 @@ std::string NameOf(const CLI::Option& option) {
 }
 
 std::string ShapeOf(const CLI::Option& option) {
-  const std::string shape = option.get_type_name();
+  std::string shape = option.get_type_name();
   if (shape == "TEXT") return "VALUE";
   if (shape == "INT" || shape == "UINT" || shape == "FLOAT" || shape.find(':') != std::string::npos)
     return "N";
@@ -184,6 +184,7 @@ std::vector<Entry> ValuesOf(const CLI::Option& option) {
   std::vector<std::string> names;
   if (shape == kInterfaceShape) names = KernelInterfaces();
   if (shape.starts_with("{")) names = CLI::detail::split(shape.substr(1, shape.size() - 2), ',');
+  values.reserve(names.size());
   for (const std::string& name : names)
     values.push_back({name, ""});
   return values;

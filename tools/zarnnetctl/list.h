@@ -26,6 +26,7 @@ class NameList {
   [[nodiscard]] PKOPACSZLIST Get() const { return list_; }
   [[nodiscard]] std::vector<std::string> Items() const {
     std::vector<std::string> items;
+    items.reserve(static_cast<std::size_t>(list_->nItem));
     for (int i = 0; i < list_->nItem; ++i)
       items.emplace_back(KOPACSzListGet(list_, i));
     return items;

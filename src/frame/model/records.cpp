@@ -15,8 +15,8 @@ static_assert(offsetof(KOPANetIfInfo, flags) == 96 && offsetof(KOPANetIfInfo, ma
 static_assert(sizeof(ZARNNETIFADDR) == 72 && offsetof(ZARNNETIFADDR, szIP) == 30);
 static_assert(sizeof(ZARNNETETHINFO) == 16);
 static_assert(sizeof(KOPANETSTAT) == 80 && offsetof(KOPANETSTATLIST, rgItem) == 8);
-static_assert(sizeof(KOPANETTOPOLOGY) == 92 && sizeof(gTopologyInfo) == 4 * 92);
-static_assert(sizeof(ZARNBRIDGEINFO) == 36 && sizeof(grgTopologyIFInfo) == 16 * 36);
+static_assert(sizeof(KOPANETTOPOLOGY) == 92 && sizeof(gTopologyInfo) == std::size_t{4} * 92);
+static_assert(sizeof(ZARNBRIDGEINFO) == 36 && sizeof(grgTopologyIFInfo) == std::size_t{16} * 36);
 static_assert(sizeof(ZARNNETV6ADDR) == 60 && offsetof(ZARNNETV6ADDR, prefix) == 48);
 static_assert(sizeof(ZARNLINKAGGROPT) == 540 && offsetof(ZARNLINKAGGROPT, rgszSlave) == 28);
 static_assert(sizeof(ZARNBONDDESC) == 3 * kPointer);
