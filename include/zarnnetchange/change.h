@@ -53,6 +53,8 @@ int ZARNNetChangeRead(const char* szOptions, char** ppszState);
 /**
  * Compares a wish with the machine; changes nothing.
  * @param ppszReport  receives the report of ZARNNetChangeApply() with the differences and without steps
+ * @param szWish     the wish
+ * @param szOptions  null, or a JSON object, as for ZARNNetChangeApply()
  * @return ZARNNETCHANGE_DONE (no difference), _OTHERWISE, _USAGE, _FAILED
  */
 int ZARNNetChangeCompare(const char* szWish, const char* szOptions, char** ppszReport);
@@ -62,6 +64,7 @@ int ZARNNetChangeCompare(const char* szWish, const char* szOptions, char** ppszR
  * "probe" is false.
  * @param szOptions   as for ZARNNetChangeApply()
  * @param ppszReport  receives the report, with the findings and the steps that a change would take
+ * @param szWish  the wish
  * @return ZARNNETCHANGE_DONE (it may be applied), _USAGE, _REFUSED, _NOT_FOUND, _FAILED
  */
 int ZARNNetChangeCheck(const char* szWish, const char* szOptions, char** ppszReport);
@@ -79,7 +82,8 @@ int ZARNNetChangeCheck(const char* szWish, const char* szOptions, char** ppszRep
  *                    "restart": paths of what is started anew though nothing of it changes
  *                    ("/interfaces/eth0", "/dhcp_server", "/pppoe", "/pppoe_relay", "/tunnel");
  *                    "program": the name that others are told while they wait
- * @param pfnProgress told of each step; may be null. pContext is handed on to it
+ * @param pfnProgress told of each step; may be null
+ * @param pContext    handed on to pfnProgress
  * @param ppszReport  receives the report:
  *                    "result" (number), "reason" (a sentence);
  *                    "findings": what rules found, each "rule", "path", "severity" ("refused", "insisted", "warning",
@@ -104,10 +108,17 @@ int ZARNNetChangeCheck(const char* szWish, const char* szOptions, char** ppszRep
 int ZARNNetChangeApply(const char* szWish, const char* szOptions, PFNZARNNETCHANGE pfnProgress,
                        void* pContext, char** ppszReport);
 
-/** The JSON Schema (2020-12) of the state document. @return ZARNNETCHANGE_DONE; _FAILED with null when out of memory */
+/**
+ * The JSON Schema (2020-12) of the state document.
+ * @param ppszSchema  receives the text
+ * @return ZARNNETCHANGE_DONE; _FAILED with null when out of memory
+ */
 int ZARNNetChangeSchema(char** ppszSchema);
 
-/** Frees a text of these functions, which is overwritten first; null is allowed. */
+/**
+ * Frees a text of these functions, which is overwritten first; null is allowed.
+ * @param szText  the text
+ */
 void ZARNNetChangeFree(char* szText);
 
 #ifdef __cplusplus

@@ -31,6 +31,7 @@ int BlKOPAIsIpAddr(const char* szIP);
 
 /**
  * The prefix length of a netmask given as four numbers.
+ * @param rgPart  the four numbers, first part first
  * @return 1 to 32; 0 with ZARNNETERR_MALFORMED_ADDRESS when a part exceeds 255 or the one-bits are
  *         not contiguous; 0 for 0.0.0.0
  */
@@ -39,6 +40,7 @@ int cKOPAICalMask(const unsigned int rgPart[4]);
 /**
  * Is the text a netmask? A valid one is rewritten in place as plain decimal ("255.255.255.0x0"
  * becomes "255.255.255.0"), which is never longer than what was given.
+ * @param szMask  the text, which is rewritten
  * @return 1, or 0 with ZARNNETERR_MALFORMED_ADDRESS, or ZARNNETERR_BAD_PARAMETER for null
  */
 int BlKOPAIsIpMask(char* szMask);
@@ -56,7 +58,12 @@ int BlKOPAIsValidIpMask(const char* szMask);
  */
 int ErrKOPASubnetToIpMask(char* szIn, char* szOut);
 
-/** "a.b.c.d/m.m.m.m" to "network/N"; arguments and results as ErrKOPASubnetToIpMask(). */
+/**
+ * "a.b.c.d/m.m.m.m" to "network/N".
+ * @param szIn   text of at most 63 characters
+ * @param szOut  receives the result, at least 64 bytes; null: szIn, 64 bytes, is overwritten
+ * @return as ErrKOPASubnetToIpMask()
+ */
 int ErrKOPAIpMaskToSubnet(char* szIn, char* szOut);
 
 /** The number of one-bits of a dotted netmask, contiguous or not. @return 0 to 32; -1 with
@@ -67,17 +74,27 @@ int ZARNNetNetmaskToPrefix(const char* szMask);
  * 0, with ZARNNETERR_BAD_PARAMETER for null */
 int BlKOPAIsv6IpAddrValid(const char* szIP);
 
-/** Is the text a host name: a letter or "_", then letters, digits, "_" or "-", at most 15 in all?
- * @return 1 or 0 */
+/**
+ * Is the text a host name: a letter or "_", then letters, digits, "_" or "-", at most 15 in all?
+ * @param szName  the text
+ * @return 1 or 0
+ */
 int BlKOPAIsHostname(const char* szName);
 
-/** Is the text one label of a mail domain: not empty, no blank or control character, none of
- * "(),.:;<>[]\@? @return 1 or 0 */
+/**
+ * Is the text one label of a mail domain: not empty, no blank or control character, none of
+ * "(),.:;<>[]\@?
+ * @param szAtom  the text
+ * @return 1 or 0
+ */
 int BlKOPAIsAtom(const char* szAtom);
 
-/** Is the text a domain: atoms joined by single dots? Of a longer text the first 511 characters are
+/**
+ * Is the text a domain: atoms joined by single dots? Of a longer text the first 511 characters are
  * judged.
- * @return 1, or 0, with ZARNNETERR_BAD_PARAMETER for null */
+ * @param szDomain  the text
+ * @return 1, or 0, with ZARNNETERR_BAD_PARAMETER for null
+ */
 int BlKOPAIsDomain(const char* szDomain);
 
 /**
@@ -119,7 +136,13 @@ const char* ZARNNetNtoa(uint32_t value);
  */
 int ZARNNetCalBroadcast(const char* szAddr, char* szOut, int cbOut);
 
-/** The network address of a subnet, asked of /bin/ipcalc -n; as ZARNNetCalBroadcast(). */
+/**
+ * The network address of a subnet, asked of /bin/ipcalc -n.
+ * @param szAddr  address with prefix or mask, as ipcalc takes it
+ * @param szOut   receives the address
+ * @param cbOut   size of szOut in bytes; also bounds the line that is read from ipcalc
+ * @return as ZARNNetCalBroadcast()
+ */
 int ZARNNetCalNetwork(const char* szAddr, char* szOut, int cbOut);
 
 /* ---- ports, hosts ---------------------------------------------------------------------------- */
@@ -132,14 +155,19 @@ int ZARNNetCalNetwork(const char* szAddr, char* szOut, int cbOut);
  * @param first, last  1 to 65535, bounds included
  * @param szProto      "tcp" or "udp" in any case; null or empty: both
  * @param rgPort       receives the first cPort of them; null with cPort 0 only counts
+ * @param cPort        room in rgPort, in numbers
  * @return how many there are, which may exceed cPort; -1 with ZARNNETERR_BAD_PARAMETER, or
  *         ZARNNETERR_OPEN or ZARNNETERR_READ for a table of the kernel (/proc/net/tcp, tcp6, udp,
  *         udp6; those of IPv6 may be missing)
  */
 int ZARNNetGetPortUsedInRange(int first, int last, const char* szProto, int* rgPort, int cPort);
 
-/** Is a port of the range taken, in the sense of ZARNNetGetPortUsedInRange()? @return 1, 0, or -1
- * as there */
+/**
+ * Is a port of the range taken, in the sense of ZARNNetGetPortUsedInRange()?
+ * @param first, last  1 to 65535, bounds included
+ * @param szProto      "tcp" or "udp" in any case; null or empty: both
+ * @return 1, 0, or -1 as there
+ */
 int ZARNNetIsPortRangeUsed(int first, int last, const char* szProto);
 
 /**

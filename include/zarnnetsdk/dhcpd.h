@@ -91,8 +91,12 @@ int DHCPIsEnabled(void);
  * a wrong argument */
 int DHCPInterfaceIsEnabled(const char* ifname, int iptype);
 
-/** Switches it on (1) or off. @return 0, also when the file cannot be written, which the log tells;
- * -1 for a wrong argument or without the folder */
+/**
+ * Switches it on (1) or off.
+ * @param enable  1 on, any other off
+ * @return 0, also when the file cannot be written, which the log tells; -1 for a wrong argument or
+ *         without the folder
+ */
 int DHCPInterfaceSetEnabled(const char* ifname, int iptype, int enable);
 
 /**
@@ -106,14 +110,20 @@ int DHCPInterfaceListGet(PKOPACSZLIST* list, int iptype);
 
 /* ---- tagged subnets (IPv4) ------------------------------------------------------------------- */
 
-/** Reads dhcpd-IFNAME-TAG.conf and .info. Addresses and the domain are cut to 19 characters.
+/**
+ * Reads dhcpd-IFNAME-TAG.conf and .info. Addresses and the domain are cut to 19 characters.
+ * @param tag  which of the interface's tagged subnets
  * @return 1; 0 with ZARNNETERR_BAD_PARAMETER for an unfit name, or when the file or a line of it is
- * missing (domain and switch may be) */
+ *         missing (domain and switch may be)
+ */
 int ZARNNetGetDhcpServerConf(const char* tag, const char* ifname, DHCP_SUBNET_CONF* conf);
 
-/** Writes the switch and, when enable is not 0, the fragment of conf->interface and conf->tag.
+/**
+ * Writes the switch and, when enable is not 0, the fragment of conf->interface and conf->tag.
+ * @param enable  0 writes the switch alone
  * @return 1; 0 with ZARNNETERR_BAD_PARAMETER, or when a file cannot be written: the switch may be
- * written then */
+ *         written then
+ */
 int ZARNNetSetDhcpServerConfigFiles(const DHCP_SUBNET_CONF* conf, int enable);
 
 /* ---- numbered subnets ------------------------------------------------------------------------ */
@@ -125,11 +135,18 @@ int ZARNNetSetDhcpServerConfigFiles(const DHCP_SUBNET_CONF* conf, int enable);
  */
 int DHCPTagConfGet(const char* ifname, unsigned subnet, int iptype, DHCP_SUBNET_CONF* conf);
 
-/** Reads a subnet's switch. @return 1, 0 (none; *enable is 0), or -1 for a wrong argument */
+/**
+ * Reads a subnet's switch.
+ * @param enable  receives 1 or 0
+ * @return 1, 0 (none; *enable is 0), or -1 for a wrong argument
+ */
 int DHCPTagConfGetEnable(const char* ifname, unsigned subnet, int iptype, int* enable);
 
-/** Writes a subnet's switch: on for 1, else off. @return 0, or -1 (ZARNNETERR_BAD_PARAMETER, or the
- * file cannot be written) */
+/**
+ * Writes a subnet's switch: on for 1, else off.
+ * @param enable  1 on, any other off
+ * @return 0, or -1 (ZARNNETERR_BAD_PARAMETER, or the file cannot be written)
+ */
 int DHCPTagConfSetEnable(const char* ifname, unsigned subnet, int iptype, int enable);
 
 /**
@@ -155,62 +172,107 @@ int DHCPTagConfSet(const char* ifname, unsigned subnet, int iptype, const DHCP_S
  * @return their number, or -1 for a wrong argument or a range that is none */
 int DHCPGetInterfaceRanges(const char* ifname, DHCP_RANGE** ranges);
 
-/** Frees a chain; null is allowed. */
+/**
+ * Frees a chain; null is allowed.
+ * @param head  the chain, of DHCPGetInterfaceRanges()
+ */
 void DHCPRangeFree(DHCP_RANGE* head);
 
 /**
  * Does the network of an address overlap with one that another interface serves? Members of a bond,
  * interfaces without a file and those switched off do not count.
  * @param conflict_if  receives that interface; may be null
+ * @param start, end  the range that is to be served, IPv4
+ * @param netmask     its netmask, dotted
  * @return 1 or 0; -1 for a wrong argument, or when the ranges of an interface cannot be read
  */
 int DHCPIsRangeConflict(const char* ifname, const char* start, const char* end, const char* netmask,
                         char* conflict_if, size_t conflict_if_size);
 
-/** Does the option take a list of values (dhcp_options.h)? @return 1 or 0 */
+/**
+ * Does the option take a list of values (dhcp_options.h)?
+ * @param number  the option's number
+ * @return 1 or 0
+ */
 int DHCPOptionIsListValue(int number);
 
-/** Frees a chain of options with their lists; null is allowed. */
+/**
+ * Frees a chain of options with their lists; null is allowed.
+ * @param head  the chain, of DHCPTagConfGet()
+ */
 void DHCPOptionFree(DHCP_OPTION* head);
 
 /* ---- vendor classes -------------------------------------------------------------------------- */
 
-/** Is the text a number from 1 to 254? @return 1 or 0 */
+/**
+ * Is the text a number from 1 to 254?
+ * @param text  decimal digits
+ * @return 1 or 0
+ */
 int DHCPVendorCheckOptNum(const char* text);
 
-/** Appends the vendor classes that have options, each once. @return 0, or -1 */
+/**
+ * Appends the vendor classes that have options, each once.
+ * @param vendors  the list that is appended to
+ * @return 0; -1 without a list, for a file that cannot be read (ZARNNETERR_OPEN, ZARNNETERR_READ),
+ *         or with ZARNNETERR_NO_MEMORY
+ */
 int DHCPVendorEnum(PKOPACSZLIST* vendors);
 
-/** Sets number and value of every option of a vendor class. @return 0, also when there are none; -1
- * when it cannot be read, or for a line that reads otherwise */
+/**
+ * Sets number and value of every option of a vendor class.
+ * @param options  the hash in which they are set; it may move
+ * @return 0, also when there are none; -1 when it cannot be read (ZARNNETERR_OPEN,
+ *         ZARNNETERR_READ), or for a line that reads otherwise
+ */
 int DHCPVendorGetVendor(const char* vendor, PKOPACSZHASH* options);
 
-/** The value of one option, cut to fit. Number 1 finds the line of number 12 where that comes
- * first.
+/**
+ * The value of one option, cut to fit. Number 1 finds the line of number 12 where that comes first.
+ * @param number  the option's number
+ * @param value   receives it
  * @return 1, 0 when there is none, -1 for a wrong argument, a file that cannot be read, or a line
- * that reads otherwise */
+ *         that reads otherwise
+ */
 int DHCPVendorGetVendorOpt(const char* vendor, int number, char* value, size_t size);
 
-/** Replaces all options of a vendor class by number and value of the hash.
+/**
+ * Replaces all options of a vendor class by number and value of the hash.
+ * @param options  numbers as decimal text, and their values
  * @return 0; -1 for a wrong argument or when the file cannot be written: the former options are
- *         gone then, unless the vendor or a value was refused */
+ *         gone then, unless the vendor or a value was refused
+ */
 int DHCPVendorSetVendor(const char* vendor, PKOPACSZHASH options);
 
-/** Replaces one option. An empty vendor or value and a number out of range are logged and written
+/**
+ * Replaces one option. An empty vendor or value and a number out of range are logged and written
  * all the same.
+ * @param number  the option's number, 1 to 254
+ * @param value   the new value
  * @return 0, or -1 (ZARNNETERR_BAD_PARAMETER for a text with a control character; the file cannot
- * be written) */
+ *         be written)
+ */
 int DHCPVendorSetVendorOpt(const char* vendor, int number, const char* value);
 
 /* ---- network boot ---------------------------------------------------------------------------- */
 
-/** @return 0 with *enable 1 or 0; -1 for a wrong argument */
+/**
+ * Is network boot switched on?
+ * @param enable  receives 1 or 0
+ * @return 0 with *enable 1 or 0; -1 for a wrong argument
+ */
 int DHCPPXEConfGetEnable(int* enable);
 
-/** Reads the settings; all is empty when there are none. @return 0, or -1 */
+/** Reads the settings; all is empty when there are none.
+ * @return 0; -1 without a record, or when they cannot be read (ZARNNETERR_OPEN, ZARNNETERR_READ) */
 int DHCPPXEConfGet(DHCP_PXE_CONF* conf);
 
-/** Switches network boot on (1) or off. @return 0 or -1 */
+/**
+ * Switches network boot on (1) or off.
+ * @param enable  1 on, any other off
+ * @return 0; -1 when the file cannot be written (ZARNNETERR_OPEN, ZARNNETERR_WRITE,
+ *         ZARNNETERR_RENAME)
+ */
 int DHCPPXEConfSetEnable(int enable);
 
 /** Writes the switch and, when it is 1, the settings of the chosen side and the fragment.
@@ -223,6 +285,8 @@ int DHCPPXEConfSet(const DHCP_PXE_CONF* conf);
 /**
  * The server's IPv4 files of an interface follow it to another name, as do the names in them. The
  * switch of IPv6 stays.
+ * @param old_if  the interface's former name
+ * @param new_if  the name that it has now
  * @return 0, also without the folder; -1 for a wrong argument (ZARNNETERR_BAD_PARAMETER), a file
  *         that cannot be renamed (ZARNNETERR_RENAME), or when sed refuses (ZARNNETERR_COMMAND):
  *         what is done stays done
@@ -234,6 +298,8 @@ int DHCPDConfChangeInterface(const char* old_if, const char* new_if);
  * op 1: switches the members' service off, remembering it, and the bond's to what it remembers; any
  * other: the other way round. A member that is off and has something remembered keeps that.
  * Restarts the server.
+ * @param op       1 the bond was made, any other it was deleted
+ * @param members  the names of its slaves
  * @return 0; -1 for a wrong argument (ZARNNETERR_BAD_PARAMETER; a bond's bad name before anything
  *         is done), or when a switch cannot be read or written
  */

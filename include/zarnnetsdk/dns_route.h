@@ -30,9 +30,12 @@ int ZARNNetDNSListSet(PKOPACSZLIST pList);
 /** The same with one server. @return as ZARNNetDNSListSet() */
 int ZARNNetDNSSet(const char* szAddr);
 
-/** Stores the mode, "static" or "auto", and rebuilds the resolver file.
+/**
+ * Stores the mode, "static" or "auto", and rebuilds the resolver file.
+ * @param szMode  "static" or "auto"
  * @return 0, or -1: ZARNNETERR_BAD_PARAMETER (another mode), what settings that cannot be written
- * leave, or what ZARNNetDNSUpdate() fails with; the mode stays stored then */
+ *         leave, or what ZARNNetDNSUpdate() fails with; the mode stays stored then
+ */
 int ZARNNetDNSModeSet(const char* szMode);
 
 /** The fixed servers; none without a file. @return 0; -1 with ZARNNETERR_BAD_PARAMETER (no list),
@@ -77,13 +80,17 @@ int ZARNNetDNSUpdate(void);
  * ZARNNETERR_OPEN or ZARNNETERR_READ (the file cannot be read) */
 int ZARNNetDefaultGatewayGetConf(char* szBuf, int cbBuf);
 
-/** Stores the gateway; null or empty removes it.
+/**
+ * Stores the gateway; null or empty removes it.
+ * @param szGateway  an IPv4 address; null or empty
  * @return 0; -1 with ZARNNETERR_BAD_PARAMETER (a text that begins with "-" or has other characters
- * than letters, digits and ".:/%_-"), or what a file that cannot be written leaves */
+ *         than letters, digits and ".:/%_-"), or what a file that cannot be written leaves
+ */
 int ZARNNetDefaultGatewaySetConf(const char* szGateway);
 
 /**
  * Replaces the kernel's default route; null or empty only removes it.
+ * @param szGateway  an IPv4 address; null or empty
  * @return 0; -1 with ZARNNETERR_BAD_PARAMETER (as for ZARNNetDefaultGatewaySetConf(); the old route
  *         stays), or ZARNNETERR_COMMAND when the kernel does not take the gateway, and the old
  *         route is gone then
@@ -112,8 +119,12 @@ int ZARNNetDefaultGatewayInterfaceGet(char* szBuf, int cbBuf);
  * install it in place of the one that is there, 1 to remove it. Runs /sbin/ip, and /sbin/route
  * where that refuses; routes that both refuse are noted in the log and fail nothing. */
 
-/** Installs or removes the route that an address and its netmask make. @return 0; -1 with
- * ZARNNETERR_BAD_PARAMETER for an argument that is null or does not parse, or another op */
+/**
+ * Installs or removes the route that an address and its netmask make.
+ * @param op  0 installs, 1 removes
+ * @return 0; -1 with ZARNNETERR_BAD_PARAMETER for an argument that is null or does not parse, or
+ *         another op
+ */
 int NetRoutetableEdit(unsigned int op, const char* szIP, const char* szMask, const char* szIfname);
 
 /**
@@ -121,6 +132,7 @@ int NetRoutetableEdit(unsigned int op, const char* szIP, const char* szMask, con
  * on DHCP, of its file otherwise. A port of an Open vSwitch is handled as the switch's device,
  * ovs_IFNAME. Only interfaces of kind 2 (KOPANetGetInterfaceInfo()) have such a route; op 0 leaves
  * those on DHCP alone.
+ * @param op  0 installs, 1 removes
  * @return 0, also when there is nothing to do; -1 with ZARNNETERR_BAD_PARAMETER, ZARNNETERR_OPEN
  *         (without a lease), ZARNNETERR_UNEXPECTED_CONTENT (without an address or a netmask), or
  *         ZARNNETERR_OPEN or ZARNNETERR_READ when the file cannot be read

@@ -30,12 +30,18 @@ typedef enum ZARNNETERROR {
   ZARNNETERR_SLAVES_FULL = 0xBD00         /* a bond has its most slaves already */
 } ZARNNETERROR;
 
-/** The name of a code as it stands above, "ZARNNETERR_LOCK".
- * @return static text; null for any other number */
+/**
+ * The name of a code as it stands above, "ZARNNETERR_LOCK".
+ * @param code  a ZARNNETERR_...
+ * @return static text; null for any other number
+ */
 const char* ZARNNetErrorName(unsigned int code);
 
-/** What a code means, in words, "out of memory".
- * @return static text; null for any other number */
+/**
+ * What a code means, in words, "out of memory".
+ * @param code  a ZARNNETERR_...
+ * @return static text; null for any other number
+ */
 const char* ZARNNetErrorText(unsigned int code);
 
 /** Sets the calling thread's error state back to ZARNNETERR_NONE, so that a code that is read later

@@ -89,6 +89,8 @@ int KOPANetGetInterfaceInfo(KOPANetIfInfo* pList, int max, unsigned int selector
 
 /**
  * Lists the Ethernet ports (names that begin with "eth", up, no VLAN); records are zeroed first.
+ * @param pList  receives the records; null only counts
+ * @param max    room in pList, in records
  * @return the number found, -1 with ZARNNETERR_BAD_PARAMETER (max below 0), ZARNNETERR_NO_MEMORY,
  *         ZARNNETERR_OPEN (/proc/net/dev, no socket) or ZARNNETERR_UNEXPECTED_CONTENT
  */
@@ -142,30 +144,45 @@ typedef struct KOPANETSTATLIST {
 } KOPANETSTATLIST, *PKOPANETSTATLIST;
 #pragma GCC diagnostic pop
 
-/** An empty list with room for cMax interfaces; KOPANetStatFree() frees it.
- * @return the list, or null with ZARNNETERR_BAD_PARAMETER (cMax below 1) or ZARNNETERR_NO_MEMORY */
+/**
+ * An empty list with room for cMax interfaces; KOPANetStatFree() frees it.
+ * @param cMax  room, in interfaces
+ * @return the list, or null with ZARNNETERR_BAD_PARAMETER (cMax below 1) or ZARNNETERR_NO_MEMORY
+ */
 PKOPANETSTATLIST KOPANetStatInit(int cMax);
 
 /**
  * Fills the list with the interfaces of /proc/net/dev, up or down, in natural name order: at most
  * 32, and at most what the list has room for; those whose names contain "mon." or begin with "tap",
  * "docker" or "dplv" are left out.
+ * @param pList  the list, of KOPANetStatInit()
  * @return the number of entries; -1 with ZARNNETERR_BAD_PARAMETER (null list), ZARNNETERR_OPEN or
  *         ZARNNETERR_UNEXPECTED_CONTENT (/proc/net/dev), the list left as it was
  */
 int KOPANetStatGetAll(PKOPANETSTATLIST pList);
 
-/** Frees the list; null is allowed. */
+/**
+ * Frees the list; null is allowed.
+ * @param pList  the list, of KOPANetStatInit()
+ */
 void KOPANetStatFree(PKOPANETSTATLIST pList);
 
-/** The kernel's IPv4 address and netmask, in network byte order. @return 1; 0 with
- * ZARNNETERR_BAD_PARAMETER, ZARNNETERR_OPEN (no socket), ZARNNETERR_NOT_FOUND (no such interface)
- * or ZARNNETERR_REFUSED (it has no address) */
+/**
+ * The kernel's IPv4 address and netmask, in network byte order.
+ * @param pAddr  receives the address
+ * @param pMask  receives the netmask
+ * @return 1; 0 with ZARNNETERR_BAD_PARAMETER, ZARNNETERR_OPEN (no socket), ZARNNETERR_NOT_FOUND (no
+ *         such interface) or ZARNNETERR_REFUSED (it has no address)
+ */
 int KOPANetGetIfCfg(const char* szIfname, uint32_t* pAddr, uint32_t* pMask);
 
-/** Sets the kernel's IPv4 address, then the netmask, in network byte order; no file. @return 1; 0
- * with ZARNNETERR_BAD_PARAMETER, ZARNNETERR_OPEN (no socket), ZARNNETERR_NOT_FOUND (no such
- * interface) or ZARNNETERR_REFUSED (the kernel refuses) */
+/**
+ * Sets the kernel's IPv4 address, then the netmask, in network byte order; no file.
+ * @param pAddr  the address
+ * @param pMask  the netmask
+ * @return 1; 0 with ZARNNETERR_BAD_PARAMETER, ZARNNETERR_OPEN (no socket), ZARNNETERR_NOT_FOUND (no
+ *         such interface) or ZARNNETERR_REFUSED (the kernel refuses)
+ */
 int KOPANetSetIfCfg(const char* szIfname, const uint32_t* pAddr, const uint32_t* pMask);
 
 /* ---- configuration --------------------------------------------------------------------------- */
@@ -240,9 +257,13 @@ int ZARNNetSetCard1(const ZARNNETIFADDR* pConfig);
  * ZARNNETERR_READ (its state cannot be read) */
 int ZARNNetIsIFUp(const char* szIfname);
 
-/** Changes the kernel's flags: change >= 0 sets those bits, change < 0 keeps only the bits of
- * change - 1 (-1 clears bit 0). @return 1; 0 with ZARNNETERR_BAD_PARAMETER, ZARNNETERR_OPEN (no
- * socket), ZARNNETERR_NOT_FOUND (no such interface) or ZARNNETERR_REFUSED (the kernel refuses) */
+/**
+ * Changes the kernel's flags: change >= 0 sets those bits, change < 0 keeps only the bits of change
+ * - 1 (-1 clears bit 0).
+ * @param change  IFF_... bits to set, or below 0 what to keep
+ * @return 1; 0 with ZARNNETERR_BAD_PARAMETER, ZARNNETERR_OPEN (no socket), ZARNNETERR_NOT_FOUND (no
+ *         such interface) or ZARNNETERR_REFUSED (the kernel refuses)
+ */
 int KOPANetISetIfFlags(const char* szIfname, int change);
 
 /** Brings the interface up. @return as KOPANetISetIfFlags() */
@@ -269,6 +290,7 @@ int ZARNNetIfIsBondingPassive(const char* szIfname);
  * The MAC address of port eth<index> as "02:00:00:00:00:10".
  * @param blLocal  0: the address the appliance shows (the pair's shared one while high availability
  *                 runs); otherwise the port's own
+ * @param index  the number of the port, from 0
  * @return 0; 1 bad arguments (ZARNNETERR_BAD_PARAMETER) or the port's own address unreadable with
  *         blLocal set (ZARNNETERR_OPEN no socket, ZARNNETERR_NOT_FOUND no such port,
  *         ZARNNETERR_REFUSED); 2 the same with blLocal 0; 3 no shared address
@@ -277,10 +299,13 @@ int ZARNNetIfIsBondingPassive(const char* szIfname);
  */
 int KOPANetGetMacAddr(int index, char* szBuf, int cbBuf, int blLocal);
 
-/** The MAC address of the port behind an interface: a VLAN's parent, a bond's first slave, the
- * interface under an Open vSwitch device. @return as KOPANetGetMacAddr(); 1 also when there is no
- * such port (ZARNNETERR_NOT_FOUND, ZARNNETERR_BAD_PARAMETER, or as ZARNNetLinkAggrGet() for a
- * bond) */
+/**
+ * The MAC address of the port behind an interface: a VLAN's parent, a bond's first slave, the
+ * interface under an Open vSwitch device.
+ * @param blLocal  as for KOPANetGetMacAddr()
+ * @return as KOPANetGetMacAddr(); 1 also when there is no such port (ZARNNETERR_NOT_FOUND,
+ *         ZARNNETERR_BAD_PARAMETER, or as ZARNNetLinkAggrGet() for a bond)
+ */
 int KOPANetGetMacAddrByInterface(const char* szIfname, char* szBuf, int cbBuf, int blLocal);
 
 /** A port's link as its driver tells it. */
@@ -317,6 +342,7 @@ int KOPANetIfLinkDownEvent(const char* szIfname);
  * are as they were. File and setting stand under both names until the kernel has renamed the port;
  * when the call is killed on the way, the same call again brings it to its end.
  * @param szNew  at most 15 characters, none of "/%:.", no blank, no "-" first
+ * @param szOld  the port's name
  * @return 0, also with a client that does not start (ZARNNETERR_COMMAND tells of it); -1 with
  *         ZARNNETERR_BAD_PARAMETER, ZARNNETERR_NOT_FOUND (no such port), ZARNNETERR_EXISTS (the new
  *         name has an interface, or a file that is no trace of a killed call), ZARNNETERR_REFUSED

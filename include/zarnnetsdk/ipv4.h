@@ -59,9 +59,12 @@ int ZARNILnxGetIP(const char* szIfname, char* szBuf, int cbBuf);
  * (buffer emptied) */
 int ZARNILnxGetIPFromCfg(const char* szIfname, char* szBuf, int cbBuf);
 
-/** Removes all addresses of one family from the kernel; szType is "-4" or "-6".
+/**
+ * Removes all addresses of one family from the kernel; szType is "-4" or "-6".
+ * @param szType  "-4" or "-6"
  * @return 0; -1 with ZARNNETERR_BAD_PARAMETER (another type, no name), ZARNNETERR_COMMAND (the
- * program failed), or for "-6" as ZARNLnxIPv6FlushAddr() */
+ *         program failed), or for "-6" as ZARNLnxIPv6FlushAddr()
+ */
 int ZARNNetFlushIP(const char* szType, const char* szIfname);
 
 /** The appliance's address as seen from the internet, asked of /usr/zarn/sbin/ddnsd -e.
@@ -153,30 +156,59 @@ int ZARNLnxGetHostname(char* szBuf);
 /**
  * Fires net/ipv4_change (type 0) or net/ipv6_change (type 1), before the change: IFNAME,
  * ORIGIN_ADDRESS, NEW_ADDRESS, PREFIX_LENGTH ("-1" for IPv4), IS_LINK ("true" or "false").
+ * @param type   0 IPv4, 1 IPv6
+ * @param szOld  the address before the change
+ * @param szNew  the address after it
  * @return 0; -1 also with ZARNNETERR_BAD_PARAMETER for another type or a prefix out of range, or as
  *         ZARNNetIfIsLink()
  */
 int ZARNNetIPChangePreHook(int type, const char* szIfname, const char* szOld, const char* szNew,
                            unsigned int prefix);
 
-/** Fires net/dns_config_change: INTERFACE, NITEMS, DNS_1 ... DNS_n. */
+/**
+ * Fires net/dns_config_change: INTERFACE, NITEMS, DNS_1 ... DNS_n.
+ * @param pServers  addresses of name servers
+ * @return 0, or -1 with ZARNNETERR_BAD_PARAMETER or ZARNNETERR_COMMAND, as all hooks
+ */
 int ZARNNetDnsConfigChangeHook(int stage, const char* szIfname, const KOPACSZLIST* pServers);
 
-/** Fires net/dns_change: NITEMS, DNS_1 ... DNS_n. */
+/**
+ * Fires net/dns_change: NITEMS, DNS_1 ... DNS_n.
+ * @param pServers  addresses of name servers
+ * @return 0, or -1 with ZARNNETERR_BAD_PARAMETER or ZARNNETERR_COMMAND, as all hooks
+ */
 int ZARNNetDNSChangeHook(int stage, const KOPACSZLIST* pServers);
 
-/** Fires net/gateway_config_change: TYPE, INTERFACE, GATEWAY_OLD, GATEWAY_NEW. */
+/**
+ * Fires net/gateway_config_change: TYPE, INTERFACE, GATEWAY_OLD, GATEWAY_NEW.
+ * @param szType  what kind of gateway, handed on as it is
+ * @param szOld   the gateway before the change
+ * @param szNew   the gateway after it
+ * @return 0, or -1 with ZARNNETERR_BAD_PARAMETER or ZARNNETERR_COMMAND, as all hooks
+ */
 int ZARNNetGatewayConfigChangeHook(int stage, const char* szType, const char* szIfname,
                                    const char* szOld, const char* szNew);
 
-/** Fires net/hostname_change, after the change: HOSTNAME. */
+/**
+ * Fires net/hostname_change, after the change: HOSTNAME.
+ * @return 0, or -1 with ZARNNETERR_BAD_PARAMETER or ZARNNETERR_COMMAND, as all hooks
+ */
 int ZARNNetHostnameChangeHook(const char* szHostname);
 
-/** Fires net/mtu_change: IFACE, MTU_VALUE (text). */
+/**
+ * Fires net/mtu_change: IFACE, MTU_VALUE (text).
+ * @return 0, or -1 with ZARNNETERR_BAD_PARAMETER or ZARNNETERR_COMMAND, as all hooks
+ */
 int ZARNNetMTUChangeHook(const char* szIfname, const char* szMTU, int stage);
 
-/** Sets the arguments of an open net/ifname_change event: ORIGIN_IFNAME and IFNAME (lists), RESULT.
- * @return 0, or -1 as the hooks */
+/**
+ * Sets the arguments of an open net/ifname_change event: ORIGIN_IFNAME and IFNAME (lists), RESULT.
+ * @param pPlugin    the event, of KOPAPluginSDKInit()
+ * @param pOldNames  names of interfaces before the change
+ * @param pNewNames  their names after it
+ * @param result     handed on as RESULT
+ * @return 0, or -1 as the hooks
+ */
 int KOPANetIFChgPluginSetArgs(PKOPAPLUGIN pPlugin, const KOPACSZLIST* pOldNames,
                               const KOPACSZLIST* pNewNames, int result);
 

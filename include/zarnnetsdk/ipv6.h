@@ -41,20 +41,19 @@ int ZARNNetIPv6ConfGet(const char* szIfname, int* pType, char* szAddr, int cbAdd
  * Writes IPV6INIT and IPV6_ACCEPT_RA and, for the static type, IPV6ADDR, IPV6PREFIXLENG and
  * IPV6_DEFAULTGW (the other types drop these three); sets the kernel's accept_ra; switches IPv6 on
  * again where a flush has left it off, except for the type off; starts (dhcp, auto_dhcp) or stops
- * the job
- * "dhcp-client6" of the interface, unless it runs (/tmp/dhclient6-IFNAME-start.pid) or does not run
- * already; gives the interface the fixed address and default route and takes away those of the
- * static configuration that the file held before. Then waits up to 5 seconds for duplicate address
- * detection, while the interface has carrier, and removes the addresses that failed it: such an
- * address stays in the file and the call succeeds, with a line in the log.
+ * the job "dhcp-client6" of the interface, unless it runs (/tmp/dhclient6-IFNAME-start.pid) or does
+ * not run already; gives the interface the fixed address and default route and takes away those of
+ * the static configuration that the file held before. Then waits up to 5 seconds for duplicate
+ * address detection, while the interface has carrier, and removes the addresses that failed it:
+ * such an address stays in the file and the call succeeds, with a line in the log.
  *
  * When a step fails, the steps before it are taken back and the file is as it was, or gone again
  * where there was none (its copy meanwhile: ifcfg-IFNAME.tmpSECONDS).
- *
  * @param szAddr     required for the static type; may be null or empty for the others, but not
  *                   malformed
  * @param prefix     0 to 128
  * @param szGateway  may be null or empty; not malformed
+ * @param type  a ZARNNET_IPV6_...
  * @return 0; -1 with ZARNNETERR_BAD_PARAMETER (bad arguments), ZARNNETERR_LOCK (lock),
  *         ZARNNETERR_OPEN or ZARNNETERR_WRITE (a switch of the kernel), ZARNNETERR_COMMAND (a
  *         program failed), what a file that cannot be copied or written leaves, or as
@@ -78,6 +77,9 @@ int ZARNNetIpv6Init(void);
  * Adds (cmd 0) or deletes (cmd 1) one address in the running kernel or, when a gateway is given,
  * the default route over it; then the address is left alone. Nothing is written to a file.
  * @param prefix  0 to 128
+ * @param cmd        0 adds, 1 deletes
+ * @param szAddr     the address
+ * @param szGateway  null or empty: none
  * @return 0; -1 with ZARNNETERR_BAD_PARAMETER (prefix, null address, null name, another cmd, a name
  *         or gateway that cannot be meant), or as ZARNNetSetIP(); with a gateway the exit status of
  *         "/sbin/ip -6 route", and ZARNNETERR_COMMAND unless it is 0
@@ -98,6 +100,7 @@ typedef struct ZARNNETV6ADDR {
 /**
  * The IPv6 addresses the kernel has on an interface (/proc/net/if_inet6).
  * @param rgAddr  receives the first cAddr of them; unused records are cleared
+ * @param cAddr  room in rgAddr, in records
  * @return how many there are, which may exceed cAddr; -1 with ZARNNETERR_BAD_PARAMETER or
  *         ZARNNETERR_OPEN
  */
@@ -107,6 +110,7 @@ int ZARNLnxV6IPGet(const char* szIfname, ZARNNETV6ADDR* rgAddr, int cAddr);
  * Switches IPv6 off (action 1) or on (anything else) for one interface. After switching on it waits
  * up to 5 seconds while a link-local address looks tentative; running out of patience is no
  * failure.
+ * @param action  1 off, any other on
  * @return 0, also for an interface that is not switched (a bond); -1 with ZARNNETERR_BAD_PARAMETER,
  *         ZARNNETERR_NOT_FOUND (no such interface that is up), ZARNNETERR_OPEN or ZARNNETERR_WRITE
  *         (the switch)

@@ -79,6 +79,8 @@ int ZARNPPPoeIntfGet(char* ifname, size_t size);
 /**
  * The address and the netmask of the PPP interface, dotted. A null buffer or a size below 1 is one
  * that is not wanted. A failure forgets the remembered name of the interface.
+ * @param ip    receives the address
+ * @param mask  receives the netmask
  * @return 0, also when neither is wanted; -1 with a code of ZARNPPPoeIntfGet(), ZARNNETERR_OPEN
  *         without a socket or ZARNNETERR_REFUSED when the interface has none
  */
@@ -112,7 +114,11 @@ int ZARNNetGetPPPoERelayConfig(const char* ifname, PPPOE_RELAY_CONF* conf);
  * ZARNNETERR_RENAME) */
 int ZARNNetSetPPPoERelayConfig(const char* ifname, const PPPOE_RELAY_CONF* conf);
 
-/** Do both say the same? Servers count also where neither is enabled. @return 1 or 0; null is 0 */
+/**
+ * Do both say the same? Servers count also where neither is enabled.
+ * @param a, b  the two records
+ * @return 1 or 0; null is 0
+ */
 int ZARNNetIsSamePPPoERelayConfig(const PPPOE_RELAY_CONF* a, const PPPOE_RELAY_CONF* b);
 
 /**
@@ -126,7 +132,8 @@ int ZARNNetApplyPPPoERelayConfig(const char* ifname);
 
 /** The same for every interface with a file (up to 128), in the order of their names, up to the
  * first that fails.
- * @return 0 or -1 */
+ * @return 0; -1 as ZARNNetApplyPPPoERelayConfig(), or with ZARNNETERR_OPEN for a folder that cannot
+ *         be read */
 int ZARNNetApplyPPPoERelayConfigAll(void);
 
 /** Deletes the settings of every interface (up to 128). Processes run on. @return 0; -1: the folder

@@ -69,8 +69,10 @@ enum { ZARNTUNNEL_START = 0, ZARNTUNNEL_STOP = 1, ZARNTUNNEL_RESTART = 2 };
  */
 int ZARNTunnelExecute(int action, const ZARNTUNNELCONF* pConf);
 
-/** The present hour of the week in local time: 0 is Sunday 00:00 to 00:59, 167 is Saturday 23:00 to
- * 23:59. */
+/**
+ * The present hour of the week in local time.
+ * @return 0 for Sunday 00:00 to 00:59 up to 167 for Saturday 23:00 to 23:59
+ */
 int ZARNSchedGetNowIndex(void);
 
 #ifdef __cplusplus

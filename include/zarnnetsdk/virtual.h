@@ -48,13 +48,18 @@ typedef struct ZARNBONDDESC {
 /** The modes, indexed by mode id 0 to 8; row 0 is empty. */
 extern const ZARNBONDDESC grgBondDesc[9];
 
-/** The mode id of a name; only the beginning is compared ("802.3ad 4" is ZARNBOND_8023AD).
- * @return a ZARNBOND_...; ZARNBOND_NONE for other texts, and with ZARNNETERR_BAD_PARAMETER for
- * null */
+/**
+ * The mode id of a name; only the beginning is compared ("802.3ad 4" is ZARNBOND_8023AD).
+ * @param szMode  a mode's name
+ * @return a ZARNBOND_...; ZARNBOND_NONE for other texts, and with ZARNNETERR_BAD_PARAMETER for null
+ */
 uint32_t ZARNNetLinkAggrStringToMode(const char* szMode);
 
-/** The name of a mode id. @return static text, "unknown" for ZARNBOND_NONE and any number that is
- * no mode */
+/**
+ * The name of a mode id.
+ * @param mode  a ZARNBOND_...
+ * @return static text, "unknown" for ZARNBOND_NONE and any number that is no mode
+ */
 const char* ZARNNetLinkAggrModeToString(uint32_t mode);
 
 /** Can a line be read from /sys/class/net/bonding_masters? @return 1; 0 without the bonding driver,
@@ -66,10 +71,13 @@ int ZARNNetLinkAggrExist(void);
  *         ZARNNETERR_BAD_PARAMETER (no list), ZARNNETERR_NO_MEMORY or ZARNNETERR_READ */
 int ZARNNetLinkAggrEnum(PKOPACSZLIST* ppList);
 
-/** Appends the slaves of a kernel bond to *ppSlaves.
+/**
+ * Appends the slaves of a kernel bond to *ppSlaves.
+ * @param ppSlaves  the list that is appended to
  * @return their number; -1 with ZARNNETERR_BAD_PARAMETER (no list, a name that can be no
  *         interface's), ZARNNETERR_OPEN (no kernel bond), ZARNNETERR_READ or
- *         ZARNNETERR_NO_MEMORY */
+ *         ZARNNETERR_NO_MEMORY
+ */
 int ZARNNetLinkAggrPhyGet(const char* szBond, PKOPACSZLIST* ppSlaves);
 
 /**
@@ -81,9 +89,14 @@ int ZARNNetLinkAggrPhyGet(const char* szBond, PKOPACSZLIST* ppSlaves);
  */
 int ZARNNetLinkAggrGet(const char* szBond, ZARNLINKAGGROPT* pOpt);
 
-/** Adds a slave to the record, sorted. @return 0 (the error state is ZARNNETERR_NOT_FOUND all the
- * same); -1 with ZARNNETERR_BAD_PARAMETER, ZARNNETERR_EXISTS (it is in the record already) or
- * ZARNNETERR_SLAVES_FULL */
+/**
+ * Adds a slave to the record, sorted.
+ * @param pOpt     the record
+ * @param szSlave  the name of the slave
+ * @return 0 (the error state is ZARNNETERR_NOT_FOUND all the same); -1 with
+ *         ZARNNETERR_BAD_PARAMETER, ZARNNETERR_EXISTS (it is in the record already) or
+ *         ZARNNETERR_SLAVES_FULL
+ */
 int ZARNNetLinkAggrOptSlsaveAdd(ZARNLINKAGGROPT* pOpt, const char* szSlave);
 
 /**
@@ -116,6 +129,7 @@ int ZARNNetLinkAggrSet(ZARNLINKAGGROPT* pOpt);
  * was stays beside it, with its mode and owner and ".saved" appended.
  * @param blJoin    not 0: joins szMaster; 0: leaves its bond
  * @param szMaster  the bond; not used to leave
+ * @param szSlave  the interface
  * @return 0; -1 with ZARNNETERR_BAD_PARAMETER, ZARNNETERR_NO_MEMORY, or the code of the file that
  *         cannot be read (ZARNNETERR_OPEN, ZARNNETERR_READ) or written (ZARNNETERR_WRITE,
  *         ZARNNETERR_RENAME)
@@ -137,6 +151,8 @@ int ZARNNetLinkAggrConfDel(ZARNLINKAGGROPT* pOpt);
 /**
  * Adds to the keys to set what makes the BOOTPROTO of a file "static" or "dhcp"; "dhcp", and no
  * address, for any other value; "dhcp" where there is no file. Writes nothing.
+ * @param szPath  the interface's file
+ * @param ppSet   the hash of keys to set; it may move
  * @return 0; negative with ZARNNETERR_BAD_PARAMETER (a missing argument), ZARNNETERR_NO_MEMORY, or
  *         ZARNNETERR_OPEN or ZARNNETERR_READ for a file that is there and cannot be read
  */
@@ -181,18 +197,24 @@ int KOPANetBridgeIfIsSlave(const char* szIfname);
  * ZARNNETERR_NO_MEMORY */
 int KOPANetBridgeSlaveEnum(const char* szBridge, PKOPACSZLIST* ppList);
 
-/** Appends the bridges of a role, ZARNBRIDGE_BRIDGE or ZARNBRIDGE_LOCAL_LAN, to *ppList; null only
+/**
+ * Appends the bridges of a role, ZARNBRIDGE_BRIDGE or ZARNBRIDGE_LOCAL_LAN, to *ppList; null only
  * counts.
+ * @param role  ZARNBRIDGE_BRIDGE or ZARNBRIDGE_LOCAL_LAN
  * @return their number, 0 for another role; -1 with ZARNNETERR_NO_MEMORY, also when the interfaces
- * cannot be listed */
+ *         cannot be listed
+ */
 int KOPANetEnumBridge(PKOPACSZLIST* ppList, uint32_t role);
 
 /** The part of an interface as the kernel has it. @return a ZARNBRIDGE_...; 0 while it is down, and
  * with ZARNNETERR_BAD_PARAMETER for a name that can be none; pInfo may be null */
 int KOPANETGetBridgeInfo(const char* szIfname, ZARNBRIDGEINFO* pInfo);
 
-/** The part of an interface in topology 1 to 3. @return a ZARNBRIDGE_..., or 0, with
- * ZARNNETERR_BAD_PARAMETER for a null name; pInfo may be null */
+/**
+ * The part of an interface in topology 1 to 3.
+ * @param kind  the id of the topology, 1 to 3
+ * @return a ZARNBRIDGE_..., or 0, with ZARNNETERR_BAD_PARAMETER for a null name; pInfo may be null
+ */
 int KOPANETGetBridgeInfoByTopology(const char* szIfname, ZARNBRIDGEINFO* pInfo, uint32_t kind);
 
 /**
@@ -227,8 +249,11 @@ int ZARNNetSetBridgeConfig(const ZARNNETIFSETTINGS* pSettings, const ZARNBRIDGEI
  */
 int ZARNNetDisableBridgeSlave(const ZARNNETIFSETTINGS* pSettings);
 
-/** Does ZARNNetGetBridgeConfig() read this type? @return 1 or 0; ZARNNETERR_BAD_PARAMETER for a
- * null or empty name, ZARNNETERR_OPEN without a file */
+/**
+ * Does ZARNNetGetBridgeConfig() read this type?
+ * @param role  a ZARNBRIDGE_...
+ * @return 1 or 0; ZARNNETERR_BAD_PARAMETER for a null or empty name, ZARNNETERR_OPEN without a file
+ */
 int ZARNNetIsIfBridgeType(const char* szIfname, uint32_t role);
 
 /* ---- Open vSwitch ---------------------------------------------------------------------------- */
@@ -240,8 +265,11 @@ enum {
   ZARNOVS_BOND = 2    /* a bond, "ovs_bond0" */
 };
 
-/** @return ZARNOVS_BOND, ZARNOVS_DEVICE or, for any other interface, ZARNOVS_NONE;
- * ZARNNETERR_BAD_PARAMETER for a name that can be none */
+/**
+ * What is the interface to Open vSwitch?
+ * @return ZARNOVS_BOND, ZARNOVS_DEVICE or, for any other interface, ZARNOVS_NONE;
+ *         ZARNNETERR_BAD_PARAMETER for a name that can be none
+ */
 int KOPANetOVSIfIsMaster(const char* szIfname);
 
 /** Is the interface a member of an Open vSwitch bond? @return 1 or 0; ZARNNETERR_BAD_PARAMETER for
@@ -261,7 +289,11 @@ typedef struct KOPANETVLAN {
   int32_t id;        /* 1 to 4094 */
 } KOPANETVLAN;
 
-/** Is the id one of 1 to 4094? @return 0, or -1 with ZARNNETERR_BAD_PARAMETER */
+/**
+ * Is the id one of 1 to 4094?
+ * @param id  the number that a VLAN shall have
+ * @return 0, or -1 with ZARNNETERR_BAD_PARAMETER
+ */
 int KOPANetVlanValidId(unsigned int id);
 
 /** Is the VLAN driver there? @return 1 or 0 */
@@ -271,13 +303,20 @@ int KOPANetVlanExist(void);
  * ZARNNETERR_BAD_PARAMETER or ZARNNETERR_VLAN_QUERY (no socket) */
 int KOPANetVlanGet(const char* szIfname, KOPANETVLAN* pVlan);
 
-/** KOPANetVlanGet() for the VLAN of a parent and an id. @return as there; ZARNNETERR_BAD_PARAMETER
- * also for the id */
+/**
+ * KOPANetVlanGet() for the VLAN of a parent and an id.
+ * @param id  the VLAN's id, 1 to 4094
+ * @return as there; ZARNNETERR_BAD_PARAMETER also for the id
+ */
 int KOPANetVlanGetByRowDev(const char* szRowDev, unsigned int id, KOPANETVLAN* pVlan);
 
-/** All VLANs (/proc/net/vlan/config). *ppVlan is freed with free(), null when there are none.
+/**
+ * All VLANs (/proc/net/vlan/config). *ppVlan is freed with free(), null when there are none.
+ * @param ppVlan  receives an array of records
+ * @param pcVlan  receives their number
  * @return 0; -1 with ZARNNETERR_BAD_PARAMETER, ZARNNETERR_NO_MEMORY, ZARNNETERR_OPEN or
- *         ZARNNETERR_UNEXPECTED_CONTENT */
+ *         ZARNNETERR_UNEXPECTED_CONTENT
+ */
 int KOPANetVlanEnum(KOPANETVLAN** ppVlan, int* pcVlan);
 
 /**

@@ -20,6 +20,41 @@
  *    of its own. Changes to one interface are the caller's to serialise where a function takes no
  *    lock.
  */
+/*
+ * Parameters that mean the same everywhere; where a function has more to say of one, it does.
+ *  szIfname, ifname, bond, szBond, szBridge, szVlan, szRowDev
+ *      the name of an interface, of a bond, bridge, VLAN or parent of VLANs; required
+ *  szIP, szAddr, szAddr1, szAddr2, szAddrA, szAddrB, szStart, szEnd
+ *      an address as text; required
+ *  szMask
+ *      a netmask as dotted text; required
+ *  szHost
+ *      the name of a host, or an address of either family; required
+ *  szHostname
+ *      a host name; required
+ *  szMTU
+ *      an MTU in bytes, as decimal digits; required
+ *  prefix
+ *      a prefix length in bits
+ *  szBuf, szOut
+ *      receives the text
+ *  cbBuf, cbOut, cbIP, cbIfname, cbAddr, cbGateway, size, ip_size, mask_size, conflict_if_size
+ *      the size of the buffer before it, in bytes, the NUL at its end included
+ *  ppList
+ *      the list that is appended to; required. It may move: *ppList is its place afterwards
+ *  conf, pConf, pOpt, pInfo, pConfig, pNetInfo, pSettings, pVlan
+ *      the record that is read or filled in; required, unless the text lets it be null
+ *  iptype
+ *      0 IPv4, 1 IPv6
+ *  subnet
+ *      the number of one of the interface's subnets, from 0
+ *  vendor
+ *      the name of a vendor class; required
+ *  selector
+ *      a ZARNNETKIND_..., as for KOPANetGetInterfaceInfo()
+ *  stage
+ *      ZARNNETSTAGE_BEFORE or ZARNNETSTAGE_AFTER
+ */
 #pragma once
 
 #include <zarnnetsdk/addr.h>
