@@ -15,7 +15,7 @@ TEST(Dhcpd, ASubnetGoesInAndOutAsOptionsAndAsJson) {
 
 TEST(Dhcpd, SwitchesClassesAndNetworkBootAreStored) {
   WriteFile("/etc/dhcpd/dhcpd.info", "enable=\"yes\"\n");
-  RecordTool("/etc/rc.network", 2);
+  RecordTool("/etc/rc.network");
   WriteIfcfg("eth1", "");
   WriteFile("/etc/dhcpd/dhcpd-eth1.info", "enable=\"yes\"\n");
   WriteFile("/etc/dhcpd/dhcpd-eth1-subnet0.conf",

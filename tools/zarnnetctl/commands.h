@@ -25,6 +25,7 @@ void AddStatCommands(const Group& app, Context& context);
 void AddMonitorCommands(const Group& app, Context& context);
 void AddTunnelCommands(const Group& app, Context& context);
 void AddPppoeCommands(const Group& app, Context& context);
+void AddShowCommands(const Group& app, Context& context);
 void AddSystemCommands(const Group& app, Context& context);
 void AddChangeCommands(const Group& app, Context& context);
 

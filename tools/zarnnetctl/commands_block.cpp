@@ -2,6 +2,7 @@
 // zarnnetctl block: which parts of the appliance keep an interface for themselves.
 #include "commands.h"
 #include "query.h"
+#include "wish.h"
 
 namespace tool {
 namespace {
@@ -22,19 +23,16 @@ void Get(const Context& context, const std::string& ifname) {
   PrintBlocks(context, ifname);
 }
 
-void Set(const Context& context, const std::string& ifname, const std::vector<std::string>& flags,
+void Set(Context& context, const std::string& ifname, const std::vector<std::string>& flags,
          bool clear) {
-  const std::string what =
-      std::string("cannot ") + (clear ? "clear" : "set") + " the block flags of " + ifname;
-  RequireRoot(what);
-  RequireInterfaceOrFile(what, ifname);
-  if (!HasFile(ifname)) throw Failure(what, ZARNNETERR_OPEN, ifname + " has no configuration file");
-  unsigned mask = 0;
-  for (const std::string& flag : flags)
-    mask |= BlockBit(flag);
-  ForgetErrors();
-  if (ZARNNetIFBlockSet(ifname.c_str(), mask, clear ? 0 : 1) < 0) Fail(what);
-  if (context.json) PrintBlocks(context, ifname);
+  std::vector<std::string> wanted = ReadBlocks(ifname);
+  for (const std::string& flag : flags) {
+    std::erase(wanted, flag);
+    if (!clear) wanted.push_back(flag);
+  }
+  Json wish;
+  wish["interfaces"][ifname]["block"] = wanted;
+  MakeChange(context, wish);
 }
 
 void AddGet(const Group& group, Context& context) {
@@ -46,8 +44,8 @@ void AddGet(const Group& group, Context& context) {
 
 void AddSet(const Group& group, Context& context) {
   const Verb verb =
-      AddVerb(group, context, "set", "Sets block flags, or clears them",
-              "  zarnnetctl block set eth0 ha virtual\n  zarnnetctl block set eth0 ha --clear");
+      AddChange(group, context, "set", "Sets block flags, or clears them",
+                "  zarnnetctl block set eth0 ha virtual\n  zarnnetctl block set eth0 ha --clear");
   const auto ifname = AddIfname(verb);
   auto flags = std::make_shared<std::vector<std::string>>();
   auto clear = std::make_shared<bool>(false);

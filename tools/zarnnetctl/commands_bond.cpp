@@ -5,11 +5,12 @@
 #include "commands.h"
 #include "query.h"
 #include "roles.h"
+#include "wish.h"
 
 namespace tool {
 namespace {
 
-constexpr unsigned kDelete = 0;  // the mode that takes a bond apart
+constexpr char kDefaultMode[] = "active-backup";
 
 // ---- bond list, bond show
 
@@ -57,40 +58,24 @@ std::vector<std::string> Modes() {
   return modes;
 }
 
-ZARNLINKAGGROPT NewRecord(const std::string& what, const std::string& name) {
-  ZARNLINKAGGROPT record{};
-  if (name.empty() || name.size() >= sizeof record.szName) {
-    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "the name of a bond has 1 to 15 characters");
-  }
-  name.copy(record.szName, sizeof record.szName - 1);
-  return record;
-}
-
-void Set(const Context& context, const std::string& name, const std::string& mode,
+// A bond that there is keeps its mode where none is named.
+void Set(Context& context, const std::string& name, const std::string& mode,
          const std::vector<std::string>& slaves) {
-  const std::string what = "cannot set the bond " + name;
-  ZARNLINKAGGROPT record = NewRecord(what, name);
-  RequireRoot(what);
-  record.mode = ZARNNetLinkAggrStringToMode(mode.c_str());
-  for (const std::string& slave : slaves) {
-    RequireInterface(what, slave);
-    ForgetErrors();
-    if (ZARNNetLinkAggrOptSlsaveAdd(&record, slave.c_str()) < 0) Fail(what + " of " + slave);
+  Json wish;
+  Json& bond = wish["bonds"][name];
+  bond["slaves"] = slaves;
+  if (!mode.empty()) {
+    bond["mode"] = mode;
+  } else if (PartOf(ReadState({"bonds"}), "/bonds/" + name + "/mode").is_null()) {
+    bond["mode"] = kDefaultMode;
   }
-  ForgetErrors();
-  if (ZARNNetLinkAggrSet(&record) < 0) Fail(what);
-  if (context.json) PrintJson("bond", BondJson(name, RequireBond(what, name)));
+  MakeChange(context, wish);
 }
 
-void Delete(const Context& context, const std::string& name) {
-  const std::string what = "cannot delete the bond " + name;
-  ZARNLINKAGGROPT record = NewRecord(what, name);
-  record.mode = kDelete;
-  RequireRoot(what);
-  RequireBond(what, name);
-  ForgetErrors();
-  if (ZARNNetLinkAggrSet(&record) < 0) Fail(what);
-  if (context.json) PrintJson("bond", nullptr);
+void Delete(Context& context, const std::string& name) {
+  Json wish;
+  wish["bonds"][name] = nullptr;
+  MakeChange(context, wish);
 }
 
 std::shared_ptr<std::string> AddName(const Verb& verb) {
@@ -106,20 +91,24 @@ void AddBondCommands(const Group& app, Context& context) {
   AddVerb(group, context, "show", "Shows the mode and the slaves of a bond",
           "  zarnnetctl bond show bond0", AddName, Show);
 
-  const Verb set = AddVerb(group, context, "set", "Makes a bond of ports, or changes one",
-                           "  zarnnetctl bond set bond0 --mode 802.3ad eth0 eth1");
+  const Verb set = AddChange(group, context, "set", "Makes a bond of ports, or changes one",
+                             "  zarnnetctl bond set bond0 --mode 802.3ad eth0 eth1");
   const auto changed = AddName(set);
-  auto mode = std::make_shared<std::string>("active-backup");
-  set.AddOption("--mode", *mode, "How the slaves share the traffic (active-backup)").OneOf(Modes());
+  auto mode = std::make_shared<std::string>();
+  set.AddOption("--mode", *mode, "How the slaves share the traffic; a new bond's is active-backup")
+      .OneOf(Modes());
   auto slaves = std::make_shared<std::vector<std::string>>();
   set.AddOption("PORT", *slaves, "Its slaves; the first gives the bond its address")
       .Interface()
       .Required()
-      .Count(2, ZARNLINKAGGR_MAX_SLAVE);
+      .Count(1, ZARNLINKAGGR_MAX_SLAVE);
   set.Run([&context, changed, mode, slaves] { Set(context, *changed, *mode, *slaves); });
 
-  AddVerb(group, context, "delete", "Takes a bond apart; its first slave gets its address",
-          "  zarnnetctl bond delete bond0", AddName, Delete);
+  const Verb remove =
+      AddChange(group, context, "delete", "Takes a bond apart; its first slave gets its address",
+                "  zarnnetctl bond delete bond0");
+  const auto removed = AddName(remove);
+  remove.Run([&context, removed] { Delete(context, *removed); });
 }
 
 }  // namespace tool

@@ -1,34 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // zarnnetctl bridge and vlan: what stands on top of ports, or joins them.
-#include <map>
-
 #include "commands.h"
 #include "query.h"
 #include "roles.h"
 #include "typed_address.h"
+#include "wish.h"
 
 namespace tool {
 namespace {
-
-// How an interface gets its address, as typed: a fixed one, or else DHCP.
-struct Addressing {
-  std::string address;
-  bool dhcp = false;
-  bool notOnBoot = false;
-};
-
-ZARNNETIFSETTINGS SettingsOf(const std::string& what, const std::string& ifname,
-                             const Addressing& addressing) {
-  ZARNNETIFSETTINGS settings{};
-  settings.blOnBoot = addressing.notOnBoot ? 0 : 1;
-  ifname.copy(settings.szName, sizeof settings.szName - 1);
-  if (addressing.address.empty()) return settings;
-  const Address address = Validate(what, TakeApart(addressing.address, ""));
-  settings.blStatic = 1;
-  address.ip.copy(settings.szIP, sizeof settings.szIP - 1);
-  address.mask.copy(settings.szMask, sizeof settings.szMask - 1);
-  return settings;
-}
 
 // ---- bridge list, bridge show
 
@@ -49,22 +28,6 @@ void ListBridge(const Context& context) {
   }
   if (context.json) return PrintJson("bridges", bridges);
   PrintList(rows, "bridges");
-}
-
-// The roles as the file's writer numbers them.
-const std::map<std::string, std::uint32_t>& Roles() {
-  static const std::map<std::string, std::uint32_t> roles{{"none", ZARNBRIDGE_STANDALONE},
-                                                          {"bridge", ZARNBRIDGE_BRIDGE},
-                                                          {"local-bridge", ZARNBRIDGE_LOCAL_LAN},
-                                                          {"port", ZARNBRIDGE_PORT}};
-  return roles;
-}
-
-std::vector<std::string> RoleNames() {
-  std::vector<std::string> names;
-  for (const auto& [name, number] : Roles())
-    names.push_back(name);
-  return names;
 }
 
 // The reader of the file answers 1 for a port and 4 for an interface that stands by itself.
@@ -108,60 +71,56 @@ void ShowBridge(const Context& context, const std::string& ifname) {
               {{"ports"}, {live ? Join(live->ports, " ") : ""}}});
 }
 
-// ---- bridge set
+// ---- bridge set, bridge delete
 
-struct WantedRole {
-  std::string role;
-  std::string ref;
+struct WantedBridge {
+  std::vector<std::string> ports;
+  std::string primary;
+  std::string address;  // of the bridge
+  bool localLan = false;
 };
 
-void SetBridge(const Context& context, const std::string& ifname, const WantedRole& wanted,
-               const Addressing& addressing) {
-  const std::string what = "cannot set the bridge role of " + ifname;
-  RequireName(what, ifname);
-  if ((wanted.role == "none") != wanted.ref.empty()) {
-    throw WrongUsage("REF", "name the primary port of a bridge, or the bridge of a port");
-  }
-  if (!wanted.ref.empty()) RequireName(what, wanted.ref);
-  RequireRoot(what);
-  ZARNBRIDGEINFO info{};
-  info.type = Roles().at(wanted.role);
-  ifname.copy(info.szName, sizeof info.szName - 1);
-  wanted.ref.copy(info.szRef, sizeof info.szRef - 1);
-  const bool addressed = !addressing.address.empty() || addressing.dhcp;
-  const ZARNNETIFSETTINGS settings = SettingsOf(what, ifname, addressing);
-  ForgetErrors();
-  if (ZARNNetSetBridgeConfig(addressed ? &settings : nullptr, &info) < 0) Fail(what);
-  if (context.json) PrintJson("bridge", StoredBridgeJson(what, ifname));
+void SetBridge(Context& context, const std::string& name, const WantedBridge& wanted) {
+  Json wish;
+  Json& bridge = wish["bridges"][name];
+  bridge["ports"] = wanted.ports;
+  if (!wanted.primary.empty()) bridge["primary"] = wanted.primary;
+  if (wanted.localLan) bridge["role"] = "local_lan";
+  if (!wanted.address.empty()) wish["interfaces"][name]["ipv4"] = Ipv4Wish(wanted.address, "");
+  MakeChange(context, wish);
+}
+
+void DeleteBridge(Context& context, const std::string& name) {
+  Json wish;
+  wish["bridges"][name] = nullptr;
+  MakeChange(context, wish);
 }
 
 void AddBridge(const Group& app, Context& context) {
-  const Group group =
-      AddGroup(app, "bridge", "Lists bridges, sets the role in an interface's file");
+  const Group group = AddGroup(app, "bridge", "Lists and changes bridges");
   AddVerb(group, context, "list", "Lists the bridges that are up",
           "  zarnnetctl bridge list --json", ListBridge);
 
   AddVerb(group, context, "show", "Shows the role of an interface, stored and live",
           "  zarnnetctl bridge show br0", AddIfname, ShowBridge);
 
-  const Verb set = AddVerb(
-      group, context, "set", "Writes the role into the interface's file, for the next start",
-      "  zarnnetctl bridge set br0 bridge eth0 --dhcp\n  zarnnetctl bridge set eth0 port br0\n"
-      "  zarnnetctl bridge set eth0 none --address 192.168.50.10/24");
-  const auto changed = AddIfname(set);
-  auto wanted = std::make_shared<WantedRole>();
-  set.AddOption("ROLE", wanted->role, "none, port, bridge, or local-bridge for the local LAN")
-      .Required()
-      .OneOf(RoleNames());
-  set.AddOption("REF", wanted->ref, "The bridge of a port, the primary port of a bridge")
+  const Verb set = AddChange(group, context, "set", "Makes a bridge of ports, or changes one",
+                             "  zarnnetctl bridge set br0 eth0 eth1\n"
+                             "  zarnnetctl bridge set br0 eth0 --address 192.168.50.10/24");
+  const auto changed = AddInterface(set, "BRIDGE", "Name of the bridge, such as br0");
+  auto wanted = std::make_shared<WantedBridge>();
+  set.AddOption("PORT", wanted->ports, "Its ports").Required().Interface();
+  set.AddOption("--primary", wanted->primary, "The port that gives it its MAC address (the first)")
       .Interface();
-  auto addressing = std::make_shared<Addressing>();
-  const Word address = set.AddOption("--address", addressing->address, "A fixed ADDRESS/PREFIX");
-  set.AddFlag("--dhcp", addressing->dhcp, "An address by DHCP").Excludes(address);
-  set.AddFlag("--no-boot", addressing->notOnBoot, "Not at start-up; with --address or --dhcp");
-  set.Run([&context, changed, wanted, addressing] {
-    SetBridge(context, *changed, *wanted, *addressing);
-  });
+  set.AddOption("--address", wanted->address, "ADDRESS/PREFIX, or dhcp (the primary port's)");
+  set.AddFlag("--local-lan", wanted->localLan, "The bridge of the local LAN");
+  set.Run([&context, changed, wanted] { SetBridge(context, *changed, *wanted); });
+
+  const Verb remove =
+      AddChange(group, context, "delete", "Removes a bridge; its primary port gets its address",
+                "  zarnnetctl bridge delete br0");
+  const auto removed = AddInterface(remove, "BRIDGE", "Name of the bridge");
+  remove.Run([&context, removed] { DeleteBridge(context, *removed); });
 }
 
 // ---- vlan
@@ -181,46 +140,39 @@ void ListVlan(const Context& context) {
   PrintList(rows, "VLANs");
 }
 
-void CreateVlan(const Context& context, const std::string& parent, unsigned id,
-                const Addressing& addressing) {
+void CreateVlan(Context& context, const std::string& parent, unsigned id,
+                const std::string& address) {
   const std::string name = parent + "." + std::to_string(id);
-  const std::string what = "cannot create the VLAN " + name;
-  const ZARNNETIFSETTINGS settings = SettingsOf(what, name, addressing);
-  RequireRoot(what);
-  RequireInterface(what, parent);
-  ForgetErrors();
-  if (KOPANetVlanCreate(parent.c_str(), id, &settings) < 0) Fail(what);
-  if (context.json) PrintJson("vlan", {{"name", name}, {"row_dev", parent}, {"id", id}});
+  Json wish;
+  wish["vlans"][name] = {{"parent", parent}, {"id", id}};
+  if (!address.empty()) wish["interfaces"][name]["ipv4"] = Ipv4Wish(address, "");
+  MakeChange(context, wish);
 }
 
-void RemoveVlan(const Context& context, const std::string& name) {
-  const std::string what = "cannot remove the VLAN " + name;
-  RequireRoot(what);
-  if (!ReadVlan(name)) throw Failure(what, ZARNNETERR_NOT_FOUND, "there is no VLAN '" + name + "'");
-  ForgetErrors();
-  if (KOPANetVlanRemove(name.c_str()) < 0) Fail(what);
-  if (context.json) PrintJson("vlan", nullptr);
+void RemoveVlan(Context& context, const std::string& name) {
+  Json wish;
+  wish["vlans"][name] = nullptr;
+  MakeChange(context, wish);
 }
 
 void AddVlan(const Group& app, Context& context) {
   const Group group = AddGroup(app, "vlan", "Lists, creates and removes VLANs");
   AddVerb(group, context, "list", "Lists the VLANs", "  zarnnetctl vlan list --json", ListVlan);
 
-  const Verb create = AddVerb(
+  const Verb create = AddChange(
       group, context, "create", "Creates a VLAN, which takes over the address of its parent's file",
       "  zarnnetctl vlan create eth0 10\n  zarnnetctl vlan create eth0 10 --address 10.0.10.2/24");
   auto parent = std::make_shared<std::string>();
   create.AddOption("PARENT", *parent, "Interface that carries the VLAN").Required().Interface();
   auto id = std::make_shared<unsigned>();
   create.AddOption("ID", *id, "1 to 4094").Required().Within(1, 4094);
-  auto addressing = std::make_shared<Addressing>();
-  create.AddOption("--address", addressing->address, "A fixed ADDRESS/PREFIX instead of DHCP");
-  create.Run(
-      [&context, parent, id, addressing] { CreateVlan(context, *parent, *id, *addressing); });
+  auto address = std::make_shared<std::string>();
+  create.AddOption("--address", *address, "A fixed ADDRESS/PREFIX instead of DHCP");
+  create.Run([&context, parent, id, address] { CreateVlan(context, *parent, *id, *address); });
 
   const Verb remove =
-      AddVerb(group, context, "remove", "Removes a VLAN, whose address goes to its parent",
-              "  zarnnetctl vlan remove eth0.10");
+      AddChange(group, context, "remove", "Removes a VLAN, whose address goes to its parent",
+                "  zarnnetctl vlan remove eth0.10");
   auto name = std::make_shared<std::string>();
   remove.AddOption("VLAN", *name, "Name of the VLAN, such as eth0.10").Required().Interface();
   remove.Run([&context, name] { RemoveVlan(context, *name); });

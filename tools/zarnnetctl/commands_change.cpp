@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// zarnnetctl apply and show: the state of the networking as one document.
+// zarnnetctl apply: the state of the networking as one document.
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -28,7 +28,6 @@ struct Text {
 struct Asked {
   std::string file;
   std::string options = "{}";
-  std::string view = "configured";
 };
 
 // The exit status is the result of the library of changes.
@@ -44,13 +43,6 @@ void Apply(const Asked& asked, Context* context) {
   Print(report, result, context);
 }
 
-void Show(const Asked& asked, Context* context) {
-  Text state;
-  const Json options{{"view", asked.view}};
-  const int result = ZARNNetChangeRead(options.dump().c_str(), &state.text);
-  Print(state, result, context);
-}
-
 }  // namespace
 
 void AddChangeCommands(const Group& app, Context& context) {
@@ -60,11 +52,6 @@ void AddChangeCommands(const Group& app, Context& context) {
   apply.AddOption("FILE", asked->file, "The wish as JSON; - is standard input").Required().File();
   apply.AddOption("--options", asked->options, "Options of the change, as JSON");
   apply.Run([asked, &context] { Apply(*asked, &context); });
-  const Verb show = AddVerb(app, context, "show", "Shows the state as a JSON document",
-                            "  zarnnetctl show --view live");
-  show.AddOption("--view", asked->view, "configured, live or both")
-      .OneOf({"configured", "live", "both"});
-  show.Run([asked, &context] { Show(*asked, &context); });
 }
 
 }  // namespace tool

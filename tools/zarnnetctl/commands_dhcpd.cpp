@@ -8,7 +8,9 @@
 
 #include "commands.h"
 #include "list.h"
+#include "put.h"
 #include "query.h"
+#include "wish.h"
 
 namespace tool {
 namespace {
@@ -59,40 +61,29 @@ void Status(const Context& context) {
   PrintTable(rows);
 }
 
-void Switch(const Context& context, const std::string& ifname, bool v6, bool on) {
-  const std::string what =
-      std::string("cannot ") + (on ? "enable" : "disable") + " the DHCP server on " + ifname;
-  RequireName(what, ifname);
-  RequireRoot(what);
-  const int type = v6 ? kIpv6 : kIpv4;
-  ForgetErrors();
-  // The library answers 0 for a file that it cannot write: what the file says is what counts.
-  if (DHCPInterfaceSetEnabled(ifname.c_str(), type, on ? 1 : 0) < 0 ||
-      (DHCPInterfaceIsEnabled(ifname.c_str(), type) == 1) != on)
-    Fail(what);
-  if (context.json) PrintJson("dhcpd", StatusJson());
-}
-
-void Restart(const Context& context) {
-  const std::string what = "cannot restart the DHCP server";
-  RequireRoot(what);
-  ForgetErrors();
-  if (KOPANetDHCPServerRestart() != 0) {
-    throw Failure(what, std::nullopt,
-                  "the network script refused; the server that ran goes on with its old settings");
-  }
-  if (context.json) PrintJson("dhcpd", StatusJson());
+void Switch(Context& context, const std::string& ifname, bool v6, bool on) {
+  Json wish;
+  wish["dhcp_server"]["interfaces"][ifname][v6 ? "ipv6" : "ipv4"]["enabled"] = on;
+  MakeChange(context, wish);
 }
 
 void AddSwitch(const Group& group, Context& context, bool on) {
   const std::string name = on ? "enable" : "disable";
   const Verb verb =
-      AddVerb(group, context, name, on ? "Serves an interface" : "Stops serving an interface",
-              "  zarnnetctl dhcpd " + name + " eth0\n  zarnnetctl dhcpd " + name + " eth0 -6");
+      AddChange(group, context, name, on ? "Serves an interface" : "Stops serving an interface",
+                "  zarnnetctl dhcpd " + name + " eth0\n  zarnnetctl dhcpd " + name + " eth0 -6");
   const auto ifname = AddIfname(verb);
   auto v6 = std::make_shared<bool>(false);
   verb.AddFlag("-6", *v6, "IPv6 instead of IPv4");
   verb.Run([&context, ifname, v6, on] { Switch(context, *ifname, *v6, on); });
+}
+
+void AddWholeSwitch(const Group& group, Context& context, bool on) {
+  const std::string name = on ? "on" : "off";
+  AddChange(group, context, name, "Switches the whole server " + name, "  zarnnetctl dhcpd " + name)
+      .Run([&context, on] {
+        MakeChange(context, {{"dhcp_server", {{"enabled", on}}}});
+      });
 }
 
 // ---- option list
@@ -161,9 +152,6 @@ class Hash {
   Hash(const Hash&) = delete;
   Hash& operator=(const Hash&) = delete;
 
-  void Set(const std::string& key, const std::string& value) {
-    if (KOPACSzHashSetValue(&hash_, key.c_str(), value.c_str()) < 0) throw std::bad_alloc();
-  }
   [[nodiscard]] PKOPACSZHASH* Out() { return &hash_; }
   [[nodiscard]] std::map<int, std::string> Options() const {
     NameList keys;
@@ -209,25 +197,25 @@ void ShowVendor(const Context& context, const std::string& vendor) {
   PrintTable(rows);
 }
 
-// A class without options is none: it goes.
-void SetVendor(const Context& context, const std::string& vendor,
-               const std::vector<std::string>& options) {
-  const std::string what = "cannot set the vendor class " + vendor;
-  if (vendor.empty() || vendor.find(',') != std::string::npos)
-    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "its name must be a text without commas");
-  Hash hash;
+// What is stored and not named goes; a class without options is none.
+Json WantedVendor(const std::string& vendor, const std::vector<std::string>& options) {
+  if (options.empty()) return nullptr;
+  Json wanted = Json::object();
+  for (const Json& option : VendorJson(vendor)["options"])
+    wanted[WrittenOut(option["number"])] = nullptr;
   for (const std::string& text : options) {
     const std::size_t equals = text.find('=');
-    if (equals == std::string::npos || equals + 1 == text.size() ||
-        DHCPVendorCheckOptNum(text.substr(0, equals).c_str()) != 1) {
-      throw WrongUsage("OPTION", "give NUMBER=VALUE with a number of 1 to 254");
-    }
-    hash.Set(text.substr(0, equals), text.substr(equals + 1));
+    if (equals == std::string::npos) throw WrongUsage("OPTION", "give NUMBER=VALUE");
+    wanted[text.substr(0, equals)] = text.substr(equals + 1);
   }
-  RequireRoot(what);
-  ForgetErrors();
-  if (DHCPVendorSetVendor(vendor.c_str(), *hash.Out()) < 0) Fail(what);
-  if (context.json) PrintJson("vendor", VendorJson(vendor));
+  return wanted;
+}
+
+void SetVendor(Context& context, const std::string& vendor,
+               const std::vector<std::string>& options) {
+  Json wish;
+  wish["dhcp_server"]["vendors"][vendor] = WantedVendor(vendor, options);
+  MakeChange(context, wish);
 }
 
 std::shared_ptr<std::string> AddVendorName(const Verb& verb) {
@@ -241,8 +229,8 @@ void AddVendor(const Group& app, Context& context) {
   AddVerb(group, context, "show", "Shows the options of a class",
           "  zarnnetctl dhcpd vendor show Example", AddVendorName, ShowVendor);
   const Verb set =
-      AddVerb(group, context, "set", "Replaces the options of a class; without any it goes",
-              "  zarnnetctl dhcpd vendor set Example 43=01:04:00 60=Example");
+      AddChange(group, context, "set", "Replaces the options of a class; without any it goes",
+                "  zarnnetctl dhcpd vendor set Example 43=01:04:00 60=Example");
   const auto changed = AddVendorName(set);
   auto options = std::make_shared<std::vector<std::string>>();
   set.AddOption("OPTION", *options, "NUMBER=VALUE");
@@ -279,23 +267,17 @@ struct WantedPxe {
   std::string loader, server;
 };
 
-void SetPxe(const Context& context, const WantedPxe& wanted) {
-  const std::string what = "cannot set network boot";
+void SetPxe(Context& context, const WantedPxe& wanted) {
   if (wanted.off != wanted.loader.empty())
     throw WrongUsage("LOADER", "give the name of the boot file, or --off");
-  if (!wanted.server.empty()) RequireIpv4(what, wanted.server);
-  DHCP_PXE_CONF conf{};
-  conf.enable = wanted.off ? 0 : 1;
-  conf.is_remote_tftp = wanted.server.empty() ? 0 : 1;
-  auto& loader = wanted.server.empty() ? conf.local_bootloader : conf.remote_bootloader;
-  if (wanted.loader.size() >= sizeof loader)
-    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "the name of the boot file is too long");
-  wanted.loader.copy(loader, sizeof loader - 1);
-  wanted.server.copy(conf.remote_tftp_server_ip, sizeof conf.remote_tftp_server_ip - 1);
-  RequireRoot(what);
-  ForgetErrors();
-  if (DHCPPXEConfSet(&conf) < 0) Fail(what);
-  if (context.json) PrintJson("pxe", PxeJson());
+  const bool remote = !wanted.server.empty();
+  Json boot{{"enabled", !wanted.off}};
+  if (!wanted.off) {
+    boot["remote"] = remote;
+    boot[remote ? "remote_loader" : "local_loader"] = wanted.loader;
+  }
+  if (remote) boot["server"] = wanted.server;
+  MakeChange(context, {{"dhcp_server", {{"network_boot", boot}}}});
 }
 
 void AddPxe(const Group& app, Context& context) {
@@ -303,10 +285,10 @@ void AddPxe(const Group& app, Context& context) {
   const Verb show =
       AddVerb(group, context, "show", "Shows the settings", "  zarnnetctl dhcpd pxe show");
   show.Run([&context] { ShowPxe(context); });
-  const Verb set = AddVerb(group, context, "set", "Sets the boot file, or switches it off",
-                           "  zarnnetctl dhcpd pxe set pxelinux.0\n"
-                           "  zarnnetctl dhcpd pxe set pxelinux.0 --server 192.168.50.2\n"
-                           "  zarnnetctl dhcpd pxe set --off");
+  const Verb set = AddChange(group, context, "set", "Sets the boot file, or switches it off",
+                             "  zarnnetctl dhcpd pxe set pxelinux.0\n"
+                             "  zarnnetctl dhcpd pxe set pxelinux.0 --server 192.168.50.2\n"
+                             "  zarnnetctl dhcpd pxe set --off");
   auto wanted = std::make_shared<WantedPxe>();
   set.AddOption("LOADER", wanted->loader, "Name of the boot file on its TFTP server");
   set.AddOption("--server", wanted->server, "A remote TFTP server instead of the appliance");
@@ -314,18 +296,41 @@ void AddPxe(const Group& app, Context& context) {
   set.Run([&context, wanted] { SetPxe(context, *wanted); });
 }
 
+// ---- dhcp test
+
+// The trial run of the client: the interface is left as it is.
+void TryClient(const Context& context, const std::string& ifname) {
+  const std::string what = "cannot ask for an address at " + ifname;
+  RequireRoot(what);
+  RequireInterface(what, ifname);
+  ZARNNETIFADDR offer{};
+  Put(what, "name", ifname, offer.szName);
+  ForgetErrors();
+  if (ZARNIGetDHCPTestNetInfo(&offer) < 0)
+    throw Failure(what, KOPACErrGet(), "no DHCP server answered; is there a cable, and a server?",
+                  kFailed);
+  const Address address{offer.szIP, offer.szMask};
+  if (context.json)
+    return PrintJson("dhcp", {{"name", ifname}, {"ip", address.ip}, {"mask", address.mask}});
+  PrintTable({{{"offered"}, {AddressText(address), Tone::kGood}}});
+}
+
 }  // namespace
 
 void AddDhcpdCommands(const Group& app, Context& context) {
+  AddVerb(AddGroup(app, "dhcp", "The DHCP client"), context, "test",
+          "Shows the address that a DHCP server would give; the interface stays as it is",
+          "  zarnnetctl dhcp test eth0", AddIfname, TryClient);
   const Group group = AddGroup(app, "dhcpd", "The built-in DHCP server");
   const Verb status =
       AddVerb(group, context, "status", "Shows what is switched on", "  zarnnetctl dhcpd status");
   status.Run([&context] { Status(context); });
   AddSwitch(group, context, true);
   AddSwitch(group, context, false);
-  const Verb restart = AddVerb(group, context, "restart", "Puts the settings into effect",
-                               "  zarnnetctl dhcpd restart");
-  restart.Run([&context] { Restart(context); });
+  AddWholeSwitch(group, context, true);
+  AddWholeSwitch(group, context, false);
+  AddChange(group, context, "restart", "Starts the server anew", "  zarnnetctl dhcpd restart")
+      .Run([&context] { MakeChange(context, {}, {"/dhcp_server"}); });
   AddDhcpdSubnetCommands(group, context);
   const Group options = AddGroup(group, "option", "The options of an IPv4 subnet");
   const Verb list =

@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
-// zarnnetctl dhcpd subnet: the subnets that the built-in DHCP server serves, by options or as JSON.
+// zarnnetctl dhcpd subnet: the subnets that the built-in DHCP server serves.
 #include <algorithm>
+#include <charconv>
 #include <memory>
 
 #include "commands.h"
 #include "list.h"
-#include "put.h"
 #include "query.h"
+#include "wish.h"
 
 namespace tool {
 namespace {
 
 constexpr int kIpv4 = 0;
 constexpr int kIpv6 = 1;
-constexpr int kDefaultLease = 3600;
 
 // Which subnet a verb is about.
 struct Target {
@@ -27,51 +27,6 @@ struct Target {
            " of " + ifname;
   }
 };
-
-// A record with its options, which it owns.
-struct Subnet {
-  DHCP_SUBNET_CONF record{};
-  std::vector<std::unique_ptr<NameList>> lists;
-  std::vector<std::unique_ptr<DHCP_OPTION>> options;
-};
-
-int OptionNumber(const std::string& what, const std::string& name) {
-  for (const ZARNNET_DHCP_OPTION& option : ZARNNetDhcpOptions) {
-    if (name == option.name) return option.number;
-  }
-  throw Failure(what, ZARNNETERR_BAD_PARAMETER, "there is no option '" + name + "'");
-}
-
-void AddOption(const std::string& what, const std::string& name,
-               const std::vector<std::string>& values, Subnet* subnet) {
-  const int number = OptionNumber(what, name);
-  auto option = std::make_unique<DHCP_OPTION>();
-  option->number = number;
-  Put(what, "name of an option", name, option->name);
-  if (DHCPOptionIsListValue(number) == 1) {
-    auto list = std::make_unique<NameList>();
-    for (const std::string& value : values)
-      list->Add(value);
-    option->values = list->Get();
-    subnet->lists.push_back(std::move(list));
-  } else {
-    Put(what, "value of " + name, Join(values, ","), option->value);
-  }
-  if (!subnet->options.empty()) subnet->options.back()->next = option.get();
-  subnet->options.push_back(std::move(option));
-  subnet->record.options = subnet->options.front().get();
-}
-
-void SetServers(const std::string& what, const std::vector<std::string>& servers,
-                DHCP_SUBNET_CONF* record) {
-  const auto at = [&servers](std::size_t i) { return i < servers.size() ? servers[i] : ""; };
-  Put(what, "name server", at(0), record->dns1);
-  Put(what, "name server", at(1), record->dns2);
-  const auto rest = servers.size() > 2
-                        ? std::vector<std::string>(servers.begin() + 2, servers.end())
-                        : std::vector<std::string>();
-  Put(what, "further name servers", Join(rest, ","), record->dns_more);
-}
 
 // ---- reading
 
@@ -194,7 +149,6 @@ void List(const Context& context, const std::string& ifname) {
 
 // What the command line gives; what it does not give stays.
 struct Given {
-  std::string document;
   std::optional<std::string> start, end, netmask, router, domain, mode;
   std::optional<std::vector<std::string>> dns;
   std::optional<int> lease;
@@ -202,31 +156,6 @@ struct Given {
   bool enable = false;
   bool disable = false;
 };
-
-void CopyOptions(const DHCP_SUBNET_CONF& stored, const std::string& what, Subnet* subnet) {
-  for (const DHCP_OPTION* option = stored.options; option != nullptr; option = option->next) {
-    std::vector<std::string> values;
-    for (int i = 0; option->values != nullptr && i < option->values->nItem; ++i)
-      values.emplace_back(KOPACSzListGet(option->values, i));
-    if (option->values == nullptr) values.emplace_back(option->value);
-    AddOption(what, option->name, values, subnet);
-  }
-}
-
-// The stored subnet, or a new one that is served.
-void Begin(const Target& target, bool keepOptions, Subnet* subnet) {
-  const auto stored = Read(target);
-  if (!stored) {
-    subnet->record.lease = kDefaultLease;
-    subnet->record.enable = 1;
-    return;
-  }
-  const std::unique_ptr<DHCP_OPTION, decltype(&DHCPOptionFree)> owner(stored->options,
-                                                                      &DHCPOptionFree);
-  subnet->record = *stored;
-  subnet->record.options = nullptr;
-  if (keepOptions) CopyOptions(*stored, target.What("set"), subnet);
-}
 
 std::vector<std::string> SplitAtCommas(const std::string& text) {
   std::vector<std::string> parts;
@@ -238,161 +167,63 @@ std::vector<std::string> SplitAtCommas(const std::string& text) {
   return parts;
 }
 
-void ApplyOptions(const std::string& what, const Given& given, Subnet* subnet) {
-  for (const std::string& text : given.options) {
+// As the document has the option; what cannot be its value is for the document to refuse.
+Json OptionValue(const std::string& name, const std::string& text) {
+  if (text.empty()) return nullptr;
+  const auto* const option =
+      std::find_if(std::begin(ZARNNetDhcpOptions), std::end(ZARNNetDhcpOptions),
+                   [&](const ZARNNET_DHCP_OPTION& each) { return name == each.name; });
+  if (option == std::end(ZARNNetDhcpOptions)) return text;
+  if (option->takes >= ZARNNET_DHCP_ADDRESSES) return SplitAtCommas(text);
+  if (option->takes > ZARNNET_DHCP_NODE_TYPE) return text;
+  long number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data(), end, number);
+  return error == std::errc() && rest == end ? Json(number) : Json(text);
+}
+
+Json OptionsWish(const std::vector<std::string>& options) {
+  Json wish = Json::object();
+  for (const std::string& text : options) {
     const std::size_t equals = text.find('=');
-    if (equals == std::string::npos) {
-      throw WrongUsage("--option", "give NAME=VALUE[,VALUE...]");
-    }
-    AddOption(what, text.substr(0, equals), SplitAtCommas(text.substr(equals + 1)), subnet);
+    if (equals == std::string::npos)
+      throw WrongUsage("--option", "give NAME=VALUE[,VALUE...], or NAME= to remove it");
+    const std::string name = text.substr(0, equals);
+    wish[name] = OptionValue(name, text.substr(equals + 1));
   }
+  return wish;
 }
 
-template <std::size_t N>
-void FillIfGiven(const std::string& what, const std::string& name,
-                 const std::optional<std::string>& text, char (&field)[N]) {
-  if (text) Put(what, name, *text, field);
+int PrefixOf(const std::string& netmask) {
+  if (BlKOPAIsValidIpMask(netmask.c_str()) != 1 || !IsPlainDotted(netmask))
+    throw WrongUsage("--netmask", "'" + netmask + "' is not a netmask such as 255.255.255.0");
+  return ZARNNetNetmaskToPrefix(netmask.c_str());
 }
 
-void ApplyGiven(const std::string& what, const Given& given, Subnet* subnet) {
-  DHCP_SUBNET_CONF& record = subnet->record;
-  FillIfGiven(what, "start", given.start, record.start);
-  FillIfGiven(what, "end", given.end, record.end);
-  FillIfGiven(what, "netmask", given.netmask, record.netmask);
-  FillIfGiven(what, "router", given.router, record.router);
-  FillIfGiven(what, "domain", given.domain, record.domain);
-  FillIfGiven(what, "mode", given.mode, record.v6mode);
-  if (given.dns) SetServers(what, *given.dns, &record);
-  if (given.lease) record.lease = *given.lease;
-  if (given.enable || given.disable) record.enable = given.enable ? 1 : 0;
-  ApplyOptions(what, given, subnet);
+Json SubnetWish(const Given& given) {
+  Json subnet = Json::object();
+  const auto put = [&subnet](const char* name, const std::optional<std::string>& text) {
+    if (text) subnet[name] = TextOrNull(*text);
+  };
+  put("start", given.start);
+  put("end", given.end);
+  put("router", given.router);
+  put("domain", given.domain);
+  put("mode", given.mode);
+  if (given.netmask) subnet["prefix"] = PrefixOf(*given.netmask);
+  if (given.dns) subnet["dns"] = *given.dns;
+  if (given.lease) subnet["lease"] = *given.lease;
+  if (given.enable || given.disable) subnet["enabled"] = given.enable;
+  if (!given.options.empty()) subnet["options"] = OptionsWish(given.options);
+  return subnet;
 }
 
-// ---- a whole subnet as JSON
-
-[[noreturn]] void RefuseDocument(const std::string& what, const std::string& problem) {
-  throw Failure(what, ZARNNETERR_BAD_PARAMETER, "the JSON document is no subnet: " + problem);
-}
-
-Json ReadDocument(const std::string& what) {
-  Json document = ReadInput();
-  if (document.is_object() && document.contains("subnet")) document = document["subnet"];
-  if (!document.is_object()) RefuseDocument(what, "it is not an object");
-  static const std::vector<std::string> known{"interface", "number", "family", "enable", "start",
-                                              "end",       "lease",  "dns",    "mode",   "netmask",
-                                              "router",    "domain", "options"};
-  for (const auto& [name, value] : document.items()) {
-    if (std::find(known.begin(), known.end(), name) == known.end())
-      RefuseDocument(what, "unknown field '" + name + "'");
-  }
-  return document;
-}
-
-void RequireSame(const std::string& what, const Target& target, const Json& document) {
-  const bool same = document.value("interface", Json(target.ifname)) == target.ifname &&
-                    document.value("number", Json(target.number)) == target.number &&
-                    document.value("family", Json(target.v6 ? 6 : 4)) == (target.v6 ? 6 : 4);
-  if (!same) RefuseDocument(what, "it is another subnet's");
-}
-
-template <std::size_t N>
-void FillFrom(const std::string& what, const Json& document, const char* name, char (&field)[N]) {
-  const Json value = document.value(name, Json());
-  if (!value.is_null()) Put(what, name, value.get<std::string>(), field);
-}
-
-void ApplyDocument(const std::string& what, const Json& document, Subnet* subnet) try {
-  DHCP_SUBNET_CONF& record = subnet->record;
-  record.enable = document.value("enable", true) ? 1 : 0;
-  record.lease = document.value("lease", kDefaultLease);
-  FillFrom(what, document, "start", record.start);
-  FillFrom(what, document, "end", record.end);
-  FillFrom(what, document, "netmask", record.netmask);
-  FillFrom(what, document, "router", record.router);
-  FillFrom(what, document, "domain", record.domain);
-  FillFrom(what, document, "mode", record.v6mode);
-  SetServers(what, document.value("dns", std::vector<std::string>()), &record);
-  for (const Json& option : document.value("options", Json::array())) {
-    AddOption(what, option.at("name").get<std::string>(),
-              option.at("values").get<std::vector<std::string>>(), subnet);
-  }
-} catch (const Json::exception&) {
-  RefuseDocument(what, "a field is of the wrong type");
-}
-
-// The writer takes every text, and one that its server cannot read would keep it from starting.
-void RequireAddress(const std::string& what, const Target& target, const std::string& text) {
-  if (!target.v6) return RequireIpv4(what, text);
-  if (BlKOPAIsv6IpAddrValid(text.c_str()) == 1) return;
-  throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS, "'" + text + "' is not an IPv6 address");
-}
-
-void RequireAddresses(const std::string& what, const Target& target,
-                      const DHCP_SUBNET_CONF& record) {
-  for (const char* text : {record.start, record.end, record.router, record.dns1, record.dns2}) {
-    if (*text != '\0') RequireAddress(what, target, text);
-  }
-  if (*record.dns_more == '\0') return;
-  for (const std::string& server : SplitAtCommas(record.dns_more))
-    RequireAddress(what, target, server);
-}
-
-void RequireNetwork(const std::string& what, const DHCP_SUBNET_CONF& record) {
-  if (BlKOPAIsValidIpMask(record.netmask) != 1 || !IsPlainDotted(record.netmask))
-    throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS,
-                  "'" + std::string(record.netmask) + "' is not a netmask");
-  if (ZARNNetIsSameSubnet(record.start, record.end, record.netmask) != 1)
-    throw Failure(what, ZARNNETERR_BAD_PARAMETER,
-                  "the first and the last address are in different subnets");
-  if (*record.router == '\0' || *record.dns1 == '\0')
-    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "give the router and a name server");
-}
-
-// A comma ends a value in the server's files, and a quote without another its file.
-void RequireTexts(const std::string& what, const Target& target, const DHCP_SUBNET_CONF& record) {
-  constexpr char kOfNames[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789.-_";
-  const std::string domain(record.domain);
-  if (domain.find_first_not_of(kOfNames) != std::string::npos)
-    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "the domain has a character that no name has");
-  bool fit = target.ifname.find_first_of("\",") == std::string::npos;
-  for (const DHCP_OPTION* option = record.options; option != nullptr; option = option->next)
-    fit = fit && std::string(option->value).find('"') == std::string::npos;
-  if (!fit)
-    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "the server cannot read a quote or such a name");
-  if (record.lease < 0)
-    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "a lease lasts a number of seconds");
-}
-
-void RequireServable(const std::string& what, const Target& target,
-                     const DHCP_SUBNET_CONF& record) {
-  const bool ranged = !target.v6 || std::string(record.v6mode) == "stateful";
-  if (ranged && (*record.start == '\0' || *record.end == '\0'))
-    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "give the first and the last address");
-  if (target.v6 && *record.v6mode == '\0')
-    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "give a mode");
-  RequireAddresses(what, target, record);
-  if (!target.v6) RequireNetwork(what, record);
-  RequireTexts(what, target, record);
-}
-
-void Set(const Context& context, const Target& target, const Given& given) {
-  const std::string what = target.What("set");
-  RequireName(what, target.ifname);
-  RequireRoot(what);
-  Subnet subnet;
-  if (given.document == "-") {
-    const Json document = ReadDocument(what);
-    RequireSame(what, target, document);
-    ApplyDocument(what, document, &subnet);
-  } else {
-    Begin(target, given.options.empty(), &subnet);
-    ApplyGiven(what, given, &subnet);
-  }
-  RequireServable(what, target, subnet.record);
-  ForgetErrors();
-  if (DHCPTagConfSet(target.ifname.c_str(), target.number, target.Type(), &subnet.record) < 0)
-    Fail(what);
-  if (context.json) PrintJson("subnet", ToJson(target, subnet.record));
+void Set(Context& context, const Target& target, const Given& given) {
+  Json wish;
+  Json& interface = wish["dhcp_server"]["interfaces"][target.ifname];
+  interface[target.v6 ? "ipv6" : "ipv4"]["subnets"][std::to_string(target.number)] =
+      SubnetWish(given);
+  MakeChange(context, wish);
 }
 
 std::shared_ptr<Target> AddTarget(const Verb& verb) {
@@ -406,26 +237,22 @@ std::shared_ptr<Target> AddTarget(const Verb& verb) {
 }
 
 void AddSet(const Group& group, Context& context) {
-  const Verb set = AddVerb(
-      group, context, "set", "Makes or changes a subnet; dhcpd restart puts it into effect",
+  const Verb set = AddChange(
+      group, context, "set", "Makes a subnet, or changes what is given of one",
       "  zarnnetctl dhcpd subnet set eth0 0 --start 192.168.50.100 --end 192.168.50.150 \\\n"
-      "    --netmask 255.255.255.0 --router 192.168.50.1 --dns 192.168.50.1 --option mtu=1400\n"
-      "  zarnnetctl dhcpd subnet show eth0 0 --json | zarnnetctl dhcpd subnet set eth0 0 -");
+      "    --netmask 255.255.255.0 --router 192.168.50.1 --dns 192.168.50.1 --option mtu=1400");
   const auto target = AddTarget(set);
   auto given = std::make_shared<Given>();
-  set.AddOption("DOCUMENT", given->document, "-: the whole subnet as JSON on standard input")
-      .OneOf({"-"});
   set.AddOption("--start", given->start, "First address");
   set.AddOption("--end", given->end, "Last address");
   set.AddOption("--netmask", given->netmask, "Netmask (IPv4)");
   set.AddOption("--router", given->router, "Default gateway of the clients (IPv4)");
   set.AddOption("--domain", given->domain, "Domain of the clients (IPv4)");
   set.AddOption("--dns", given->dns, "Name servers, in order of use");
-  set.AddOption("--lease", given->lease, "Seconds of a lease (3600)").Within(120, 2147483647);
+  set.AddOption("--lease", given->lease, "Seconds of a lease (3600)");
   set.AddOption("--mode", given->mode, "IPv6: off, ra-only, ra-stateless or stateful")
       .OneOf({"off", "ra-only", "ra-stateless", "stateful"});
-  set.AddOption("--option", given->options,
-                "NAME=VALUE[,VALUE...]; those given replace the stored ones");
+  set.AddOption("--option", given->options, "NAME=VALUE[,VALUE...]; NAME= removes it");
   const Word enable = set.AddFlag("--enable", given->enable, "Serve it");
   set.AddFlag("--disable", given->disable, "Keep it without serving it").Excludes(enable);
   set.Run([&context, target, given] { Set(context, *target, *given); });

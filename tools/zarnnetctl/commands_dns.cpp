@@ -5,6 +5,7 @@
 #include "commands.h"
 #include "list.h"
 #include "query.h"
+#include "wish.h"
 
 namespace tool {
 namespace {
@@ -43,32 +44,12 @@ void Get(const Context& context) {
               {{"fixed"}, {words("fixed")}}});
 }
 
-void PrintState(const Context& context, const std::string& what) {
-  if (context.json) PrintJson("dns", StateJson(what));
+void Set(Context& context, const std::vector<std::string>& addresses) {
+  MakeChange(context, {{"dns", {{"servers", addresses}}}});
 }
 
-void Set(const Context& context, const std::vector<std::string>& addresses) {
-  const std::string what = "cannot set the name servers";
-  NameList servers;
-  for (const std::string& address : addresses) {
-    if (ZARNNetGetAddrType(address.c_str()) == 0) {
-      throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS,
-                    "'" + address + "' is not an IPv4 or IPv6 address");
-    }
-    servers.Add(address);
-  }
-  RequireRoot(what);
-  ForgetErrors();
-  if (ZARNNetDNSListSet(servers.Get()) < 0) Fail(what);
-  PrintState(context, what);
-}
-
-void SetMode(const Context& context, const std::string& mode) {
-  const std::string what = "cannot set the mode of the name servers";
-  RequireRoot(what);
-  ForgetErrors();
-  if (ZARNNetDNSModeSet(mode.c_str()) < 0) Fail(what);
-  PrintState(context, what);
+void SetMode(Context& context, const std::string& mode) {
+  MakeChange(context, {{"dns", {{"mode", mode}}}});
 }
 
 void Update(const Context& context) {
@@ -76,7 +57,7 @@ void Update(const Context& context) {
   RequireRoot(what);
   ForgetErrors();
   if (ZARNNetDNSUpdate() < 0) Fail(what);
-  PrintState(context, what);
+  if (context.json) PrintJson("dns", StateJson(what));
 }
 
 }  // namespace
@@ -88,13 +69,13 @@ void AddDnsCommands(const Group& app, Context& context) {
               "  zarnnetctl dns get");
   get.Run([&context] { Get(context); });
   const Verb set =
-      AddVerb(group, context, "set", "Fixes the servers, and uses them instead of learned ones",
-              "  zarnnetctl dns set 192.168.50.1 2001:db8::53");
+      AddChange(group, context, "set", "Fixes the servers, and uses them instead of learned ones",
+                "  zarnnetctl dns set 192.168.50.1 2001:db8::53");
   auto addresses = std::make_shared<std::vector<std::string>>();
   set.AddOption("ADDRESS", *addresses, "IPv4 and IPv6 addresses, in order of use").Required();
   set.Run([&context, addresses] { Set(context, *addresses); });
-  const Verb mode = AddVerb(group, context, "mode", "Chooses which servers are used",
-                            "  zarnnetctl dns mode auto");
+  const Verb mode = AddChange(group, context, "mode", "Chooses which servers are used",
+                              "  zarnnetctl dns mode auto");
   auto chosen = std::make_shared<std::string>();
   mode.AddOption("MODE", *chosen, kModes).Required().OneOf({"static", "auto"});
   mode.Run([&context, chosen] { SetMode(context, *chosen); });

@@ -5,6 +5,7 @@
 #include <charconv>
 
 #include "commands.h"
+#include "interfaces.h"
 #include "query.h"
 #include "roles.h"
 
@@ -17,7 +18,6 @@ constexpr unsigned kAll = 0x3 | kWithHeartbeat;  // all but loopback and point-t
 constexpr unsigned kWithPointToPoint = 0x8 | kWithHeartbeat;
 
 std::optional<unsigned> ParseSelector(const std::string& text) {
-  if (text == "all") return kAll;
   unsigned number = 0;
   const char* const end = text.data() + text.size();
   const auto [rest, error] = std::from_chars(text.data(), end, number);
@@ -26,8 +26,8 @@ std::optional<unsigned> ParseSelector(const std::string& text) {
 }
 
 std::string CheckKind(const std::string& text) {
-  if (text == "eth" || ParseSelector(text)) return {};
-  return "KIND must be eth, all or a number, not " + text;
+  if (text == "eth" || text == "all" || ParseSelector(text).value_or(0) > 0) return {};
+  return "KIND must be eth, all or a number above 0, not " + text;
 }
 
 // ---- if list
@@ -42,29 +42,86 @@ Json RecordJson(const KOPANetIfInfo& info) {
           {"flag_names", FlagNames(info.flags)}};
 }
 
+// "10.0.0.1/8" has 255.0.0.0.
+std::string MaskText(const std::string& cidr) {
+  std::array<char, 64> text{};
+  cidr.copy(text.data(), text.size() - 1);
+  if (ErrKOPASubnetToIpMask(text.data(), nullptr) != 0) return {};
+  const std::string converted(text.data());
+  return converted.substr(converted.find('/') + 1);
+}
+
 Cell LinkCell(int link) {
   return link == kCarrier ? Cell{"yes", Tone::kGood} : Cell{"no", Tone::kBad};
 }
 
-void PrintList(const std::vector<KOPANetIfInfo>& list) {
-  std::vector<Row> rows{Headings({"NAME", "LINK", "FLAGS", "MAC", "ADDRESS"})};
-  for (const KOPANetIfInfo& info : list) {
-    rows.push_back({{info.name},
-                    LinkCell(info.link),
-                    {Join(FlagNames(info.flags), ",")},
-                    {MacText(info.mac)},
-                    {AddressText({info.ip, info.mask})}});
+// A list that is printed either way: what the kernel has, or one of the library's lists.
+struct Listed {
+  Json record;
+  Row row;
+};
+
+Listed ListedOf(const KOPANetIfInfo& info) {
+  return {RecordJson(info),
+          {{info.name},
+           LinkCell(info.link),
+           {Join(FlagNames(info.flags), ",")},
+           {MacText(info.mac)},
+           {AddressText({info.ip, info.mask})}}};
+}
+
+// The library's record, and all addresses.
+Listed ListedOf(const Interface& interface) {
+  KOPANetIfInfo info{};
+  interface.name.copy(info.name, sizeof info.name - 1);
+  info.link = interface.HasCarrier() ? kCarrier : 0;
+  info.flags = static_cast<std::int16_t>(interface.flags);
+  Json record = RecordJson(info);
+  record["mac"] = TextOrNull(interface.mac);
+  const std::string first = interface.Ipv4();
+  record["ip"] = TextOrNull(first.substr(0, first.find('/')));
+  record["mask"] = TextOrNull(first.empty() ? "" : MaskText(first));
+  record["up"] = interface.IsUp();
+  record["addresses"] = interface.addresses;
+  return {record,
+          {{interface.name},
+           LinkCell(info.link),
+           {Join(FlagNames(info.flags), ",")},
+           {interface.mac},
+           {Join(interface.addresses, " ")}}};
+}
+
+// Up or down.
+std::vector<Listed> ListOfKernel(bool ethernet) {
+  std::vector<Listed> list;
+  for (const Interface& interface : ReadInterfaces()) {
+    const bool port =
+        interface.name.starts_with("eth") && interface.name.find('.') == std::string::npos;
+    const bool wanted = !interface.IsLoopback() && !interface.IsPointToPoint();
+    if (ethernet ? port : wanted) list.push_back(ListedOf(interface));
   }
-  PrintList(rows, "interfaces");
+  return list;
+}
+
+std::vector<Listed> ListOfLibrary(unsigned selector) {
+  std::vector<Listed> list;
+  for (const KOPANetIfInfo& info : ListInterfaces(selector))
+    list.push_back(ListedOf(info));
+  return list;
 }
 
 void List(const Context& context, const std::string& kind) {
-  const auto list = kind == "eth" ? ListEthernetPorts() : ListInterfaces(*ParseSelector(kind));
-  if (!context.json) return PrintList(list);
+  const auto selector = ParseSelector(kind);
+  const std::vector<Listed> list =
+      selector ? ListOfLibrary(*selector) : ListOfKernel(kind == "eth");
   Json records = Json::array();
-  for (const KOPANetIfInfo& info : list)
-    records.push_back(RecordJson(info));
-  PrintJson("interfaces", records);
+  std::vector<Row> rows{Headings({"NAME", "LINK", "FLAGS", "MAC", "ADDRESS"})};
+  for (const Listed& listed : list) {
+    records.push_back(listed.record);
+    rows.push_back(listed.row);
+  }
+  if (context.json) return PrintJson("interfaces", records);
+  PrintList(rows, "interfaces");
 }
 
 // ---- if show
@@ -216,13 +273,13 @@ void Show(const Context& context, const std::string& ifname) {
 void AddIfCommands(const Group& app, Context& context) {
   const Group group = AddGroup(app, "if", "Lists and shows interfaces");
 
-  const Verb list = AddVerb(group, context, "list", "Lists the interfaces that are up",
+  const Verb list = AddVerb(group, context, "list", "Lists the interfaces, up or down",
                             "  zarnnetctl if list\n  zarnnetctl if list --kind eth --json\n  "
                             "zarnnetctl if list --kind 1");
   auto kind = std::make_shared<std::string>("all");
   list.AddOption("--kind", *kind,
                  "eth: Ethernet ports; all (default): all but loopback and point-to-point; "
-                 "N: the library's selector")
+                 "N: the library's selector of those that are up")
       .Checked(CheckKind, "eth|all|N");
   list.Run([&context, kind] { List(context, *kind); });
 

@@ -7,6 +7,7 @@
 #include "network_lock.h"
 #include "query.h"
 #include "typed_address.h"
+#include "wish.h"
 
 namespace tool {
 namespace {
@@ -36,18 +37,35 @@ void Get(const Context& context, const std::string& ifname) {
 
 // ---- ip set
 
-void Set(const Context& context, const std::string& ifname, const Typed& typed) {
-  const std::string what = "cannot set the address of " + ifname;
-  const Address address = Validate(what, typed);
-  RequireRoot(what);
-  RequireInterface(what, ifname);
-  {
-    const NetworkLock lock(what);
-    ForgetErrors();
-    if (ZARNILnxSetIPNetmask(ifname.c_str(), address.ip.c_str(), address.mask.c_str()) < 0)
-      Fail(what);
+struct Wanted {
+  std::string ifname;
+  std::string address;
+  std::vector<std::string> settings;
+};
+
+// NETMASK, gateway ADDRESS and dns ADDRESS...: the address, and what is to change with it.
+Json WishOf(const Wanted& wanted) {
+  Json wish;
+  std::string mask;
+  std::string word;
+  for (const std::string& text : wanted.settings) {
+    if (text == "gateway" || text == "dns") {
+      word = text;
+    } else if (word == "gateway") {
+      if (wish.contains("routes")) throw WrongUsage("gateway", "give one address");
+      wish["routes"]["gateway"] = text;
+    } else if (word == "dns") {
+      wish["dns"]["servers"].push_back(text);
+    } else if (mask.empty()) {
+      mask = text;
+    } else {
+      throw WrongUsage("'" + text + "'", "behind the address come gateway ADDRESS, dns ADDRESS...");
+    }
   }
-  if (context.json) PrintJson("ip", StateJson(ifname));
+  if (!word.empty() && (wanted.settings.back() == word))
+    throw WrongUsage(word, "an address is missing behind it");
+  wish["interfaces"][wanted.ifname]["ipv4"] = Ipv4Wish(wanted.address, mask);
+  return wish;
 }
 
 // ---- ip flush
@@ -71,7 +89,7 @@ void CheckIpv6Flushed(const std::string& what, const std::string& ifname,
   const auto after = ReadIpv6(ifname);
   for (const ZARNNETV6ADDR& address : before) {
     if (address.scope == kLinkLocal || !Holds(after, address)) continue;
-    throw Failure(what, std::nullopt, std::string(address.szAddr) + " is still there");
+    throw Failure(what, std::nullopt, std::string(address.szAddr) + " is still there", kOtherwise);
   }
 }
 
@@ -112,17 +130,18 @@ void AddGet(const Group& group, Context& context) {
 }
 
 void AddSet(const Group& group, Context& context) {
-  const Verb verb = AddVerb(group, context, "set",
-                            "Gives an interface a fixed IPv4 address, now and for the next boot",
-                            "  zarnnetctl ip set eth0 192.168.50.10/24\n"
-                            "  zarnnetctl ip set eth0 192.168.50.10 255.255.255.0");
-  const auto ifname = AddIfname(verb);
-  auto address = std::make_shared<std::string>();
-  auto mask = std::make_shared<std::string>();
-  verb.AddOption("ADDRESS", *address, "ADDRESS/PREFIX, or the address alone").Required();
-  verb.AddOption("NETMASK", *mask, "Dotted netmask, for an address without a prefix");
-  verb.Run(
-      [&context, ifname, address, mask] { Set(context, *ifname, TakeApart(*address, *mask)); });
+  const Verb verb = AddChange(
+      group, context, "set", "Gives an interface an IPv4 address, now and for the next boot",
+      "  zarnnetctl ip set eth0 192.168.50.10/24\n"
+      "  zarnnetctl ip set eth0 192.168.50.10 255.255.255.0 gateway 192.168.50.1 dns 1.1.1.1\n"
+      "  zarnnetctl ip set eth0 dhcp");
+  auto wanted = std::make_shared<Wanted>();
+  verb.AddOption("IFNAME", wanted->ifname, "Name of the interface").Required().Interface();
+  verb.AddOption("ADDRESS", wanted->address, "ADDRESS/PREFIX, the address alone, or dhcp")
+      .Required();
+  verb.AddOption("SETTING", wanted->settings,
+                 "Dotted netmask of an address alone; gateway ADDRESS; dns ADDRESS...");
+  verb.Run([&context, wanted] { MakeChange(context, WishOf(*wanted)); });
 }
 
 void AddFlush(const Group& group, Context& context) {

@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 // zarnnetctl ipv6: how an interface gets its IPv6 address; single addresses and default routes.
 #include <algorithm>
+#include <arpa/inet.h>
 #include <array>
 #include <cctype>
+#include <cstring>
 #include <optional>
 
 #include "commands.h"
 #include "network_lock.h"
 #include "query.h"
+#include "typed_address.h"
+#include "wish.h"
 
 namespace tool {
 namespace {
@@ -15,11 +19,6 @@ namespace {
 // ---- types by name, as the interface's file has them
 
 const std::array<std::string, 5> kTypeNames{"auto", "off", "dhcp", "static", "auto_dhcp"};
-
-int TypeOf(const std::string& name) {
-  const auto* const found = std::find(kTypeNames.begin(), kTypeNames.end(), name);
-  return static_cast<int>(found - kTypeNames.begin());
-}
 
 std::string TypeText(int type) {
   return kTypeNames.at(static_cast<std::size_t>(type));
@@ -114,28 +113,41 @@ struct Wanted {
   std::string gateway;
 };
 
-void Set(const Context& context, const Wanted& wanted) {
-  const std::string what = "cannot configure IPv6 on " + wanted.ifname;
+void Set(Context& context, const Wanted& wanted) {
   const bool isStatic = wanted.type == "static";
   if (isStatic && wanted.address.empty())
     throw WrongUsage("ADDRESS", "static needs ADDRESS/PREFIX");
   if (!isStatic && !(wanted.address.empty() && wanted.gateway.empty()))
     throw WrongUsage("ADDRESS", "an address and a gateway are for static alone");
-  const Typed typed = isStatic ? TakeApart(what, wanted.address) : Typed{};
-  if (!wanted.gateway.empty()) RequireAddress(what, wanted.gateway);
-  RequireRoot(what);
-  RequireInterface(what, wanted.ifname);
-  ForgetErrors();
-  if (ZARNNetIPv6ConfSet(wanted.ifname.c_str(), TypeOf(wanted.type), typed.address.c_str(),
-                         static_cast<int>(typed.prefix), wanted.gateway.c_str()) < 0) {
-    Fail(what);
+  Json ipv6{{"method", wanted.type}};
+  if (isStatic) {
+    ipv6.update(PrefixedAddress(wanted.address));
+    ipv6["gateway"] = TextOrNull(wanted.gateway);
   }
-  if (context.json) PrintJson("ipv6", StateJson(what, wanted.ifname));
+  Json wish;
+  wish["interfaces"][wanted.ifname]["ipv6"] = ipv6;
+  MakeChange(context, wish);
 }
 
 // ---- ipv6 add, ipv6 del
 
 enum Command { kAdd = 0, kDelete = 1 };
+
+// The library answers 0 for kinds of interface that it leaves alone.
+void RequireEffect(const std::string& what, Command command, const std::string& ifname,
+                   const std::string& address) {
+  in6_addr wanted{};
+  ::inet_pton(AF_INET6, address.c_str(), &wanted);
+  const auto now = ReadIpv6(ifname);
+  const bool there = std::any_of(now.begin(), now.end(), [&](const ZARNNETV6ADDR& entry) {
+    in6_addr found{};
+    return ::inet_pton(AF_INET6, entry.szAddr, &found) == 1 &&
+           std::memcmp(&found, &wanted, sizeof found) == 0;
+  });
+  if (there == (command == kAdd)) return;
+  throw Failure(what, std::nullopt, address + (there ? " is still there" : " is not there"),
+                kOtherwise);
+}
 
 void Change(const Context& context, Command command, const Wanted& wanted) {
   const std::string what =
@@ -155,6 +167,7 @@ void Change(const Context& context, Command command, const Wanted& wanted) {
       Fail(what);
     }
   }
+  if (!typed.address.empty()) RequireEffect(what, command, wanted.ifname, typed.address);
   if (context.json) PrintJson("ipv6", StateJson(what, wanted.ifname));
 }
 
@@ -179,9 +192,9 @@ void AddGet(const Group& group, Context& context) {
 
 void AddSet(const Group& group, Context& context) {
   const Verb verb =
-      AddVerb(group, context, "set", "Configures IPv6 on an interface, now and for the next boot",
-              "  zarnnetctl ipv6 set eth0 auto\n"
-              "  zarnnetctl ipv6 set eth0 static fd00::10/64 --gateway fd00::1");
+      AddChange(group, context, "set", "Configures IPv6 on an interface, now and for the next boot",
+                "  zarnnetctl ipv6 set eth0 auto\n"
+                "  zarnnetctl ipv6 set eth0 static fd00::10/64 --gateway fd00::1");
   auto wanted = std::make_shared<Wanted>();
   verb.AddOption("IFNAME", wanted->ifname, "Name of the interface").Required().Interface();
   verb.AddOption("TYPE", wanted->type, "auto, off, dhcp, static or auto_dhcp")

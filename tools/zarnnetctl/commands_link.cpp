@@ -5,45 +5,48 @@
 
 #include "commands.h"
 #include "query.h"
+#include "wish.h"
 
 namespace tool {
 namespace {
 
-// ---- link up, link down
+// ---- link up, link down, link restart
 
-Json LinksJson(const std::vector<std::string>& ifnames) {
-  Json links = Json::array();
-  for (const std::string& ifname : ifnames) {
-    links.push_back({{"name", ifname}, {"up", ZARNNetIsIFUp(ifname.c_str()) == 1}});
-  }
-  return links;
+void Switch(Context& context, const std::vector<std::string>& ifnames, bool up) {
+  Json wish;
+  for (const std::string& ifname : ifnames)
+    wish["interfaces"][ifname]["up"] = up;
+  MakeChange(context, wish);
 }
 
-// A name that does not exist stops the command before anything is changed.
-void Switch(const Context& context, const std::vector<std::string>& ifnames, bool up) {
-  const auto whatOf = [up](const std::string& ifname) {
-    return up ? "cannot bring up " + ifname : "cannot take down " + ifname;
-  };
+void Restart(Context& context, const std::vector<std::string>& ifnames) {
+  std::vector<std::string> paths;
   for (const std::string& ifname : ifnames) {
-    RequireRoot(whatOf(ifname));
-    RequireInterface(whatOf(ifname), ifname);
+    RequireInterface("cannot restart " + ifname, ifname);
+    paths.push_back("/interfaces/" + ifname);
   }
-  for (const std::string& ifname : ifnames) {
-    ForgetErrors();
-    const int done = up ? KOPANetIfUp(ifname.c_str()) : KOPANetIfDown(ifname.c_str());
-    if (done != 1) Fail(whatOf(ifname));
-  }
-  if (context.json) PrintJson("links", LinksJson(ifnames));
+  MakeChange(context, {}, paths);
+}
+
+std::shared_ptr<std::vector<std::string>> AddNames(const Verb& verb) {
+  auto ifnames = std::make_shared<std::vector<std::string>>();
+  verb.AddOption("IFNAME", *ifnames, "Names of the interfaces").Required().Interface();
+  return ifnames;
 }
 
 void AddSwitch(const Group& group, Context& context, bool up) {
   const std::string name = up ? "up" : "down";
   const Verb verb =
-      AddVerb(group, context, name, up ? "Brings interfaces up" : "Takes interfaces down",
-              "  zarnnetctl link " + name + " eth0\n  zarnnetctl link " + name + " eth2 eth3");
-  auto ifnames = std::make_shared<std::vector<std::string>>();
-  verb.AddOption("IFNAME", *ifnames, "Names of the interfaces").Required().Interface();
-  verb.Run([&context, ifnames, up] { Switch(context, *ifnames, up); });
+      AddChange(group, context, name, up ? "Brings interfaces up" : "Takes interfaces down",
+                "  zarnnetctl link " + name + " eth0\n  zarnnetctl link " + name + " eth2 eth3");
+  verb.Run([&context, ifnames = AddNames(verb), up] { Switch(context, *ifnames, up); });
+}
+
+void AddRestart(const Group& group, Context& context) {
+  const Verb verb =
+      AddChange(group, context, "restart", "Starts interfaces anew, as their files say",
+                "  zarnnetctl link restart eth0");
+  verb.Run([&context, ifnames = AddNames(verb)] { Restart(context, *ifnames); });
 }
 
 // ---- mac
@@ -89,6 +92,7 @@ void AddLinkCommands(const Group& app, Context& context) {
   const Group group = AddGroup(app, "link", "Brings interfaces up and takes them down");
   AddSwitch(group, context, true);
   AddSwitch(group, context, false);
+  AddRestart(group, context);
   AddMac(app, context);
 }
 

@@ -3,10 +3,12 @@
 // interface, the name of a port.
 #include <array>
 #include <charconv>
+#include <netinet/ether.h>
 
 #include "commands.h"
 #include "query.h"
 #include "typed_address.h"
+#include "wish.h"
 
 namespace tool {
 namespace {
@@ -131,6 +133,9 @@ void Wake(const Context& context, const std::string& ifname, const std::string& 
   const std::string what = "cannot wake " + mac;
   RequireRoot(what);
   RequireInterface(what, ifname);
+  ether_addr address{};
+  if (::ether_aton_r(mac.c_str(), &address) == nullptr)
+    throw WrongUsage("MAC", "'" + mac + "' is not an address such as 02:00:00:00:02:00");
   ForgetErrors();
   if (KOPANetEtherWake(ifname.c_str(), mac.c_str()) < 0) Fail(what);
   if (context.json) PrintJson("wake", {{"interface", ifname}, {"mac", mac}});
@@ -173,29 +178,13 @@ void GetCard(const Context& context) {
               {{"configured"}, {ConfigurationText(ReadConfiguration(ifname))}}});
 }
 
-const char kDhcp[] = "dhcp";
-
-ZARNNETIFADDR WantedCard(const std::string& what, const std::string& address,
-                         const std::string& mask) {
-  ZARNNETIFADDR config{};
-  if (address == kDhcp) {
-    if (!mask.empty()) throw WrongUsage("NETMASK", "dhcp takes no netmask");
-    return config;
-  }
-  const Address parsed = Validate(what, TakeApart(address, mask));
-  config.bootProto = 1;
-  parsed.ip.copy(config.szIP, sizeof config.szIP - 1);
-  parsed.mask.copy(config.szMask, sizeof config.szMask - 1);
-  return config;
-}
-
-void SetCard(const Context& context, const std::string& address, const std::string& mask) {
+void SetCard(Context& context, const std::string& address, const std::string& mask) {
   const std::string what = "cannot set the primary interface";
-  const ZARNNETIFADDR config = WantedCard(what, address, mask);
+  const Json ipv4 = Ipv4Wish(address, mask);
   RequireRoot(what);
-  ForgetErrors();
-  if (ZARNNetSetCard1(&config) < 0) Fail(what);
-  if (context.json) PrintJson("card1", CardJson(PrimaryName(what)));
+  Json wish;
+  wish["interfaces"][PrimaryName(what)]["ipv4"] = ipv4;
+  MakeChange(context, wish);
 }
 
 void AddCard(const Group& app, Context& context) {
@@ -204,9 +193,9 @@ void AddCard(const Group& app, Context& context) {
   const Verb get = AddVerb(group, context, "get", "Shows which it is, and its addresses",
                            "  zarnnetctl card1 get");
   get.Run([&context] { GetCard(context); });
-  const Verb set = AddVerb(group, context, "set", "Gives it a fixed address, or DHCP",
-                           "  zarnnetctl card1 set 192.168.50.10/24\n"
-                           "  zarnnetctl card1 set dhcp");
+  const Verb set = AddChange(group, context, "set", "Gives it a fixed address, or DHCP",
+                             "  zarnnetctl card1 set 192.168.50.10/24\n"
+                             "  zarnnetctl card1 set dhcp");
   auto address = std::make_shared<std::string>();
   auto mask = std::make_shared<std::string>();
   set.AddOption("ADDRESS", *address, "ADDRESS/PREFIX, ADDRESS with a NETMASK, or dhcp").Required();
@@ -218,10 +207,14 @@ void AddCard(const Group& app, Context& context) {
 
 void Rename(const Context& context, const std::string& ifname, const std::string& newName) {
   const std::string what = "cannot rename " + ifname;
+  if (newName.empty() || newName.size() > 15 || newName.find_first_of("/%:. ") != newName.npos)
+    throw WrongUsage("NEWNAME", "give 1 to 15 characters, none of / % : . and no blank");
   RequireRoot(what);
   RequireInterface(what, ifname);
   ForgetErrors();
   if (ZARNNetRenameEth(ifname.c_str(), newName.c_str()) < 0) Fail(what);
+  if (!KernelHas(newName))
+    throw Failure(what, std::nullopt, "the kernel has no " + newName, kOtherwise);
   if (context.json) PrintJson("rename", {{"old", ifname}, {"name", newName}});
 }
 

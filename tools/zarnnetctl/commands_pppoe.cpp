@@ -9,10 +9,9 @@
 #include <zarncore/zarncore.h>
 
 #include "commands.h"
-#include "network_lock.h"
-#include "put.h"
 #include "query.h"
 #include "secret.h"
+#include "wish.h"
 
 namespace tool {
 namespace {
@@ -75,46 +74,18 @@ struct Wanted {
   std::optional<int> mtu;
   bool defaultRoute = false;
   bool noDefaultRoute = false;
-
-  [[nodiscard]] bool IsEmpty() const {
-    return interface.empty() && user.empty() && passwordFile.empty() && !mtu && !defaultRoute &&
-           !noDefaultRoute;
-  }
 };
 
-// An account without an interface or a name would be stored over what could not be read.
-void RequireComplete(const std::string& what, const PPPOE_CONF& record) {
-  if (*record.eth == '\0' || *record.user == '\0')
-    throw Failure(what, ZARNNETERR_BAD_PARAMETER,
-                  "no account is stored yet: give --interface and --user");
-}
-
-void Apply(const std::string& what, const Wanted& wanted, const std::optional<Secret>& secret,
-           PPPOE_CONF* record) {
-  if (!wanted.interface.empty()) Put(what, "interface", wanted.interface, record->eth);
-  if (!wanted.user.empty()) Put(what, "user name", wanted.user, record->user);
-  if (wanted.mtu) Put(what, "MTU", std::to_string(*wanted.mtu), record->mtu);
-  if (*record->mtu == '\0') Put(what, "MTU", "1492", record->mtu);  // Ethernet's, less the headers
-  if (wanted.defaultRoute || wanted.noDefaultRoute) record->defaultroute = wanted.defaultRoute;
-  if (secret) secret->CopyTo(record->password);
-  RequireComplete(what, *record);
-}
-
-void Set(const Context& context, const Wanted& wanted) {
-  const std::string what = "cannot change the PPPoE account";
-  if (wanted.IsEmpty()) throw WrongUsage("pppoe set", "give what is to change");
-  RequireRoot(what);
-  if (!wanted.interface.empty()) RequireInterface(what, wanted.interface);
-  {
-    std::optional<Secret> secret;  // had before the lock: somebody may have to type it
-    if (!wanted.passwordFile.empty()) secret.emplace(what, wanted.passwordFile);
-    const NetworkLock lock(what);
-    Account account;
-    Apply(what, wanted, secret, &account.record);
-    ForgetErrors();
-    if (PPPoEConfigSet(&account.record) < 0) Fail(what);
-  }
-  if (context.json) PrintJson("pppoe", AccountJson(what));
+void Set(Context& context, const Wanted& wanted) {
+  Json pppoe = Json::object();
+  if (!wanted.interface.empty()) pppoe["interface"] = wanted.interface;
+  if (!wanted.user.empty()) pppoe["user"] = wanted.user;
+  if (wanted.mtu) pppoe["mtu"] = *wanted.mtu;
+  if (wanted.defaultRoute || wanted.noDefaultRoute) pppoe["default_route"] = wanted.defaultRoute;
+  if (!wanted.passwordFile.empty())
+    pppoe["password"] = ReadSecret("cannot change the PPPoE account", wanted.passwordFile);
+  if (pppoe.empty()) throw WrongUsage("pppoe set", "give what is to change");
+  MakeChange(context, {{"pppoe", pppoe}});
 }
 
 // ---- pppoe status, start, stop
@@ -150,23 +121,6 @@ void Status(const Context& context) {
               {{"running"}, {YesNo(status["running"])}},
               {{"interface"}, {CellText(status["interface"])}},
               {{"address"}, {live}}});
-}
-
-std::string StartProblem(int result) {
-  constexpr int kPassedOn = 19;
-  if (!Account().HasUser()) return "no account is stored; see zarnnetctl pppoe set";
-  if (result == kPassedOn) return "the start script ended with status 19";
-  return "the start script failed; see the system log";
-}
-
-void Execute(const Context& context, bool start) {
-  const std::string what = start ? "cannot start PPPoE" : "cannot stop PPPoE";
-  RequireRoot(what);
-  ForgetErrors();
-  const int result = ZARNPPPoEService(start ? 1 : 0);
-  if (result != 0 && !start) Fail(what);
-  if (result != 0) throw Failure(what, std::nullopt, StartProblem(result));
-  if (context.json) PrintJson("pppoe_status", StatusJson());
 }
 
 // ---- pppoe-relay
@@ -205,37 +159,14 @@ struct WantedRelay {
   bool disable = false;
 };
 
-void RelaySet(const Context& context, const WantedRelay& wanted) {
-  const std::string what = "cannot set the PPPoE relay of '" + wanted.ifname + "'";
+void RelaySet(Context& context, const WantedRelay& wanted) {
   if (wanted.server.empty() && !wanted.enable && !wanted.disable)
     throw WrongUsage("pppoe-relay set", "give what is to change");
-  RequireRoot(what);
-  RequireInterface(what, wanted.ifname);
-  if (!wanted.server.empty()) RequireInterface(what, wanted.server);
-  {
-    const NetworkLock lock(what);
-    PPPOE_RELAY_CONF conf = ReadRelay(what, wanted.ifname);
-    if (!wanted.server.empty()) Put(what, "server", wanted.server, conf.server);
-    if (wanted.enable || wanted.disable) conf.enable = wanted.enable ? 1 : 0;
-    if (conf.enable == 1 && (*conf.server == '\0' || wanted.ifname == conf.server))
-      throw Failure(what, ZARNNETERR_BAD_PARAMETER,
-                    "the server must be on another interface: give --server");
-    ForgetErrors();
-    if (ZARNNetSetPPPoERelayConfig(wanted.ifname.c_str(), &conf) < 0) Fail(what);
-  }
-  if (context.json) PrintJson("pppoe_relay", RelayJson(what, wanted.ifname));
-}
-
-void RelayApply(const Context& context, const std::string& ifname) {
-  const std::string what = ifname.empty() ? "cannot apply the PPPoE relays"
-                                          : "cannot apply the PPPoE relay of '" + ifname + "'";
-  RequireRoot(what);
-  if (!ifname.empty()) RequireInterface(what, ifname);
-  ForgetErrors();
-  const int result = ifname.empty() ? ZARNNetApplyPPPoERelayConfigAll()
-                                    : ZARNNetApplyPPPoERelayConfig(ifname.c_str());
-  if (result < 0) Fail(what);
-  if (context.json) PrintJson("pppoe_relays_applied", TextOrNull(ifname));
+  Json wish;
+  Json& relay = wish["pppoe_relay"][wanted.ifname];
+  if (!wanted.server.empty()) relay["server"] = wanted.server;
+  if (wanted.enable || wanted.disable) relay["enabled"] = wanted.enable;
+  MakeChange(context, wish);
 }
 
 void RelayClear(const Context& context) {
@@ -250,15 +181,13 @@ void RelayClear(const Context& context) {
 
 void AddSet(const Group& group, Context& context) {
   const Verb set =
-      AddVerb(group, context, "set", "Changes what is named of the account; the rest stays",
-              "  zarnnetctl pppoe set --interface eth1 --user bob --password-file /root/secret\n"
-              "  zarnnetctl pppoe set --mtu 1452 --default-route");
-  constexpr int kLeastMtu = 68;
-  constexpr int kMostMtu = 1500;
+      AddChange(group, context, "set", "Changes what is named of the account; the rest stays",
+                "  zarnnetctl pppoe set --interface eth1 --user bob --password-file /root/secret\n"
+                "  zarnnetctl pppoe set --mtu 1452 --default-route");
   auto wanted = std::make_shared<Wanted>();
   set.AddOption("--interface", wanted->interface, "The interface to dial on").Interface();
   set.AddOption("--user", wanted->user, "Name of the account");
-  set.AddOption("--mtu", wanted->mtu, "MTU of the link").Within(kLeastMtu, kMostMtu);
+  set.AddOption("--mtu", wanted->mtu, "MTU of the link");
   const Word route =
       set.AddFlag("--default-route", wanted->defaultRoute, "The link becomes the default route");
   set.AddFlag("--no-default-route", wanted->noDefaultRoute, "It does not").Excludes(route);
@@ -274,10 +203,12 @@ void AddClient(const Group& app, Context& context) {
           "  zarnnetctl pppoe get")
       .Run([&context] { Get(context); });
   AddSet(group, context);
-  AddVerb(group, context, "start", "Dials, and does so at each boot", "  zarnnetctl pppoe start")
-      .Run([&context] { Execute(context, true); });
-  AddVerb(group, context, "stop", "Hangs up", "  zarnnetctl pppoe stop").Run([&context] {
-    Execute(context, false);
+  AddChange(group, context, "start", "Dials, and does so at each boot", "  zarnnetctl pppoe start")
+      .Run([&context] {
+        MakeChange(context, {{"pppoe", {{"enabled", true}}}});
+      });
+  AddChange(group, context, "stop", "Hangs up", "  zarnnetctl pppoe stop").Run([&context] {
+    MakeChange(context, {{"pppoe", {{"enabled", false}}}});
   });
   AddVerb(group, context, "status", "Shows whether the client runs, and its address",
           "  zarnnetctl pppoe status")
@@ -291,8 +222,8 @@ void AddRelay(const Group& app, Context& context) {
                            "  zarnnetctl pppoe-relay get eth1");
   get.Run([&context, ifname = AddIfname(get)] { RelayGet(context, *ifname); });
 
-  const Verb set = AddVerb(group, context, "set", "Stores what is named; the rest stays",
-                           "  zarnnetctl pppoe-relay set eth1 --server eth0 --enable");
+  const Verb set = AddChange(group, context, "set", "Changes what is named; the rest stays",
+                             "  zarnnetctl pppoe-relay set eth1 --server eth0 --enable");
   auto wanted = std::make_shared<WantedRelay>();
   set.AddOption("IFNAME", wanted->ifname, "The interface with the clients").Required().Interface();
   set.AddOption("--server", wanted->server, "The interface on the server's side").Interface();
@@ -300,12 +231,9 @@ void AddRelay(const Group& app, Context& context) {
   set.AddFlag("--disable", wanted->disable, "Do not relay").Excludes(enable);
   set.Run([&context, wanted] { RelaySet(context, *wanted); });
 
-  const Verb apply =
-      AddVerb(group, context, "apply", "Starts or ends the relays as the settings say",
-              "  zarnnetctl pppoe-relay apply\n  zarnnetctl pppoe-relay apply eth1");
-  auto ifname = std::make_shared<std::string>();
-  apply.AddOption("IFNAME", *ifname, "Only this interface").Interface();
-  apply.Run([&context, ifname] { RelayApply(context, *ifname); });
+  AddChange(group, context, "apply", "Starts or ends the relays as the settings say",
+            "  zarnnetctl pppoe-relay apply")
+      .Run([&context] { MakeChange(context, {}, {"/pppoe_relay"}); });
 
   AddVerb(group, context, "clear", "Deletes the settings of all relays; those that run stay",
           "  zarnnetctl pppoe-relay clear")

@@ -5,6 +5,7 @@
 
 #include "commands.h"
 #include "query.h"
+#include "wish.h"
 
 namespace tool {
 namespace {
@@ -48,17 +49,6 @@ void GetGateway(const Context& context, const Target& target) {
   PrintTable(rows);
 }
 
-// An address that is none is refused here: the kernel's old route would be gone already.
-void ChangeGateway(const Context& context, const Target& target, const std::string& gateway) {
-  const std::string what = target.What(gateway.empty() ? "clear" : "set");
-  if (!gateway.empty()) RequireIpv4(what, gateway);
-  RequireRoot(what);
-  ForgetErrors();
-  const auto setter = target.saved ? ZARNNetDefaultGatewaySetConf : ZARNNetDefaultGatewaySet;
-  if (setter(gateway.c_str()) < 0) Fail(what);
-  if (context.json) PrintJson("gateway", GatewayJson(target));
-}
-
 std::shared_ptr<Target> AddSaved(const Verb& verb) {
   auto target = std::make_shared<Target>();
   verb.AddFlag("--saved", target->saved, "The stored one, used at start-up, not the kernel's");
@@ -72,18 +62,14 @@ void AddGateway(const Group& app, Context& context) {
               "  zarnnetctl gateway get\n  zarnnetctl gateway get --saved");
   const auto shown = AddSaved(get);
   get.Run([&context, shown] { GetGateway(context, *shown); });
-  const Verb set = AddVerb(
-      group, context, "set", "Replaces the default route, or stores a gateway",
-      "  zarnnetctl gateway set 192.168.50.1\n  zarnnetctl gateway set 192.168.50.1 --saved");
-  const auto changed = AddSaved(set);
-  auto address = std::make_shared<std::string>();
-  set.AddOption("ADDRESS", *address, "IPv4 address of the gateway").Required();
-  set.Run([&context, changed, address] { ChangeGateway(context, *changed, *address); });
+  const Verb set = AddChange(group, context, "set", "Replaces the default route, and stores it",
+                             "  zarnnetctl gateway set 192.168.50.1");
+  const auto address = AddOperand(set, "ADDRESS", "IPv4 address of the gateway");
+  set.Run([&context, address] { MakeChange(context, {{"routes", {{"gateway", *address}}}}); });
   const Verb clear =
-      AddVerb(group, context, "clear", "Removes the default route, or the stored gateway",
-              "  zarnnetctl gateway clear");
-  const auto cleared = AddSaved(clear);
-  clear.Run([&context, cleared] { ChangeGateway(context, *cleared, ""); });
+      AddChange(group, context, "clear", "Removes the default route, stored and live",
+                "  zarnnetctl gateway clear");
+  clear.Run([&context] { MakeChange(context, {{"routes", {{"gateway", nullptr}}}}); });
 }
 
 // ---- route

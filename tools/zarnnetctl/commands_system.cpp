@@ -4,6 +4,7 @@
 
 #include "commands.h"
 #include "query.h"
+#include "wish.h"
 
 namespace tool {
 namespace {
@@ -31,14 +32,10 @@ void GetMtu(const Context& context, const std::string& ifname) {
   PrintTable({{{"live"}, {std::to_string(mtu["mtu"].get<int>())}}, {{"configured"}, {configured}}});
 }
 
-// The setter takes its own locks, and waits for the link.
-void SetMtu(const Context& context, const std::string& ifname, unsigned value) {
-  const std::string what = "cannot set the MTU of " + ifname;
-  RequireRoot(what);
-  RequireInterface(what, ifname);
-  ForgetErrors();
-  if (ZARNNetSetMTUValue(std::to_string(value).c_str(), ifname.c_str()) < 0) Fail(what);
-  if (context.json) PrintJson("mtu", MtuJson(what, ifname));
+void SetMtu(Context& context, const std::string& ifname, unsigned value) {
+  Json wish;
+  wish["interfaces"][ifname]["mtu"] = value;
+  MakeChange(context, wish);
 }
 
 void AddMtu(const Group& app, Context& context) {
@@ -48,11 +45,11 @@ void AddMtu(const Group& app, Context& context) {
   const auto shown = AddIfname(get);
   get.Run([&context, shown] { GetMtu(context, *shown); });
   const Verb set =
-      AddVerb(group, context, "set", "Sets the MTU, now and for the next boot; takes 5 seconds",
-              "  zarnnetctl mtu set eth0 9000");
+      AddChange(group, context, "set", "Sets the MTU, now and for the next boot; takes 5 seconds",
+                "  zarnnetctl mtu set eth0 9000");
   const auto changed = AddIfname(set);
   auto value = std::make_shared<unsigned>();
-  set.AddOption("MTU", *value, "In bytes, 68 to 65535").Required().Within(68, 65535);
+  set.AddOption("MTU", *value, "In bytes, 68 to 65535").Required();
   set.Run([&context, changed, value] { SetMtu(context, *changed, *value); });
 }
 
@@ -71,24 +68,16 @@ void GetHostname(const Context& context) {
   PrintTable({{{state["hostname"].is_null() ? "" : state["hostname"].get<std::string>()}}});
 }
 
-void SetHostname(const Context& context, const std::string& name) {
-  const std::string what = "cannot set the host name";
-  RequireRoot(what);
-  ForgetErrors();
-  if (ZARNLnxSetHostname(name.c_str()) < 0) Fail(what);
-  if (context.json) PrintJson("hostname", HostnameJson(what));
-}
-
 void AddHostname(const Group& app, Context& context) {
   const Group group = AddGroup(app, "hostname", "Reads and sets the name of the appliance");
   const Verb get =
       AddVerb(group, context, "get", "Shows the host name", "  zarnnetctl hostname get");
   get.Run([&context] { GetHostname(context); });
   const Verb set =
-      AddVerb(group, context, "set", "Sets the host name", "  zarnnetctl hostname set nas");
+      AddChange(group, context, "set", "Sets the host name", "  zarnnetctl hostname set nas");
   auto name = std::make_shared<std::string>();
   set.AddOption("NAME", *name, "1 to 63 characters").Required();
-  set.Run([&context, name] { SetHostname(context, *name); });
+  set.Run([&context, name] { MakeChange(context, {{"host", {{"name", *name}}}}); });
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "commands.h"
 #include "query.h"
 #include "roles.h"
+#include "wish.h"
 
 namespace tool {
 namespace {
@@ -15,8 +16,9 @@ namespace {
 
 std::vector<std::string> Topologies() {
   std::vector<std::string> names;
-  for (const KOPANETTOPOLOGY& topology : gTopologyInfo)
-    names.emplace_back(topology.szName);
+  for (const KOPANETTOPOLOGY& topology : gTopologyInfo) {
+    if (topology.id != 0) names.emplace_back(topology.szName);
+  }
   return names;
 }
 
@@ -38,27 +40,16 @@ void GetTopology(const Context& context) {
               {{"uplink"}, {topology["uplink"].get<std::string>()}}});
 }
 
-void SetTopology(const Context& context, const std::string& name) {
-  const std::string what = "cannot set the topology";
-  RequireRoot(what);
-  const auto* const topology =
-      std::find_if(std::begin(gTopologyInfo), std::end(gTopologyInfo),
-                   [&](const KOPANETTOPOLOGY& row) { return name == row.szName; });
-  ForgetErrors();
-  if (KOPANETSetTopologyConfigs(topology) < 0) Fail(what);
-  if (context.json) PrintJson("topology", TopologyJson());
-}
-
 void AddTopology(const Group& app, Context& context) {
   const Group group = AddGroup(app, "topology", "Reads and stores the network topology");
   const Verb get = AddVerb(group, context, "get", "Shows the topology and its uplink",
                            "  zarnnetctl topology get --json");
   get.Run([&context] { GetTopology(context); });
   const Verb set =
-      AddVerb(group, context, "set", "Stores the topology", "  zarnnetctl topology set bridge");
+      AddChange(group, context, "set", "Stores the topology", "  zarnnetctl topology set bridge");
   auto name = std::make_shared<std::string>();
   set.AddOption("NAME", *name, "The topology").Required().OneOf(Topologies());
-  set.Run([&context, name] { SetTopology(context, *name); });
+  set.Run([&context, name] { MakeChange(context, {{"topology", {{"name", *name}}}}); });
 }
 
 // ---- conflict

@@ -1,25 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 // zarnnetctl tunnel: the settings of the IPv6 tunnel, and its client. The password is read from a
 // file or from standard input, where no other process sees it, and is never shown.
-#include <array>
 #include <cstring>
-#include <optional>
 #include <unistd.h>
 
 #include <zarncore/zarncore.h>
 
 #include "commands.h"
-#include "network_lock.h"
-#include "put.h"
 #include "query.h"
 #include "secret.h"
+#include "wish.h"
 
 namespace tool {
 namespace {
 
 constexpr char kIfname[] = "tun";
-constexpr char kFolder[] = "/etc/gogoc";
-constexpr char kScript[] = "/etc/gogoc/rc.tun";
 constexpr char kClient[] = "/usr/bin/gogoc";
 
 // The record does not outlive its use: it has the password in clear.
@@ -95,80 +90,19 @@ struct Wanted {
   bool anonymous = false;
 };
 
-void Apply(const std::string& what, const Wanted& wanted, const std::optional<Secret>& secret,
-           ZARNTUNNELCONF* record) {
-  if (!wanted.server.empty()) Put(what, "server", wanted.server, record->szServer);
-  if (wanted.anonymous) {
-    record->blAnonymous = 1;
-    Put(what, "user id", "", record->szUserId);
-    return;
+void Set(Context& context, const Wanted& wanted) {
+  Json tunnel = Json::object();
+  const bool login = !wanted.user.empty() || !wanted.passwordFile.empty();
+  if (!wanted.server.empty()) tunnel["server"] = wanted.server;
+  if (wanted.anonymous || login) tunnel["anonymous"] = wanted.anonymous;
+  if (wanted.anonymous) tunnel["user"] = nullptr;
+  if (!wanted.user.empty()) tunnel["user"] = wanted.user;
+  if (!wanted.passwordFile.empty()) {
+    tunnel["password"] =
+        ReadSecret("cannot change the settings of the tunnel", wanted.passwordFile);
   }
-  if (!wanted.user.empty() || secret) record->blAnonymous = 0;
-  if (!wanted.user.empty()) Put(what, "user id", wanted.user, record->szUserId);
-  if (secret) secret->CopyTo(record->szPassword);
-}
-
-void Set(const Context& context, const Wanted& wanted) {
-  const std::string what = "cannot change the settings of the tunnel";
-  if (wanted.server.empty() && wanted.user.empty() && wanted.passwordFile.empty() &&
-      !wanted.anonymous) {
-    throw WrongUsage("tunnel set", "give what is to change");
-  }
-  RequireRoot(what);
-  {
-    std::optional<Secret> secret;  // had before the lock: somebody may have to type it
-    if (!wanted.passwordFile.empty()) secret.emplace(what, wanted.passwordFile);
-    const NetworkLock lock(what);
-    Settings settings(what);
-    Apply(what, wanted, secret, &settings.record);
-    ForgetErrors();
-    if (ZARNTunnelConfigSet(&settings.record) < 0) Fail(what);
-  }
-  if (context.json) PrintJson("tunnel", StateJson(what));
-}
-
-// ---- tunnel start, stop, restart
-
-// One run of the client's script at a time.
-class RunLock {
- public:
-  explicit RunLock(const std::string& what) {
-    constexpr int kExclusive = 1;
-    constexpr int kWaitSeconds = 5;
-    if (KOPACFileLockTimeByFile(kScript, kExclusive, kWaitSeconds, &lock_) < 0)
-      throw Failure(what, ZARNNETERR_LOCK, "the tunnel is being started or stopped");
-  }
-  ~RunLock() { KOPACFileUnlockByFile(lock_); }
-  RunLock(const RunLock&) = delete;
-  RunLock& operator=(const RunLock&) = delete;
-
- private:
-  PKOPACFILELOCK lock_ = nullptr;
-};
-
-struct Action {
-  int number;
-  const char* name;
-  const char* description;
-};
-
-constexpr std::array<Action, 3> kActions{{
-    {ZARNTUNNEL_START, "start", "Starts the client; waits up to 46 seconds for the tunnel"},
-    {ZARNTUNNEL_STOP, "stop", "Stops the client"},
-    {ZARNTUNNEL_RESTART, "restart", "Stops the client and tries to connect for a short while"},
-}};
-
-void Execute(const Context& context, const Action& action) {
-  const std::string what = std::string("cannot ") + action.name + " the tunnel";
-  RequireRoot(what);
-  const RunLock lock(what);
-  // The client's list of brokers, which is set aside, is in the client's folder.
-  if (::chdir(kFolder) != 0) throw Failure(what, ZARNNETERR_OPEN, "cannot enter /etc/gogoc");
-  ForgetErrors();
-  if (ZARNTunnelExecute(action.number, nullptr) < 0) Fail(what);
-  if (action.number != ZARNTUNNEL_STOP && StateText() == "down")
-    throw Failure(what, std::nullopt, "the client has ended; see the system log");
-  if (context.json) PrintJson("tunnel", StateJson(what));
+  if (tunnel.empty()) throw WrongUsage("tunnel set", "give what is to change");
+  MakeChange(context, {{"tunnel", tunnel}});
 }
 
 }  // namespace
@@ -180,9 +114,9 @@ void AddTunnelCommands(const Group& app, Context& context) {
               "  zarnnetctl tunnel get");
   get.Run([&context] { Get(context); });
   const Verb set =
-      AddVerb(group, context, "set", "Changes the settings that are named; others stay",
-              "  zarnnetctl tunnel set --server broker.example --anonymous\n"
-              "  zarnnetctl tunnel set --user bob --password-file /root/secret");
+      AddChange(group, context, "set", "Changes the settings that are named; others stay",
+                "  zarnnetctl tunnel set --server broker.example --anonymous\n"
+                "  zarnnetctl tunnel set --user bob --password-file /root/secret");
   auto wanted = std::make_shared<Wanted>();
   set.AddOption("--server", wanted->server, "The tunnel broker");
   const Word anonymous = set.AddFlag("--anonymous", wanted->anonymous, "Without a login");
@@ -192,11 +126,17 @@ void AddTunnelCommands(const Group& app, Context& context) {
       .File()
       .Excludes(anonymous);
   set.Run([&context, wanted] { Set(context, *wanted); });
-  for (const Action& action : kActions) {
-    const Verb verb = AddVerb(group, context, action.name, action.description,
-                              std::string("  zarnnetctl tunnel ") + action.name);
-    verb.Run([&context, &action] { Execute(context, action); });
-  }
+  AddChange(group, context, "start", "Starts the client; waits up to 46 seconds for the tunnel",
+            "  zarnnetctl tunnel start")
+      .Run([&context] {
+        MakeChange(context, {{"tunnel", {{"enabled", true}}}});
+      });
+  AddChange(group, context, "stop", "Stops the client", "  zarnnetctl tunnel stop").Run([&context] {
+    MakeChange(context, {{"tunnel", {{"enabled", false}}}});
+  });
+  AddChange(group, context, "restart", "Stops the client and tries to connect for a short while",
+            "  zarnnetctl tunnel restart")
+      .Run([&context] { MakeChange(context, {}, {"/tunnel"}); });
 }
 
 }  // namespace tool

@@ -26,6 +26,19 @@ Options OperandsOf(const CLI::App& app) {
   return app.get_options([](const CLI::Option* option) { return option->get_positional(); });
 }
 
+bool IsOfEveryChange(const CLI::Option& option) {
+  return option.get_group() == kChangeGroup;
+}
+
+// The options of the verb itself, or those of every change.
+Options OptionsOf(const CLI::App& app, bool ofEveryChange) {
+  Options options = OptionsOf(app);
+  std::erase_if(options, [&](const CLI::Option* option) {
+    return IsOfEveryChange(*option) != ofEveryChange;
+  });
+  return options;
+}
+
 bool TakesValue(const CLI::Option& option) {
   return option.get_items_expected_max() > 0;
 }
@@ -68,9 +81,10 @@ std::string UsageWord(const CLI::Option& option) {
 
 std::string UsageLine(const CLI::App& app) {
   std::string line = "Usage: " + PathOf(app);
-  for (const CLI::Option* option : OptionsOf(app)) {
+  for (const CLI::Option* option : OptionsOf(app, false)) {
     if (NameOf(*option) != "--help") line += " " + UsageWord(*option);
   }
+  if (!OptionsOf(app, true).empty()) line += " [CHANGE OPTIONS]";
   for (const CLI::Option* operand : OperandsOf(app))
     line += " " + UsageWord(*operand);
   return line + (VerbsOf(app).empty() ? "\n" : " VERB\n");
@@ -128,10 +142,11 @@ std::string Lower(std::string text) {
 std::string SynopsisOf(const CLI::App& verb) {
   const std::string path = PathOf(verb);
   std::string text = ".Nm\n.Cm " + path.substr(path.find(' ') + 1) + "\n";
-  for (const CLI::Option* option : OptionsOf(verb)) {
+  for (const CLI::Option* option : OptionsOf(verb, false)) {
     if (NameOf(*option) == "--help") continue;
     text += (option->get_required() ? "." : ".Op ") + Flag(*option) + "\n";
   }
+  if (!OptionsOf(verb, true).empty()) text += ".Op Ar change options\n";
   for (const CLI::Option* operand : OperandsOf(verb)) {
     const std::string name =
         Lower(operand->get_single_name()) + (TakesMany(*operand) ? " ..." : "");
@@ -246,7 +261,8 @@ std::string HelpOf(const CLI::App& app) {
     verbs.push_back({verb->get_name(), verb->get_description()});
   std::string text = app.get_description() + "\n" + UsageLine(app) + Section("Verbs", verbs) +
                      Section("Operands", EntriesOf(OperandsOf(app))) +
-                     Section("Options", EntriesOf(OptionsOf(app)));
+                     Section("Options", EntriesOf(OptionsOf(app, false))) +
+                     Section(kChangeGroup, EntriesOf(OptionsOf(app, true)));
   if (!app.get_footer().empty()) text += "\n" + app.get_footer() + "\n";
   return text;
 }

@@ -17,6 +17,9 @@ namespace tool {
 inline constexpr char kInterfaceShape[] = "IFNAME";
 inline constexpr char kFileShape[] = "FILE";
 
+// The options that every change has; the help tells them apart, the synopsis names them once.
+inline constexpr char kChangeGroup[] = "Options of every change";
+
 // The help of a verb, of a group or of the whole.
 std::string HelpOf(const CLI::App& app);
 

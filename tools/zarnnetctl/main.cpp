@@ -18,8 +18,14 @@ using Words = std::vector<std::string>;
 // Options of every verb may stand anywhere before "--", in front of the verb too.
 Words TakeOptionsOfAll(Words words, Context* context) {
   const auto end = std::find(words.begin(), words.end(), "--");
-  const auto kept = std::remove(words.begin(), end, "--json");
-  context->json = kept != end;
+  const auto kept = std::remove_if(words.begin(), end, [&](const std::string& word) {
+    bool* const option = word == "--json"                      ? &context->json
+                         : word == "-q" || word == "--quiet"   ? &context->quiet
+                         : word == "-v" || word == "--verbose" ? &context->verbose
+                                                               : nullptr;
+    if (option != nullptr) *option = true;
+    return option != nullptr;
+  });
   words.erase(kept, end);
   return words;
 }
@@ -61,6 +67,7 @@ int Run(int argc, char** argv) {
   const CommandLine line;
   const Group verbs = line.Verbs();
   Context context;
+  AddShowCommands(verbs, context);
   AddIfCommands(verbs, context);
   AddIpCommands(verbs, context);
   AddLinkCommands(verbs, context);

@@ -165,7 +165,7 @@ ExitStatus ReportFailure(const Context& context, const Failure& failure) {
     if (!code.empty()) std::cerr << " (" << code << ")";
     std::cerr << '\n';
   }
-  return kFailed;
+  return failure.Status();
 }
 
 ExitStatus ReportUsage(const Context& context, const std::string& problem,

@@ -12,11 +12,19 @@ namespace tool {
 
 using Json = nlohmann::ordered_json;
 
-enum ExitStatus { kDone = 0, kFailed = 1, kUsage = 2 };
+// What the command line asks of every change alike.
+struct ChangeOptions {
+  bool force = false;
+  bool keep = false;
+  int wait = 5;  // seconds
+};
 
 // What the command line asks of every verb alike.
 struct Context {
   bool json = false;
+  bool quiet = false;
+  bool verbose = false;
+  ChangeOptions change;
   int status = kDone;  // of a verb that ends well and has more to say than that
 };
 

@@ -11,6 +11,8 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
+#include <zarncore/zarncore.h>
+
 namespace tool {
 namespace {
 
@@ -24,29 +26,20 @@ std::string Dotted(std::uint32_t networkOrder) {
   return text.data();
 }
 
-std::string BootProto(const std::string& ifname) {
-  if (BlZARNLnxIsDHCP(ifname.c_str()) == 1) return "dhcp";
-  return ZARNNetIfIsStaticIP(ifname.c_str()) == 1 ? "static" : "none";
+std::string KeyOf(const std::string& path, const char* key) {
+  std::array<char, 64> value{};
+  const int length = KOPACFileGetKeyValue(path.c_str(), key, value.data(), value.size(), 0);
+  return length > 0 ? value.data() : "";
 }
 
-// A file without an address fails the library's reader too, but without a code: here that is none.
-// The lock under which it reads is root's.
-Address ConfiguredAddress(const std::string& ifname) {
-  ZARNNETIFADDR record{};
-  ForgetErrors();
-  const int result = ZARNNetIFGetIPConfig(ifname.c_str(), &record);
-  if (result < 0 && KOPACErrGet() == ZARNNETERR_LOCK) {
-    const std::string what = "cannot read the configuration of " + ifname;
-    RequireRoot(what);
-    Fail(what);
-  }
-  return {record.szIP, record.szMask};
+Address AddressIn(const std::string& path) {
+  return {KeyOf(path, "IPADDR"), KeyOf(path, "NETMASK")};
 }
 
 }  // namespace
 
 void RequireRoot(const std::string& what) {
-  if (::geteuid() != 0) throw Failure(what, ZARNNETERR_REFUSED, "this needs root");
+  if (::geteuid() != 0) throw Failure(what, std::nullopt, "only root may do this", kNotAllowed);
 }
 
 // The kernel finds an interface by an alias ("eth0:1") and by an alternative name too; under such a
@@ -120,13 +113,17 @@ Address LiveAddress(const std::string& ifname) {
   return {Dotted(ip), Dotted(mask)};
 }
 
+// The library's readers take a lock that is root's; whoever looks takes the files as they are.
 std::optional<Configuration> ReadConfiguration(const std::string& ifname) {
-  ZARNNETIFSETTINGS settings{};
-  if (ZARNNetGetBridgeConfig(ifname.c_str(), &settings, nullptr) != 0) return std::nullopt;
+  const std::string path = "/etc/sysconfig/network-scripts/ifcfg-" + ifname;
+  if (::access(path.c_str(), F_OK) != 0) return std::nullopt;
   Configuration configuration;
-  configuration.address = ConfiguredAddress(ifname);
-  configuration.bootProto = BootProto(ifname);
-  configuration.onBoot = settings.blOnBoot != 0;
+  const std::string method = KeyOf(path, "BOOTPROTO");
+  configuration.bootProto = method == "dhcp" || method == "static" ? method : "none";
+  configuration.onBoot = KeyOf(path, "ONBOOT") == "yes";
+  configuration.address = method == "dhcp"
+                              ? AddressIn("/etc/dhclient/ipv4/dhcpcd-" + ifname + ".info")
+                              : AddressIn(path);
   return configuration;
 }
 

@@ -35,28 +35,23 @@ class HiddenInput {
   bool onTerminal_;
 };
 
+std::string FirstLine(const std::string& what, const std::string& path, std::istream& input) {
+  std::string line;
+  const bool opened = input.good();
+  std::getline(input, line);
+  if (!opened || input.bad()) throw Failure(what, ZARNNETERR_OPEN, "cannot read '" + path + "'");
+  return line;
+}
+
 }  // namespace
 
-Secret::Secret(const std::string& what, const std::string& path) {
+std::string ReadSecret(const std::string& what, const std::string& path) {
   if (path == "-") {
     const HiddenInput hidden;
-    Read(what, path, std::cin);
-  } else {
-    std::ifstream file(path);
-    Read(what, path, file);
+    return FirstLine(what, path, std::cin);
   }
-  if (::strnlen(line_.data(), line_.size()) >= kSize)
-    throw Failure(what, ZARNNETERR_BAD_PARAMETER, "the password has more than 31 characters");
-}
-
-Secret::~Secret() {
-  ::explicit_bzero(line_.data(), line_.size());
-}
-
-void Secret::Read(const std::string& what, const std::string& path, std::istream& input) {
-  const bool opened = input.good();
-  input.getline(line_.data(), static_cast<std::streamsize>(line_.size()));
-  if (!opened || input.bad()) throw Failure(what, ZARNNETERR_OPEN, "cannot read '" + path + "'");
+  std::ifstream file(path);
+  return FirstLine(what, path, file);
 }
 
 }  // namespace tool

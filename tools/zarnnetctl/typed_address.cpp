@@ -2,57 +2,35 @@
 // An IPv4 address and its prefix or netmask, as typed on the command line.
 #include "typed_address.h"
 
-#include <algorithm>
-#include <array>
-#include <cctype>
+#include <charconv>
+#include <nlohmann/json.hpp>
 
 #include "verbs.h"
 
 namespace tool {
-namespace {
 
-bool IsNumber(const std::string& text) {
-  return !text.empty() && std::all_of(text.begin(), text.end(),
-                                      [](unsigned char digit) { return std::isdigit(digit) != 0; });
+Json PrefixedAddress(const std::string& text) {
+  const std::size_t slash = text.find('/');
+  int prefix = 0;
+  const char* const end = text.data() + text.size();
+  const char* const digits = slash == std::string::npos ? end : text.data() + slash + 1;
+  const auto [rest, error] = std::from_chars(digits, end, prefix);
+  if (error != std::errc() || rest != end)
+    throw WrongUsage("ADDRESS", "give ADDRESS/PREFIX, the prefix a number");
+  return {{"address", text.substr(0, slash)}, {"prefix", prefix}};
 }
 
-[[noreturn]] void RefuseAddress(const std::string& what, const std::string& problem) {
-  throw Failure(what, ZARNNETERR_MALFORMED_ADDRESS, problem);
-}
-
-std::string PrefixToMask(const std::string& what, const std::string& cidr) {
-  std::array<char, 64> text{};
-  if (cidr.size() < text.size()) {
-    std::copy(cidr.begin(), cidr.end(), text.begin());
-    if (ErrKOPASubnetToIpMask(text.data(), nullptr) == 0) {
-      const std::string converted(text.data());
-      return converted.substr(converted.find('/') + 1);
-    }
+Json Ipv4Wish(const std::string& address, const std::string& mask) {
+  if (address == "dhcp") {
+    if (!mask.empty()) throw WrongUsage("NETMASK", "dhcp takes no netmask");
+    return {{"method", "dhcp"}};
   }
-  RefuseAddress(what, "the prefix of " + cidr + " must be 1 to 32");
-}
-
-}  // namespace
-
-Typed TakeApart(const std::string& address, const std::string& mask) {
-  const std::size_t slash = address.find('/');
-  if (slash == std::string::npos) {
-    if (mask.empty()) throw WrongUsage("ADDRESS", "give ADDRESS/PREFIX or ADDRESS NETMASK");
-    return {address, "", mask};
-  }
-  if (!mask.empty()) throw WrongUsage("NETMASK", "give a prefix or a netmask, not both");
-  Typed typed{address.substr(0, slash), address.substr(slash + 1), ""};
-  if (!IsNumber(typed.prefix)) throw WrongUsage("ADDRESS", "the prefix must be a number");
-  return typed;
-}
-
-Address Validate(const std::string& what, const Typed& typed) {
-  RequireIpv4(what, typed.ip);
-  if (typed.mask.empty()) return {typed.ip, PrefixToMask(what, typed.ip + "/" + typed.prefix)};
-  if (BlKOPAIsValidIpMask(typed.mask.c_str()) != 1 || !IsPlainDotted(typed.mask)) {
-    RefuseAddress(what, "'" + typed.mask + "' is not a netmask");
-  }
-  return {typed.ip, typed.mask};
+  const bool prefixed = address.find('/') != std::string::npos;
+  if (prefixed && !mask.empty())
+    throw WrongUsage("NETMASK", "give a prefix or a netmask, not both");
+  if (prefixed) return PrefixedAddress(address);
+  if (mask.empty()) throw WrongUsage("ADDRESS", "give ADDRESS/PREFIX, ADDRESS NETMASK or dhcp");
+  return {{"address", address}, {"netmask", mask}};
 }
 
 }  // namespace tool

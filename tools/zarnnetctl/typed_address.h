@@ -2,23 +2,18 @@
 // An IPv4 address and its prefix or netmask, as typed on the command line.
 #pragma once
 
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 
-#include "query.h"
+#include "output.h"
 
 namespace tool {
 
-// What was typed, taken apart: how it is put is a matter of usage, what it says the library judges.
-struct Typed {
-  std::string ip;
-  std::string prefix;
-  std::string mask;
-};
+// What was typed as a wish for "ipv4": ADDRESS/PREFIX alone, ADDRESS and NETMASK, or "dhcp". How it
+// is put is a matter of usage; what it says the library judges.
+Json Ipv4Wish(const std::string& address, const std::string& mask);
 
-// ADDRESS/PREFIX alone, or ADDRESS and NETMASK; anything else is wrong usage.
-Typed TakeApart(const std::string& address, const std::string& mask);
-
-// Throws unless the library and the programs behind it take it for a host's.
-Address Validate(const std::string& what, const Typed& typed);
+// ADDRESS/PREFIX of either family in two fields.
+Json PrefixedAddress(const std::string& text);
 
 }  // namespace tool

@@ -97,6 +97,24 @@ Verb AddVerb(const Group& group, Context& context, const std::string& name,
   return Verb(verb);
 }
 
+Verb AddChange(const Group& group, Context& context, const std::string& name,
+               const std::string& description, const std::string& examples) {
+  constexpr int kMostSeconds = 3600;
+  CLI::App* const verb = group.app->add_subcommand(name, description);
+  ChangeOptions& change = context.change;
+  verb->add_flag("--json", context.json, "Print the report as JSON");
+  verb->option_defaults()->group(kChangeGroup);
+  verb->add_flag("--force", change.force, "Do what a rule refuses and that can be insisted on");
+  verb->add_flag("--keep", change.keep, "Keep what is stored, though it is not in effect");
+  verb->add_option("--wait", change.wait, "Seconds to wait for another's change to end (5)")
+      ->check(CLI::Range(0, kMostSeconds));
+  verb->add_flag("-q,--quiet", context.quiet, "Say nothing of what went well");
+  verb->add_flag("-v,--verbose", context.verbose, "Show the steps, with their files and programs");
+  verb->option_defaults()->group("Options");
+  verb->footer("Examples:\n" + examples);
+  return Verb(verb);
+}
+
 std::shared_ptr<std::string> AddOperand(const Verb& verb, const std::string& name,
                                         const std::string& description) {
   auto operand = std::make_shared<std::string>();
@@ -139,7 +157,10 @@ CommandLine::CommandLine()
   app_->require_subcommand(1);
   app_->formatter_fn([](const CLI::App* app, const std::string& /*name*/,
                         CLI::AppFormatMode /*mode*/) { return HelpOf(*app); });
-  app_->footer("Exit status: 0 done, 1 failed, 2 wrong usage. Each verb has its own --help.");
+  app_->footer(
+      "Exit status: 0 done, 1 failed and put back, 2 wrong usage, 3 refused, 4 not in effect and\n"
+      "put back, 5 somebody else is changing, 6 only root may, 7 no such thing, 8 not wholly put\n"
+      "back. Each verb has its own --help.");
 }
 
 CommandLine::~CommandLine() = default;

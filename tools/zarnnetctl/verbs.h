@@ -85,6 +85,10 @@ Group AddGroup(const Group& group, const std::string& name, const std::string& d
 Verb AddVerb(const Group& group, Context& context, const std::string& name,
              const std::string& description, const std::string& examples);
 
+// A verb that makes a change: with the options that every change has.
+Verb AddChange(const Group& group, Context& context, const std::string& name,
+               const std::string& description, const std::string& examples);
+
 // Adds an operand that must be given; its value is there when the verb runs.
 std::shared_ptr<std::string> AddOperand(const Verb& verb, const std::string& name,
                                         const std::string& description);

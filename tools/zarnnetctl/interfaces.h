@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+// The interfaces of the kernel, up or down, asked for all at once.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tool {
+
+struct Interface {
+  std::string name;
+  unsigned flags = 0;                  // IFF_...
+  std::string mac;                     // empty without one
+  std::vector<std::string> addresses;  // ADDRESS/PREFIX of both families, in the kernel's order
+
+  [[nodiscard]] bool IsUp() const;
+  [[nodiscard]] bool IsLoopback() const;
+  [[nodiscard]] bool IsPointToPoint() const;
+  [[nodiscard]] bool HasCarrier() const;
+  [[nodiscard]] std::string Ipv4() const;  // the first, with its prefix
+};
+
+// In natural order, eth2 before eth10. Throws when the kernel does not answer.
+std::vector<Interface> ReadInterfaces();
+
+}  // namespace tool

@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: Apache-2.0
+// A wish on its way to the library of changes, and the report in words.
+#include "wish.h"
+
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <zarnnetchange/change.h>
+
+#include "progress.h"
+#include "query.h"
+
+namespace tool {
+namespace {
+
+// A text of the library, freed at the end of its scope.
+struct Text {
+  char* text = nullptr;
+
+  Text() = default;
+  ~Text() { ZARNNetChangeFree(text); }
+  Text(const Text&) = delete;
+  Text& operator=(const Text&) = delete;
+  [[nodiscard]] Json Parsed() const {
+    return Json::parse(text != nullptr ? text : "{}", nullptr, false);
+  }
+};
+
+std::string OptionsOf(const Context& context, const std::vector<std::string>& restart) {
+  const Json options{{"program", "zarnnetctl"},
+                     {"insist", context.change.force},
+                     {"keep", context.change.keep},
+                     {"wait", context.change.wait},
+                     {"restart", restart}};
+  return options.dump();
+}
+
+// What was typed need not be UTF-8.
+std::string TextOf(const Json& wish) {
+  return wish.is_null() ? "{}" : wish.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+std::string Said(const Json& object, const char* field) {
+  return object.contains(field) && object[field].is_string() ? object[field].get<std::string>()
+                                                             : "";
+}
+
+std::string Shown(const Json& value) {
+  return value.is_null() ? "nothing" : WrittenOut(value);
+}
+
+// ---- a change that was not made
+
+std::string DifferenceText(const Json& difference) {
+  std::string text = Said(difference, "path") + ": wanted " + Shown(difference["wanted"]);
+  if (difference.contains("files")) text += ", the files have " + Shown(difference["files"]);
+  if (difference.contains("kernel")) text += ", the kernel has " + Shown(difference["kernel"]);
+  return text;
+}
+
+// What stands in the reason is not said again.
+void PrintFurther(const std::string& reason, const std::string& text) {
+  if (reason.find(text) == std::string::npos) std::cerr << "  " << text << '\n';
+}
+
+bool CanBeInsistedOn(const Json& findings) {
+  bool any = false;
+  for (const Json& finding : findings) {
+    if (Said(finding, "severity") == "refused") return false;
+    any = any || Said(finding, "severity") == "insisted";
+  }
+  return any;
+}
+
+void PrintUnmade(const Json& report, int result) {
+  const std::string reason = Said(report, "reason");
+  std::cerr << "zarnnetctl: " << reason << '\n';
+  for (const Json& finding : report["findings"])
+    PrintFurther(reason, Said(finding, "path") + ": " + Said(finding, "sentence"));
+  for (const Json& difference : report["differences"])
+    PrintFurther(reason, DifferenceText(difference));
+  for (const Json& problem : report.value("problems", Json::array()))
+    PrintFurther(reason, problem.get<std::string>());
+  if (result == ZARNNETCHANGE_REFUSED && CanBeInsistedOn(report["findings"]))
+    std::cerr << "  --force does it all the same\n";
+  if (result == ZARNNETCHANGE_OTHERWISE && report.contains("restored"))
+    std::cerr << "  --keep stores it all the same, for a driver or a partner that is yet to come\n";
+}
+
+// ---- a change that was made
+
+void PrintMade(const Json& report) {
+  const std::string reason = Said(report, "reason");
+  const auto further = [&](const std::string& text) {
+    if (reason.find(text) == std::string::npos) PrintLine({{text}});
+  };
+  PrintLine({{reason}});
+  for (const Json& finding : report["findings"])
+    further("note: " + Said(finding, "path") + ": " + Said(finding, "sentence"));
+  for (const Json& sentence : report["repaired"])
+    further("put right: " + sentence.get<std::string>());
+  for (const Json& awaited : report["awaited"])
+    further(Said(awaited, "sentence"));
+  for (const Json& sentence : report.value("lost", Json::array()))
+    further(sentence.get<std::string>());
+}
+
+void PrintSteps(const Json& steps) {
+  for (const Json& step : steps) {
+    const std::string touches = Join(TextsOf(step["touches"]), ", ");
+    PrintLine({{Said(step, "state") + ": " + Said(step, "what") + " (" + Said(step, "setter") +
+                (touches.empty() ? "" : ": " + touches) + ")"}});
+  }
+}
+
+void Print(const Context& context, const Json& report, int result) {
+  if (context.verbose) PrintSteps(report["steps"]);
+  if (result != ZARNNETCHANGE_DONE) return PrintUnmade(report, result);
+  if (!context.quiet) PrintMade(report);
+}
+
+}  // namespace
+
+void MakeChange(Context& context, const Json& wish, const std::vector<std::string>& restart) {
+  Text report;
+  {
+    Progress progress(!context.quiet);
+    context.status = ZARNNetChangeApply(TextOf(wish).c_str(), OptionsOf(context, restart).c_str(),
+                                        &Progress::Tell, &progress, &report.text);
+  }
+  if (report.text == nullptr)
+    throw Failure("cannot make the change", ZARNNETERR_NO_MEMORY, ReasonOf(ZARNNETERR_NO_MEMORY));
+  if (context.json) {
+    std::cout << report.text << '\n';
+  } else {
+    Print(context, report.Parsed(), context.status);
+  }
+}
+
+Json ReadState(const std::vector<std::string>& sections) {
+  Text state;
+  const Json options{{"sections", sections}};
+  if (ZARNNetChangeRead(options.dump().c_str(), &state.text) != ZARNNETCHANGE_DONE)
+    throw Failure("cannot read the configuration", std::nullopt, Said(state.Parsed(), "reason"));
+  return state.Parsed();
+}
+
+Json PartOf(const Json& state, const std::string& path) {
+  const Json::json_pointer pointer(path);
+  return state.contains(pointer) ? state[pointer] : Json();
+}
+
+std::vector<std::string> TextsOf(const Json& list) {
+  return list.is_array() ? list.get<std::vector<std::string>>() : std::vector<std::string>();
+}
+
+}  // namespace tool

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+// Changes: a verb says what is wanted, in the words of the state document, and the library of
+// changes makes the machine so, or tells why not and puts everything back.
+#pragma once
+
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+#include <vector>
+
+#include "output.h"
+
+namespace tool {
+
+// Makes the machine as the wish says, and starts anew what these paths name. Tells what came of it,
+// and sets the exit status.
+void MakeChange(Context& context, const Json& wish, const std::vector<std::string>& restart = {});
+
+// Sections of the state document, as it is configured; without them all.
+Json ReadState(const std::vector<std::string>& sections);
+
+// A part of it, null where there is none.
+Json PartOf(const Json& state, const std::string& path);
+
+// The texts of a list, none of anything else.
+std::vector<std::string> TextsOf(const Json& list);
+
+}  // namespace tool
