@@ -78,6 +78,14 @@ std::optional<std::string> ReadChecked(const std::string& path, const std::strin
   return std::move(file->bytes);
 }
 
+// What was on its way to its place when its writer was killed: its number comes never again.
+void RemoveLeftOvers() {
+  std::error_code none;
+  for (const auto& entry : std::filesystem::directory_iterator(kFolder, none)) {
+    if (entry.path().filename().string().starts_with('.')) ::unlink(entry.path().c_str());
+  }
+}
+
 // Younger than the days for which contents are kept.
 bool IsYoung(long number, long days) {
   constexpr long kDay = 24L * 60 * 60;
@@ -148,6 +156,7 @@ std::optional<Files> ReadAfter(const Record& record) {
 }
 
 void RemoveOldContents(long changes, long days) {
+  RemoveLeftOvers();
   auto numbers = NumbersOf(kBefore);
   numbers.resize(numbers.size() - std::min(numbers.size(), static_cast<std::size_t>(changes)));
   for (const long number : numbers) {

@@ -192,6 +192,12 @@ TEST(Record, AConfirmedChangeStays) {
   EXPECT_EQ(StateOf(1), "kept");
   EXPECT_TRUE(Watchers().empty());
   EXPECT_TRUE(Contains(ReadIfcfg("eth0"), "192.168.50.12"));
+  // One that waits is taken back at once by who undoes it.
+  const auto before = change::KeepGeneration();
+  Apply(kName, R"({"confirm":60})");
+  EXPECT_EQ(Undo()["number"], 2);
+  EXPECT_EQ(StateOf(2), "reverted");
+  AS_BEFORE(*before);
   EXPECT_EQ(FileMode("/var/lib/zarnnet"), 0700);
   for (const std::string& file : FolderEntries("/var/lib/zarnnet"))
     EXPECT_EQ(FileMode("/var/lib/zarnnet/" + file), 0600) << file;
