@@ -27,5 +27,6 @@ void AddTunnelCommands(const Group& app, Context& context);
 void AddPppoeCommands(const Group& app, Context& context);
 void AddSystemCommands(const Group& app, Context& context);
 void AddChangeCommands(const Group& app, Context& context);
+void AddHistoryCommands(const Group& app, Context& context);
 
 }  // namespace tool
