@@ -11,6 +11,9 @@
 #include "document/section.h"
 #include "record/generation.h"
 #include "steps/engine.h"
+#include "steps/history.h"
+#include "steps/pending.h"
+#include "steps/undo.h"
 
 using namespace change;
 
@@ -72,19 +75,27 @@ std::optional<Json> Parse(const char* text, std::string* problem) {
 }
 
 Shape OptionsShape() {
+  constexpr long kDay = 24L * 60 * 60;
+  constexpr long kMostChanges = 2000000000;
   std::vector<std::string> names;
   for (const Section& section : Sections())
     names.emplace_back(section.name);
-  return Object("Options",
-                {{"insist", Flag("Do what can be insisted on")},
-                 {"keep", Flag("Keep what is stored and not in effect")},
-                 {"probe", Flag("Ask the network who has an address")},
-                 {"secrets", Flag("With passwords")},
-                 {"wait", Number("Seconds to wait for another change", 0, 3600)},
-                 {"view", Word("What to read", {"configured", "live", "both"})},
-                 {"program", Text("Who is making the change", Format::kAny, 64)},
-                 {"sections", List("Sections to read", Word("A section", names))},
-                 {"restart", List("Paths of what is started anew", Text("A JSON pointer"))}});
+  return Object(
+      "Options",
+      {{"confirm", Number("Seconds to confirm the change, 0: those of the settings", 0, kDay)},
+       {"extend", Number("Seconds more to confirm a change", 1, kDay)},
+       {"number", Number("The change that it is about", 1, kMostChanges)},
+       {"watch", Number("The change to wait for", 1, kMostChanges)},
+       {"starting", Flag("No interface is configured yet")},
+       {"insist", Flag("Do what can be insisted on")},
+       {"keep", Flag("Keep what is stored and not in effect")},
+       {"probe", Flag("Ask the network who has an address")},
+       {"secrets", Flag("With passwords")},
+       {"wait", Number("Seconds to wait for another change", 0, 3600)},
+       {"view", Word("What to read", {"configured", "live", "both"})},
+       {"program", Text("Who is making the change", Format::kAny, 64)},
+       {"sections", List("Sections to read", Word("A section", names))},
+       {"restart", List("Paths of what is started anew", Text("A JSON pointer"))}});
 }
 
 bool ReadRestarts(const Json& list, Options* options, std::string* problem) {
@@ -117,6 +128,11 @@ std::optional<Options> OptionsOf(const char* text, std::string* problem) {
   options.keep = json->value("keep", false);
   options.probe = json->value("probe", true);
   options.secrets = json->value("secrets", false);
+  if (json->contains("confirm")) options.confirm = json->at("confirm").get<long>();
+  options.extend = json->value("extend", options.extend);
+  options.number = json->value("number", options.number);
+  options.watch = json->value("watch", options.watch);
+  options.starting = json->value("starting", false);
   options.wait = json->value("wait", options.wait);
   options.view = json->value("view", options.view);
   options.program = json->value("program", options.program);
@@ -137,6 +153,26 @@ int Run(const char* szWish, const char* szOptions, char** ppszReport,
     const Report report = work(*wish, *options);
     return Answer(report.result, ToJson(report), ppszReport);
   });
+}
+
+// What takes no wish.
+int RunWithout(const char* szOptions, char** ppszReport,
+               const std::function<Report(const Options&)>& work) {
+  return Boundary(ppszReport, [&] {
+    std::string problem;
+    const auto options = OptionsOf(szOptions, &problem);
+    if (!options) return Refuse(problem, ppszReport);
+    const Report report = work(*options);
+    return Answer(report.result, ToJson(report), ppszReport);
+  });
+}
+
+Progress ProgressTo(PFNZARNNETCHANGE pfnProgress, void* pContext) {
+  return [=](std::size_t step, std::size_t steps, const std::string& what, double seconds) {
+    if (pfnProgress == nullptr) return;
+    const Json json{{"step", step}, {"steps", steps}, {"what", what}, {"seconds", seconds}};
+    pfnProgress(json.dump(-1, ' ', false, Json::error_handler_t::replace).c_str(), pContext);
+  };
 }
 
 Json ReadState(const Options& options, const Kernel& kernel) {
@@ -178,14 +214,33 @@ int ZARNNetChangeCheck(const char* szWish, const char* szOptions, char** ppszRep
 
 int ZARNNetChangeApply(const char* szWish, const char* szOptions, PFNZARNNETCHANGE pfnProgress,
                        void* pContext, char** ppszReport) {
-  const auto progress = [&](std::size_t step, std::size_t steps, const std::string& what,
-                            double seconds) {
-    if (pfnProgress == nullptr) return;
-    const Json json{{"step", step}, {"steps", steps}, {"what", what}, {"seconds", seconds}};
-    pfnProgress(json.dump(-1, ' ', false, Json::error_handler_t::replace).c_str(), pContext);
-  };
   return Run(szWish, szOptions, ppszReport, [&](const Json& wish, const Options& options) {
-    return Apply(wish, options, progress);
+    return Apply(wish, options, ProgressTo(pfnProgress, pContext));
+  });
+}
+
+int ZARNNetChangeConfirm(const char* szOptions, char** ppszReport) {
+  return RunWithout(szOptions, ppszReport, Confirm);
+}
+
+int ZARNNetChangeRecover(const char* szOptions, char** ppszReport) {
+  return RunWithout(szOptions, ppszReport, Recover);
+}
+
+int ZARNNetChangeUndo(const char* szOptions, PFNZARNNETCHANGE pfnProgress, void* pContext,
+                      char** ppszReport) {
+  return RunWithout(szOptions, ppszReport, [&](const Options& options) {
+    return Undo(options, ProgressTo(pfnProgress, pContext));
+  });
+}
+
+int ZARNNetChangeHistory(const char* szOptions, char** ppszHistory) {
+  return Boundary(ppszHistory, [&] {
+    std::string problem;
+    const auto options = OptionsOf(szOptions, &problem);
+    if (!options) return Refuse(problem, ppszHistory);
+    const Json history = History(*options);
+    return Answer(static_cast<int>(NumberOf(history["result"])), history, ppszHistory);
   });
 }
 

@@ -41,35 +41,6 @@ bool IsDhcpClient(const Texts& arguments) {
          !has("--zarn_test");
 }
 
-Texts FileDifferences(const Generation& before) {
-  Texts differences;
-  const auto now = ReadFiles();
-  for (const auto& [path, file] : before.files) {
-    const auto found = now.find(path);
-    if (found == now.end()) {
-      differences.push_back(path + " is gone");
-    } else if (found->second.bytes != file.bytes) {
-      differences.push_back(path + " has other content");
-    } else if (!(found->second == file)) {
-      differences.push_back(path + " has another mode, owner or attribute");
-    }
-  }
-  for (const auto& [path, file] : now) {
-    if (!before.files.contains(path)) differences.push_back(path + " is new");
-  }
-  return differences;
-}
-
-void PutBackFiles(const Generation& generation) {
-  std::set<std::string> paths;
-  for (const auto& [path, file] : generation.files)
-    paths.insert(path);
-  for (const std::string& path : OwnedFiles())
-    paths.insert(path);
-  for (const std::string& path : paths)
-    PutBackFile(generation, path);
-}
-
 Texts NamesOnlyIn(const Kernel& here, const Kernel& other) {
   Texts names;
   for (const auto& [name, link] : here.links) {
@@ -108,8 +79,27 @@ std::optional<Generation> KeepGeneration() {
   return Generation{ReadFiles(), std::move(*kernel), InterfacesWithDhcpClient()};
 }
 
+std::vector<std::string> FileDifferencesFrom(const Generation& before) {
+  Texts differences;
+  const auto now = ReadFiles();
+  for (const auto& [path, file] : before.files) {
+    const auto found = now.find(path);
+    if (found == now.end()) {
+      differences.push_back(path + " is gone");
+    } else if (found->second.bytes != file.bytes) {
+      differences.push_back(path + " has other content");
+    } else if (!(found->second == file)) {
+      differences.push_back(path + " has another mode, owner or attribute");
+    }
+  }
+  for (const auto& [path, file] : now) {
+    if (!before.files.contains(path)) differences.push_back(path + " is new");
+  }
+  return differences;
+}
+
 std::vector<std::string> DifferencesFrom(const Generation& generation) {
-  Texts differences = FileDifferences(generation);
+  Texts differences = FileDifferencesFrom(generation);
   const auto kernel = ReadKernel();
   if (!kernel) return {"the kernel cannot be asked"};
   const Texts ofKernel = DifferencesOf(generation.kernel, *kernel);
@@ -128,6 +118,16 @@ void PutBackFile(const Generation& generation, const std::string& path) {
   } else if (!now || !(*now == kept->second)) {
     static_cast<void>(WriteWhole(path, kept->second));
   }
+}
+
+void PutBackFiles(const Generation& generation) {
+  std::set<std::string> paths;
+  for (const auto& [path, file] : generation.files)
+    paths.insert(path);
+  for (const std::string& path : OwnedFiles())
+    paths.insert(path);
+  for (const std::string& path : paths)
+    PutBackFile(generation, path);
 }
 
 void PutBack(const Generation& generation) {

@@ -29,6 +29,10 @@ std::vector<std::string> DifferencesFrom(const Generation& generation);
 // then what is gone comes, then the kernel's settings.
 void PutBack(const Generation& generation);
 
+// Of the files alone: for a machine of which nothing is configured yet.
+std::vector<std::string> FileDifferencesFrom(const Generation& generation);
+void PutBackFiles(const Generation& generation);
+
 // Puts one file back, or removes one that was not there.
 void PutBackFile(const Generation& generation, const std::string& path);
 

@@ -3,15 +3,44 @@
 #include "record/whole_file.h"
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <filesystem>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 #include <utility>
 
+#include "frame/model/paths.h"
+
 namespace change {
 namespace {
+
+constexpr char kUnique[] = "XXXXXX";
+
+// Where new content stands until it takes its place: under a name that no reader takes for a file
+// of his. Of the relay's folder every file is an interface's.
+std::string TemporaryOf(const std::string& path) {
+  const std::size_t name = path.rfind('/') + 1;
+  const std::string folder = path.substr(0, name);
+  const bool relay = folder == frame::paths::kPppoeRelayFolder;
+  return (relay ? frame::paths::PppoeRelayTemporary(path.substr(name))
+                : folder + "." + path.substr(name)) +
+         ".kept-";
+}
+
+// One writer of these at a time, by the lock of changes: what is there was left by a kill.
+void RemoveLeftOvers(const std::string& temporary) {
+  const std::filesystem::path like(temporary);
+  const std::string prefix = like.filename();
+  std::error_code none;
+  for (const auto& entry : std::filesystem::directory_iterator(like.parent_path(), none)) {
+    const std::string name = entry.path().filename();
+    if (name.starts_with(prefix) && name.size() == prefix.size() + sizeof kUnique - 1)
+      ::unlink(entry.path().c_str());
+  }
+}
 
 class Descriptor {
  public:
@@ -31,10 +60,12 @@ class Descriptor {
 // Removed when its scope ends, unless it has taken its place.
 class Temporary {
  public:
-  explicit Temporary(const std::string& path)
-      : name_(path + ".XXXXXX"), descriptor_(::mkostemp(name_.data(), O_CLOEXEC)) {}
+  explicit Temporary(const std::string& name)
+      : name_(name + kUnique), descriptor_(::mkostemp(name_.data(), O_CLOEXEC)) {}
   ~Temporary() {
+    const int reason = errno;  // of the failure, for who reports it
     if (descriptor_.IsOpen() && !placed_) ::unlink(name_.c_str());
+    errno = reason;
   }
   Temporary(const Temporary&) = delete;
   Temporary& operator=(const Temporary&) = delete;
@@ -122,7 +153,9 @@ std::optional<WholeFile> ReadWhole(const std::string& path) {
 }
 
 bool WriteWhole(const std::string& path, const WholeFile& file) {
-  Temporary temporary(path);
+  const std::string name = TemporaryOf(path);
+  RemoveLeftOvers(name);
+  Temporary temporary(name);
   if (!temporary.File().IsOpen() || !WriteTo(temporary.File().Get(), file)) return false;
   if (!temporary.TakePlaceOf(path)) return false;
   SyncFolderOf(path);

@@ -22,7 +22,8 @@ struct WholeFile {
 // Empty when there is none, or what is there is no regular file. Links are not followed.
 std::optional<WholeFile> ReadWhole(const std::string& path);
 
-// Replaces the file by this one: beside it, synced, renamed over it. False when that fails.
+// Replaces the file by this one: beside it, synced, renamed over it. False when that fails; errno
+// says why. What a killed writer of the file has left goes first.
 bool WriteWhole(const std::string& path, const WholeFile& file);
 
 }  // namespace change

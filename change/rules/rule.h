@@ -39,6 +39,9 @@ void RangeIsTheServersAlone(const Change& change, Findings* findings);
 void ServerTakesTheValues(const Change& change, Findings* findings);
 void OnlyWhatIsOnRestarts(const Change& change, Findings* findings);
 
+// ---- own_path.cpp
+void OwnPathStays(const Change& change, Findings* findings);
+
 // ---- what several rules ask
 
 // A fixed IPv4 address with its subnet.

@@ -12,7 +12,7 @@ void JudgeByRules(const Change& change, Findings* findings) {
       MembersHaveNoAddress, MembersAreFree,     ParentsAreFree,         NobodyStandsOnWhatGoes,
       AddressOfAHost,       OneSubnetAPort,     GatewayIsReached,       GatewayStaysReached,
       MtuIsCarried,         RangeFitsItsSubnet, RangeIsTheServersAlone, ServerTakesTheValues,
-      OnlyWhatIsOnRestarts,
+      OnlyWhatIsOnRestarts, OwnPathStays,
   };
   for (const Rule rule : kRules)
     rule(change, findings);

@@ -10,4 +10,8 @@ namespace change {
 // All rules, each asked once.
 void JudgeByRules(const Change& change, Findings* findings);
 
+// What of the path over which this process is asked would go if the kernel became so; a sentence,
+// empty for nothing.
+std::string OwnPathLostBy(const Kernel& now, const Kernel& later);
+
 }  // namespace change

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,7 +17,12 @@ struct Options {
   bool keep = false;
   bool probe = true;
   bool secrets = false;
-  long wait = 5;  // seconds
+  long wait = 5;                // seconds
+  std::optional<long> confirm;  // seconds; 0 for those of the settings
+  long number = 0;              // of a change; 0 for the last
+  long extend = 0;              // seconds
+  long watch = 0;               // the number of the change to wait for
+  bool starting = false;        // the machine, of which no interface is configured yet
   std::string view = "configured";
   std::string program = "a program";
   std::vector<std::string> sections;

@@ -14,38 +14,16 @@
 #include "record/generation.h"
 #include "rules/rules.h"
 #include "steps/compare.h"
+#include "steps/journal.h"
+#include "steps/network_lock.h"
+#include "steps/pending.h"
+#include "steps/put_back.h"
 #include "steps/repair.h"
-#include "steps/signals.h"
 
 namespace change {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-// The network configuration as the library locks it: its readers and setters take it inside, which
-// nests.
-class NetworkLock {
- public:
-  explicit NetworkLock(long seconds)
-      : held_(KOPACFileLock(kExclusive, static_cast<int>(std::max(seconds, 1L))) == 0) {}
-  ~NetworkLock() {
-    if (held_) KOPACFileUnlock(kClass);
-  }
-  NetworkLock(const NetworkLock&) = delete;
-  NetworkLock& operator=(const NetworkLock&) = delete;
-  [[nodiscard]] bool IsHeld() const { return held_; }
-
- private:
-  static constexpr int kClass = 0x100;
-  static constexpr int kExclusive = 0x106;
-  bool held_;
-};
-
-Report End(Report report, int result, std::string reason) {
-  report.result = result;
-  report.reason = std::move(reason);
-  return report;
-}
 
 // ---- reading
 
@@ -209,35 +187,8 @@ std::string FailureOf(const Report& report) {
   return "a step failed";
 }
 
-// What runs follows the files again: of the sections that had a step, and the DHCP server, which
-// the making of bonds and VLANs starts anew.
-void Revive(const Change& change, Report* report) {
-  for (const Section& section : Sections()) {
-    const bool server = std::string(section.name) == "dhcp_server";
-    const bool stepped =
-        std::any_of(report->steps.begin(), report->steps.end(), [&](const StepReport& step) {
-          const bool own = Leads(Path() / section.name, step.step.path);
-          const bool taken = step.state != StepReport::State::kPlanned;
-          return taken && (own ? step.step.phase == Phase::kServices
-                               : server && step.step.phase < Phase::kLink);
-        });
-    if (stepped && !section.revive(change))
-      report->problems.push_back(std::string(section.name) + " does not run as it did");
-  }
-}
-
-void PutAllBack(const Change& change, const Generation& generation, Report* report) {
-  PutBack(generation);
-  Revive(change, report);
-  for (std::string& difference : DifferencesFrom(generation))
-    report->problems.push_back(std::move(difference));
-  report->restored = report->problems.empty();
-  if (*report->restored) {
-    report->reason += "; everything was put back";
-    return;
-  }
-  report->result = ZARNNETCHANGE_NOT_PUT_BACK;
-  report->reason += "; not everything could be put back: " + report->problems.front();
+void PutBackAndTell(const Change& change, const Generation& generation, Report* report) {
+  NotePutBack(PutAllBack(change, ServicesOf(*report, Which::kTaken), generation), report);
 }
 
 // ---- comparing
@@ -308,19 +259,19 @@ Report ActAndCompare(Change* change, const Generation& generation, Report report
                      const Progress& progress) {
   if (!TakeAll(&report, progress)) {
     report = End(report, ZARNNETCHANGE_FAILED, FailureOf(report));
-    PutAllBack(*change, generation, &report);
+    PutBackAndTell(*change, generation, &report);
     return report;
   }
   const Repairs repairs = Repair(*change, generation);
   if (!CompareUntilSettled(change, &report)) {
     report = End(report, ZARNNETCHANGE_FAILED, "the kernel cannot be asked about its interfaces");
-    PutAllBack(*change, generation, &report);
+    PutBackAndTell(*change, generation, &report);
     return report;
   }
   const bool asWished = report.differences.empty();
   if (!asWished) report = End(report, ZARNNETCHANGE_OTHERWISE, OtherwiseReason(report));
   if (!asWished && !change->options.keep) {
-    PutAllBack(*change, generation, &report);
+    PutBackAndTell(*change, generation, &report);
     return report;
   }
   report.repaired = repairs.made;
@@ -331,7 +282,10 @@ Report ActAndCompare(Change* change, const Generation& generation, Report report
 }
 
 Report ApplyLocked(Change* change, Report report, const Progress& progress) {
-  if (!Judge(change, &report)) return report;
+  if (!Judge(change, &report)) {
+    if (report.result == ZARNNETCHANGE_REFUSED) RecordRefusal(*change, &report);
+    return report;
+  }
   NotePlanned(*change, &report);
   if (report.steps.empty()) return End(report, ZARNNETCHANGE_DONE, DoneReason(report));
   const NetworkLock network(change->options.wait);
@@ -340,19 +294,15 @@ Report ApplyLocked(Change* change, Report report, const Progress& progress) {
   const auto generation = KeepGeneration();
   if (!generation)
     return End(report, ZARNNETCHANGE_FAILED, "the kernel cannot be asked about its interfaces");
-  const SignalsHeldOff signals;
-  return ActAndCompare(change, *generation, std::move(report), progress);
-}
-
-Report Busy(Report report) {
-  report.holder = ChangeLock::Holder();
-  const Json& holder = report.holder;
-  std::string reason = "somebody else is making a change";
-  if (holder.contains("pid")) {
-    reason = TextOf(Member(holder, "program")) + " (process " + holder["pid"].dump() +
-             ") is making a change since " + TextOf(Member(holder, "since"));
-  }
-  return End(report, ZARNNETCHANGE_BUSY, std::move(reason));
+  const auto make = [&](Report made) {
+    return ActAndCompare(change, *generation, std::move(made), progress);
+  };
+  const auto putBack = [&](Report made) {
+    PutBackAndTell(*change, *generation, &made);
+    return made;
+  };
+  const auto services = ServicesOf(report, Which::kAll);
+  return MakeRecorded({*change, *generation, services}, std::move(report), {make, putBack});
 }
 
 Change Begin(const Json& wish, const Options& options) {
@@ -420,7 +370,11 @@ Report Apply(const Json& wish, const Options& options, const Progress& progress)
   }
   const ChangeLock lock(options.program, options.wait);
   if (!lock.IsHeld()) return Busy({});
-  return ApplyLocked(&change, {}, progress);
+  const Leftover leftover = SettleLeftover(options);
+  if (leftover.IsInTheWay(options)) return InTheWay(leftover, {});
+  Report report;
+  if (leftover.putBack) report.recovered = leftover.putBack->reason;
+  return ApplyLocked(&change, std::move(report), progress);
 }
 
 }  // namespace change

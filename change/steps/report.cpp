@@ -82,6 +82,10 @@ Json ToJson(const Report& report) {
   if (report.restored) json["restored"] = *report.restored;
   if (!report.problems.empty()) json["problems"] = report.problems;
   if (!report.holder.is_null()) json["holder"] = report.holder;
+  if (report.number != 0) json["number"] = report.number;
+  if (report.undoes != 0) json["undoes"] = report.undoes;
+  if (!report.confirm.is_null()) json["confirm"] = report.confirm;
+  Put(&json, "recovered", report.recovered);
   return json;
 }
 

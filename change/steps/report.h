@@ -31,6 +31,10 @@ struct Report {
   std::optional<bool> restored;
   std::vector<std::string> problems;
   Json holder;
+  long number = 0;        // of the change that it is about, or that was put back
+  long undoes = 0;        // the change before which the machine is again
+  Json confirm;           // "number", "seconds", "until" of what waits
+  std::string recovered;  // what was put back before, a sentence
 };
 
 Json ToJson(const Report& report);

@@ -81,7 +81,10 @@ int ZARNNetChangeCheck(const char* szWish, const char* szOptions, char** ppszRep
  *                    "probe": false does not ask the network who has an address;
  *                    "restart": paths of what is started anew though nothing of it changes
  *                    ("/interfaces/eth0", "/dhcp_server", "/pppoe", "/pppoe_relay", "/tunnel");
- *                    "program": the name that others are told while they wait
+ *                    "program": the name that others are told while they wait;
+ *                    "confirm": seconds, 0 for the settings' (/etc/zarnnet.conf: confirm_seconds, 60 without it) and
+ *                    what the machine needs until such a change can be seen: everything is put back unless
+ *                    ZARNNetChangeConfirm() comes in time, whatever becomes of this process and its session
  * @param pfnProgress told of each step; may be null
  * @param pContext    handed on to pfnProgress
  * @param ppszReport  receives the report:
@@ -95,9 +98,14 @@ int ZARNNetChangeCheck(const char* szWish, const char* szOptions, char** ppszRep
  *                    "repaired": what steps took away and the change put back, sentences; "lost": what it could not;
  *                    "restored": true when all was put back, false when not wholly; absent when nothing was. Then
  *                    "problems" has a sentence for each thing that is not as it was;
- *                    "holder": of another change, "program", "pid", "since"
+ *                    "holder": of another change, "program", "pid", "since"; of one that waits to be confirmed "number",
+ *                    "program", "who", "since", "seconds_left";
+ *                    "number" of the change: it has one from before its first step on, and a refused one, too;
+ *                    "confirm" of a change that waits: "number", "seconds", "until";
+ *                    "recovered": what had to be put back of the change before, a sentence
  *                    No secret is in it
  * @return a ZARNNETCHANGE_...
+ * Files: its record in /var/lib/zarnnet, root's alone; nothing is touched when that cannot be written.
  * Locks: /run/zarnnet/change.lock, and the exclusive network lock for the time of the steps.
  *
  *     char* szReport = NULL;
@@ -107,6 +115,77 @@ int ZARNNetChangeCheck(const char* szWish, const char* szOptions, char** ppszRep
  */
 int ZARNNetChangeApply(const char* szWish, const char* szOptions, PFNZARNNETCHANGE pfnProgress,
                        void* pContext, char** ppszReport);
+
+/**
+ * Confirms the change that waits for it, or gives it more time. Needs root.
+ * @param szOptions   null, or a JSON object:
+ *                    "number": the change that is meant; the one that waits without it;
+ *                    "extend": seconds more, in place of a confirmation;
+ *                    "wait", "program": as for ZARNNetChangeApply()
+ * @param ppszReport  receives "result", "reason", "number" and, for a change that waits on, "confirm"
+ * @return ZARNNETCHANGE_DONE, _NOT_FOUND (none waits, or another), _FAILED (too late: it was put back; or it cannot be
+ *         written down, and waits on), _BUSY, _NOT_ALLOWED, _USAGE
+ * Locks: /run/zarnnet/change.lock
+ *
+ *     if (ZARNNetChangeConfirm("{\"number\": 17}", NULL) != ZARNNETCHANGE_DONE) puts("change 17 does not wait");
+ */
+int ZARNNetChangeConfirm(const char* szOptions, char** ppszReport);
+
+/**
+ * Shows the changes that were made, refused or put back. Needs root.
+ * @param szOptions    null, or a JSON object: "number": one change, with its wish and the differences of its files
+ * @param ppszHistory  receives "result", "reason" and "changes", or "change": each "number", "state" ("open", "waiting",
+ *                     "kept", "failed", "reverted", "refused", "not put back", "unreadable"), "began", "seconds",
+ *                     "program", "who" ("uid", "login", "sudo"), "from" (the session), "steps", "result", "reason",
+ *                     "undoes"; of one change also "wish", "options", "files" (each "path", "before" and "after",
+ *                     SHA-256 digests, and "diff"), "problems", "settled" and "settled_by" (when and by whom it was
+ *                     confirmed or put back). No secret is in it
+ * @return ZARNNETCHANGE_DONE, _NOT_FOUND, _FAILED (the record is damaged, or of a newer version), _NOT_ALLOWED, _USAGE
+ *
+ *     char* szHistory = NULL;
+ *     if (ZARNNetChangeHistory(NULL, &szHistory) == ZARNNETCHANGE_DONE) puts(szHistory);
+ *     ZARNNetChangeFree(szHistory);
+ */
+int ZARNNetChangeHistory(const char* szOptions, char** ppszHistory);
+
+/**
+ * Goes back to what files, kernel and services were before a change; what later changes did is undone with it. It is a
+ * change itself: it has a number, is compared, can be confirmed and undone. A change that waits to be confirmed is put
+ * back as if its time were over. Leases stay those of today. Needs root.
+ * @param szOptions    null, or a JSON object:
+ *                     "number": the change; the last one that stands without it;
+ *                     "insist": true loses what was changed by something else than a change since (the report names
+ *                     the files), and the caller's own path;
+ *                     "confirm", "keep", "wait", "program": as for ZARNNetChangeApply()
+ * @param pfnProgress  as for ZARNNetChangeApply()
+ * @param ppszReport   receives the report of ZARNNetChangeApply(), and "undoes": the number of the change
+ * @return ZARNNETCHANGE_DONE, _REFUSED, _NOT_FOUND, _FAILED (its record is damaged, or is kept no longer), _OTHERWISE
+ *         (the machine did not become as it was, and everything was put back), _NOT_PUT_BACK, _BUSY, _NOT_ALLOWED, _USAGE
+ * Locks: as for ZARNNetChangeApply()
+ *
+ *     if (ZARNNetChangeUndo("{\"number\": 17}", NULL, NULL, NULL) != ZARNNETCHANGE_DONE) puts("not undone");
+ */
+int ZARNNetChangeUndo(const char* szOptions, PFNZARNNETCHANGE pfnProgress, void* pContext,
+                      char** ppszReport);
+
+/**
+ * Puts back a change that was not confirmed in time, was not confirmed before the machine started anew, or whose process
+ * was killed on the way. Every other function that root calls does the same first; this one is for start scripts. Needs
+ * root.
+ * @param szOptions   null, or a JSON object:
+ *                    "starting": true for a machine of which no interface is configured yet: of a change of before the
+ *                    start the files alone are put back, and the start sets up the kernel from them;
+ *                    "watch": the number of a change: stays until it is confirmed or put back;
+ *                    "wait", "program": as for ZARNNetChangeApply()
+ * @param ppszReport  receives "result", "reason", "number", "restored" and "problems" of what was put back, "confirm" of
+ *                    what waits
+ * @return ZARNNETCHANGE_DONE (also when there was nothing to do), _NOT_PUT_BACK, _FAILED (a record is damaged), _BUSY,
+ *         _NOT_ALLOWED, _USAGE
+ * Locks: as for ZARNNetChangeApply()
+ *
+ *     if (ZARNNetChangeRecover("{\"starting\": true}", NULL) != ZARNNETCHANGE_DONE) puts("see the history");
+ */
+int ZARNNetChangeRecover(const char* szOptions, char** ppszReport);
 
 /**
  * The JSON Schema (2020-12) of the state document.

@@ -62,7 +62,7 @@ MaskList masks = kPlaces;
 // Of others: locks, process numbers, what the appliance's programs note, this file's own.
 bool IsLeftOut(const std::string& path) {
   for (const char* const folder : {"/run/lock", "/run/jobs", "/var/log", "/run/mounts", kJournal,
-                                   "/run/recorded-calls", "/run/child-log"}) {
+                                   "/run/recorded-calls", "/run/child-log", "/var/lib/zarnnet"}) {
     if (path == folder) return true;
   }
   return path.ends_with(".output");

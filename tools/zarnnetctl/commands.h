@@ -28,5 +28,6 @@ void AddPppoeCommands(const Group& app, Context& context);
 void AddShowCommands(const Group& app, Context& context);
 void AddSystemCommands(const Group& app, Context& context);
 void AddChangeCommands(const Group& app, Context& context);
+void AddHistoryCommands(const Group& app, Context& context);
 
 }  // namespace tool

@@ -8,6 +8,7 @@
 #include "commands.h"
 #include "output.h"
 #include "query.h"
+#include "waiting.h"
 
 namespace tool {
 namespace {
@@ -19,28 +20,33 @@ std::string ReadText(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// A text of the library of changes, freed at the end of its scope.
-struct Text {
-  char* text = nullptr;
-  ~Text() { ZARNNetChangeFree(text); }
-};
-
 struct Asked {
   std::string file;
   std::string options = "{}";
+  std::optional<int> confirm;
 };
 
 // The exit status is the result of the library of changes.
-void Print(const Text& text, int result, Context* context) {
-  std::cout << (text.text != nullptr ? text.text : "{}") << '\n';
+void Print(const Report& report, int result, Context* context) {
+  std::cout << report.Text() << '\n';
   context->status = result;
 }
 
+// What is no object of options is left as it is, for the library to refuse.
+std::string OptionsOf(const Asked& asked) {
+  Json options = Json::parse(asked.options, nullptr, false);
+  if (!options.is_object()) return asked.options;
+  if (!options.contains("program")) options["program"] = "zarnnetctl";
+  if (asked.confirm) options["confirm"] = *asked.confirm;
+  return options.dump();
+}
+
 void Apply(const Asked& asked, Context* context) {
-  Text report;
-  const int result = ZARNNetChangeApply(ReadText(asked.file).c_str(), asked.options.c_str(),
-                                        nullptr, nullptr, &report.text);
+  Report report;
+  const int result = ZARNNetChangeApply(ReadText(asked.file).c_str(), OptionsOf(asked).c_str(),
+                                        nullptr, nullptr, report.Out());
   Print(report, result, context);
+  AskToConfirm(report.AsJson(), context);
 }
 
 }  // namespace
@@ -51,6 +57,10 @@ void AddChangeCommands(const Group& app, Context& context) {
   auto asked = std::make_shared<Asked>();
   apply.AddOption("FILE", asked->file, "The wish as JSON; - is standard input").Required().File();
   apply.AddOption("--options", asked->options, "Options of the change, as JSON");
+  apply
+      .AddOption("--confirm", asked->confirm,
+                 "Seconds to confirm it, 0 for those of the settings; else it goes back")
+      .Within(0, 86400);
   apply.Run([asked, &context] { Apply(*asked, &context); });
 }
 

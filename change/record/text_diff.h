@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+// What is different in a file, for a reader.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "record/whole_file.h"
+
+namespace change {
+
+// As a unified diff with three lines around; a side that is none is /dev/null. Secrets are not
+// shown; one that is another now is told of. A mode or an owner that is another is a line of its
+// own. Empty when nothing differs.
+std::string DiffOf(const std::string& path, const std::optional<WholeFile>& before,
+                   const std::optional<WholeFile>& after);
+
+}  // namespace change

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: Apache-2.0
+// The watcher takes its lock before its starter hears of success, and the kernel takes it back from
+// one that died.
+#include "record/watch.h"
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <dlfcn.h>
+#include <elf.h>
+#include <fcntl.h>
+#include <link.h>
+#include <memory>
+#include <spawn.h>
+#include <sys/auxv.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+#include <zarnnetchange/change.h>
+
+namespace change {
+namespace {
+
+constexpr char kProgram[] = "zarnnet-change-watch";
+
+std::string Folder(const std::string& path) {
+  return path.substr(0, path.rfind('/'));
+}
+
+// The file with this code in it: the library, or the program that it is linked into. The name by
+// which a program was started may be anything; the kernel knows which it is.
+std::string OwnFile() {
+  Dl_info info{};
+  if (::dladdr(reinterpret_cast<void*>(&ZARNNetChangeApply), &info) == 0) return {};
+  const auto header = reinterpret_cast<std::uintptr_t>(info.dli_fbase) + sizeof(ElfW(Ehdr));
+  const bool program = header == ::getauxval(AT_PHDR);
+  const std::unique_ptr<char, void (*)(void*)> real(
+      ::realpath(program ? "/proc/self/exe" : info.dli_fname, nullptr), std::free);
+  return real != nullptr ? real.get() : "";
+}
+
+// Beside the library in the build's tree, else where the installation has it, wherever that was
+// moved to.
+std::string Watcher() {
+  const std::string folder = Folder(OwnFile());
+  for (const char* way : {"/", ZARNNET_LIB_TO_LIBEXEC, ZARNNET_BIN_TO_LIBEXEC}) {
+    std::string path = folder + way + kProgram;
+    if (::access(path.c_str(), X_OK) == 0) return path;
+  }
+  return {};
+}
+
+std::string LockOf(long number) {
+  return "/run/zarnnet/watch." + std::to_string(number);
+}
+
+// A session of its own, no signal held off or ignored.
+class Attributes {
+ public:
+  Attributes() {
+    ::posix_spawnattr_init(&attributes_);
+    sigset_t none;
+    sigset_t all;
+    ::sigemptyset(&none);
+    ::sigfillset(&all);
+    ::posix_spawnattr_setsigmask(&attributes_, &none);
+    ::posix_spawnattr_setsigdefault(&attributes_, &all);
+    ::posix_spawnattr_setflags(
+        &attributes_,
+        static_cast<short>(POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF));
+  }
+  ~Attributes() { ::posix_spawnattr_destroy(&attributes_); }
+  Attributes(const Attributes&) = delete;
+  Attributes& operator=(const Attributes&) = delete;
+  [[nodiscard]] const posix_spawnattr_t* Get() const { return &attributes_; }
+
+ private:
+  posix_spawnattr_t attributes_{};
+};
+
+int StatusOf(pid_t child) {
+  int status = 0;
+  while (::waitpid(child, &status, 0) < 0) {
+    if (errno != EINTR) return -1;
+  }
+  return status;
+}
+
+}  // namespace
+
+bool StartWatcher(long number, std::string* problem) {
+  std::string path = Watcher();
+  std::string argument = std::to_string(number);
+  std::array<char*, 3> arguments{path.data(), argument.data(), nullptr};
+  // Of the caller's environment it needs where libraries are, if that.
+  std::vector<char*> environment;
+  std::string libraries = "LD_LIBRARY_PATH=";
+  if (const char* const value = std::getenv("LD_LIBRARY_PATH")) {
+    libraries += value;
+    environment.push_back(libraries.data());
+  }
+  environment.push_back(nullptr);
+  const Attributes attributes;
+  pid_t child = 0;
+  const int error = path.empty() ? ENOENT
+                                 : ::posix_spawn(&child, path.c_str(), nullptr, attributes.Get(),
+                                                 arguments.data(), environment.data());
+  // It ends at once: what stays is its own child, which no caller has to wait for.
+  if (error == 0 && StatusOf(child) == 0) return true;
+  *problem = std::string("cannot start ") + (path.empty() ? kProgram : path) +
+             (error != 0 ? std::string(": ") + std::strerror(error) : "");
+  return false;
+}
+
+bool IsWatched(long number) {
+  const int fd = ::open(LockOf(number).c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
+  if (fd < 0) return false;
+  struct flock lock {};
+  lock.l_type = F_WRLCK;
+  const bool asked = ::fcntl(fd, F_OFD_GETLK, &lock) == 0;
+  ::close(fd);
+  return asked && lock.l_type != F_UNLCK;
+}
+
+}  // namespace change

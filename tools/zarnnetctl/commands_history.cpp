@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: Apache-2.0
+// zarnnetctl confirm, history, undo and recover: the changes that were made.
+#include <cmath>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <zarnnetchange/change.h>
+
+#include "commands.h"
+#include "output.h"
+#include "waiting.h"
+
+namespace tool {
+namespace {
+
+struct Asked {
+  std::optional<int> number;
+  std::optional<int> extend;
+  std::optional<int> confirm;
+  bool force = false;
+  bool keep = false;
+  bool starting = false;
+
+  [[nodiscard]] Json Options() const {
+    Json options{{"program", "zarnnetctl"}};
+    if (number) options["number"] = *number;
+    if (extend) options["extend"] = *extend;
+    if (confirm) options["confirm"] = *confirm;
+    if (force) options["insist"] = true;
+    if (keep) options["keep"] = true;
+    if (starting) options["starting"] = true;
+    return options;
+  }
+};
+
+Word AddNumber(const Verb& verb, Asked& asked, const std::string& description) {
+  constexpr int kMost = 2000000000;
+  return verb.AddOption("N", asked.number, description).Within(1, kMost);
+}
+
+// The whole as JSON; for people what came of it, on standard error when that is not as wished.
+void Print(const Json& report, Context* context) {
+  context->status = report.value("result", ZARNNETCHANGE_FAILED);
+  if (context->json) return PrintJson("report", report);
+  const bool done = context->status == ZARNNETCHANGE_DONE;
+  std::ostream& stream = done ? std::cout : std::cerr;
+  stream << (done ? "" : "zarnnetctl: ") << report.value("reason", "no memory") << '\n';
+  for (const char* list : {"findings", "problems"}) {
+    for (const Json& row : report.value(list, Json::array())) {
+      const std::string sentence = row.is_string() ? row : row["sentence"];
+      if (report.value("reason", "").find(sentence) == std::string::npos)
+        stream << "  " << sentence << '\n';
+    }
+  }
+}
+
+void Undo(const Asked& asked, Context* context) {
+  Report report;
+  ZARNNetChangeUndo(asked.Options().dump().c_str(), nullptr, nullptr, report.Out());
+  Print(report.AsJson(), context);
+  AskToConfirm(report.AsJson(), context);
+}
+
+// ---- history
+
+std::string Who(const Json& change) {
+  const Json& who = change["who"];
+  return who.value("sudo", who.value("login", ""));
+}
+
+std::string What(const Json& change) {
+  if (change.contains("undoes")) return "undo of " + WrittenOut(change["undoes"]);
+  const Json& steps = change["steps"];
+  if (steps.empty()) return change["reason"];
+  const std::string more =
+      steps.size() > 1 ? " and " + std::to_string(steps.size() - 1) + " more" : "";
+  return steps.front().get<std::string>() + more;
+}
+
+void PrintAll(const Json& changes) {
+  std::vector<Row> rows{Headings({"NUMBER", "STATE", "BEGAN", "WHO", "WHAT"})};
+  for (const Json& change : changes) {
+    const bool readable = change.contains("who");
+    rows.push_back({{WrittenOut(change["number"])},
+                    {change["state"]},
+                    {change.value("began", "")},
+                    {readable ? Who(change) : ""},
+                    {readable ? What(change) : change.value("reason", "")}});
+  }
+  PrintList(rows, "changes");
+}
+
+std::string Milliseconds(const Json& change) {
+  constexpr double kSecond = 1000;
+  return std::to_string(std::lround(change.value("seconds", 0.0) * kSecond));
+}
+
+void PrintOne(const Json& change) {
+  const auto line = [](const char* name, const std::string& value) {
+    if (!value.empty()) std::cout << name << value << '\n';
+  };
+  line("change   ", WrittenOut(change["number"]) + ", " + change.value("state", ""));
+  line("began    ", change.value("began", "") + ", took " + Milliseconds(change) + " ms");
+  line("who      ", Who(change) + " by " + change.value("program", ""));
+  line("from     ", change.value("from", ""));
+  line("settled  ", change.value("settled", ""));
+  line("result   ", WrittenOut(change["result"]) + ": " + change.value("reason", ""));
+  if (!change.contains("undoes")) line("wish     ", change["wish"].dump());
+  for (const Json& step : change["steps"])
+    line("step     ", step);
+  for (const Json& problem : change.value("problems", Json::array()))
+    line("problem  ", problem);
+  for (const Json& file : change["files"]) {
+    std::cout << (file.contains("diff") ? file.value("diff", "")
+                                        : file.value("path", "") + " was changed\n");
+  }
+}
+
+void History(const Asked& asked, Context* context) {
+  Report report;
+  ZARNNetChangeHistory(asked.Options().dump().c_str(), report.Out());
+  const Json history = report.AsJson();
+  if (history.value("result", ZARNNETCHANGE_FAILED) != ZARNNETCHANGE_DONE)
+    return Print(history, context);
+  const char* const name = asked.number ? "change" : "changes";
+  if (context->json) {
+    PrintJson(name, history[name]);
+  } else if (asked.number) {
+    PrintOne(history[name]);
+  } else {
+    PrintAll(history[name]);
+  }
+}
+
+}  // namespace
+
+void AddHistoryCommands(const Group& app, Context& context) {
+  auto asked = std::make_shared<Asked>();
+  const Verb confirm = AddVerb(app, context, "confirm", "Confirms the change that waits for it",
+                               "  zarnnetctl confirm\n  zarnnetctl confirm 17 --extend 120");
+  AddNumber(confirm, *asked, "The number of the change");
+  confirm.AddOption("--extend", asked->extend, "Seconds more, in place of a confirmation")
+      .Within(1, 86400);
+  confirm.Run([asked, &context] {
+    Report report;
+    ZARNNetChangeConfirm(asked->Options().dump().c_str(), report.Out());
+    Print(report.AsJson(), &context);
+  });
+  const Verb history = AddVerb(app, context, "history", "Lists the changes, or shows one",
+                               "  zarnnetctl history\n  zarnnetctl history 17");
+  AddNumber(history, *asked, "The number of the change to show");
+  history.Run([asked, &context] { History(*asked, &context); });
+  const Verb undo = AddVerb(app, context, "undo", "Goes back to before a change",
+                            "  zarnnetctl undo\n  zarnnetctl undo 17 --confirm 60");
+  AddNumber(undo, *asked, "The number of the change; the last one without it");
+  undo.AddOption("--confirm", asked->confirm, "Seconds to confirm it, 0 for those of the settings")
+      .Within(0, 86400);
+  undo.AddFlag("--force", asked->force, "Also what was changed by hand since, or cuts off");
+  undo.AddFlag("--keep", asked->keep, "Keep what does not become as it was");
+  undo.Run([asked, &context] { Undo(*asked, &context); });
+  const Verb recover =
+      AddVerb(app, context, "recover", "Puts back what was not confirmed or not ended",
+              "  zarnnetctl recover --starting");
+  recover.AddFlag("--starting", asked->starting, "The machine starts, nothing is configured yet");
+  recover.Run([asked, &context] {
+    Report report;
+    ZARNNetChangeRecover(asked->Options().dump().c_str(), report.Out());
+    Print(report.AsJson(), &context);
+  });
+}
+
+}  // namespace tool
