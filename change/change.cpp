@@ -10,6 +10,7 @@
 
 #include "document/section.h"
 #include "record/generation.h"
+#include "rehearsal/rehearsal.h"
 #include "steps/engine.h"
 #include "steps/history.h"
 #include "steps/pending.h"
@@ -110,12 +111,15 @@ bool ReadRestarts(const Json& list, Options* options, std::string* problem) {
   return true;
 }
 
-std::optional<Options> OptionsOf(const char* text, std::string* problem) {
-  const auto json = text != nullptr ? Parse(text, problem) : Json::object();
+std::optional<Options> OptionsOf(const char* text, std::string* problem, bool probes = true) {
+  auto json = text != nullptr ? Parse(text, problem) : Json::object();
   if (!json) {
     *problem = "options: " + *problem;
     return std::nullopt;
   }
+  // A plan is its own document, which is judged when it is used.
+  const Json plan = Member(*json, "plan");
+  if (json->is_object()) json->erase("plan");
   const auto faults = FaultsOf(*json, OptionsShape());
   if (!faults.empty() || !json->is_object()) {
     *problem =
@@ -126,7 +130,8 @@ std::optional<Options> OptionsOf(const char* text, std::string* problem) {
   Options options;
   options.insist = json->value("insist", false);
   options.keep = json->value("keep", false);
-  options.probe = json->value("probe", true);
+  options.probe = json->value("probe", probes);
+  options.plan = plan;
   options.secrets = json->value("secrets", false);
   if (json->contains("confirm")) options.confirm = json->at("confirm").get<long>();
   options.extend = json->value("extend", options.extend);
@@ -141,17 +146,24 @@ std::optional<Options> OptionsOf(const char* text, std::string* problem) {
   return options;
 }
 
-int Run(const char* szWish, const char* szOptions, char** ppszReport,
-        const std::function<Report(const Json&, const Options&)>& work) {
+int RunFor(const char* szWish, const char* szOptions, char** ppszReport, bool probes,
+           const std::function<Json(const Json&, const Options&)>& work) {
   return Boundary(ppszReport, [&] {
     std::string problem;
-    const auto options = OptionsOf(szOptions, &problem);
+    const auto options = OptionsOf(szOptions, &problem, probes);
     if (!options) return Refuse(problem, ppszReport);
     const auto wish = Parse(szWish, &problem);
     if (!wish) return Refuse(problem, ppszReport);
     if (!wish->is_object()) return Refuse("a wish is a JSON object", ppszReport);
-    const Report report = work(*wish, *options);
-    return Answer(report.result, ToJson(report), ppszReport);
+    const Json answer = work(*wish, *options);
+    return Answer(static_cast<int>(NumberOf(Member(answer, "result"))), answer, ppszReport);
+  });
+}
+
+int Run(const char* szWish, const char* szOptions, char** ppszReport,
+        const std::function<Report(const Json&, const Options&)>& work) {
+  return RunFor(szWish, szOptions, ppszReport, true, [&](const Json& wish, const Options& options) {
+    return ToJson(work(wish, options));
   });
 }
 
@@ -210,6 +222,10 @@ int ZARNNetChangeCompare(const char* szWish, const char* szOptions, char** ppszR
 
 int ZARNNetChangeCheck(const char* szWish, const char* szOptions, char** ppszReport) {
   return Run(szWish, szOptions, ppszReport, Check);
+}
+
+int ZARNNetChangePlan(const char* szWish, const char* szOptions, char** ppszPlan) {
+  return RunFor(szWish, szOptions, ppszPlan, false, Plan);
 }
 
 int ZARNNetChangeApply(const char* szWish, const char* szOptions, PFNZARNNETCHANGE pfnProgress,

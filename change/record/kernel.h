@@ -51,9 +51,10 @@ struct KernelLink {
   int parentIndex = 0;
   bool carrier = false;
   std::string mac;
-  std::string kind;    // "bridge", "bond", "vlan"; empty for a port
-  std::string master;  // of a slave or a bridge's port
-  std::string parent;  // of a VLAN
+  std::string kind;         // "bridge", "bond", "vlan"; empty for a port
+  std::string kindMessage;  // the kernel's own, with the settings of the kind
+  std::string master;       // of a slave or a bridge's port
+  std::string parent;       // of a VLAN
   int vlanId = 0;
   std::vector<KernelAddress> addresses;  // in the kernel's order
 

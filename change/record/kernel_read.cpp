@@ -77,6 +77,9 @@ void ReadKind(const nlattr* info, KernelLink* link) {
   const auto nested = NestedIn<IFLA_INFO_SLAVE_DATA + 1>(info);
   link->kind = Text(nested[IFLA_INFO_KIND]);
   if (link->kind == "veth" || link->kind == "dummy") link->kind.clear();
+  if (link->kind.empty()) return;
+  link->kindMessage.assign(static_cast<const char*>(::mnl_attr_get_payload(info)),
+                           ::mnl_attr_get_payload_len(info));
   if (link->kind != "vlan") return;
   const auto vlan = NestedIn<kVlanAttributes>(nested[IFLA_INFO_DATA]);
   if (vlan[IFLA_VLAN_ID] != nullptr) link->vlanId = ::mnl_attr_get_u16(vlan[IFLA_VLAN_ID]);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The programs of the appliance that put a setting into effect where the library has no call for
-// it.
+// it, and the library's own.
 #pragma once
 
 #include <string>
@@ -13,5 +13,8 @@ bool RunStartScript(const std::string& verb, const std::vector<std::string>& ifn
 
 bool StartDhcpClient(const std::string& ifname);
 bool StopDhcpClient(const std::string& ifname);
+
+// The path of a program that is installed with this library; empty when it is not there.
+std::string OwnProgram(const std::string& name);
 
 }  // namespace change

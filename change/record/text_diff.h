@@ -9,9 +9,12 @@
 
 namespace change {
 
-// As a unified diff with three lines around; a side that is none is /dev/null. Secrets are not
-// shown; one that is another now is told of. A mode or an owner that is another is a line of its
-// own. Empty when nothing differs.
+// The contents as a unified diff; a side that is none is /dev/null. Secrets are not shown; one that
+// is another now is told of. Empty when nothing differs.
+std::string ContentDiffOf(const std::string& path, const std::optional<WholeFile>& before,
+                          const std::optional<WholeFile>& after);
+
+// The same, with a line for a mode or an owner that is another.
 std::string DiffOf(const std::string& path, const std::optional<WholeFile>& before,
                    const std::optional<WholeFile>& after);
 

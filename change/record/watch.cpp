@@ -5,54 +5,21 @@
 
 #include <array>
 #include <cerrno>
-#include <climits>
 #include <csignal>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <dlfcn.h>
-#include <elf.h>
 #include <fcntl.h>
-#include <link.h>
-#include <memory>
 #include <spawn.h>
-#include <sys/auxv.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
-#include <zarnnetchange/change.h>
+
+#include "record/programs.h"
 
 namespace change {
 namespace {
 
 constexpr char kProgram[] = "zarnnet-change-watch";
-
-std::string Folder(const std::string& path) {
-  return path.substr(0, path.rfind('/'));
-}
-
-// The file with this code in it: the library, or the program that it is linked into. The name by
-// which a program was started may be anything; the kernel knows which it is.
-std::string OwnFile() {
-  Dl_info info{};
-  if (::dladdr(reinterpret_cast<void*>(&ZARNNetChangeApply), &info) == 0) return {};
-  const auto header = reinterpret_cast<std::uintptr_t>(info.dli_fbase) + sizeof(ElfW(Ehdr));
-  const bool program = header == ::getauxval(AT_PHDR);
-  const std::unique_ptr<char, void (*)(void*)> real(
-      ::realpath(program ? "/proc/self/exe" : info.dli_fname, nullptr), std::free);
-  return real != nullptr ? real.get() : "";
-}
-
-// Beside the library in the build's tree, else where the installation has it, wherever that was
-// moved to.
-std::string Watcher() {
-  const std::string folder = Folder(OwnFile());
-  for (const char* way : {"/", ZARNNET_LIB_TO_LIBEXEC, ZARNNET_BIN_TO_LIBEXEC}) {
-    std::string path = folder + way + kProgram;
-    if (::access(path.c_str(), X_OK) == 0) return path;
-  }
-  return {};
-}
 
 std::string LockOf(long number) {
   return "/run/zarnnet/watch." + std::to_string(number);
@@ -93,7 +60,7 @@ int StatusOf(pid_t child) {
 }  // namespace
 
 bool StartWatcher(long number, std::string* problem) {
-  std::string path = Watcher();
+  std::string path = OwnProgram(kProgram);
   std::string argument = std::to_string(number);
   std::array<char*, 3> arguments{path.data(), argument.data(), nullptr};
   // Of the caller's environment it needs where libraries are, if that.

@@ -27,6 +27,7 @@ struct Options {
   std::string program = "a program";
   std::vector<std::string> sections;
   std::vector<Path> restart;
+  Json plan;  // that shall hold still; null for none
 };
 
 // A field that is not as wished. A side that cannot show the field has none.

@@ -12,6 +12,7 @@
 #include "document/section.h"
 #include "record/change_lock.h"
 #include "record/generation.h"
+#include "rehearsal/inputs.h"
 #include "rules/rules.h"
 #include "steps/compare.h"
 #include "steps/journal.h"
@@ -282,6 +283,8 @@ Report ActAndCompare(Change* change, const Generation& generation, Report report
 }
 
 Report ApplyLocked(Change* change, Report report, const Progress& progress) {
+  std::string stale = WhyPlanIsStale(change->options.plan, change->wish, change->options);
+  if (!stale.empty()) return End(report, ZARNNETCHANGE_REFUSED, std::move(stale));
   if (!Judge(change, &report)) {
     if (report.result == ZARNNETCHANGE_REFUSED) RecordRefusal(*change, &report);
     return report;
@@ -358,6 +361,20 @@ Report Check(const Json& wish, const Options& options) {
   Report report;
   if (Judge(&change, &report)) NotePlanned(change, &report);
   return report;
+}
+
+Report Rehearse(const Json& wish, const Options& options, const EnterCopy& enter) {
+  Change change = Begin(wish, options);
+  Report report;
+  if (!Judge(&change, &report)) return report;
+  NotePlanned(change, &report);
+  if (report.steps.empty()) return End(report, ZARNNETCHANGE_DONE, DoneReason(report));
+  const auto generation = KeepGeneration();
+  std::string problem = "the kernel cannot be asked about its interfaces";
+  if (!generation || !enter(*generation, &problem))
+    return End(report, ZARNNETCHANGE_FAILED, problem);
+  return ActAndCompare(&change, *generation, std::move(report),
+                       [](std::size_t, std::size_t, const std::string&, double) {});
 }
 
 Report Apply(const Json& wish, const Options& options, const Progress& progress) {

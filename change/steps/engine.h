@@ -5,6 +5,7 @@
 #include <functional>
 #include <string>
 
+#include "record/generation.h"
 #include "steps/report.h"
 
 namespace change {
@@ -15,6 +16,12 @@ using Progress = std::function<void(std::size_t, std::size_t, const std::string&
 
 Report Compare(const Json& wish, const Options& options);
 Report Check(const Json& wish, const Options& options);
+// Has what follows happen in a copy of the machine; false, with a sentence, when there is none.
+using EnterCopy = std::function<bool(const Generation&, std::string*)>;
+
+// The same as Apply(), in the copy: without locks, and for whoever may read.
+Report Rehearse(const Json& wish, const Options& options, const EnterCopy& enter);
+
 Report Apply(const Json& wish, const Options& options, const Progress& progress);
 
 }  // namespace change

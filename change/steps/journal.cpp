@@ -7,6 +7,7 @@
 #include "record/caller.h"
 #include "record/digest.h"
 #include "record/owned_files.h"
+#include "record/secrets.h"
 #include "record/store.h"
 #include "record/watch.h"
 #include "steps/confirm_time.h"
@@ -15,17 +16,6 @@
 
 namespace change {
 namespace {
-
-Json WithoutSecrets(Json wish) {
-  const Shape shape = DocumentShape();
-  const Json fields = wish.flatten();
-  for (const auto& [pointer, value] : fields.items()) {
-    const Path path(pointer);
-    const Shape* const field = ShapeAt(shape, path);
-    if (field != nullptr && field->secret && !value.is_null()) wish[path] = "(secret)";
-  }
-  return wish;
-}
 
 Json OptionsOf(const Options& options) {
   Json json = Json::object();
@@ -44,7 +34,7 @@ Record RecordFor(const Change& change, const Report& report) {
   record.program = change.options.program;
   record.who = CallerAsJson();
   record.from = CallersConnection();
-  record.wish = WithoutSecrets(change.wish);
+  record.wish = WishWithoutSecrets(change.wish);
   record.options = OptionsOf(change.options);
   for (const StepReport& step : report.steps)
     record.steps.push_back(step.step.what);

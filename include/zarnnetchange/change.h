@@ -70,6 +70,36 @@ int ZARNNetChangeCompare(const char* szWish, const char* szOptions, char** ppszR
 int ZARNNetChangeCheck(const char* szWish, const char* szOptions, char** ppszReport);
 
 /**
+ * Plans a change: makes it in a private copy of the machine and tells what that did there. The machine itself is not
+ * touched: no file, no setting of the kernel, no service, no plugin, no frame on the network. The copy has namespaces of
+ * its own (mounts, network, host name, processes), a layer of memory over /etc, /run, /tmp and /var, and a replica of every
+ * interface; programs that work on these run in it, those that reach out of it are noted and answered. Needs Linux 5.12
+ * with overlayfs and veth; another user than root needs user namespaces, and plans with what he may read.
+ * The rehearsal is a program of its own, zarnnet-rehearsal, which is found from the library.
+ * @param szOptions  as for ZARNNetChangeApply(); the network is asked for addresses only when "probe" is true
+ * @param ppszPlan   receives the report of ZARNNetChangeApply(), as the change would end ("state" of a step as rehearsed),
+ *                   and:
+ *                   "wish", "options", "inputs": what the plan was made of; the inputs as hashes. No secret is in it;
+ *                   "files": each "path", "change" ("new", "changed", "gone"), "diff" (unified), and "mode" and "owner"
+ *                   ("before", "after") where they differ;
+ *                   "programs": each "program", "arguments", "rehearsed" (false: it was answered) and "within", the script
+ *                   that made the call;
+ *                   "events": of plugins, each "event", "stage" ("pre", "post"), "arguments";
+ *                   "kernel": each "setting", "before", "after" (null: none);
+ *                   "services": each "name", "action" ("started", "stopped", "restarted", "reloaded") and, where it is
+ *                   known, "downAtLeastSeconds";
+ *                   "notRehearsed": each "what" and "reason";
+ *                   "seconds": how long the rehearsal took
+ * @return what ZARNNetChangeApply() would answer in the copy; ZARNNETCHANGE_FAILED as well where no copy can be made
+ *
+ *     char* szPlan = NULL;
+ *     ZARNNetChangePlan("{\"host\": {\"name\": \"nas\"}}", NULL, &szPlan);
+ *     if (szPlan) fputs(szPlan, stderr);
+ *     ZARNNetChangeFree(szPlan);
+ */
+int ZARNNetChangePlan(const char* szWish, const char* szOptions, char** ppszPlan);
+
+/**
  * Makes a change: checks the wish, keeps what the machine's files and kernel are, takes the steps, reads the machine again
  * and compares it with the wish; whatever fails, everything is put back and compared with what was kept. SIGHUP, SIGINT
  * and SIGTERM are held off on the calling thread from the first step to the end. Needs root.
@@ -81,6 +111,8 @@ int ZARNNetChangeCheck(const char* szWish, const char* szOptions, char** ppszRep
  *                    "probe": false does not ask the network who has an address;
  *                    "restart": paths of what is started anew though nothing of it changes
  *                    ("/interfaces/eth0", "/dhcp_server", "/pppoe", "/pppoe_relay", "/tunnel");
+ *                    "plan": a plan of ZARNNetChangePlan(), as an object; refused when it is for another wish, when its
+ *                    options were others, or when what it was made of has changed since;
  *                    "program": the name that others are told while they wait;
  *                    "confirm": seconds, 0 for the settings' (/etc/zarnnet.conf: confirm_seconds, 60 without it) and
  *                    what the machine needs until such a change can be seen: everything is put back unless

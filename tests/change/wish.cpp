@@ -68,6 +68,30 @@ void Ask(const std::string& wish, const std::string& options) {
   SayReport(report);
 }
 
+// A port as an administrator has it: a second address, the default route, an address of IPv6.
+void SetUpEth0() {
+  Mask("^    [-+]([0-9]+)$", "PID");
+  Mask(R"(^    [-+](.*\\x[0-9a-f][0-9a-f].*)$)", "CIPHER");
+  MakeCipherKey();
+  WriteIfcfg("eth0",
+             "DEVICE=eth0\nONBOOT=yes\nBOOTPROTO=static\nIPADDR=192.168.50.10\n"
+             "NETMASK=255.255.255.0\n");
+  BringUp("eth0");
+  Shell(
+      "echo 0 >/proc/sys/net/ipv6/conf/eth0/dad_transmits;"
+      "ip address add 192.168.50.10/24 dev eth0; ip address add 10.7.0.1/16 dev eth0;"
+      "ip -6 address add 2001:db8::5/64 dev eth0 nodad;"
+      "ip route add default via 192.168.50.1 dev eth0; ip route add 10.99.0.0/16 via 10.7.0.9");
+}
+
+void MakeAll(const std::vector<Wish>& wishes) {
+  for (const Wish& wish : wishes) {
+    if (wish.before != nullptr) Say(Shell(wish.before));
+    Make(wish.wish, wish.options);
+    if (wish.tellsNetwork) Say(Shell("ip -br address; ip route"));
+  }
+}
+
 void MakeCipherKey() {
   char text[4] = "key";
   KOPACCryptBufCrypt(text, sizeof text, text, sizeof text);

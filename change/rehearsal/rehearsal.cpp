@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: Apache-2.0
+// The rehearsal is a program of its own beside the library: a process with other threads cannot
+// enter namespaces, and nothing of the caller's shall be in the copy. It gets the wish on its
+// standard input and answers on its standard output.
+#include "rehearsal/rehearsal.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <zarnnetchange/change.h>
+
+#include "record/programs.h"
+#include "record/secrets.h"
+#include "rehearsal/inputs.h"
+
+namespace change {
+namespace {
+
+constexpr char kProgram[] = "zarnnet-rehearsal";
+constexpr int kLongestMilliseconds = 120000;
+
+// Our end of a line to a child whose standard input and output are the other end.
+class Child {
+ public:
+  explicit Child(const std::string& path) {
+    std::array<int, 2> ends{};
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) return;
+    line_ = ends[0];
+    Start(path, ends[1]);
+    ::close(ends[1]);
+  }
+  ~Child() {
+    if (line_ >= 0) ::close(line_);
+    if (pid_ <= 0) return;
+    if (!ended_) ::kill(pid_, SIGKILL);
+    while (::waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
+    }
+  }
+  Child(const Child&) = delete;
+  Child& operator=(const Child&) = delete;
+
+  [[nodiscard]] bool IsStarted() const { return pid_ > 0; }
+
+  bool Send(const std::string& text) {
+    for (std::size_t at = 0; at < text.size();) {
+      const ssize_t sent = ::send(line_, text.data() + at, text.size() - at, MSG_NOSIGNAL);
+      if (sent <= 0) return false;
+      at += static_cast<std::size_t>(sent);
+    }
+    return ::shutdown(line_, SHUT_WR) == 0;
+  }
+
+  // All that it says, until it ends.
+  std::string Answer() {
+    std::string answer;
+    std::array<char, 16384> block{};
+    pollfd ready{line_, POLLIN, 0};
+    while (::poll(&ready, 1, kLongestMilliseconds) == 1) {
+      const ssize_t length = ::recv(line_, block.data(), block.size(), 0);
+      if (length <= 0) {
+        ended_ = true;
+        break;
+      }
+      answer.append(block.data(), static_cast<std::size_t>(length));
+    }
+    return answer;
+  }
+
+ private:
+  void Start(const std::string& path, int end) {
+    posix_spawn_file_actions_t actions;
+    posix_spawnattr_t attributes;
+    sigset_t signals;
+    ::posix_spawn_file_actions_init(&actions);
+    ::posix_spawnattr_init(&attributes);
+    ::posix_spawn_file_actions_adddup2(&actions, end, STDIN_FILENO);
+    ::posix_spawn_file_actions_adddup2(&actions, end, STDOUT_FILENO);
+    ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    ::posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
+    ::sigemptyset(&signals);
+    ::posix_spawnattr_setsigmask(&attributes, &signals);
+    ::sigfillset(&signals);
+    ::posix_spawnattr_setsigdefault(&attributes, &signals);
+    ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    const char* const argv[] = {path.c_str(), nullptr};
+    if (::posix_spawn(&pid_, path.c_str(), &actions, &attributes, const_cast<char**>(argv),
+                      environ) != 0)
+      pid_ = -1;
+    ::posix_spawn_file_actions_destroy(&actions);
+    ::posix_spawnattr_destroy(&attributes);
+  }
+
+  int line_ = -1;
+  pid_t pid_ = -1;
+  bool ended_ = false;
+};
+
+Json Failed(const std::string& reason) {
+  return {{"result", ZARNNETCHANGE_FAILED}, {"reason", reason}};
+}
+
+Json Rehearsed(const Json& request) {
+  const std::string path = OwnProgram(kProgram);
+  if (path.empty())
+    return Failed(std::string("the program ") + kProgram + " is not beside the library");
+  Child child(path);
+  if (!child.IsStarted()) return Failed(path + " cannot be started: " + std::strerror(errno));
+  const bool sent = child.Send(request.dump());
+  Json answer = Json::parse(child.Answer(), nullptr, false);
+  if (!sent || !answer.is_object() || !answer.contains("result"))
+    return Failed("the rehearsal has not come to its end");
+  return answer;
+}
+
+}  // namespace
+
+Json Plan(const Json& wish, const Options& options) {
+  Json request = PlannedOptions(options);
+  request["probe"] = options.probe;
+  Json plan{{"plan", 1},
+            {"wish", WishWithoutSecrets(wish)},
+            {"options", PlannedOptions(options)},
+            {"inputs", InputsNow()}};
+  plan.update(Rehearsed({{"wish", wish}, {"options", request}}));
+  // Whatever changed while it was rehearsed would make another plan.
+  if (plan["inputs"] != InputsNow())
+    plan.update(Failed("the machine's network changed while the change was rehearsed: try again"));
+  return plan;
+}
+
+}  // namespace change

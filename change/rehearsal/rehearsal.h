@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a change would do, found by doing it in a private copy of the machine.
+#pragma once
+
+#include "steps/change_state.h"
+
+namespace change {
+
+// The plan as it is told, with its "result".
+Json Plan(const Json& wish, const Options& options);
+
+}  // namespace change
