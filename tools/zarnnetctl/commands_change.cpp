@@ -3,12 +3,10 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <zarnnetchange/change.h>
 
 #include "commands.h"
-#include "output.h"
 #include "query.h"
-#include "waiting.h"
+#include "wish.h"
 
 namespace tool {
 namespace {
@@ -22,46 +20,60 @@ std::string ReadText(const std::string& path) {
 
 struct Asked {
   std::string file;
+  std::string plan;
   std::string options = "{}";
-  std::optional<int> confirm;
 };
 
-// The exit status is the result of the library of changes.
-void Print(const Report& report, int result, Context* context) {
-  std::cout << report.Text() << '\n';
-  context->status = result;
+Json ObjectIn(const std::string& text, const std::string& where) {
+  Json json = Json::parse(text, nullptr, false);
+  if (!json.is_object()) throw WrongUsage(where, "a JSON object belongs here");
+  return json;
 }
 
-// What is no object of options is left as it is, for the library to refuse.
-std::string OptionsOf(const Asked& asked) {
-  Json options = Json::parse(asked.options, nullptr, false);
-  if (!options.is_object()) return asked.options;
-  if (!options.contains("program")) options["program"] = "zarnnetctl";
-  if (asked.confirm) options["confirm"] = *asked.confirm;
-  return options.dump();
+// A plan shows no secrets, so that it cannot be the wish of a change that has one.
+std::string WishOf(const Json& plan) {
+  std::string wish = plan.value("wish", Json::object()).dump();
+  if (wish.find("\"(secret)\"") != std::string::npos)
+    throw WrongUsage("--plan", "the wish has secrets, which no plan has: name its FILE too");
+  return wish;
 }
 
 void Apply(const Asked& asked, Context* context) {
-  Report report;
-  const int result = ZARNNetChangeApply(ReadText(asked.file).c_str(), OptionsOf(asked).c_str(),
-                                        nullptr, nullptr, report.Out());
-  Print(report, result, context);
-  AskToConfirm(report.AsJson(), context);
+  Json options = OptionsOf(*context);
+  options.update(ObjectIn(asked.options, "--options"));
+  if (asked.plan.empty()) {
+    if (asked.file.empty()) throw WrongUsage("FILE", "name the document, or a plan with --plan");
+    return MakeChange(*context, ReadText(asked.file), options);
+  }
+  const Json plan = ObjectIn(ReadText(asked.plan), asked.plan);
+  options.update(plan.value("options", Json::object()));
+  options["plan"] = plan;
+  MakeChange(*context, asked.file.empty() ? WishOf(plan) : ReadText(asked.file), options);
+}
+
+void Plan(const std::string& file, Context* context) {
+  context->change.plan = true;
+  MakeChange(*context, ReadText(file), OptionsOf(*context));
 }
 
 }  // namespace
 
 void AddChangeCommands(const Group& app, Context& context) {
-  const Verb apply = AddVerb(app, context, "apply", "Makes the machine as a document says",
-                             "  zarnnetctl apply wish.json");
+  const Verb apply = AddChange(app, context, "apply", "Makes the machine as a document says",
+                               "  zarnnetctl apply wish.json\n"
+                               "  zarnnetctl plan wish.json --json >plan.json\n"
+                               "  zarnnetctl apply --plan plan.json",
+                               Planning::kNone);
   auto asked = std::make_shared<Asked>();
-  apply.AddOption("FILE", asked->file, "The wish as JSON; - is standard input").Required().File();
+  apply.AddOption("FILE", asked->file, "The wish as JSON; - is standard input").File();
+  apply.AddOption("--plan", asked->plan, "A plan as JSON: exactly that, unless the machine changed")
+      .File();
   apply.AddOption("--options", asked->options, "Options of the change, as JSON");
-  apply
-      .AddOption("--confirm", asked->confirm,
-                 "Seconds to confirm it, 0 for those of the settings; else it goes back")
-      .Within(0, 86400);
   apply.Run([asked, &context] { Apply(*asked, &context); });
+  const Verb plan = AddChange(app, context, "plan", "Shows exactly what a document would change",
+                              "  zarnnetctl plan wish.json", Planning::kNone);
+  plan.AddOption("FILE", asked->file, "The wish as JSON; - is standard input").Required().File();
+  plan.Run([asked, &context] { Plan(asked->file, &context); });
 }
 
 }  // namespace tool

@@ -7,7 +7,7 @@
 
 #include "commands.h"
 #include "output.h"
-#include "waiting.h"
+#include "wish.h"
 
 namespace tool {
 namespace {
@@ -15,18 +15,12 @@ namespace {
 struct Asked {
   std::optional<int> number;
   std::optional<int> extend;
-  std::optional<int> confirm;
-  bool force = false;
-  bool keep = false;
   bool starting = false;
 
   [[nodiscard]] Json Options() const {
     Json options{{"program", "zarnnetctl"}};
     if (number) options["number"] = *number;
     if (extend) options["extend"] = *extend;
-    if (confirm) options["confirm"] = *confirm;
-    if (force) options["insist"] = true;
-    if (keep) options["keep"] = true;
     if (starting) options["starting"] = true;
     return options;
   }
@@ -37,27 +31,12 @@ Word AddNumber(const Verb& verb, Asked& asked, const std::string& description) {
   return verb.AddOption("N", asked.number, description).Within(1, kMost);
 }
 
-// The whole as JSON; for people what came of it, on standard error when that is not as wished.
-void Print(const Json& report, Context* context) {
-  context->status = report.value("result", ZARNNETCHANGE_FAILED);
-  if (context->json) return PrintJson("report", report);
-  const bool done = context->status == ZARNNETCHANGE_DONE;
-  std::ostream& stream = done ? std::cout : std::cerr;
-  stream << (done ? "" : "zarnnetctl: ") << report.value("reason", "no memory") << '\n';
-  for (const char* list : {"findings", "problems"}) {
-    for (const Json& row : report.value(list, Json::array())) {
-      const std::string sentence = row.is_string() ? row : row["sentence"];
-      if (report.value("reason", "").find(sentence) == std::string::npos)
-        stream << "  " << sentence << '\n';
-    }
-  }
-}
-
 void Undo(const Asked& asked, Context* context) {
+  Json options = OptionsOf(*context);
+  options.update(asked.Options());
   Report report;
-  ZARNNetChangeUndo(asked.Options().dump().c_str(), nullptr, nullptr, report.Out());
-  Print(report.AsJson(), context);
-  AskToConfirm(report.AsJson(), context);
+  ZARNNetChangeUndo(options.dump().c_str(), nullptr, nullptr, report.Out());
+  TellReport(*context, report);
 }
 
 // ---- history
@@ -120,7 +99,7 @@ void History(const Asked& asked, Context* context) {
   ZARNNetChangeHistory(asked.Options().dump().c_str(), report.Out());
   const Json history = report.AsJson();
   if (history.value("result", ZARNNETCHANGE_FAILED) != ZARNNETCHANGE_DONE)
-    return Print(history, context);
+    return TellReport(*context, report);
   const char* const name = asked.number ? "change" : "changes";
   if (context->json) {
     PrintJson(name, history[name]);
@@ -143,19 +122,16 @@ void AddHistoryCommands(const Group& app, Context& context) {
   confirm.Run([asked, &context] {
     Report report;
     ZARNNetChangeConfirm(asked->Options().dump().c_str(), report.Out());
-    Print(report.AsJson(), &context);
+    TellReport(context, report);
   });
   const Verb history = AddVerb(app, context, "history", "Lists the changes, or shows one",
                                "  zarnnetctl history\n  zarnnetctl history 17");
   AddNumber(history, *asked, "The number of the change to show");
   history.Run([asked, &context] { History(*asked, &context); });
-  const Verb undo = AddVerb(app, context, "undo", "Goes back to before a change",
-                            "  zarnnetctl undo\n  zarnnetctl undo 17 --confirm 60");
+  const Verb undo =
+      AddChange(app, context, "undo", "Goes back to before a change",
+                "  zarnnetctl undo\n  zarnnetctl undo 17 --confirm 60", Planning::kNone);
   AddNumber(undo, *asked, "The number of the change; the last one without it");
-  undo.AddOption("--confirm", asked->confirm, "Seconds to confirm it, 0 for those of the settings")
-      .Within(0, 86400);
-  undo.AddFlag("--force", asked->force, "Also what was changed by hand since, or cuts off");
-  undo.AddFlag("--keep", asked->keep, "Keep what does not become as it was");
   undo.Run([asked, &context] { Undo(*asked, &context); });
   const Verb recover =
       AddVerb(app, context, "recover", "Puts back what was not confirmed or not ended",
@@ -164,7 +140,7 @@ void AddHistoryCommands(const Group& app, Context& context) {
   recover.Run([asked, &context] {
     Report report;
     ZARNNetChangeRecover(asked->Options().dump().c_str(), report.Out());
-    Print(report.AsJson(), &context);
+    TellReport(context, report);
   });
 }
 

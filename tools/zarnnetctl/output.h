@@ -3,6 +3,7 @@
 #pragma once
 
 #include <nlohmann/json_fwd.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,7 +17,9 @@ using Json = nlohmann::ordered_json;
 struct ChangeOptions {
   bool force = false;
   bool keep = false;
-  int wait = 5;  // seconds
+  bool plan = false;
+  int wait = 5;                // seconds
+  std::optional<int> confirm;  // seconds
 };
 
 // What the command line asks of every verb alike.

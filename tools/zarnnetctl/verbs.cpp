@@ -98,8 +98,9 @@ Verb AddVerb(const Group& group, Context& context, const std::string& name,
 }
 
 Verb AddChange(const Group& group, Context& context, const std::string& name,
-               const std::string& description, const std::string& examples) {
+               const std::string& description, const std::string& examples, Planning planning) {
   constexpr int kMostSeconds = 3600;
+  constexpr int kMostConfirm = 86400;
   CLI::App* const verb = group.app->add_subcommand(name, description);
   ChangeOptions& change = context.change;
   verb->add_flag("--json", context.json, "Print the report as JSON");
@@ -108,6 +109,11 @@ Verb AddChange(const Group& group, Context& context, const std::string& name,
   verb->add_flag("--keep", change.keep, "Keep what is stored, though it is not in effect");
   verb->add_option("--wait", change.wait, "Seconds to wait for another's change to end (5)")
       ->check(CLI::Range(0, kMostSeconds));
+  verb->add_option("--confirm", change.confirm,
+                   "Seconds in which to confirm it, 0 for those of the settings; else it goes back")
+      ->check(CLI::Range(0, kMostConfirm));
+  if (planning == Planning::kFlag)
+    verb->add_flag("--plan", change.plan, "Show exactly what would happen, and change nothing");
   verb->add_flag("-q,--quiet", context.quiet, "Say nothing of what went well");
   verb->add_flag("-v,--verbose", context.verbose, "Show the steps, with their files and programs");
   verb->option_defaults()->group("Options");

@@ -85,9 +85,13 @@ Group AddGroup(const Group& group, const std::string& name, const std::string& d
 Verb AddVerb(const Group& group, Context& context, const std::string& name,
              const std::string& description, const std::string& examples);
 
+// Whether a change has the flag --plan, by which it is shown and not made.
+enum class Planning { kFlag, kNone };
+
 // A verb that makes a change: with the options that every change has.
 Verb AddChange(const Group& group, Context& context, const std::string& name,
-               const std::string& description, const std::string& examples);
+               const std::string& description, const std::string& examples,
+               Planning planning = Planning::kFlag);
 
 // Adds an operand that must be given; its value is there when the verb runs.
 std::shared_ptr<std::string> AddOperand(const Verb& verb, const std::string& name,

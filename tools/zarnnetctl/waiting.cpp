@@ -55,12 +55,12 @@ Report::~Report() {
 }
 
 Json Report::AsJson() const {
-  return Json::parse(Text());
+  return Json::parse(Text(), nullptr, false);
 }
 
 void AskToConfirm(const Json& report, Context* context) {
-  if (context->json || !report.contains("confirm") || ::isatty(STDIN_FILENO) == 0 ||
-      ::isatty(STDERR_FILENO) == 0)
+  if (context->json || context->quiet || !report.contains("confirm") ||
+      ::isatty(STDIN_FILENO) == 0 || ::isatty(STDERR_FILENO) == 0)
     return;
   const int number = report["confirm"].value("number", 0);
   const std::string options = Json{{"number", number}, {"program", "zarnnetctl"}}.dump();

@@ -6,33 +6,12 @@
 #include <nlohmann/json.hpp>
 #include <zarnnetchange/change.h>
 
+#include "plan.h"
 #include "progress.h"
 #include "query.h"
 
 namespace tool {
 namespace {
-
-// A text of the library, freed at the end of its scope.
-struct Text {
-  char* text = nullptr;
-
-  Text() = default;
-  ~Text() { ZARNNetChangeFree(text); }
-  Text(const Text&) = delete;
-  Text& operator=(const Text&) = delete;
-  [[nodiscard]] Json Parsed() const {
-    return Json::parse(text != nullptr ? text : "{}", nullptr, false);
-  }
-};
-
-std::string OptionsOf(const Context& context, const std::vector<std::string>& restart) {
-  const Json options{{"program", "zarnnetctl"},
-                     {"insist", context.change.force},
-                     {"keep", context.change.keep},
-                     {"wait", context.change.wait},
-                     {"restart", restart}};
-  return options.dump();
-}
 
 // What was typed need not be UTF-8.
 std::string TextOf(const Json& wish) {
@@ -74,13 +53,13 @@ bool CanBeInsistedOn(const Json& findings) {
 void PrintUnmade(const Json& report, int result) {
   const std::string reason = Said(report, "reason");
   std::cerr << "zarnnetctl: " << reason << '\n';
-  for (const Json& finding : report["findings"])
+  for (const Json& finding : report.value("findings", Json::array()))
     PrintFurther(reason, Said(finding, "path") + ": " + Said(finding, "sentence"));
-  for (const Json& difference : report["differences"])
+  for (const Json& difference : report.value("differences", Json::array()))
     PrintFurther(reason, DifferenceText(difference));
   for (const Json& problem : report.value("problems", Json::array()))
     PrintFurther(reason, problem.get<std::string>());
-  if (result == ZARNNETCHANGE_REFUSED && CanBeInsistedOn(report["findings"]))
+  if (result == ZARNNETCHANGE_REFUSED && CanBeInsistedOn(report.value("findings", Json::array())))
     std::cerr << "  --force does it all the same\n";
   if (result == ZARNNETCHANGE_OTHERWISE && report.contains("restored"))
     std::cerr << "  --keep stores it all the same, for a driver or a partner that is yet to come\n";
@@ -94,11 +73,11 @@ void PrintMade(const Json& report) {
     if (reason.find(text) == std::string::npos) PrintLine({{text}});
   };
   PrintLine({{reason}});
-  for (const Json& finding : report["findings"])
+  for (const Json& finding : report.value("findings", Json::array()))
     further("note: " + Said(finding, "path") + ": " + Said(finding, "sentence"));
-  for (const Json& sentence : report["repaired"])
+  for (const Json& sentence : report.value("repaired", Json::array()))
     further("put right: " + sentence.get<std::string>());
-  for (const Json& awaited : report["awaited"])
+  for (const Json& awaited : report.value("awaited", Json::array()))
     further(Said(awaited, "sentence"));
   for (const Json& sentence : report.value("lost", Json::array()))
     further(sentence.get<std::string>());
@@ -113,35 +92,59 @@ void PrintSteps(const Json& steps) {
 }
 
 void Print(const Context& context, const Json& report, int result) {
-  if (context.verbose) PrintSteps(report["steps"]);
+  if (context.verbose) PrintSteps(report.value("steps", Json::array()));
   if (result != ZARNNETCHANGE_DONE) return PrintUnmade(report, result);
   if (!context.quiet) PrintMade(report);
 }
 
 }  // namespace
 
-void MakeChange(Context& context, const Json& wish, const std::vector<std::string>& restart) {
-  Text report;
+Json OptionsOf(const Context& context) {
+  const ChangeOptions& change = context.change;
+  Json options{{"program", "zarnnetctl"},
+               {"insist", change.force},
+               {"keep", change.keep},
+               {"wait", change.wait}};
+  if (change.confirm) options["confirm"] = *change.confirm;
+  return options;
+}
+
+void TellReport(Context& context, const Report& report) {
+  const Json json = report.AsJson();
+  if (!json.contains("result"))
+    throw Failure("cannot make the change", ZARNNETERR_NO_MEMORY, ReasonOf(ZARNNETERR_NO_MEMORY));
+  context.status = json["result"].get<int>();
+  if (context.json) {
+    std::cout << report.Text() << '\n';
+  } else {
+    Print(context, json, context.status);
+  }
+  AskToConfirm(json, &context);
+}
+
+void MakeChange(Context& context, const std::string& wish, const Json& options) {
+  const std::string asked = options.dump(-1, ' ', false, Json::error_handler_t::replace);
+  if (context.change.plan) return ShowPlan(context, wish, asked);
+  Report report;
   {
     Progress progress(!context.quiet);
-    context.status = ZARNNetChangeApply(TextOf(wish).c_str(), OptionsOf(context, restart).c_str(),
-                                        &Progress::Tell, &progress, &report.text);
+    ZARNNetChangeApply(wish.c_str(), asked.c_str(), &Progress::Tell, &progress, report.Out());
   }
-  if (report.text == nullptr)
-    throw Failure("cannot make the change", ZARNNETERR_NO_MEMORY, ReasonOf(ZARNNETERR_NO_MEMORY));
-  if (context.json) {
-    std::cout << report.text << '\n';
-  } else {
-    Print(context, report.Parsed(), context.status);
-  }
+  TellReport(context, report);
+}
+
+void MakeChange(Context& context, const Json& wish, const std::vector<std::string>& restart) {
+  Json options = OptionsOf(context);
+  options["restart"] = restart;
+  MakeChange(context, TextOf(wish), options);
 }
 
 Json ReadState(const std::vector<std::string>& sections) {
-  Text state;
+  Report state;
   const Json options{{"sections", sections}};
-  if (ZARNNetChangeRead(options.dump().c_str(), &state.text) != ZARNNETCHANGE_DONE)
-    throw Failure("cannot read the configuration", std::nullopt, Said(state.Parsed(), "reason"));
-  return state.Parsed();
+  if (ZARNNetChangeRead(options.dump().c_str(), state.Out()) != ZARNNETCHANGE_DONE)
+    throw Failure("cannot read the configuration", std::nullopt, Said(state.AsJson(), "reason"));
+  return state.AsJson();
 }
 
 Json PartOf(const Json& state, const std::string& path) {

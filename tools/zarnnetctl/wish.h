@@ -8,12 +8,22 @@
 #include <vector>
 
 #include "output.h"
+#include "waiting.h"
 
 namespace tool {
 
 // Makes the machine as the wish says, and starts anew what these paths name. Tells what came of it,
 // and sets the exit status.
 void MakeChange(Context& context, const Json& wish, const std::vector<std::string>& restart = {});
+
+// The same for a wish as it was written, with options that only some changes have.
+void MakeChange(Context& context, const std::string& wish, const Json& options);
+
+// Tells what came of a change, and sets the exit status.
+void TellReport(Context& context, const Report& report);
+
+// Options that all changes have, as the library takes them.
+Json OptionsOf(const Context& context);
 
 // Sections of the state document, as it is configured; without them all.
 Json ReadState(const std::vector<std::string>& sections);

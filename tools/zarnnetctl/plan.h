@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: Apache-2.0
+// Plans: exactly what a change would do.
+#pragma once
+
+#include <string>
+
+#include "output.h"
+
+namespace tool {
+
+// Shows the plan of a wish under these options of the library of changes, both JSON, and sets the
+// exit status to what the change would end with.
+void ShowPlan(Context& context, const std::string& wish, const std::string& options);
+
+}  // namespace tool
