@@ -64,7 +64,8 @@ bool StartWatcher(long number, std::string* problem) {
   std::string argument = std::to_string(number);
   std::array<char*, 3> arguments{path.data(), argument.data(), nullptr};
   // Of the caller's environment it needs where libraries are, if that.
-  std::vector<char*> environment;
+  std::string programs = "PATH=/usr/sbin:/usr/bin:/sbin:/bin";
+  std::vector<char*> environment{programs.data()};
   std::string libraries = "LD_LIBRARY_PATH=";
   if (const char* const value = std::getenv("LD_LIBRARY_PATH")) {
     libraries += value;

@@ -162,7 +162,9 @@ std::vector<std::string> ChangedByHand(const std::vector<Record>& records) {
 void Judge(const Past& past, const Generation& now, Findings* findings) {
   for (const std::string& path : ChangedByHand(past.records)) {
     findings->Add("changed_by_hand", Path() / "files" / path, Severity::kInsistable,
-                  path + " was changed since, by something else than a change: that would be lost");
+                  path +
+                      " was changed since, by something else than a change: that would be lost, "
+                      "insist to lose it");
   }
   const std::string lost = OwnPathLostBy(now.kernel, past.target.kernel);
   if (!lost.empty()) findings->Add("own_path", Path(), Severity::kInsistable, lost);

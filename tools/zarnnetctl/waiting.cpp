@@ -35,7 +35,9 @@ void Keep(const std::string& options, Context* context) {
 
 void GoBack(const std::string& options, Context* context) {
   Report report;
-  Tell(report, ZARNNetChangeUndo(options.c_str(), nullptr, nullptr, report.Out()), context);
+  const int result = ZARNNetChangeUndo(options.c_str(), nullptr, nullptr, report.Out());
+  // What was asked for is not in effect.
+  Tell(report, result == ZARNNETCHANGE_DONE ? ZARNNETCHANGE_FAILED : result, context);
 }
 
 // It was confirmed elsewhere, or is back by now; the library puts it back if nobody else has.
