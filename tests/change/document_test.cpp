@@ -32,7 +32,6 @@ void SetEverything() {
   WriteFile("/etc/zarninfo.conf",
             "dns_mode=\"static\"\neth0_mtu=\"1400\"\npppoe_enable=\"no\"\n"
             "net_topology=\"bridge\"\n");
-  WriteFile("/etc.defaults/zarninfo.conf", "support_net_topology=\"yes\"\n");
   Make(
       R"({"pppoe":{"interface":"eth0","user":"bob","password":"Hidden.1"},)"
       R"("tunnel":{"server":"broker.example","user":"bob","password":"Hidden.2"},)"

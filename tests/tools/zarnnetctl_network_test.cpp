@@ -79,7 +79,7 @@ TEST(Net, ThePrimaryInterfaceIsSetAndAPortRenamed) {
 
 TEST(Virtual, RolesAndTopologyAreStoredAndShown) {
   Shell("ip link add br0 type bridge; ip link set br0 up; ip link set eth1 master br0 up");
-  WriteFile("/etc.defaults/zarninfo.conf", "support_net_topology=\"yes\"\n");
+  WriteFile("/etc/zarninfo.conf", "support_net_topology=\"yes\"\n");
   WriteIfcfg("br0", "");
   WriteIfcfg("eth1", "IPADDR=10.0.0.1\nNETMASK=255.0.0.0\nBOOTPROTO=static");
   TypeSession();
