@@ -89,6 +89,10 @@ TEST(Changes, AreNeverCalledDoneWhenTheyAreNot) {
   TypeSession();
 }
 
+TEST(Changes, MistakesAreToldAndHarmNothing) {
+  TypeSession();
+}
+
 TEST(Show, IsTheMachineOnOneScreen) {
   TypeSession();
 }
