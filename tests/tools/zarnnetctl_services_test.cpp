@@ -32,7 +32,6 @@ TEST(Pppoe, WhatIsNotNamedStaysAndThePasswordIsNeverShown) {
 
 TEST(Pppoe, AStartThatFailsSaysWhyAndTheStatusTellsTheLink) {
   WriteFile("/etc/ppp/pppoe.conf", "ETH=eth1\nUSER='bob'\nMTU=1492\n");
-  RecordTool("/usr/sbin/pppoe-stop");
   RecordTool("/usr/sbin/pppoe-start", 1);
   RecordTool("/usr/sbin/pppoe-status", 0, "ppp7 Link encap:Point-to-Point Protocol\n");
   TypeSession();
