@@ -141,6 +141,8 @@ void ServerTakesTheValues(const Change& change, Findings* findings) {
     for (const auto& [name, value] : options.items()) {
       if ((value.is_array() && value.empty()) || (value.is_string() && TextOf(value).empty()))
         Refuse("dhcp_option", path / name, "an option has a value: null removes it", findings);
+      if (TextOf(value).find('"') != std::string::npos)
+        Refuse("dhcp_option", path / name, "a quote would keep the server from starting", findings);
     }
   }
 }

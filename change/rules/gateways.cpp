@@ -52,6 +52,14 @@ void GatewayStaysReached(const Change& change, Findings* findings) {
   if (route == nullptr || route->gateway.empty() || change.wish.contains(kGateway)) return;
   const Path path = "interfaces" / route->ifname / "ipv4";
   if (!change.Concerns(path) || AsksForALease(change)) return;
+  for (const std::string& ifname : AllInterfaces(change)) {
+    const auto subnet = SubnetOf(change, ifname);
+    if (!subnet || subnet->address != route->gateway) continue;
+    return findings->Add("address_of_gateway", path, Severity::kRefused,
+                         route->gateway +
+                             " is the default gateway's address: name another one, or another "
+                             "gateway in the same change");
+  }
   if (IsReached(change, NumberOfIpv4(route->gateway))) return;
   findings->Add("gateway_left_behind", path, Severity::kInsistable,
                 "the default gateway " + route->gateway +

@@ -103,10 +103,10 @@ void NewNamesAreFree(const Change& change, Findings* findings) {
 
 void TopologyIsSupported(const Change& change, Findings* findings) {
   if (!change.wish.contains("topology")) return;
-  const std::string support = KeyOf(frame::paths::kFactoryInfo, "support_net_topology");
+  const std::string support = KeyOf(frame::paths::kInfo, "support_net_topology");
   if (support == "yes" || Member(change.before, "topology").is_object()) return;
   findings->Add("no_topologies", Path("/topology"), Severity::kRefused,
-                "this machine has no topologies (its factory settings do not say "
+                "this machine has no topologies (its settings do not say "
                 "support_net_topology=\"yes\"): leave the section out");
 }
 

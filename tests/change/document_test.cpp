@@ -31,8 +31,7 @@ void SetEverything() {
   WriteFile("/etc/resolv.conf.static", "nameserver 192.168.50.1\n");
   WriteFile("/etc/zarninfo.conf",
             "dns_mode=\"static\"\neth0_mtu=\"1400\"\npppoe_enable=\"no\"\n"
-            "net_topology=\"bridge\"\n");
-  WriteFile("/etc.defaults/zarninfo.conf", "support_net_topology=\"yes\"\n");
+            "net_topology=\"bridge\"\nsupport_net_topology=\"yes\"\n");
   Make(
       R"({"pppoe":{"interface":"eth0","user":"bob","password":"Hidden.1"},)"
       R"("tunnel":{"server":"broker.example","user":"bob","password":"Hidden.2"},)"

@@ -72,6 +72,7 @@ TEST(Rules, Addresses) {
   Ask(Ipv4("eth2", R"("address":"10.1.7.7","prefix":24)"));
   Ask(Ipv4("eth2", R"("address":"10.1.7.7","prefix":24)"), R"({"insist":true})");
   Ask(Ipv4("eht2", R"("address":"10.9.0.1","prefix":24)"));
+  Shell("ip route del default");
   Ask(Ipv4("eth0", R"("address":"192.168.50.1")"));
   Ask(Ipv4("eth0", R"("address":"192.168.50.1")"), R"({"probe":false})");
 }

@@ -33,7 +33,6 @@ TEST(Ip, IsSetInBothNotationsAndFlushedByFamily) {
   TypeSession();
 }
 
-// A switch that switches nothing, as for the kinds of interface that the library leaves alone.
 TEST(Ip, AnAddressThatStaysIsAFailure) {
   TypeSession();
 }
@@ -78,8 +77,9 @@ TEST(Net, ThePrimaryInterfaceIsSetAndAPortRenamed) {
 }
 
 TEST(Virtual, RolesAndTopologyAreStoredAndShown) {
+  Mask("^(    [+][0-9]*)$", "");
   Shell("ip link add br0 type bridge; ip link set br0 up; ip link set eth1 master br0 up");
-  WriteFile("/etc.defaults/zarninfo.conf", "support_net_topology=\"yes\"\n");
+  WriteFile("/etc/zarninfo.conf", "support_net_topology=\"yes\"\n");
   WriteIfcfg("br0", "");
   WriteIfcfg("eth1", "IPADDR=10.0.0.1\nNETMASK=255.0.0.0\nBOOTPROTO=static");
   TypeSession();
@@ -89,6 +89,12 @@ TEST(Changes, AreNeverCalledDoneWhenTheyAreNot) {
   TypeSession();
 }
 
+TEST(Changes, MistakesAreToldAndHarmNothing) {
+  TypeSession();
+}
+
 TEST(Show, IsTheMachineOnOneScreen) {
+  BringUp("eth0");
+  BringUp("eth1");
   TypeSession();
 }

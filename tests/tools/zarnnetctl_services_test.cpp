@@ -32,20 +32,9 @@ TEST(Pppoe, WhatIsNotNamedStaysAndThePasswordIsNeverShown) {
 
 TEST(Pppoe, AStartThatFailsSaysWhyAndTheStatusTellsTheLink) {
   WriteFile("/etc/ppp/pppoe.conf", "ETH=eth1\nUSER='bob'\nMTU=1492\n");
-  WriteFile("/etc/zarninfo.conf", "");
-  RecordTool("/usr/sbin/pppoe-stop");
-  RecordTool("/usr/sbin/pppoe-start", 19);
-  Type("pppoe start\n$ echo \"'bob' * 'pass'\" >/etc/ppp/pap-secrets\npppoe start\n");
   RecordTool("/usr/sbin/pppoe-start", 1);
-  Type("pppoe start\npppoe status --json");
-  RecordTool("/usr/sbin/pppoe-start");
   RecordTool("/usr/sbin/pppoe-status", 0, "ppp7 Link encap:Point-to-Point Protocol\n");
-  Type(R"(
-$ ip link add ppp7 type bridge; ip address add 203.0.113.7/32 dev ppp7; ip link set ppp7 up
-pppoe start --json
-pppoe status
-pppoe stop
-)");
+  TypeSession();
 }
 
 TEST(PppoeRelay, IsStoredAppliedAndCleared) {

@@ -6,6 +6,7 @@
 #include <iostream>
 #include <new>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "commands.h"
@@ -62,34 +63,60 @@ bool AnswersPrograms(const CommandLine& line, const Words& words) {
   return true;
 }
 
+using AddVerbs = void (*)(const Group&, Context&);
+
+// The groups in the order of the help, each with the words that begin its verbs.
+struct Part {
+  AddVerbs add;
+  std::vector<std::string_view> words;
+};
+
+const std::vector<Part>& Parts() {
+  static const std::vector<Part> parts{
+      {AddShowCommands, {"show"}},
+      {AddIfCommands, {"if"}},
+      {AddIpCommands, {"ip"}},
+      {AddLinkCommands, {"link", "mac"}},
+      {AddBlockCommands, {"block"}},
+      {AddIpv6Commands, {"ipv6"}},
+      {AddDnsCommands, {"dns"}},
+      {AddRouteCommands, {"gateway", "route"}},
+      {AddPppoeCommands, {"pppoe", "pppoe-relay"}},
+      {AddTunnelCommands, {"tunnel"}},
+      {AddBondCommands, {"bond"}},
+      {AddBridgeCommands, {"bridge", "vlan"}},
+      {AddTopologyCommands, {"topology", "conflict", "tree"}},
+      {AddDhcpdCommands, {"dhcp", "dhcpd"}},
+      {AddNetCommands, {}},
+      {AddStatCommands, {"stat"}},
+      {AddMonitorCommands, {}},
+      {AddSystemCommands, {"mtu", "hostname"}},
+      {AddChangeCommands, {"apply", "plan"}},
+      {AddHistoryCommands, {"confirm", "history", "undo", "recover"}},
+  };
+  return parts;
+}
+
+// All verbs, or where the first word tells which is meant its group alone: to make them all takes
+// longer than most of them run.
+void AddVerbsFor(const Words& words, const Group& verbs, Context& context) {
+  const std::string_view first = words.empty() ? std::string_view() : words.front();
+  for (const Part& part : Parts()) {
+    if (std::find(part.words.begin(), part.words.end(), first) != part.words.end())
+      return part.add(verbs, context);
+  }
+  for (const Part& part : Parts())
+    part.add(verbs, context);
+}
+
 int Run(int argc, char** argv) {
   std::setlocale(LC_CTYPE, "");
   const CommandLine line;
-  const Group verbs = line.Verbs();
   Context context;
-  AddShowCommands(verbs, context);
-  AddIfCommands(verbs, context);
-  AddIpCommands(verbs, context);
-  AddLinkCommands(verbs, context);
-  AddBlockCommands(verbs, context);
-  AddIpv6Commands(verbs, context);
-  AddDnsCommands(verbs, context);
-  AddRouteCommands(verbs, context);
-  AddPppoeCommands(verbs, context);
-  AddTunnelCommands(verbs, context);
-  AddBondCommands(verbs, context);
-  AddBridgeCommands(verbs, context);
-  AddTopologyCommands(verbs, context);
-  AddDhcpdCommands(verbs, context);
-  AddNetCommands(verbs, context);
-  AddStatCommands(verbs, context);
-  AddMonitorCommands(verbs, context);
-  AddSystemCommands(verbs, context);
-  AddChangeCommands(verbs, context);
-  AddHistoryCommands(verbs, context);
   const Words words(argv + 1, argv + argc);
-  if (AnswersPrograms(line, words)) return Finish(context);
   const Words own = TakeOptionsOfAll(words, &context);
+  AddVerbsFor(own, line.Verbs(), context);
+  if (AnswersPrograms(line, words)) return Finish(context);
   return RunVerb(line, context, own);
 }
 
