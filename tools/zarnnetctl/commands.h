@@ -27,5 +27,9 @@ void AddTunnelCommands(const Group& app, Context& context);
 void AddPppoeCommands(const Group& app, Context& context);
 void AddSystemCommands(const Group& app, Context& context);
 void AddChangeCommands(const Group& app, Context& context);
+void AddPlanCommand(const Group& app, Context& context);
+
+// A file whole; "-" is the standard input.
+std::string ReadText(const std::string& path);
 
 }  // namespace tool

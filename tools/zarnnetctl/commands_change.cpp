@@ -12,13 +12,6 @@
 namespace tool {
 namespace {
 
-std::string ReadText(const std::string& path) {
-  if (path == "-") return {std::istreambuf_iterator<char>(std::cin), {}};
-  std::ifstream file(path);
-  if (!file) throw Failure("cannot read " + path, ZARNNETERR_OPEN, ReasonOf(ZARNNETERR_OPEN));
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 // A text of the library of changes, freed at the end of its scope.
 struct Text {
   char* text = nullptr;
@@ -52,6 +45,13 @@ void Show(const Asked& asked, Context* context) {
 }
 
 }  // namespace
+
+std::string ReadText(const std::string& path) {
+  if (path == "-") return {std::istreambuf_iterator<char>(std::cin), {}};
+  std::ifstream file(path);
+  if (!file) throw Failure("cannot read " + path, ZARNNETERR_OPEN, ReasonOf(ZARNNETERR_OPEN));
+  return {std::istreambuf_iterator<char>(file), {}};
+}
 
 void AddChangeCommands(const Group& app, Context& context) {
   const Verb apply = AddVerb(app, context, "apply", "Makes the machine as a document says",

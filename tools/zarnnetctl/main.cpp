@@ -79,6 +79,7 @@ int Run(int argc, char** argv) {
   AddMonitorCommands(verbs, context);
   AddSystemCommands(verbs, context);
   AddChangeCommands(verbs, context);
+  AddPlanCommand(verbs, context);
   const Words words(argv + 1, argv + argc);
   if (AnswersPrograms(line, words)) return Finish(context);
   const Words own = TakeOptionsOfAll(words, &context);

@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: Apache-2.0
+// zarnnetctl plan: what a change would do, found in a private copy of the machine.
+#include <iostream>
+#include <sstream>
+#include <zarnnetchange/change.h>
+
+#include "commands.h"
+#include "output.h"
+#include "plan.h"
+
+namespace tool {
+namespace {
+
+using Print = void (*)(const Json& row);
+
+std::string TextIn(const Json& row, const char* name) {
+  return row.contains(name) && row[name].is_string() ? row[name].get<std::string>() : "";
+}
+
+// A section that has nothing is left out.
+void PrintSection(const Json& plan, const char* list, const char* heading, Print print) {
+  const Json rows = plan.value(list, Json::array());
+  if (rows.empty()) return;
+  PrintLine({{heading, Tone::kHeading}});
+  for (const Json& row : rows)
+    print(row);
+}
+
+void PrintFinding(const Json& finding) {
+  PrintLine({{"  " + TextIn(finding, "severity") + ": ", Tone::kBad},
+             {TextIn(finding, "path") + ": " + TextIn(finding, "sentence")}});
+}
+
+void PrintStep(const Json& step) {
+  const bool failed = TextIn(step, "state") == "failed";
+  PrintLine({{"  " + TextIn(step, "what")},
+             {failed ? ": would fail: " + TextIn(step, "reason") : "", Tone::kBad}});
+}
+
+std::string Sides(const Json& file, const char* name) {
+  if (!file.contains(name)) return {};
+  const Json& sides = file[name];
+  const std::string before = TextIn(sides, "before");
+  const std::string after = TextIn(sides, "after");
+  return std::string(", ") + name + (before.empty() ? " " : " " + before + " -> ") +
+         (after.empty() ? before : after);
+}
+
+void PrintFile(const Json& file) {
+  const std::string change = TextIn(file, "change");
+  const bool gone = change == "gone";
+  PrintLine({{"  " + change + " " + TextIn(file, "path") +
+              (gone ? "" : Sides(file, "mode") + Sides(file, "owner"))}});
+  std::istringstream diff(TextIn(file, "diff"));
+  for (std::string line; std::getline(diff, line);) {
+    if (line.starts_with("--- ") || line.starts_with("+++ ")) continue;
+    const Tone tone = line.starts_with("+")   ? Tone::kGood
+                      : line.starts_with("-") ? Tone::kBad
+                                              : Tone::kPlain;
+    PrintLine({{"    " + line, tone}});
+  }
+}
+
+void PrintProgram(const Json& program) {
+  std::string words = "  " + TextIn(program, "program");
+  if (program.contains("within")) words = "  " + words;  // of a script
+  for (const Json& argument : program.value("arguments", Json::array()))
+    words += " " + argument.get<std::string>();
+  PrintLine({{words}});
+}
+
+void PrintEvent(const Json& event) {
+  std::string words = "  " + TextIn(event, "event") + " " + TextIn(event, "stage");
+  for (const auto& [name, value] : event.value("arguments", Json::object()).items())
+    words += " " + name + "=" + value.get<std::string>();
+  PrintLine({{words}});
+}
+
+void PrintSetting(const Json& setting) {
+  const auto side = [&](const char* name) {
+    const std::string text = TextIn(setting, name);
+    return text.empty() ? std::string("none") : text;
+  };
+  PrintLine({{"  " + TextIn(setting, "setting") + ": " + side("before") + " -> " + side("after")}});
+}
+
+void PrintService(const Json& service) {
+  const std::string down =
+      service.contains("downAtLeastSeconds")
+          ? ", down for " + service["downAtLeastSeconds"].dump() + " s and what it takes to start"
+          : "";
+  PrintLine({{"  " + TextIn(service, "name") + ": " + TextIn(service, "action") + down}});
+}
+
+void PrintNotRehearsed(const Json& remark) {
+  PrintLine({{"  " + TextIn(remark, "what") + ": " + TextIn(remark, "reason")}});
+}
+
+void PrintPlan(const Json& plan) {
+  PrintLine({{"Outcome: ", Tone::kHeading}, {TextIn(plan, "reason")}});
+  PrintSection(plan, "findings", "Findings", PrintFinding);
+  PrintSection(plan, "steps", "Steps", PrintStep);
+  PrintSection(plan, "files", "Files", PrintFile);
+  PrintSection(plan, "programs", "Programs", PrintProgram);
+  PrintSection(plan, "events", "Plugin events", PrintEvent);
+  PrintSection(plan, "kernel", "Kernel", PrintSetting);
+  PrintSection(plan, "services", "Services", PrintService);
+  PrintSection(plan, "notRehearsed", "Not rehearsed", PrintNotRehearsed);
+}
+
+}  // namespace
+
+void PlanAndPrint(const std::string& wish, const std::string& options, Context* context) {
+  char* text = nullptr;
+  context->status = ZARNNetChangePlan(wish.c_str(), options.c_str(), &text);
+  const std::string plan = text != nullptr ? text : "{}";
+  ZARNNetChangeFree(text);
+  if (context->json) {
+    std::cout << plan << '\n';
+  } else {
+    PrintPlan(Json::parse(plan));
+  }
+}
+
+void AddPlanCommand(const Group& app, Context& context) {
+  struct Asked {
+    std::string file;
+    std::string options = "{}";
+  };
+  const Verb plan = AddVerb(app, context, "plan", "Shows what a document would change",
+                            "  zarnnetctl plan wish.json\n  zarnnetctl plan --json - <wish.json");
+  auto asked = std::make_shared<Asked>();
+  plan.AddOption("FILE", asked->file, "The wish as JSON; - is standard input").Required().File();
+  plan.AddOption("--options", asked->options, "Options of the change, as JSON");
+  plan.Run([asked, &context] { PlanAndPrint(ReadText(asked->file), asked->options, &context); });
+}
+
+}  // namespace tool
