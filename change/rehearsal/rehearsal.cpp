@@ -52,6 +52,7 @@ class Child {
   bool Send(const std::string& text) {
     for (std::size_t at = 0; at < text.size();) {
       const ssize_t sent = ::send(line_, text.data() + at, text.size() - at, MSG_NOSIGNAL);
+      if (sent < 0 && errno == EINTR) continue;  // by a handler of the caller's
       if (sent <= 0) return false;
       at += static_cast<std::size_t>(sent);
     }
@@ -63,12 +64,14 @@ class Child {
     std::string answer;
     std::array<char, 16384> block{};
     pollfd ready{line_, POLLIN, 0};
-    while (::poll(&ready, 1, kLongestMilliseconds) == 1) {
+    for (;;) {
+      const int count = ::poll(&ready, 1, kLongestMilliseconds);
+      if (count < 0 && errno == EINTR) continue;
+      if (count != 1) break;
       const ssize_t length = ::recv(line_, block.data(), block.size(), 0);
-      if (length <= 0) {
-        ended_ = true;
-        break;
-      }
+      if (length < 0 && errno == EINTR) continue;
+      ended_ = length <= 0;
+      if (ended_) break;
       answer.append(block.data(), static_cast<std::size_t>(length));
     }
     return answer;

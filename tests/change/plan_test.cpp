@@ -190,6 +190,8 @@ void MakeAsPlanned(const Wish& wish) {
   const Json plan = PlanOf(wish);
   ExpectUntouched(machine, wish.wish);
   ASSERT_TRUE(plan.contains("programs")) << plan.dump(2);
+  for (const Json& step : plan["steps"])
+    testing::Test::RecordProperty(step["setter"].get<std::string>(), "planned");
   const Files before = FilesNow(false);
   const std::size_t events = Events().size();
   Json options = Json::parse(wish.options);
@@ -256,6 +258,9 @@ TEST(Plan, Links) {
 }
 TEST(Plan, DhcpServer) {
   MakeAllAsPlanned(wishes::kDhcpServer);
+}
+TEST(Plan, DhcpSettings) {
+  MakeAllAsPlanned(wishes::kDhcpSettings);
 }
 TEST(Plan, Services) {
   MakeAllAsPlanned(wishes::kServices);

@@ -52,9 +52,17 @@ inline const std::vector<Wish> kLinks{
     {R"({"interfaces":{"eth2":{"up":true}}})"},
     {R"({"interfaces":{"eth2":{"up":false}}})"},
     {"{}", R"({"restart":["/interfaces/eth0"]})"},
-    {R"({"topology":{"name":"bridge"}})", R"({"keep":true,"insist":true})"},
     {R"({"vlans":{"eth0.7":{}}})", R"({"keep":true})"},
-    {R"({"vlans":{"eth0.7":null}})", R"({"keep":true})"}};
+    {R"({"vlans":{"eth0.7":null}})", R"({"keep":true})"},
+    {R"({"topology":{"name":"bridge"}})", R"({"keep":true,"insist":true})",
+     R"(echo 'support_net_topology="yes"' >>/etc/zarninfo.conf;)"
+     R"(echo 'net_topology="router"' >>/etc/zarninfo.conf)"}};
+
+// Settings of the DHCP server that no other wish here has.
+inline const std::vector<Wish> kDhcpSettings{
+    {R"({"dhcp_server":{"network_boot":{"enabled":true,"remote":true,"remote_loader":"pxe.0",)"
+     R"("server":"192.168.50.2"},"interfaces":{"eth0":{"ipv4":{"tagged":{"guests":{"prefix":24,)"
+     R"("start":"192.168.50.200","end":"192.168.50.210"}}}}}}})"}};
 
 inline const std::vector<Wish> kDhcpServer{
     {R"({"dhcp_server":{"enabled":true,"vendors":{"Example":{"43":"01:04:00"}},)"

@@ -1,118 +1,112 @@
 // SPDX-License-Identifier: Apache-2.0
-// A plan for people: what would be refused, the steps, files as differences, programs, events, the
-// kernel, and what could not be rehearsed.
+// A plan for people, a section for each kind of what would happen.
 #include "plan.h"
 
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <sstream>
 #include <zarnnetchange/change.h>
 
-#include "query.h"
 #include "waiting.h"
-#include "wish.h"
 
 namespace tool {
 namespace {
 
-std::string Said(const Json& object, const char* field) {
-  return object.value(field, std::string());
+using Print = void (*)(const Json& row);
+
+std::string TextIn(const Json& row, const char* name) {
+  return row.contains(name) && row[name].is_string() ? row[name].get<std::string>() : "";
 }
 
-void PrintHeading(const char* heading) {
-  PrintLine({{heading, Tone::kHeading}});
-}
-
-// The rows of a list of the plan under their heading; nothing for an empty list.
-void PrintRows(const Json& plan, const char* list, const char* heading,
-               std::string (*text)(const Json&)) {
+// A section that has nothing is left out.
+void PrintSection(const Json& plan, const char* list, const char* heading, Print print) {
   const Json rows = plan.value(list, Json::array());
   if (rows.empty()) return;
-  PrintHeading(heading);
+  PrintLine({{heading, Tone::kHeading}});
   for (const Json& row : rows)
-    PrintLine({{"  " + text(row)}});
+    print(row);
 }
 
-std::string FindingText(const Json& finding) {
-  return Said(finding, "path") + ": " + Said(finding, "sentence");
+void PrintFinding(const Json& finding) {
+  PrintLine({{"  " + TextIn(finding, "severity") + ": ", Tone::kBad},
+             {TextIn(finding, "path") + ": " + TextIn(finding, "sentence")}});
 }
 
-std::string StepText(const Json& step) {
-  const std::string reason = Said(step, "reason");
-  return Said(step, "what") + " (" + Said(step, "setter") + ")" +
-         (reason.empty() ? "" : ": it would fail: " + reason);
+void PrintStep(const Json& step) {
+  const bool failed = TextIn(step, "state") == "failed";
+  PrintLine({{"  " + TextIn(step, "what")},
+             {failed ? ": would fail: " + TextIn(step, "reason") : "", Tone::kBad}});
 }
 
-std::string ProgramText(const Json& program) {
-  std::string text = Said(program, "program");
-  for (const std::string& argument : TextsOf(program["arguments"]))
-    text += " " + argument;
-  const std::string within = Said(program, "within");
-  return text + (within.empty() ? "" : "  (by " + within + ")");
-}
-
-std::string EventText(const Json& event) {
-  std::string text = Said(event, "event") + " " + Said(event, "stage");
-  for (const auto& [name, value] : event["arguments"].items())
-    text += " " + name + "=" + value.get<std::string>();
-  return text;
-}
-
-std::string ServiceText(const Json& service) {
-  const auto down = service.find("downAtLeastSeconds");
-  return Said(service, "name") + ": " + Said(service, "action") +
-         (down == service.end() ? "" : ", down for at least " + WrittenOut(*down) + " s");
-}
-
-std::string KernelText(const Json& change) {
-  const auto side = [&](const char* name) {
-    return change[name].is_null() ? std::string("nothing") : change[name].get<std::string>();
-  };
-  return Said(change, "setting") + ": " + side("before") + " -> " + side("after");
-}
-
-std::string RemarkText(const Json& remark) {
-  return Said(remark, "what") + ": " + Said(remark, "reason");
-}
-
-// "mode 0644 -> 0600", for what is other than before.
-std::string SidesText(const Json& file, const char* name) {
+std::string Sides(const Json& file, const char* name) {
   if (!file.contains(name)) return {};
   const Json& sides = file[name];
-  return ", " + std::string(name) + " " + sides.value("before", std::string("none")) + " -> " +
-         sides.value("after", std::string("none"));
+  const std::string before = TextIn(sides, "before");
+  const std::string after = TextIn(sides, "after");
+  return std::string(", ") + name + (before.empty() ? " " : " " + before + " -> ") +
+         (after.empty() ? before : after);
 }
 
-Tone ToneOf(const std::string& line) {
-  if (line.starts_with("+")) return Tone::kGood;
-  return line.starts_with("-") ? Tone::kBad : Tone::kPlain;
-}
-
-void PrintFiles(const Json& files) {
-  if (files.empty()) return;
-  PrintHeading("Files");
-  for (const Json& file : files) {
-    PrintLine({{"  " + Said(file, "path") + ": " + Said(file, "change") + SidesText(file, "mode") +
-                SidesText(file, "owner")}});
-    const std::string diff = Said(file, "diff");
-    for (std::size_t at = 0; at < diff.size();) {
-      const std::size_t end = std::min(diff.find('\n', at), diff.size());
-      const std::string line = diff.substr(at, end - at);
-      PrintLine({{"    " + line, ToneOf(line)}});
-      at = end + 1;
-    }
+void PrintFile(const Json& file) {
+  const std::string change = TextIn(file, "change");
+  const bool gone = change == "gone";
+  PrintLine({{"  " + change + " " + TextIn(file, "path") +
+              (gone ? "" : Sides(file, "mode") + Sides(file, "owner"))}});
+  std::istringstream diff(TextIn(file, "diff"));
+  for (std::string line; std::getline(diff, line);) {
+    if (line.starts_with("--- ") || line.starts_with("+++ ")) continue;
+    const Tone tone = line.starts_with("+")   ? Tone::kGood
+                      : line.starts_with("-") ? Tone::kBad
+                                              : Tone::kPlain;
+    PrintLine({{"    " + line, tone}});
   }
 }
 
-void Print(const Json& plan) {
-  PrintLine({{"Plan: " + Said(plan, "reason")}});
-  PrintRows(plan, "findings", "Findings", FindingText);
-  PrintRows(plan, "steps", "Steps", StepText);
-  PrintFiles(plan.value("files", Json::array()));
-  PrintRows(plan, "programs", "Programs, in this order", ProgramText);
-  PrintRows(plan, "events", "Plugin events", EventText);
-  PrintRows(plan, "services", "Services", ServiceText);
-  PrintRows(plan, "kernel", "Kernel", KernelText);
-  PrintRows(plan, "notRehearsed", "Not rehearsed", RemarkText);
+void PrintProgram(const Json& program) {
+  std::string words = "  " + TextIn(program, "program");
+  if (program.contains("within")) words = "  " + words;  // of a script
+  for (const Json& argument : program.value("arguments", Json::array()))
+    words += " " + argument.get<std::string>();
+  PrintLine({{words}});
+}
+
+void PrintEvent(const Json& event) {
+  std::string words = "  " + TextIn(event, "event") + " " + TextIn(event, "stage");
+  for (const auto& [name, value] : event.value("arguments", Json::object()).items())
+    words += " " + name + "=" + value.get<std::string>();
+  PrintLine({{words}});
+}
+
+void PrintSetting(const Json& setting) {
+  const auto side = [&](const char* name) {
+    const std::string text = TextIn(setting, name);
+    return text.empty() ? std::string("none") : text;
+  };
+  PrintLine({{"  " + TextIn(setting, "setting") + ": " + side("before") + " -> " + side("after")}});
+}
+
+void PrintService(const Json& service) {
+  const std::string down =
+      service.contains("downAtLeastSeconds")
+          ? ", down for " + service["downAtLeastSeconds"].dump() + " s and what it takes to start"
+          : "";
+  PrintLine({{"  " + TextIn(service, "name") + ": " + TextIn(service, "action") + down}});
+}
+
+void PrintNotRehearsed(const Json& remark) {
+  PrintLine({{"  " + TextIn(remark, "what") + ": " + TextIn(remark, "reason")}});
+}
+
+void PrintPlan(const Json& plan) {
+  PrintLine({{"Outcome: ", Tone::kHeading}, {TextIn(plan, "reason")}});
+  PrintSection(plan, "findings", "Findings", PrintFinding);
+  PrintSection(plan, "steps", "Steps", PrintStep);
+  PrintSection(plan, "files", "Files", PrintFile);
+  PrintSection(plan, "programs", "Programs", PrintProgram);
+  PrintSection(plan, "events", "Plugin events", PrintEvent);
+  PrintSection(plan, "kernel", "Kernel", PrintSetting);
+  PrintSection(plan, "services", "Services", PrintService);
+  PrintSection(plan, "notRehearsed", "Not rehearsed", PrintNotRehearsed);
 }
 
 }  // namespace
@@ -123,7 +117,7 @@ void ShowPlan(Context& context, const std::string& wish, const std::string& opti
   if (context.json) {
     std::cout << plan.Text() << '\n';
   } else {
-    Print(plan.AsJson());
+    PrintPlan(plan.AsJson());
   }
 }
 
