@@ -76,6 +76,7 @@ int ZARNNetChangeCheck(const char* szWish, const char* szOptions, char** ppszRep
  * interface; programs that work on these run in it, those that reach out of it are noted and answered. Needs Linux 5.12
  * with overlayfs and veth; another user than root needs user namespaces, and plans with what he may read.
  * The rehearsal is a program of its own, zarnnet-rehearsal, which is found from the library.
+ * @param szWish     the wish
  * @param szOptions  as for ZARNNetChangeApply(); the network is asked for addresses only when "probe" is true
  * @param ppszPlan   receives the report of ZARNNetChangeApply(), as the change would end ("state" of a step as rehearsed),
  *                   and:
@@ -190,6 +191,7 @@ int ZARNNetChangeHistory(const char* szOptions, char** ppszHistory);
  *                     the files), and the caller's own path;
  *                     "confirm", "keep", "wait", "program": as for ZARNNetChangeApply()
  * @param pfnProgress  as for ZARNNetChangeApply()
+ * @param pContext     handed on to pfnProgress
  * @param ppszReport   receives the report of ZARNNetChangeApply(), and "undoes": the number of the change
  * @return ZARNNETCHANGE_DONE, _REFUSED, _NOT_FOUND, _FAILED (its record is damaged, or is kept no longer), _OTHERWISE
  *         (the machine did not become as it was, and everything was put back), _NOT_PUT_BACK, _BUSY, _NOT_ALLOWED, _USAGE
