@@ -292,8 +292,7 @@ Report ApplyLocked(Change* change, Report report, const Progress& progress) {
   NotePlanned(*change, &report);
   if (report.steps.empty()) return End(report, ZARNNETCHANGE_DONE, DoneReason(report));
   const NetworkLock network(change->options.wait);
-  if (!network.IsHeld())
-    return End(report, ZARNNETCHANGE_BUSY, "another process holds the network configuration");
+  if (!network.IsHeld()) return End(report, ZARNNETCHANGE_BUSY, NetworkLock::HolderSentence());
   const auto generation = KeepGeneration();
   if (!generation)
     return End(report, ZARNNETCHANGE_FAILED, "the kernel cannot be asked about its interfaces");

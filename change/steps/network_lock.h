@@ -4,6 +4,7 @@
 #pragma once
 
 #include <algorithm>
+#include <string>
 
 #include <zarncore/zarncore.h>
 
@@ -19,6 +20,8 @@ class NetworkLock {
   NetworkLock(const NetworkLock&) = delete;
   NetworkLock& operator=(const NetworkLock&) = delete;
   [[nodiscard]] bool IsHeld() const { return held_; }
+  // Who has it, as a sentence.
+  static std::string HolderSentence();
 
  private:
   static constexpr int kClass = 0x100;

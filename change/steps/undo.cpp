@@ -216,8 +216,7 @@ Report UndoLocked(long number, const Options& options, const Progress& progress)
   if (auto none = ReadPast(number, &past)) return *none;
   if (auto none = ReadContents(&past)) return *none;
   const NetworkLock network(options.wait);
-  if (!network.IsHeld())
-    return End({}, ZARNNETCHANGE_BUSY, "another process holds the network configuration");
+  if (!network.IsHeld()) return End({}, ZARNNETCHANGE_BUSY, NetworkLock::HolderSentence());
   const auto now = KeepGeneration();
   if (!now) return End({}, ZARNNETCHANGE_FAILED, "the kernel cannot be asked about its interfaces");
   TakeWhatIsLeased(*now, &past.target);

@@ -186,8 +186,4 @@ std::string WrittenOut(const Json& value) {
   return value.dump();
 }
 
-Json ReadInput() {
-  return Json::parse(std::cin, nullptr, false);
-}
-
 }  // namespace tool

@@ -73,7 +73,4 @@ Json TextOrNull(const std::string& text);
 // A value as JSON writes it.
 std::string WrittenOut(const Json& value);
 
-// The document on standard input; discarded when it is none.
-Json ReadInput();
-
 }  // namespace tool
