@@ -27,5 +27,7 @@ void AddTunnelCommands(const Group& app, Context& context);
 void AddPppoeCommands(const Group& app, Context& context);
 void AddSystemCommands(const Group& app, Context& context);
 void AddChangeCommands(const Group& app, Context& context);
+void AddDiffCommand(const Group& app, Context& context);
+void AddEditCommand(const Group& app, Context& context);
 
 }  // namespace tool

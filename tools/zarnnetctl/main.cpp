@@ -79,6 +79,8 @@ int Run(int argc, char** argv) {
   AddMonitorCommands(verbs, context);
   AddSystemCommands(verbs, context);
   AddChangeCommands(verbs, context);
+  AddDiffCommand(verbs, context);
+  AddEditCommand(verbs, context);
   const Words words(argv + 1, argv + argc);
   if (AnswersPrograms(line, words)) return Finish(context);
   const Words own = TakeOptionsOfAll(words, &context);
