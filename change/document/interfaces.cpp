@@ -250,8 +250,25 @@ void SettleMethod(const Path& path, Json* wish, Json* wanted, Findings* findings
   }
   if (named)
     Complain(path, "an address belongs to the method static: leave out one of the two", findings);
+  // Without a fixed one there is the address that is learned.
+  const bool learns = TextOf(Member(*wanted, "method")) != "none";
+  for (const char* field : {"address", "prefix"}) {
+    if (learns && wish->contains(field)) wish->erase(field);
+  }
   for (const char* field : {"address", "prefix", "gateway"})
     wanted->erase(field);
+}
+
+// Is it part of a bond or a bridge when all is done?
+bool BecomesMember(const Change& change, const std::string& ifname) {
+  const std::pair<const char*, const char*> kinds[] = {{"bonds", "slaves"}, {"bridges", "ports"}};
+  for (const auto& [section, field] : kinds) {
+    for (const Json& thing : Member(change.wanted, section)) {
+      const auto members = TextsOf(Member(thing, field));
+      if (std::find(members.begin(), members.end(), ifname) != members.end()) return true;
+    }
+  }
+  return false;
 }
 
 void SettleFamily(const Path& path, const char* none, Change* change, Findings* findings) {
@@ -275,6 +292,9 @@ void SettleInterface(const std::string& ifname, Change* change, Findings* findin
     return Complain(path, "a port cannot be removed; null is for bonds, bridges and vlans",
                     findings);
   }
+  // Who joins has no IPv4 of its own, and nothing says so in its file.
+  if (BecomesMember(*change, ifname) && At(change->wish, path / "ipv4").is_null())
+    change->wish[path].erase("ipv4");
   SettleFamily(path / "ipv4", "none", change, findings);
   SettleFamily(path / "ipv6", "off", change, findings);
   const Path mtu = path / "mtu";
@@ -303,7 +323,8 @@ bool UseDhcp(const std::string& ifname) {
   ZARNNETIFADDR card{};
   if (ZARNNetGetCard1(&card) == 0 && ifname == card.szName) {
     card.bootProto = 0;
-    return ZARNNetSetCard1(&card) == 0;
+    // The fixed address would stay beside the leased one, or for ever where nobody leases any.
+    return ZARNNetFlushIP("-4", ifname.c_str()) == 0 && ZARNNetSetCard1(&card) == 0;
   }
   if (!SetMethod(ifname, frame::model::kDhcp)) return false;
   static_cast<void>(StopDhcpClient(ifname));  // one may run, or not
@@ -330,9 +351,11 @@ bool IsMadeWithAddress(const Change& change, const std::string& ifname) {
 
 void PlanIpv4(const Change& change, const std::string& ifname, Steps* steps) {
   const Path path = "interfaces" / ifname / "ipv4";
-  if (!change.Concerns(path) || IsMadeWithAddress(change, ifname)) return;
   const Json& ipv4 = At(change.wanted, path);
   const std::string method = TextOf(Member(ipv4, "method"));
+  // What is made without a fixed address asks for a lease.
+  const bool made = IsMadeWithAddress(change, ifname) && method != "none";
+  if (!change.Concerns(path) || made) return;
   const std::string file = Ifcfg(ifname);
   if (method == "static") {
     const std::string address = TextOf(ipv4["address"]);
@@ -411,7 +434,8 @@ void PlanLink(const Change& change, const std::string& ifname, Steps* steps) {
                         return RunStartScript("start", {ifname});
                       }});
   }
-  if (!change.Concerns(path / "up")) return;
+  const bool goes = !At(change.wanted, path).is_object();
+  if (goes || !change.Concerns(path / "up")) return;
   const bool up = IsTrue(At(change.wanted, path / "up"));
   steps->push_back(
       {Phase::kLink,
@@ -430,9 +454,40 @@ unsigned FlagsOf(const std::vector<std::string>& words) {
   return flags;
 }
 
+// Does a bond, bridge or VLAN of this change have it as its name or member?
+bool IsRebuilt(const Change& change, const std::string& ifname) {
+  for (const char* section : {"bonds", "bridges", "vlans"}) {
+    for (const Json* document : {&change.before, &change.wanted}) {
+      const Json& things = Member(*document, section);
+      if (!things.is_object()) continue;
+      for (const auto& [name, thing] : things.items()) {
+        auto parts = TextsOf(Member(thing, "slaves"));
+        for (const std::string& port : TextsOf(Member(thing, "ports")))
+          parts.push_back(port);
+        parts.push_back(name);
+        const bool part = std::find(parts.begin(), parts.end(), ifname) != parts.end();
+        if (part && change.Concerns(section / name)) return true;
+      }
+    }
+  }
+  return false;
+}
+
+// The setters of addresses, bonds and bridges note that the interface starts with the machine. What
+// is wished otherwise, or was said otherwise and is not named, is noted behind them.
+bool IsKeptFromStarting(const Change& change, const std::string& ifname) {
+  const Path path = "interfaces" / ifname;
+  const Json& wished = At(change.wish, path / "on_boot");
+  const bool off =
+      wished.is_boolean() ? !IsTrue(wished) : KeyOf(Ifcfg(ifname), keys::kOnBoot) == "no";
+  return off && At(change.wanted, path).is_object() &&
+         (change.Concerns(path / "ipv4") || change.Concerns(path / "ipv6") ||
+          IsRebuilt(change, ifname));
+}
+
 void PlanFile(const Change& change, const std::string& ifname, Steps* steps) {
   const Path path = "interfaces" / ifname;
-  if (change.Concerns(path / "on_boot")) {
+  if (change.Concerns(path / "on_boot") || IsKeptFromStarting(change, ifname)) {
     const std::string value = IsTrue(At(change.wanted, path / "on_boot")) ? "yes" : "no";
     steps->push_back(
         {Phase::kSettings,
@@ -471,6 +526,10 @@ void Plan(const Change& change, Steps* steps) {
   std::set<std::string> names;
   for (const std::string& name : change.NamedIn(Path("/interfaces")))
     names.insert(name);
+  const Json& known = Member(change.before, "interfaces");
+  for (const auto& [name, interface] : known.items()) {
+    if (IsKeptFromStarting(change, name)) names.insert(name);
+  }
   for (const Path& path : change.options.restart) {
     const std::string name = path.empty() ? "" : path.back();
     if (path == "interfaces" / name) names.insert(name);

@@ -49,6 +49,8 @@ Json ReadConfigured(const View& view, const std::vector<std::string>& sections =
 Json ReadLive(const View& view, const Json& configured,
               const std::vector<std::string>& sections = {});
 Json WholeSchema();
+// A map that is wished away is each of its things wished away, and judged so.
+void SpellOut(const Json& before, const Shape& shape, Json* wish);
 
 // ---- for sections that need no such function
 inline void SettleNothing(Change*, Findings*) {}

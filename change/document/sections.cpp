@@ -44,6 +44,19 @@ Json ReadLive(const View& view, const Json& configured, const std::vector<std::s
   return document;
 }
 
+void SpellOut(const Json& before, const Shape& shape, Json* wish) {
+  if (wish->is_null() && shape.kind == Shape::Kind::kMap && before.is_object()) {
+    *wish = Json::object();
+    for (const auto& [name, thing] : before.items())
+      (*wish)[name] = nullptr;
+  }
+  if (!wish->is_object()) return;
+  for (auto& [name, inner] : wish->items()) {
+    if (const Shape* const field = ShapeAt(shape, Path() / name))
+      SpellOut(Member(before, name), *field, &inner);
+  }
+}
+
 Json WholeSchema() {
   Json schema = SchemaOf(DocumentShape());
   schema["$schema"] = "https://json-schema.org/draft/2020-12/schema";

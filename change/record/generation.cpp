@@ -37,8 +37,14 @@ bool IsDhcpClient(const Texts& arguments) {
   const auto has = [&](const char* word) {
     return std::find(arguments.begin(), arguments.end(), word) != arguments.end();
   };
-  return !arguments.empty() && arguments.front() == frame::paths::kDhclient && !has("-6") &&
-         !has("--zarn_test");
+  // A script may stand in the program's place, and end as a program of the same name elsewhere.
+  constexpr std::size_t kInterpreterAndScript = 2;
+  const auto end = arguments.begin() + std::min(arguments.size(), kInterpreterAndScript);
+  const bool client = std::any_of(arguments.begin(), end, [](const std::string& argument) {
+    return std::filesystem::path(argument).filename() ==
+           std::filesystem::path(frame::paths::kDhclient).filename();
+  });
+  return client && !has("-6") && !has("--zarn_test");
 }
 
 Texts NamesOnlyIn(const Kernel& here, const Kernel& other) {

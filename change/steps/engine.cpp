@@ -57,6 +57,7 @@ bool ReadMachine(Change* change) {
 }
 
 void Settle(Change* change, Findings* findings) {
+  SpellOut(change->before, DocumentShape(), &change->wish);
   change->wanted = change->before;
   change->wanted.merge_patch(change->wish);
   for (const Section& section : Sections()) {

@@ -26,6 +26,14 @@ bool IsNamed(const Change& change, const std::string& ifname, const KernelAddres
          TextOf(At(change.before, path / "address")) == address.text;
 }
 
+// Of what is removed nothing goes to another whose addresses are wished themselves.
+bool IsNamedInstead(const Change& change, const std::string& gone, const std::string& heir,
+                    const KernelAddress& address) {
+  const char* const family = address.family == AF_INET ? "ipv4" : "ipv6";
+  return gone != heir && At(change.wanted, "interfaces" / gone).is_null() &&
+         change.wish.contains("interfaces" / heir / family);
+}
+
 bool HasOneOf(const KernelLink& link, const std::vector<KernelAddress>& addresses) {
   return std::any_of(addresses.begin(), addresses.end(), [&](const KernelAddress& had) {
     return !had.IsAutomatic() && std::any_of(link.addresses.begin(), link.addresses.end(),
@@ -53,7 +61,8 @@ void RepairAddresses(const Change& change, const KernelLink& before, const Kerne
   for (const KernelAddress& address : before.addresses) {
     if (address.IsAutomatic() || IsNamed(change, before.name, address)) continue;
     const bool there = link != nullptr && HasOneOf(*link, {address});
-    if (there) continue;
+    if (there || (link != nullptr && IsNamedInstead(change, before.name, link->name, address)))
+      continue;
     const std::string what = "the address " + address.WithPrefix() + " of " + before.name;
     if (link != nullptr && AddAddress(address, *link)) {
       const bool moved = link->name != before.name;

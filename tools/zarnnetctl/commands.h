@@ -29,5 +29,7 @@ void AddShowCommands(const Group& app, Context& context);
 void AddSystemCommands(const Group& app, Context& context);
 void AddChangeCommands(const Group& app, Context& context);
 void AddHistoryCommands(const Group& app, Context& context);
+void AddDiffCommand(const Group& app, Context& context);
+void AddEditCommand(const Group& app, Context& context);
 
 }  // namespace tool

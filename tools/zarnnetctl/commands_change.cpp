@@ -1,22 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // zarnnetctl apply: the state of the networking as one document.
-#include <fstream>
-#include <iostream>
-#include <iterator>
-
+#include "change_call.h"
 #include "commands.h"
 #include "query.h"
 #include "wish.h"
 
 namespace tool {
 namespace {
-
-std::string ReadText(const std::string& path) {
-  if (path == "-") return {std::istreambuf_iterator<char>(std::cin), {}};
-  std::ifstream file(path);
-  if (!file) throw Failure("cannot read " + path, ZARNNETERR_OPEN, ReasonOf(ZARNNETERR_OPEN));
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 struct Asked {
   std::string file;
@@ -43,36 +33,40 @@ void Apply(const Asked& asked, Context* context) {
   options.update(ObjectIn(asked.options, "--options"));
   if (asked.plan.empty()) {
     if (asked.file.empty()) throw WrongUsage("FILE", "name the document, or a plan with --plan");
-    return MakeChange(*context, ReadText(asked.file), options);
+    return MakeChange(*context, TextOfWish(ReadWish(asked.file)), options);
   }
   const Json plan = ObjectIn(ReadText(asked.plan), asked.plan);
   options.update(plan.value("options", Json::object()));
   options["plan"] = plan;
-  MakeChange(*context, asked.file.empty() ? WishOf(plan) : ReadText(asked.file), options);
+  MakeChange(*context, asked.file.empty() ? WishOf(plan) : TextOfWish(ReadWish(asked.file)),
+             options);
 }
 
 void Plan(const std::string& file, Context* context) {
   context->change.plan = true;
-  MakeChange(*context, ReadText(file), OptionsOf(*context));
+  MakeChange(*context, TextOfWish(ReadWish(file)), OptionsOf(*context));
 }
 
 }  // namespace
 
 void AddChangeCommands(const Group& app, Context& context) {
-  const Verb apply = AddChange(app, context, "apply", "Makes the machine as a document says",
-                               "  zarnnetctl apply wish.json\n"
-                               "  zarnnetctl plan wish.json --json >plan.json\n"
-                               "  zarnnetctl apply --plan plan.json",
-                               Planning::kNone);
+  const Verb apply =
+      AddChange(app, context, "apply", "Makes the machine as a document says",
+                "  zarnnetctl apply wish.yaml\n  zarnnetctl show --json | zarnnetctl apply -\n"
+                "  zarnnetctl plan wish.json --json >plan.json\n"
+                "  zarnnetctl apply --plan plan.json",
+                Planning::kNone);
   auto asked = std::make_shared<Asked>();
-  apply.AddOption("FILE", asked->file, "The wish as JSON; - is standard input").File();
+  apply.AddOption("FILE", asked->file, "The wish as JSON or YAML; - is standard input").File();
   apply.AddOption("--plan", asked->plan, "A plan as JSON: exactly that, unless the machine changed")
       .File();
   apply.AddOption("--options", asked->options, "Options of the change, as JSON");
   apply.Run([asked, &context] { Apply(*asked, &context); });
   const Verb plan = AddChange(app, context, "plan", "Shows exactly what a document would change",
                               "  zarnnetctl plan wish.json", Planning::kNone);
-  plan.AddOption("FILE", asked->file, "The wish as JSON; - is standard input").Required().File();
+  plan.AddOption("FILE", asked->file, "The wish as JSON or YAML; - is standard input")
+      .Required()
+      .File();
   plan.Run([asked, &context] { Plan(asked->file, &context); });
 }
 

@@ -9,10 +9,12 @@
 
 #include <zarncore/zarncore.h>
 
+#include "change_call.h"
 #include "commands.h"
 #include "interfaces.h"
 #include "list.h"
 #include "query.h"
+#include "waiting.h"
 
 namespace tool {
 namespace {
@@ -21,10 +23,9 @@ namespace {
 
 void ShowDocument(Context& context, const std::string& view) {
   const Json options{{"view", view.empty() ? "configured" : view}};
-  char* state = nullptr;
-  context.status = ZARNNetChangeRead(options.dump().c_str(), &state);
-  std::cout << (state != nullptr ? state : "{}") << '\n';
-  ZARNNetChangeFree(state);
+  Report state;
+  context.status = ZARNNetChangeRead(options.dump().c_str(), state.Out());
+  std::cout << state.Text() << '\n';
 }
 
 // ---- interfaces
@@ -80,6 +81,11 @@ void PrintInterfaces() {
   PrintList(rows, "interfaces");
 }
 
+void ShowYaml(const std::string& view) {
+  const Json options{{"view", view.empty() ? "configured" : view}};
+  std::cout << WrittenAsYaml(ReadMachine(options), StateSchema());
+}
+
 // ---- the machine
 
 std::string HostName() {
@@ -129,11 +135,14 @@ void ShowMachine() {
 void AddShowCommands(const Group& app, Context& context) {
   const Verb show =
       AddVerb(app, context, "show", "Shows the machine on one screen, or its state as a document",
-              "  zarnnetctl show\n  zarnnetctl show --json\n  zarnnetctl show --view live");
+              "  zarnnetctl show\n  zarnnetctl show --json\n  zarnnetctl show --yaml >nas.yaml");
   auto view = std::make_shared<std::string>();
+  auto yaml = std::make_shared<bool>(false);
   show.AddOption("--view", *view, "The document: configured (with --json alone), live or both")
       .OneOf({"configured", "live", "both"});
-  show.Run([&context, view] {
+  show.AddFlag("--yaml", *yaml, "The document as YAML, with what each field is");
+  show.Run([&context, view, yaml] {
+    if (*yaml) return ShowYaml(*view);
     if (context.json || !view->empty()) return ShowDocument(context, *view);
     ShowMachine();
   });

@@ -92,6 +92,8 @@ const std::vector<Part>& Parts() {
       {AddMonitorCommands, {}},
       {AddSystemCommands, {"mtu", "hostname"}},
       {AddChangeCommands, {"apply", "plan"}},
+      {AddDiffCommand, {"diff"}},
+      {AddEditCommand, {"edit"}},
       {AddHistoryCommands, {"confirm", "history", "undo", "recover"}},
   };
   return parts;

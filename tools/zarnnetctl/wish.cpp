@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <zarnnetchange/change.h>
 
+#include "change_call.h"
 #include "plan.h"
 #include "progress.h"
 #include "query.h"
@@ -140,11 +141,7 @@ void MakeChange(Context& context, const Json& wish, const std::vector<std::strin
 }
 
 Json ReadState(const std::vector<std::string>& sections) {
-  Report state;
-  const Json options{{"sections", sections}};
-  if (ZARNNetChangeRead(options.dump().c_str(), state.Out()) != ZARNNETCHANGE_DONE)
-    throw Failure("cannot read the configuration", std::nullopt, Said(state.AsJson(), "reason"));
-  return state.AsJson();
+  return ReadMachine({{"sections", sections}});
 }
 
 Json PartOf(const Json& state, const std::string& path) {
