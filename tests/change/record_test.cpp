@@ -68,7 +68,7 @@ std::string StateOf(long number) {
 }
 
 // An administrator's port, and a file that is not root's.
-void SetUpEth0() {
+void SetUpOddlyOwnedEth0() {
   SleepForReal();
   MakeCipherKey();
   WriteIfcfg("eth0",
@@ -173,7 +173,7 @@ class NeighboursSession {
 }  // namespace
 
 TEST(Record, AConfirmedChangeStays) {
-  SetUpEth0();
+  SetUpOddlyOwnedEth0();
   const json report = Apply(kAddress, R"({"confirm":2})");
   ASSERT_EQ(report["result"], ZARNNETCHANGE_DONE) << report.dump(1);
   EXPECT_EQ(report["number"], 1);
@@ -204,7 +204,7 @@ TEST(Record, AConfirmedChangeStays) {
 }
 
 TEST(Record, WhatNobodyConfirmsGoesBack) {
-  SetUpEth0();
+  SetUpOddlyOwnedEth0();
   const std::string path = IfcfgPath("eth0");
   const bool attributes = ::setxattr(path.c_str(), "trusted.mark", "x", 1, 0) == 0;
   const auto before = change::KeepGeneration();
@@ -226,7 +226,7 @@ TEST(Record, WhatNobodyConfirmsGoesBack) {
 }
 
 TEST(Record, WithoutItsWatcherTheNextCallPutsBack) {
-  SetUpEth0();
+  SetUpOddlyOwnedEth0();
   const auto before = change::KeepGeneration();
   const int open = ::open("/root", O_RDONLY);
   Apply(kAddress, R"({"confirm":1})");
@@ -249,7 +249,7 @@ TEST(Record, WithoutItsWatcherTheNextCallPutsBack) {
 }
 
 TEST(Record, AKilledChangeIsPutBack) {
-  SetUpEth0();
+  SetUpOddlyOwnedEth0();
   const auto before = change::KeepGeneration();
   struct Row {
     int step;
@@ -274,7 +274,7 @@ TEST(Record, AKilledChangeIsPutBack) {
 }
 
 TEST(Record, AStartOfTheMachinePutsBack) {
-  SetUpEth0();
+  SetUpOddlyOwnedEth0();
   WriteFile("/root/boot", "one\n");
   ASSERT_EQ(Shell("mount --bind /root/boot /proc/sys/kernel/random/boot_id"), "");
   const auto before = change::KeepGeneration();
@@ -293,7 +293,7 @@ TEST(Record, AStartOfTheMachinePutsBack) {
 }
 
 TEST(Record, WhatCannotBeRecordedIsNotDone) {
-  SetUpEth0();
+  SetUpOddlyOwnedEth0();
   ASSERT_EQ(Apply(kName)["number"], 1);
   const std::string record = ReadFile("/var/lib/zarnnet/1.json");
   std::string newer = record;
@@ -326,7 +326,7 @@ TEST(Record, WhatCannotBeRecordedIsNotDone) {
 }
 
 TEST(Record, UndoneByNumber) {
-  SetUpEth0();
+  SetUpOddlyOwnedEth0();
   const auto first = change::KeepGeneration();
   Apply(kAddress);
   const auto second = change::KeepGeneration();
@@ -352,7 +352,7 @@ TEST(Record, UndoneByNumber) {
 }
 
 TEST(Record, SecretsAreNotShown) {
-  SetUpEth0();
+  SetUpOddlyOwnedEth0();
   Apply(R"({"pppoe":{"interface":"eth1","user":"bob","password":"Hidden.1"}})");
   Apply(R"({"tunnel":{"server":"broker.example","user":"bob","password":"Hidden.2"}})");
   for (const int number : {1, 2}) {
@@ -363,7 +363,7 @@ TEST(Record, SecretsAreNotShown) {
 }
 
 TEST(Record, TheOwnPathIsKept) {
-  SetUpEth0();
+  SetUpOddlyOwnedEth0();
   const NeighboursSession session;
   ::setenv("SSH_CONNECTION", session.Variable().c_str(), 1);
   struct Row {
@@ -396,7 +396,7 @@ TEST(Record, TheOwnPathIsKept) {
 
 // Each number once, and the machine is what the last change says.
 TEST(Record, ManyAtOnce) {
-  SetUpEth0();
+  SetUpOddlyOwnedEth0();
   constexpr int kProcesses = 8;
   constexpr int kChanges = 20;
   for (int process = 0; process < kProcesses; ++process) {

@@ -12,7 +12,7 @@ TEST(History, ChangesAreConfirmedShownAndUndone) {
   Mask("THEN ([^ ]+) name", "WHO");
   Mask("who +([^ ]+) by", "WHO");
   Mask("took ([0-9]+) ms", "N");
-  Mask("([0-9]+) s (are left|from now)", "N");
+  Mask("([0-9]+) s (are left|from now|unless)", "N");
   WriteFile("/root/wish", R"({"host":{"name":"nas"}})");
   TypeSession();
 }

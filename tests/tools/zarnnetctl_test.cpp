@@ -39,6 +39,7 @@ TEST(CommandLine, AChangeThatCannotBeMadeIsToldAndUndone) {
 }
 
 TEST(CommandLine, TheNetworkLockIsWaitedForAndNamed) {
+  Mask("process ([0-9]+)", "PID");
   ASSERT_EQ(0, KOPACFileLock(0x106, 1));
   Type(R"(
 $ ip address add 10.9.9.9/8 dev eth0

@@ -33,18 +33,18 @@ void Apply(const Asked& asked, Context* context) {
   options.update(ObjectIn(asked.options, "--options"));
   if (asked.plan.empty()) {
     if (asked.file.empty()) throw WrongUsage("FILE", "name the document, or a plan with --plan");
-    return MakeChange(*context, TextOfWish(ReadWish(asked.file)), options);
+    return ApplyWish(*context, TextOfWish(ReadWish(asked.file)), options);
   }
   const Json plan = ObjectIn(ReadText(asked.plan), asked.plan);
   options.update(plan.value("options", Json::object()));
   options["plan"] = plan;
-  MakeChange(*context, asked.file.empty() ? WishOf(plan) : TextOfWish(ReadWish(asked.file)),
+  ApplyWish(*context, asked.file.empty() ? WishOf(plan) : TextOfWish(ReadWish(asked.file)),
              options);
 }
 
 void Plan(const std::string& file, Context* context) {
   context->change.plan = true;
-  MakeChange(*context, TextOfWish(ReadWish(file)), OptionsOf(*context));
+  ApplyWish(*context, TextOfWish(ReadWish(file)), OptionsOf(*context));
 }
 
 }  // namespace

@@ -184,7 +184,7 @@ void Edit(Context* context) {
   const Json options = OptionsOf(*context);
   const Document before = Document::parse(ReadMachine(Json::object()).dump());
   const Edited edited = EditUntilRight(before, options);
-  if (!edited.wish.is_null()) return MakeChange(*context, TextOfWish(edited.wish), options);
+  if (!edited.wish.is_null()) return ApplyWish(*context, TextOfWish(edited.wish), options);
   std::cout << (edited.givenUp ? "given up: nothing was changed\n" : "nothing was changed\n");
   context->status = edited.givenUp ? kFailed : kDone;
 }

@@ -82,6 +82,11 @@ void PrintMade(const Json& report) {
     further(Said(awaited, "sentence"));
   for (const Json& sentence : report.value("lost", Json::array()))
     further(sentence.get<std::string>());
+  if (report.contains("confirm")) {
+    const Json& confirm = report["confirm"];
+    further("change " + WrittenOut(confirm["number"]) + " goes back in " +
+            WrittenOut(confirm["seconds"]) + " s unless it is confirmed: zarnnetctl confirm");
+  }
 }
 
 void PrintSteps(const Json& steps) {
@@ -123,7 +128,7 @@ void TellReport(Context& context, const Report& report) {
   AskToConfirm(json, &context);
 }
 
-void MakeChange(Context& context, const std::string& wish, const Json& options) {
+void ApplyWish(Context& context, const std::string& wish, const Json& options) {
   const std::string asked = options.dump(-1, ' ', false, Json::error_handler_t::replace);
   if (context.change.plan) return ShowPlan(context, wish, asked);
   Report report;
@@ -137,7 +142,7 @@ void MakeChange(Context& context, const std::string& wish, const Json& options) 
 void MakeChange(Context& context, const Json& wish, const std::vector<std::string>& restart) {
   Json options = OptionsOf(context);
   options["restart"] = restart;
-  MakeChange(context, TextOf(wish), options);
+  ApplyWish(context, TextOf(wish), options);
 }
 
 Json ReadState(const std::vector<std::string>& sections) {

@@ -17,7 +17,7 @@ namespace tool {
 void MakeChange(Context& context, const Json& wish, const std::vector<std::string>& restart = {});
 
 // The same for a wish as it was written, with options that only some changes have.
-void MakeChange(Context& context, const std::string& wish, const Json& options);
+void ApplyWish(Context& context, const std::string& wish, const Json& options);
 
 // Tells what came of a change, and sets the exit status.
 void TellReport(Context& context, const Report& report);
