@@ -107,8 +107,7 @@ bool IsClientOf(const Fields& arguments, bool v6, const std::string& ifname) {
   bool has6 = false;
   for (const std::string& argument : arguments)
     has6 = has6 || argument == "-6";
-  return !arguments.empty() && arguments.front() == kDhclient && has6 == v6 &&
-         arguments.back() == ifname;
+  return HasName(arguments, "dhclient") && has6 == v6 && arguments.back() == ifname;
 }
 
 // start JOB [VARIABLE=value...]: a job whose state is known answers as it would.
