@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Changes that wait, are shown and undone, as they are typed.
+// Changes that wait, are shown, planned and undone, as they are typed.
 #include "ctl.h"
 #include "support/transcript.h"
 
@@ -14,5 +14,12 @@ TEST(History, ChangesAreConfirmedShownAndUndone) {
   Mask("took ([0-9]+) ms", "N");
   Mask("([0-9]+) s (are left|from now|unless)", "N");
   WriteFile("/root/wish", R"({"host":{"name":"nas"}})");
+  TypeSession();
+}
+
+TEST(Plans, ShowWhatIsDoneAndAreDoneAsShown) {
+  Mask("([0-9]+) s and what it takes", "N");
+  BringUp("eth0");
+  Shell("ip address add 192.168.50.10/24 dev eth0");
   TypeSession();
 }

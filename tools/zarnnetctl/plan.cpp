@@ -72,7 +72,8 @@ void PrintProgram(const Json& program) {
 
 void PrintEvent(const Json& event) {
   std::string words = "  " + TextIn(event, "event") + " " + TextIn(event, "stage");
-  for (const auto& [name, value] : event.value("arguments", Json::object()).items())
+  const Json arguments = event.value("arguments", Json::object());
+  for (const auto& [name, value] : arguments.items())
     words += " " + name + "=" + value.get<std::string>();
   PrintLine({{words}});
 }
