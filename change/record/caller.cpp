@@ -148,7 +148,7 @@ std::optional<Session> CallersSession() {
 std::string CallersConnection() {
   for (const std::string& pid : Line()) {
     for (const char* name : {"SSH_CONNECTION", "SSH_CLIENT"}) {
-      const std::string connection = VariableOf(pid, name);
+      std::string connection = VariableOf(pid, name);
       if (!connection.empty()) return connection;
     }
   }

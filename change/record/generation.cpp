@@ -38,8 +38,8 @@ bool IsDhcpClient(const Texts& arguments) {
     return std::find(arguments.begin(), arguments.end(), word) != arguments.end();
   };
   // A script may stand in the program's place, and end as a program of the same name elsewhere.
-  constexpr std::size_t kInterpreterAndScript = 2;
-  const auto end = arguments.begin() + std::min(arguments.size(), kInterpreterAndScript);
+  constexpr std::ptrdiff_t kInterpreterAndScript = 2;
+  const auto end = arguments.begin() + std::min(std::ssize(arguments), kInterpreterAndScript);
   const bool client = std::any_of(arguments.begin(), end, [](const std::string& argument) {
     return std::filesystem::path(argument).filename() ==
            std::filesystem::path(frame::paths::kDhclient).filename();

@@ -79,7 +79,7 @@ std::string Sentence(const OwnPath& path, const std::string& what) {
 // Where the change gives the address of the session to an interface; empty where it gives it to
 // none.
 std::string NewHomeOf(const Change& change, const OwnPath& path) {
-  const std::string own = path.link->name;
+  std::string own = path.link->name;
   const Path ipv4 = "interfaces" / own / "ipv4";
   const KernelAddress& address = *AddressIn(*path.link, path.session.server);
   const bool first =

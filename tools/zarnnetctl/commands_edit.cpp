@@ -80,6 +80,7 @@ void RunEditor(const std::string& path) {
   std::vector<std::string> words = Editor();
   words.push_back(path);
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words)
     arguments.push_back(word.data());
   arguments.push_back(nullptr);

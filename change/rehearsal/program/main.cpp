@@ -93,7 +93,10 @@ Json PlanOf(const change::Report& report, const std::optional<Copy>& copy) {
 
 }  // namespace
 
-int main() {
+namespace {
+
+// Runs the rehearsal and answers.
+void RehearseAndAnswer() {
   const auto begin = std::chrono::steady_clock::now();
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   const Json request = Json::parse(ReadRequest(), nullptr, false);
@@ -110,5 +113,14 @@ int main() {
   const std::chrono::duration<double> past = std::chrono::steady_clock::now() - begin;
   plan["seconds"] = past.count();
   Answer(plan);
+}
+
+}  // namespace
+
+// Nothing is left to tidy up: the copy goes with this process.
+int main() try {
+  RehearseAndAnswer();
   ::_exit(0);
+} catch (...) {
+  ::_exit(1);
 }

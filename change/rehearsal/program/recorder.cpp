@@ -143,7 +143,7 @@ int AnswerJob(const Fields& words) {
     if (verb != "restart") return 0;
   }
   if (verb == "start" && runs) return 1;
-  std::ofstream{mark};
+  const std::ofstream made{mark};
   if (job == "dhcp-client") StandIn("dhclient", {kDhclient, instance});
   if (v6) StandIn("dhclient", {kDhclient, "-6", instance});
   return 0;
@@ -211,7 +211,9 @@ bool RunsInside(const std::string& name, const Program& program, const Fields& a
 }  // namespace
 
 int main(int argc, char** argv) {
-  const auto* const called = reinterpret_cast<const char*>(::getauxval(AT_EXECFN));
+  // The kernel gives addresses as numbers.
+  const auto* const called =
+      reinterpret_cast<const char*>(::getauxval(AT_EXECFN));  // NOLINT(performance-no-int-to-ptr)
   const std::string path = called != nullptr ? called : argv[0];
   if (path.starts_with(rehearsal::kStandIns)) StayUntilEnded();
   Fields arguments(argv, argv + argc);

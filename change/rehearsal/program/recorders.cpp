@@ -69,7 +69,7 @@ class Covers {
     const fs::path place = fs::path(kFolder) / "real" / std::to_string(covered_.size());
     fs::create_directory(place);
     real = place / fs::path(target).filename();
-    std::ofstream{real};
+    const std::ofstream made{real};
     const bool covered = ::mount(target.c_str(), real.c_str(), nullptr, MS_BIND, nullptr) == 0 &&
                          ::mount(kRecorder, target.c_str(), nullptr, MS_BIND, nullptr) == 0;
     if (!covered) real.clear();
