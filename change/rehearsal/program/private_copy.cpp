@@ -126,10 +126,13 @@ bool MakeDevices(int recorder) {
     MakeFile("/dev/" + name, 0600);
     if (!MoveTo(tree, "/dev/" + name)) return false;
   }
-  static_cast<void>(::symlink("/proc/self/fd", "/dev/fd"));
-  static_cast<void>(::symlink("fd/0", "/dev/stdin"));
-  static_cast<void>(::symlink("fd/1", "/dev/stdout"));
-  static_cast<void>(::symlink("fd/2", "/dev/stderr"));
+  constexpr std::array<std::pair<const char*, const char*>, 4> kLinks{{{"/proc/self/fd", "/dev/fd"},
+                                                                       {"fd/0", "/dev/stdin"},
+                                                                       {"fd/1", "/dev/stdout"},
+                                                                       {"fd/2", "/dev/stderr"}}};
+  for (const auto& [target, link] : kLinks) {
+    if (::symlink(target, link) != 0) return false;
+  }
   for (const char* path : {"/dev/shm", kFolder, kStandIns, kJobs})
     ::mkdir(path, 0755);
   MakeFile(kRecorder, 0755);
