@@ -58,12 +58,14 @@ class NewLink {
     ::mnl_attr_nest_end(header_, info);
     return *this;
   }
-  NewLink& Cable(int cables, const std::string& farEnd) {
+  NewLink& Cable(int cables, const std::string& farEnd, int farIndex) {
     nlattr* const info = ::mnl_attr_nest_start(header_, IFLA_LINKINFO);
     ::mnl_attr_put_strz(header_, IFLA_INFO_KIND, "veth");
     nlattr* const data = ::mnl_attr_nest_start(header_, IFLA_INFO_DATA);
     nlattr* const peer = ::mnl_attr_nest_start(header_, VETH_INFO_PEER);
-    ::mnl_nlmsg_put_extra_header(header_, sizeof(ifinfomsg));
+    // The kernel is in no hurry to tell of carrier where both ends have one number.
+    static_cast<ifinfomsg*>(::mnl_nlmsg_put_extra_header(header_, sizeof(ifinfomsg)))->ifi_index =
+        farIndex;
     ::mnl_attr_put_strz(header_, IFLA_IFNAME, farEnd.c_str());
     ::mnl_attr_put_u32(header_, IFLA_NET_NS_FD, static_cast<std::uint32_t>(cables));
     ::mnl_attr_nest_end(header_, peer);
@@ -95,7 +97,9 @@ void MakeLink(const KernelLink& link, int cables, Netlink* netlink) {
     Note({kRemarkRecord, link.name,
           "a port stands in for it: the kernel makes no " + link.kind + " in the copy"});
   }
-  if (!NewLink(link).Cable(cables, FarEndOf(link)).Make(netlink))
+  constexpr int kFarFrom = 1000000;
+  const int farIndex = static_cast<int>(link.index) + kFarFrom;
+  if (!NewLink(link).Cable(cables, FarEndOf(link), farIndex).Make(netlink))
     Note({kRemarkRecord, link.name, "the kernel could not make it in the copy"});
 }
 
@@ -157,6 +161,22 @@ void AddLearned(const Kernel& kernel) {
   }
 }
 
+// Setters look whether a port has carrier, which it has a moment after it is plugged in.
+void AwaitCarrier(const Kernel& kernel) {
+  constexpr int kLooks = 300;
+  constexpr useconds_t kPause = 5000;
+  for (int look = 0; look < kLooks; ++look) {
+    const auto made = change::ReadKernel();
+    if (!made) return;
+    const bool all = std::all_of(kernel.links.begin(), kernel.links.end(), [&](const auto& entry) {
+      const KernelLink* const link = made->Link(entry.first);
+      return link == nullptr || (entry.second.flags & ~link->flags & IFF_RUNNING) == 0;
+    });
+    if (all) return;
+    ::usleep(kPause);
+  }
+}
+
 }  // namespace
 
 void MakeReplica(const Kernel& kernel, int cables) {
@@ -168,6 +188,7 @@ void MakeReplica(const Kernel& kernel, int cables) {
   PlugIn(kernel, cables);
   PutBack(kernel);
   AddLearned(kernel);
+  AwaitCarrier(kernel);
   const auto made = change::ReadKernel();
   if (!made) return;
   for (const std::string& difference : DifferencesOf(kernel, *made))
