@@ -39,7 +39,7 @@ void Apply(const Asked& asked, Context* context) {
   options.update(plan.value("options", Json::object()));
   options["plan"] = plan;
   ApplyWish(*context, asked.file.empty() ? WishOf(plan) : TextOfWish(ReadWish(asked.file)),
-             options);
+            options);
 }
 
 void Plan(const std::string& file, Context* context) {
