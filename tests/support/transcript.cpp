@@ -65,7 +65,8 @@ bool IsLeftOut(const std::string& path) {
                                    "/run/recorded-calls", "/run/child-log", "/var/lib/zarnnet"}) {
     if (path == folder) return true;
   }
-  return path.ends_with(".output");
+  const bool watcher = path.starts_with("/run/zarnnet/watch.");  // which ends in its own time
+  return watcher || path.ends_with(".output");
 }
 
 void AddFile(const fs::directory_entry& entry, Files& files) {

@@ -201,7 +201,8 @@ void ShowVendor(const Context& context, const std::string& vendor) {
 Json WantedVendor(const std::string& vendor, const std::vector<std::string>& options) {
   if (options.empty()) return nullptr;
   Json wanted = Json::object();
-  for (const Json& option : VendorJson(vendor)["options"])
+  const Json stored = VendorJson(vendor);
+  for (const Json& option : stored["options"])
     wanted[WrittenOut(option["number"])] = nullptr;
   for (const std::string& text : options) {
     const std::size_t equals = text.find('=');
