@@ -174,17 +174,17 @@ class NeighboursSession {
 
 TEST(Record, AConfirmedChangeStays) {
   SetUpOddlyOwnedEth0();
-  const json report = Apply(kAddress, R"({"confirm":2})");
+  const json report = Apply(kAddress, R"({"confirm":8})");
   ASSERT_EQ(report["result"], ZARNNETCHANGE_DONE) << report.dump(1);
   EXPECT_EQ(report["number"], 1);
-  EXPECT_EQ(report["confirm"]["seconds"], 2);
+  EXPECT_EQ(report["confirm"]["seconds"], 8);
   // A second change, whoever makes it, is told who waits and how long.
   const json second = Apply(kName, R"({"insist":true,"wait":0})");
   EXPECT_EQ(second["result"], ZARNNETCHANGE_BUSY);
   EXPECT_EQ(second["holder"]["number"], 1);
   EXPECT_EQ(Confirm(R"({"number":2})")["result"], ZARNNETCHANGE_NOT_FOUND);
   EXPECT_GT(Confirm(R"({"extend":60})")["confirm"]["seconds"], 50);
-  Wait(3000);
+  Wait(8500);
   EXPECT_EQ(StateOf(1), "waiting");
   EXPECT_EQ(Confirm()["result"], ZARNNETCHANGE_DONE);
   EXPECT_EQ(Confirm()["result"], ZARNNETCHANGE_NOT_FOUND);
@@ -229,22 +229,22 @@ TEST(Record, WithoutItsWatcherTheNextCallPutsBack) {
   SetUpOddlyOwnedEth0();
   const auto before = change::KeepGeneration();
   const int open = ::open("/root", O_RDONLY);
-  Apply(kAddress, R"({"confirm":1})");
+  Apply(kAddress, R"({"confirm":5})");
   ::close(open);
   ASSERT_EQ(Watchers().size(), 1U);
   EXPECT_NE(::getsid(Watchers()[0]), ::getsid(0));
   EXPECT_FALSE(Contains(Shell("ls -l /proc/" + std::to_string(Watchers()[0]) + "/fd"), "/root"));
   ::kill(Watchers()[0], SIGKILL);
-  Wait(2000);
+  Wait(6000);
   EXPECT_EQ(StateOf(1), "waiting");
   EXPECT_TRUE(Contains(Confirm().dump(), "too late"));
   AS_BEFORE(*before);
   // One that is missed while there is time is started anew.
-  Apply(kAddress, R"({"confirm":3})");
+  Apply(kAddress, R"({"confirm":6})");
   ::kill(Watchers().at(0), SIGKILL);
   Wait(100);
   Recover();
-  EXPECT_TRUE(GoesBack(2, 3));
+  EXPECT_TRUE(GoesBack(2, 6));
   AS_BEFORE(*before);
 }
 
