@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Machines with sections combined at random: what is read from one makes an empty appliance the
 // same machine, and then the next one. A failure names the seed: ZARNNET_SEED=N makes it alone.
-// ZARNNET_SEEDS=8 makes 200 machines in place of 50.
+// ZARNNET_SEEDS=20 makes 200 machines in place of 20.
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <iostream>
@@ -272,4 +272,4 @@ class RoundTrip : public ::testing::TestWithParam<unsigned> {};
 TEST_P(RoundTrip, MakesTheSameMachineAgain) {
   GoRound(GetParam());
 }
-INSTANTIATE_TEST_SUITE_P(Seeds, RoundTrip, ::testing::Range(0U, 25U));
+INSTANTIATE_TEST_SUITE_P(Seeds, RoundTrip, ::testing::Range(0U, 10U));
