@@ -65,7 +65,10 @@ bool IsLeftOut(const std::string& path) {
                                    "/run/recorded-calls", "/run/child-log", "/var/lib/zarnnet"}) {
     if (path == folder) return true;
   }
-  const bool watcher = path.starts_with("/run/zarnnet/watch.");  // which ends in its own time
+  // A watcher ends in its own time, and signs the lock of changes for a moment before that.
+  const bool watcher = path.starts_with("/run/zarnnet/watch.") ||
+                       path.find("/change.holder") != std::string::npos ||
+                       path.find("/.change.holder") != std::string::npos;
   return watcher || path.ends_with(".output");
 }
 
