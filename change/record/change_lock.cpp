@@ -3,14 +3,13 @@
 // beside it that all may read.
 #include "record/change_lock.h"
 
-#include <array>
 #include <chrono>
-#include <ctime>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 
+#include "record/deadline.h"
 #include "record/whole_file.h"
 
 namespace change {
@@ -26,18 +25,9 @@ bool Take(int fd) {
   return ::fcntl(fd, F_OFD_SETLK, &whole) == 0;
 }
 
-std::string Now() {
-  const std::time_t now = std::time(nullptr);
-  std::tm utc{};
-  std::array<char, 32> text{};
-  ::gmtime_r(&now, &utc);
-  std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &utc);
-  return text.data();
-}
-
 void Sign(const std::string& program) {
   constexpr mode_t kReadable = 0644;
-  const Json holder{{"program", program}, {"pid", ::getpid()}, {"since", Now()}};
+  const Json holder{{"program", program}, {"pid", ::getpid()}, {"since", WallTime()}};
   // Without it a waiter is told less, and nothing else is amiss.
   static_cast<void>(WriteWhole(
       kHolder,

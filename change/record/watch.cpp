@@ -5,7 +5,6 @@
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
@@ -15,6 +14,7 @@
 #include <vector>
 
 #include "record/programs.h"
+#include "record/spawn_attributes.h"
 
 namespace change {
 namespace {
@@ -24,30 +24,6 @@ constexpr char kProgram[] = "zarnnet-change-watch";
 std::string LockOf(long number) {
   return "/run/zarnnet/watch." + std::to_string(number);
 }
-
-// A session of its own, no signal held off or ignored.
-class Attributes {
- public:
-  Attributes() {
-    ::posix_spawnattr_init(&attributes_);
-    sigset_t none;
-    sigset_t all;
-    ::sigemptyset(&none);
-    ::sigfillset(&all);
-    ::posix_spawnattr_setsigmask(&attributes_, &none);
-    ::posix_spawnattr_setsigdefault(&attributes_, &all);
-    ::posix_spawnattr_setflags(
-        &attributes_,
-        static_cast<short>(POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF));
-  }
-  ~Attributes() { ::posix_spawnattr_destroy(&attributes_); }
-  Attributes(const Attributes&) = delete;
-  Attributes& operator=(const Attributes&) = delete;
-  [[nodiscard]] const posix_spawnattr_t* Get() const { return &attributes_; }
-
- private:
-  posix_spawnattr_t attributes_{};
-};
 
 int StatusOf(pid_t child) {
   int status = 0;
@@ -72,7 +48,7 @@ bool StartWatcher(long number, std::string* problem) {
     environment.push_back(libraries.data());
   }
   environment.push_back(nullptr);
-  const Attributes attributes;
+  const SpawnAttributes attributes(POSIX_SPAWN_SETSID);
   pid_t child = 0;
   const int error = path.empty() ? ENOENT
                                  : ::posix_spawn(&child, path.c_str(), nullptr, attributes.Get(),

@@ -19,6 +19,7 @@
 
 #include "record/programs.h"
 #include "record/secrets.h"
+#include "record/spawn_attributes.h"
 #include "rehearsal/inputs.h"
 
 namespace change {
@@ -80,25 +81,17 @@ class Child {
  private:
   void Start(const std::string& path, int end) {
     posix_spawn_file_actions_t actions;
-    posix_spawnattr_t attributes;
-    sigset_t signals;
+    const SpawnAttributes attributes;
     ::posix_spawn_file_actions_init(&actions);
-    ::posix_spawnattr_init(&attributes);
     ::posix_spawn_file_actions_adddup2(&actions, end, STDIN_FILENO);
     ::posix_spawn_file_actions_adddup2(&actions, end, STDOUT_FILENO);
     ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
     ::posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
-    ::sigemptyset(&signals);
-    ::posix_spawnattr_setsigmask(&attributes, &signals);
-    ::sigfillset(&signals);
-    ::posix_spawnattr_setsigdefault(&attributes, &signals);
-    ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
     const char* const argv[] = {path.c_str(), nullptr};
-    if (::posix_spawn(&pid_, path.c_str(), &actions, &attributes, const_cast<char**>(argv),
+    if (::posix_spawn(&pid_, path.c_str(), &actions, attributes.Get(), const_cast<char**>(argv),
                       environ) != 0)
       pid_ = -1;
     ::posix_spawn_file_actions_destroy(&actions);
-    ::posix_spawnattr_destroy(&attributes);
   }
 
   int line_ = -1;

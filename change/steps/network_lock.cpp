@@ -3,7 +3,6 @@
 // which keeps it on a file of its own; another maker's may keep it elsewhere, and has no name then.
 #include "steps/network_lock.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -11,12 +10,13 @@ namespace change {
 namespace {
 
 namespace fs = std::filesystem;
-constexpr char kLocks[] = "/run/lock/zarncore/";
+constexpr char kLock[] = "/run/lock/zarncore/class-100";
 
-bool HoldsForWriting(const fs::path& process, const std::string& descriptor) {
+// A waiter has the file open as well, without a lock.
+bool HasLockThrough(const fs::path& process, const std::string& descriptor) {
   std::ifstream info(process / "fdinfo" / descriptor);
   for (std::string line; std::getline(info, line);) {
-    if (line.starts_with("lock:") && line.find("WRITE") != std::string::npos) return true;
+    if (line.starts_with("lock:")) return true;
   }
   return false;
 }
@@ -24,8 +24,9 @@ bool HoldsForWriting(const fs::path& process, const std::string& descriptor) {
 bool HoldsLock(const fs::path& process) {
   std::error_code none;
   for (const auto& entry : fs::directory_iterator(process / "fd", none)) {
-    const std::string path = fs::read_symlink(entry.path(), none).string();
-    if (path.starts_with(kLocks) && HoldsForWriting(process, entry.path().filename())) return true;
+    if (fs::read_symlink(entry.path(), none) == kLock &&
+        HasLockThrough(process, entry.path().filename()))
+      return true;
   }
   return false;
 }

@@ -52,9 +52,9 @@ int ZARNNetChangeRead(const char* szOptions, char** ppszState);
 
 /**
  * Compares a wish with the machine; changes nothing.
+ * @param szWish      the wish
+ * @param szOptions   null, or a JSON object, as for ZARNNetChangeApply()
  * @param ppszReport  receives the report of ZARNNetChangeApply() with the differences and without steps
- * @param szWish     the wish
- * @param szOptions  null, or a JSON object, as for ZARNNetChangeApply()
  * @return ZARNNETCHANGE_DONE (no difference), _OTHERWISE, _USAGE, _FAILED
  */
 int ZARNNetChangeCompare(const char* szWish, const char* szOptions, char** ppszReport);
@@ -62,9 +62,9 @@ int ZARNNetChangeCompare(const char* szWish, const char* szOptions, char** ppszR
 /**
  * Checks a wish: its form, and the rules. Changes nothing; asks the network for an address that is to be set, unless
  * "probe" is false.
+ * @param szWish      the wish
  * @param szOptions   as for ZARNNetChangeApply()
  * @param ppszReport  receives the report, with the findings and the steps that a change would take
- * @param szWish  the wish
  * @return ZARNNETCHANGE_DONE (it may be applied), _USAGE, _REFUSED, _NOT_FOUND, _FAILED
  */
 int ZARNNetChangeCheck(const char* szWish, const char* szOptions, char** ppszReport);

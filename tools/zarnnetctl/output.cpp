@@ -182,6 +182,10 @@ Json TextOrNull(const std::string& text) {
   return text.empty() ? Json() : Json(text);
 }
 
+std::string TextIn(const Json& object, const char* name) {
+  return object.contains(name) && object[name].is_string() ? object[name].get<std::string>() : "";
+}
+
 std::string WrittenOut(const Json& value) {
   return value.dump();
 }

@@ -70,6 +70,9 @@ ExitStatus ReportUsage(const Context& context, const std::string& problem, const
 // Text as JSON has it: null where there is none.
 Json TextOrNull(const std::string& text);
 
+// A member of an object; empty where it has no such text.
+std::string TextIn(const Json& object, const char* name);
+
 // A value as JSON writes it.
 std::string WrittenOut(const Json& value);
 

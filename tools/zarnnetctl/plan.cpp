@@ -14,10 +14,6 @@ namespace {
 
 using Print = void (*)(const Json& row);
 
-std::string TextIn(const Json& row, const char* name) {
-  return row.contains(name) && row[name].is_string() ? row[name].get<std::string>() : "";
-}
-
 // A section that has nothing is left out.
 void PrintSection(const Json& plan, const char* list, const char* heading, Print print) {
   const Json rows = plan.value(list, Json::array());

@@ -19,11 +19,6 @@ std::string TextOf(const Json& wish) {
   return wish.is_null() ? "{}" : wish.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-std::string Said(const Json& object, const char* field) {
-  return object.contains(field) && object[field].is_string() ? object[field].get<std::string>()
-                                                             : "";
-}
-
 std::string Shown(const Json& value) {
   return value.is_null() ? "nothing" : WrittenOut(value);
 }
@@ -31,7 +26,7 @@ std::string Shown(const Json& value) {
 // ---- a change that was not made
 
 std::string DifferenceText(const Json& difference) {
-  std::string text = Said(difference, "path") + ": wanted " + Shown(difference["wanted"]);
+  std::string text = TextIn(difference, "path") + ": wanted " + Shown(difference["wanted"]);
   if (difference.contains("files")) text += ", the files have " + Shown(difference["files"]);
   if (difference.contains("kernel")) text += ", the kernel has " + Shown(difference["kernel"]);
   return text;
@@ -45,17 +40,17 @@ void PrintFurther(const std::string& reason, const std::string& text) {
 bool CanBeInsistedOn(const Json& findings) {
   bool any = false;
   for (const Json& finding : findings) {
-    if (Said(finding, "severity") == "refused") return false;
-    any = any || Said(finding, "severity") == "insisted";
+    if (TextIn(finding, "severity") == "refused") return false;
+    any = any || TextIn(finding, "severity") == "insisted";
   }
   return any;
 }
 
 void PrintUnmade(const Json& report, int result) {
-  const std::string reason = Said(report, "reason");
+  const std::string reason = TextIn(report, "reason");
   std::cerr << "zarnnetctl: " << reason << '\n';
   for (const Json& finding : report.value("findings", Json::array()))
-    PrintFurther(reason, Said(finding, "path") + ": " + Said(finding, "sentence"));
+    PrintFurther(reason, TextIn(finding, "path") + ": " + TextIn(finding, "sentence"));
   for (const Json& difference : report.value("differences", Json::array()))
     PrintFurther(reason, DifferenceText(difference));
   for (const Json& problem : report.value("problems", Json::array()))
@@ -69,17 +64,17 @@ void PrintUnmade(const Json& report, int result) {
 // ---- a change that was made
 
 void PrintMade(const Json& report) {
-  const std::string reason = Said(report, "reason");
+  const std::string reason = TextIn(report, "reason");
   const auto further = [&](const std::string& text) {
     if (reason.find(text) == std::string::npos) PrintLine({{text}});
   };
   PrintLine({{reason}});
   for (const Json& finding : report.value("findings", Json::array()))
-    further("note: " + Said(finding, "path") + ": " + Said(finding, "sentence"));
+    further("note: " + TextIn(finding, "path") + ": " + TextIn(finding, "sentence"));
   for (const Json& sentence : report.value("repaired", Json::array()))
     further("put right: " + sentence.get<std::string>());
   for (const Json& awaited : report.value("awaited", Json::array()))
-    further(Said(awaited, "sentence"));
+    further(TextIn(awaited, "sentence"));
   for (const Json& sentence : report.value("lost", Json::array()))
     further(sentence.get<std::string>());
   if (report.contains("confirm")) {
@@ -92,8 +87,8 @@ void PrintMade(const Json& report) {
 void PrintSteps(const Json& steps) {
   for (const Json& step : steps) {
     const std::string touches = Join(TextsOf(step["touches"]), ", ");
-    PrintLine({{Said(step, "state") + ": " + Said(step, "what") + " (" + Said(step, "setter") +
-                (touches.empty() ? "" : ": " + touches) + ")"}});
+    PrintLine({{TextIn(step, "state") + ": " + TextIn(step, "what") + " (" +
+                TextIn(step, "setter") + (touches.empty() ? "" : ": " + touches) + ")"}});
   }
 }
 

@@ -28,6 +28,7 @@
 #include "program/journal.h"
 #include "program/recorders.h"
 #include "program/replica.h"
+#include "program/stand_in.h"
 
 namespace rehearsal {
 namespace {
@@ -232,7 +233,7 @@ bool MakeCopy(const change::Generation& generation, const Machine& machine, int 
   for (const std::string& job : machine.jobs)
     MakeFile(kJobs + job, 0600);
   for (const Process& process : machine.processes)
-    StandInFor(process);
+    StandIn(process.name, process.arguments);
   DropPrivileges();
   return true;
 }

@@ -9,11 +9,10 @@
 #include <functional>
 #include <iostream>
 #include <signal.h>
-#include <spawn.h>
 #include <string_view>
 #include <sys/auxv.h>
 
-#include "program/journal.h"
+#include "program/stand_in.h"
 
 using rehearsal::Fields;
 
@@ -53,18 +52,7 @@ bool Find(const std::string& path, Program* program) {
   return known;
 }
 
-// ---- processes that stand in
-
-void StandIn(const std::string& name, const Fields& arguments) {
-  const std::string link = rehearsal::kStandIns + name;
-  static_cast<void>(::symlink(rehearsal::kRecorder, link.c_str()));
-  std::vector<char*> argv;
-  for (const std::string& argument : arguments)
-    argv.push_back(const_cast<char*>(argument.c_str()));
-  argv.push_back(nullptr);
-  pid_t child = -1;
-  ::posix_spawn(&child, link.c_str(), nullptr, nullptr, argv.data(), environ);
-}
+// ---- processes
 
 Fields ArgumentsOf(const std::string& process) {
   std::ifstream file("/proc/" + process + "/cmdline", std::ios::binary);
@@ -144,8 +132,8 @@ int AnswerJob(const Fields& words) {
   }
   if (verb == "start" && runs) return 1;
   const std::ofstream made{mark};
-  if (job == "dhcp-client") StandIn("dhclient", {kDhclient, instance});
-  if (v6) StandIn("dhclient", {kDhclient, "-6", instance});
+  if (job == "dhcp-client") rehearsal::StandIn("dhclient", {kDhclient, instance});
+  if (v6) rehearsal::StandIn("dhclient", {kDhclient, "-6", instance});
   return 0;
 }
 
@@ -173,15 +161,17 @@ int Answer(const std::string& name, const Fields& arguments) {
   }
   if (name == "rc.network") {  // the DHCP server's verbs
     EndNamed("dnsmasq");
-    if (ServesDhcp()) StandIn("dnsmasq", {"/usr/sbin/dnsmasq"});
+    if (ServesDhcp()) rehearsal::StandIn("dnsmasq", {"/usr/sbin/dnsmasq"});
   }
-  if (name == "pppoe-start") StandIn("pppoe-connect", {"/bin/sh", "/usr/sbin/pppoe-connect"});
+  if (name == "pppoe-start")
+    rehearsal::StandIn("pppoe-connect", {"/bin/sh", "/usr/sbin/pppoe-connect"});
   if (name == "pppoe-stop") return EndNamed("pppoe-connect") > 0 ? 0 : 1;
   if (name == "pppoe-status") return 1;
-  if (name == "pppoe-relay") StandIn(name, arguments);
+  if (name == "pppoe-relay") rehearsal::StandIn(name, arguments);
   if (name == "rc.tun") {
     if (verb != "start") EndNamed("gogoc");
-    if (verb == "start") StandIn("gogoc", {"/usr/bin/gogoc", "-f", "/etc/gogoc/gogoc.conf"});
+    if (verb == "start")
+      rehearsal::StandIn("gogoc", {"/usr/bin/gogoc", "-f", "/etc/gogoc/gogoc.conf"});
   }
   return 0;
 }

@@ -9,7 +9,6 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <spawn.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -121,17 +120,6 @@ void PutRecorders() {
     covers.Put(path, "inside");
   for (const char* path : kAnswered)
     covers.Put(path, "answered");
-}
-
-void StandInFor(const Process& process) {
-  const std::string link = kStandIns + process.name;
-  static_cast<void>(::symlink(kRecorder, link.c_str()));
-  std::vector<char*> argv;
-  for (const std::string& argument : process.arguments)
-    argv.push_back(const_cast<char*>(argument.c_str()));
-  argv.push_back(nullptr);
-  pid_t child = -1;
-  ::posix_spawn(&child, link.c_str(), nullptr, nullptr, argv.data(), environ);
 }
 
 Machine ReadMachine(const change::Kernel& kernel) {

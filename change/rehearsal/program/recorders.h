@@ -14,7 +14,4 @@ std::string RecorderPath();
 // Covers every program that the library and its start script run.
 void PutRecorders();
 
-// Starts a process with the name and the arguments of one that the machine has.
-void StandInFor(const Process& process);
-
 }  // namespace rehearsal
