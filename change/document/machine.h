@@ -12,6 +12,7 @@
 #include <zarncore/zarncore.h>
 
 #include "json.h"
+#include "texts.h"
 
 namespace change {
 
@@ -96,12 +97,5 @@ struct Wiped {
 std::string MaskOf(long prefix);         // 24 is "255.255.255.0"
 long PrefixOf(const std::string& mask);  // 0 for one that is none, or has holes
 std::string Cidr(const std::string& address, long prefix);
-
-inline std::string Joined(const std::vector<std::string>& texts, const char* between = " ") {
-  std::string joined;
-  for (const std::string& text : texts)
-    joined += (joined.empty() ? "" : between) + text;
-  return joined;
-}
 
 }  // namespace change

@@ -10,6 +10,7 @@
 
 #include "record/kernel.h"
 #include "record/netlink.h"
+#include "texts.h"
 
 namespace change {
 namespace {
@@ -27,11 +28,8 @@ Texts AddressesOf(const KernelLink& link, int family) {
   return texts;
 }
 
-std::string Joined(const Texts& texts) {
-  std::string joined;
-  for (const std::string& text : texts)
-    joined += (joined.empty() ? "" : " ") + text;
-  return joined.empty() ? "none" : joined;
+std::string OrNone(const Texts& texts) {
+  return texts.empty() ? "none" : Joined(texts);
 }
 
 Texts RoutesOf(const Kernel& kernel) {
@@ -60,8 +58,8 @@ void CompareLinks(const KernelLink& before, const KernelLink& now, Texts* differ
           differences);
   Compare("the master of " + before.name, masterOf(before), masterOf(now), differences);
   for (const int family : {AF_INET, AF_INET6}) {
-    Compare("the addresses of " + before.name, Joined(AddressesOf(before, family)),
-            Joined(AddressesOf(now, family)), differences);
+    Compare("the addresses of " + before.name, OrNone(AddressesOf(before, family)),
+            OrNone(AddressesOf(now, family)), differences);
   }
 }
 
@@ -155,7 +153,7 @@ std::vector<std::string> DifferencesOf(const Kernel& before, const Kernel& now) 
   for (const auto& [name, link] : now.links) {
     if (before.Link(name) == nullptr) differences.push_back(name + " is new");
   }
-  Compare("the routes", Joined(RoutesOf(before)), Joined(RoutesOf(now)), &differences);
+  Compare("the routes", OrNone(RoutesOf(before)), OrNone(RoutesOf(now)), &differences);
   for (const auto& [path, value] : before.ipv6Switch) {
     const auto found = now.ipv6Switch.find(path);
     if (found != now.ipv6Switch.end()) Compare(path, value, found->second, &differences);

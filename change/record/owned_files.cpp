@@ -32,19 +32,19 @@ constexpr const char* kFiles[] = {
 };
 
 // Folders, and how the names of their files begin.
-struct Names {
+struct Prefixed {
   const char* folder;
   const char* prefix;
 };
 constexpr char kShared[] = "/tmp";
-constexpr Names kNames[] = {
+constexpr Prefixed kNames[] = {
     {paths::kIfcfgFolder, "ifcfg-"}, {frame::dhcp_files::kFolder, "dhcpd"},
     {paths::kPppoeRelayFolder, ""},  {"/etc/dhclient/ipv4", "dhcpcd-"},
     {kShared, "dhcpv4.leases."},     {kShared, "zarnpppoe.intf"},
 };
 
 // In /tmp anybody can take such a name, with any content.
-bool IsOwn(const Names& names, const std::string& path) {
+bool IsOwn(const Prefixed& names, const std::string& path) {
   struct stat status {};
   return std::string_view(names.folder) != kShared ||
          (::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
@@ -55,7 +55,7 @@ bool IsOwn(const Names& names, const std::string& path) {
 
 std::vector<std::string> OwnedFiles() {
   std::vector<std::string> owned(std::begin(kFiles), std::end(kFiles));
-  for (const Names& names : kNames) {
+  for (const Prefixed& names : kNames) {
     std::error_code none;
     for (const auto& entry : std::filesystem::directory_iterator(names.folder, none)) {
       const std::string name = entry.path().filename();
