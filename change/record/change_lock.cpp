@@ -3,6 +3,7 @@
 // beside it that all may read.
 #include "record/change_lock.h"
 
+#include <algorithm>
 #include <chrono>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -38,10 +39,13 @@ void Sign(const std::string& program) {
 
 ChangeLock::ChangeLock(const std::string& program, long seconds) {
   constexpr auto kPause = std::chrono::milliseconds(20);
+  // A watcher only looks: who waits for nothing else is not told of it.
+  constexpr std::chrono::milliseconds kLook{500};
   ::mkdir(kFolder, 0755);
   fd_ = ::open(kLock, O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
   if (fd_ < 0) return;
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+  const auto end = std::chrono::steady_clock::now() +
+                   std::max<std::chrono::milliseconds>(std::chrono::seconds(seconds), kLook);
   while (!(held_ = Take(fd_)) && std::chrono::steady_clock::now() < end)
     std::this_thread::sleep_for(kPause);
   if (held_) Sign(program);
