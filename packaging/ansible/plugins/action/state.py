@@ -10,6 +10,7 @@ import time
 
 from ansible.errors import AnsibleActionFail, AnsibleError
 from ansible.plugins.action import ActionBase
+from ansible.plugins.connection import ConnectionBase
 
 MODULE = "zarnnet.appliance.state"
 CONFIRM = "zarnnet.appliance.confirm"
@@ -44,12 +45,15 @@ class ActionModule(ActionBase):
     # ---- the change
 
     def _confirmedChange(self):
-        seconds = self._seconds()
+        seconds = self._seconds("confirm", 0) or SETTINGS_SECONDS
+        delay = self._seconds("delay", DELAY)
         address = self._task.args.get("address") or self._home
         started = self._start()
         if "ansible_job_id" not in started:
             return started
         job = {"jid": started["ansible_job_id"], "_async_dir": os.path.dirname(started["results_file"])}
+        # A connection of before the first step would be cut, which takes seconds to be noticed.
+        time.sleep(delay + 1)
         change = self._await(job, address, seconds)
         if change is None:
             self._connection._shell.tmpdir = None  # nobody could remove it
@@ -72,12 +76,11 @@ class ActionModule(ActionBase):
             return dict(change, failed=True, msg=answer["msg"], changed=answer.get("state") != "reverted")
         return dict(change, address=address)
 
-    def _seconds(self):
-        try:
-            seconds = int(self._task.args["confirm"])
-        except (TypeError, ValueError):
-            raise AnsibleActionFail("confirm: a number of seconds belongs here")
-        return seconds or SETTINGS_SECONDS
+    def _seconds(self, option, default):
+        text = str(self._task.args.get(option, default))
+        if not text.isdecimal():
+            raise AnsibleActionFail("%s: a number of seconds belongs here" % option)
+        return int(text)
 
     def _start(self):
         self._task.async_val = LONGEST
@@ -88,8 +91,6 @@ class ActionModule(ActionBase):
 
     # What came of the job, heard at the new address; at the old one only that there was no change.
     def _await(self, job, address, seconds):
-        # A connection of before the first step would be cut, which takes seconds to be noticed.
-        time.sleep(int(self._task.args.get("delay", DELAY)) + 1)
         end = time.monotonic() + seconds + GRACE
         while time.monotonic() < end:
             for place in dict.fromkeys([address, self._home]):
@@ -122,7 +123,7 @@ class ActionModule(ActionBase):
             self._connection.set_option("ssh_extra_args", " ".join(
                 filter(None, [self._connection.get_option("ssh_extra_args"), alive])))
             self._connection.set_option("timeout", CONNECT_SECONDS)
-        self._connection.reset()
+        self._reset()
 
     # A module's answer over a connection of its own; None when the appliance does not answer there.
     def _at(self, address, module, arguments):
@@ -130,8 +131,13 @@ class ActionModule(ActionBase):
             if option in self._connection.get_options():
                 self._connection.set_option(option, address)
         self._play_context.remote_addr = address
-        self._connection.reset()
+        self._reset()
         return self._ask(module, arguments)
+
+    # One that has no such thing is none that could be cut.
+    def _reset(self):
+        if type(self._connection).reset is not ConnectionBase.reset:
+            self._connection.reset()
 
     def _ask(self, module, arguments):
         try:

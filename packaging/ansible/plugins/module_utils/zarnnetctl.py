@@ -59,4 +59,4 @@ def _object_in(text):
 def _shown(value):
     if value is None:
         return "nothing"
-    return value if isinstance(value, str) else json.dumps(value, sort_keys=True)
+    return json.dumps(value, separators=(",", ":"), sort_keys=True, ensure_ascii=False)

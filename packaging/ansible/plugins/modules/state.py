@@ -135,9 +135,9 @@ def text_of(module):
         # Returned among the arguments, it would show secrets in whatever way they are written.
         module.no_log_values = secrets_in(document) | {document.strip(), document}
         return document
+    module.no_log_values = secrets_in(document)
     if not isinstance(document, dict):
         module.fail_json(msg="document: a mapping belongs here, or its text")
-    module.no_log_values = secrets_in(document)
     return json.dumps(document)
 
 
