@@ -1,14 +1,15 @@
 /* SPDX-License-Identifier: Apache-2.0 */
-/* Makes a change that goes back by itself, asks whether it shall stay, and keeps it or puts it back. Needs root.
+/* Makes a change that goes back by itself, asks whether it shall stay, and keeps it or puts it
+ * back. Needs root.
  *   cc -std=c99 confirm.c -o confirm $(pkg-config --cflags --libs zarnnetchange)
  *   ./confirm '{"interfaces": {"eth0": {"ipv4": {"address": "192.168.50.11"}}}}' 60
- * Who is cut off by the change needs to do nothing: without an answer in time everything is as it was. */
+ * Who is cut off by it needs to do nothing: without an answer in time everything is as it was. */
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <zarnnetchange/change.h>
 
-/* The number of the change that waits; 0 when none does, as when the machine is as wished already. */
+/* The number of the change that waits; 0 when none does, as on a machine that is as wished. */
 static int waiting(const char* szReport) {
   static const char key[] = "\"number\":";
   const char* at = szReport ? strstr(szReport, "\"confirm\":") : NULL;

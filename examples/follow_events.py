@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Follows addresses as they come and go, and what plugins are told: one line for each event, until it is stopped.
+"""Follows addresses as they come and go, and what plugins are told: a line for each event.
 
-follow_events.py [COUNT] ends after COUNT events of any kind. Any user may. What happened before it began is not told:
-"zarnnetctl show --json" has the state.
+follow_events.py [COUNT] ends after COUNT events of any kind, or when it is stopped. Any user may.
+What happened before it began is not told: "zarnnetctl show --json" has the state.
 """
 import json
 import subprocess

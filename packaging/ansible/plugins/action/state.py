@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """The control host's part of a change that is to be confirmed.
 
-The module runs detached from the session, which the change may cut. From then on every connection is a new one, and the
-change is confirmed over one that was opened after it was in effect. Whatever fails on the way, nothing is confirmed, and
-the appliance puts everything back by itself.
+The module runs detached from the session, which the change may cut. From then on every connection
+is a new one, and the change is confirmed over one that was opened after it was in effect. Whatever
+fails on the way, nothing is confirmed, and the appliance puts everything back by itself.
 """
 import os
 import time
@@ -33,7 +33,7 @@ class ActionModule(ActionBase):
         result = super().run(tmp, task_vars)
         if result.get("skipped"):
             return result
-        if self._task.args.get("confirm") is None or self._play_context.check_mode:
+        if self._task.args.get("confirm") is None or self._task.check_mode:
             result.update(self._execute_module(module_name=MODULE, task_vars=task_vars))
             return result
         self._vars = task_vars
@@ -51,29 +51,32 @@ class ActionModule(ActionBase):
         started = self._start()
         if "ansible_job_id" not in started:
             return started
-        job = {"jid": started["ansible_job_id"], "_async_dir": os.path.dirname(started["results_file"])}
+        folder = os.path.dirname(started["results_file"])
+        job = {"jid": started["ansible_job_id"], "_async_dir": folder}
         # A connection of before the first step would be cut, which takes seconds to be noticed.
         time.sleep(delay + 1)
         change = self._await(job, address, seconds)
         if change is None:
-            self._connection._shell.tmpdir = None  # nobody could remove it
             return {
                 "failed": True,
-                "msg": "the appliance was not reached at %s within %d seconds: the change is not confirmed, and goes back "
-                       "by itself" % (address, seconds),
+                "msg": "the appliance was not reached at %s within %d seconds: the change is not "
+                       "confirmed, and goes back by itself" % (address, seconds),
             }
-        waits = not change.get("failed") and "confirm" in change["report"]
-        answer = self._confirm(address, change["number"], seconds) if waits else {}
-        if answer is not None:
-            self._ask(STATUS, dict(job, mode="cleanup"))
-        if not waits:
-            return change
+        if not change.get("failed") and "confirm" in change["report"]:
+            change = self._confirmed(change, address, seconds)
+        self._ask(STATUS, dict(job, mode="cleanup"))
+        return change
+
+    # The change with what came of its confirmation.
+    def _confirmed(self, change, address, seconds):
+        answer = self._confirm(address, change["number"], seconds)
         if answer is None:
-            self._connection._shell.tmpdir = None
-            return dict(change, failed=True, msg="the appliance was not reached any more at %s: change %d goes back by itself "
-                        "unless the confirmation came through" % (address, change["number"]))
+            reason = ("the appliance was not reached any more at %s: change %d goes back by itself "
+                      "unless the confirmation came through" % (address, change["number"]))
+            return dict(change, failed=True, msg=reason)
         if answer.get("failed"):
-            return dict(change, failed=True, msg=answer["msg"], changed=answer.get("state") != "reverted")
+            changed = answer.get("state") != "reverted"
+            return dict(change, failed=True, msg=answer["msg"], changed=changed)
         return dict(change, address=address)
 
     def _seconds(self, option, default):
@@ -95,12 +98,14 @@ class ActionModule(ActionBase):
         while time.monotonic() < end:
             for place in dict.fromkeys([address, self._home]):
                 answer = self._at(place, STATUS, job) or {}
-                # Of another machine that has the address there is no such job: that is said as both.
+                # Another machine that has the address knows no such job, and says both.
                 started, finished = answer.get("started"), answer.get("finished")
                 if started and not finished:
                     end = time.monotonic() + seconds + GRACE
                 elif finished and not started and (place == address or answer.get("failed")):
-                    return {key: answer[key] for key in answer if key not in ("finished", "ansible_job_id")}
+                    answer.pop("finished")
+                    answer.pop("ansible_job_id", None)
+                    return answer
             time.sleep(PAUSE_SECONDS)
         return None
 
@@ -141,6 +146,7 @@ class ActionModule(ActionBase):
 
     def _ask(self, module, arguments):
         try:
-            return self._execute_module(module_name=module, module_args=arguments, task_vars=self._vars)
+            return self._execute_module(module, arguments, task_vars=self._vars)
         except AnsibleError:
+            self._connection._shell.tmpdir = None  # nobody can remove it
             return None

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""zarnnetctl as the modules call it: by an argument vector, documents on standard input, reports as JSON."""
+"""zarnnetctl as the modules call it: an argument vector, a document on its input, JSON back."""
 import json
 
 

@@ -6,8 +6,8 @@ module: confirm
 short_description: Confirms a change that waits for it on an appliance
 description:
   - A change that was made with a time to confirm goes back by itself unless it is confirmed.
-  - M(zarnnet.appliance.state) with I(confirm) does this by itself. This module is for changes that somebody else made,
-    or that a play checks by means of its own before it keeps them.
+  - M(zarnnet.appliance.state) with I(confirm) does this by itself. This module is for changes that
+    somebody else made, or that a play checks by means of its own before it keeps them.
 options:
   number:
     description:

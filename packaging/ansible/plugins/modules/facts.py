@@ -5,7 +5,8 @@ DOCUMENTATION = r"""
 module: facts
 short_description: Reads the networking of an appliance as a document
 description:
-  - Returns the state document, as C(zarnnetctl show --json) prints it, under C(ansible_facts.zarnnet).
+  - Returns the state document, as C(zarnnetctl show --json) prints it, under
+    C(ansible_facts.zarnnet).
   - It is what M(zarnnet.appliance.state) takes back. Passwords are never in it.
 options:
   view:
@@ -43,7 +44,7 @@ ansible_facts:
     zarnnet:
       description: The state document; with I(view=both) its two views as C(configured) and C(live).
       type: dict
-      sample: {"interfaces": {"eth0": {"ipv4": {"method": "static", "address": "192.168.50.10", "prefix": 24}}}}
+      sample: {"interfaces": {"eth0": {"mtu": 1500, "up": true}}}
 """
 
 from ansible.module_utils.basic import AnsibleModule

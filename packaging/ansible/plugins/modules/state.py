@@ -5,36 +5,41 @@ DOCUMENTATION = r"""
 module: state
 short_description: Makes the networking of an appliance as a document says
 description:
-  - Applies a part of the state document as C(zarnnetctl apply) does. What is named is wanted, what is not named stays,
-    C(null) removes.
-  - The change is checked first, compared with the appliance afterwards, and put back whole when it failed or is not in
-    effect.
-  - Check mode plans the change in a private copy of the appliance and changes nothing; diff mode shows each field, and
-    the files.
+  - Applies a part of the state document as C(zarnnetctl apply) does. What is named is wanted, what
+    is not named stays, C(null) removes.
+  - The change is checked first, compared with the appliance afterwards, and put back whole when it
+    failed or is not in effect.
+  - Check mode plans the change in a private copy of the appliance and changes nothing; diff mode
+    shows each field, and the files.
   - Needs root on the appliance.
 options:
   document:
     description:
       - The document as a mapping, or as its text in JSON or YAML.
-      - Text is handed on as it is, so that C(no) and C(08:00) are what zarnnetctl takes them for. Numbers that come from
-        templates are texts in a mapping; take C(lookup('template', ...)) then.
+      - Text is handed on as it is, so that C(no) and C(08:00) are what zarnnetctl takes them for.
+        Numbers that come from templates are texts in a mapping; take C(lookup('template', ...))
+        then.
       - Passwords in it are neither logged nor returned.
     type: raw
     required: true
   confirm:
     description:
-      - Seconds within which the control host has to reach the appliance over a new connection. Only then is the change
-        confirmed; otherwise everything goes back by itself. 0 takes the time of the appliance's settings.
-      - Without it the change stays at once, and one that takes away the path of the session is refused.
+      - Seconds within which the control host has to reach the appliance over a new connection. Only
+        then is the change confirmed; otherwise everything goes back by itself. 0 takes the time of
+        the appliance's settings.
+      - Without it the change stays at once, and one that takes away the path of the session is
+        refused.
     type: int
   address:
     description:
-      - Where the control host reaches the appliance after the change; without it, where it does now. Needs I(confirm).
+      - Where the control host reaches the appliance after the change; without it, where it does
+        now. Needs I(confirm).
       - The following tasks of the play still use the old address until C(ansible_host) is set.
     type: str
   delay:
     description:
-      - Seconds between the answer to the control host and the first step of a change with I(confirm).
+      - Seconds between the answer to the control host and the first step of a change with
+        I(confirm).
     type: int
     default: 1
   force:
@@ -44,7 +49,8 @@ options:
     default: false
   keep:
     description:
-      - Keep what is stored, though it is not in effect, for a driver or a partner that is yet to come.
+      - Keep what is stored, though it is not in effect, for a driver or a partner that is yet to
+        come.
     type: bool
     default: false
   wait:
@@ -98,7 +104,7 @@ report:
   description: The report of zarnnetctl; in check mode the plan.
   returned: always
   type: dict
-  sample: {"result": 0, "reason": "done", "number": 17, "steps": [{"what": "use the name servers 192.168.50.1"}]}
+  sample: {"result": 0, "reason": "done", "number": 17, "steps": [{"what": "bring up eth0"}]}
 address:
   description: Where the control host reached the appliance when it confirmed the change.
   returned: when the change was confirmed
@@ -149,7 +155,7 @@ def options_of(params):
     return words
 
 
-def sides(text, differences):
+def sides(differences):
     """Each field that differs, as it is and as it would be."""
     def line(row, value):
         return "%s: %s\n" % (row["path"], json.dumps(value, sort_keys=True))
@@ -184,6 +190,19 @@ def changed_files(module, report):
     return history.get("change", {}).get("files", [])
 
 
+def planned(module, text):
+    report = zarnnetctl.run(module, ["plan", "-"] + options_of(module.params), text)
+    report.pop("inputs", None)
+    return report, report.get("files", [])
+
+
+def applied(module, text):
+    if module.params["confirm"] is not None:
+        time.sleep(module.params["delay"])
+    report = zarnnetctl.run(module, ["apply", "-"] + options_of(module.params), text)
+    return report, changed_files(module, report) if module._diff else []
+
+
 def main():
     module = AnsibleModule(
         argument_spec={
@@ -199,23 +218,15 @@ def main():
         supports_check_mode=True,
     )
     text = text_of(module)
-    diff = [sides(text, differences_of(module, text))] if module._diff else []
-    if module.check_mode:
-        report = zarnnetctl.run(module, ["plan", "-"] + options_of(module.params), text)
-        report.pop("inputs", None)
-        files = report.get("files", [])
-    else:
-        if module.params["confirm"] is not None:
-            time.sleep(module.params["delay"])
-        report = zarnnetctl.run(module, ["apply", "-"] + options_of(module.params), text)
-        files = changed_files(module, report) if module._diff else []
+    diff = [sides(differences_of(module, text))] if module._diff else []
+    report, files = (planned if module.check_mode else applied)(module, text)
     steps = [step["what"] for step in report.get("steps", [])]
     result = {"report": report, "diff": diff + file_diffs(files)}
     if "number" in report:
         result["number"] = report["number"]
     if report["result"] != 0:
-        # Whatever was not put back has changed.
-        module.fail_json(msg=zarnnetctl.failure(report), changed=report.get("restored") is False, **result)
+        stays = report.get("restored") is False  # what could not be put back has changed
+        module.fail_json(msg=zarnnetctl.failure(report), changed=stays, **result)
     zarnnetctl.warn(module, report)
     outcome = "would " + "; ".join(steps) if module.check_mode and steps else report["reason"]
     module.exit_json(changed=bool(steps), msg=outcome, **result)
