@@ -59,10 +59,12 @@ MaskList masks = kPlaces;
 
 // ---- the machine
 
-// Of others: locks, process numbers, what the appliance's programs note, this file's own.
+// Of others: sources and build, locks, process numbers, what the appliance's programs note, this
+// file's own.
 bool IsLeftOut(const std::string& path) {
-  for (const char* const folder : {"/run/lock", "/run/jobs", "/var/log", "/run/mounts", kJournal,
-                                   "/run/recorded-calls", "/run/child-log", "/var/lib/zarnnet"}) {
+  for (const char* const folder :
+       {ZARNNET_TREE, ZARNNET_BUILD_FOLDER, "/run/lock", "/run/jobs", "/var/log", "/run/mounts",
+        kJournal, "/run/recorded-calls", "/run/child-log", "/var/lib/zarnnet"}) {
     if (path == folder) return true;
   }
   // A watcher ends in its own time, and signs the lock of changes for a moment before that.
