@@ -117,3 +117,10 @@ TEST(Statistics, AreWhatTheKernelCounts) {
   Mask("lo ([0-9.]+ [kM]? ?[0-9.]+ [kM]? ?[0-9.]+ [kM]? ?[0-9.]+( [kM])?)", "RATES");
   TypeSession();
 }
+
+// Names of the kernel can have every sign but a blank, '/' and ':'.
+TEST(Interfaces, AreDrawnForGraphvizWhateverTheirNames) {
+  Shell(R"sh(ip link add 'a"];<&lt;\N' type bridge)sh");
+  Shell(R"sh(ip link add "$(printf '\377\001\\')" type bridge)sh");
+  TypeSession();
+}

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // zarnnetctl topology, conflict and tree: how the interfaces stand to each other and to the LAN.
-#include <algorithm>
 #include <array>
-#include <set>
+#include <iostream>
 
 #include "commands.h"
+#include "picture.h"
 #include "query.h"
-#include "roles.h"
+#include "tree.h"
 #include "wish.h"
 
 namespace tool {
@@ -103,71 +103,12 @@ void AddConflict(const Group& app, Context& context) {
 
 // ---- tree
 
-// One interface with what lies under it: the ports of a bridge, the slaves of a bond, the parent
-// of a VLAN.
-struct Node {
-  std::string name;
-  std::string role;
-  bool up = false;
-  std::vector<std::string> addresses;
-  std::vector<Node> below;
-};
-
-std::vector<std::string> AddressesOf(const std::string& ifname) {
-  std::vector<std::string> texts;
-  const std::string ipv4 = AddressText(LiveAddress(ifname));
-  if (!ipv4.empty()) texts.push_back(ipv4);
-  for (const ZARNNETV6ADDR& address : ReadIpv6(ifname))
-    texts.push_back(Ipv6Text(address));
-  return texts;
-}
-
-Node ReadNode(const std::string& ifname) {
-  Node node{ifname, "", ZARNNetIsIFUp(ifname.c_str()) == 1, AddressesOf(ifname), {}};
-  std::vector<std::string> below;
-  if (const auto bond = ReadBond(ifname)) {
-    node.role = "bond " + bond->mode;
-    below = bond->slaves;
-  } else if (const auto bridge = ReadBridge(ifname); bridge && bridge->type != "port") {
-    node.role = bridge->type == "bridge" ? "bridge" : "bridge of the local LAN";
-    below = bridge->ports;
-  } else if (const auto vlan = ReadVlan(ifname)) {
-    node.role = "VLAN " + std::to_string(vlan->id);
-    below = {vlan->szRowDev};
-  }
-  for (const std::string& name : below)
-    node.below.push_back(ReadNode(name));
-  return node;
-}
-
-void CollectBelow(const Node& node, std::set<std::string>* names) {
-  for (const Node& child : node.below) {
-    names->insert(child.name);
-    CollectBelow(child, names);
-  }
-}
-
-// The interfaces under which all others stand.
-std::vector<Node> ReadTree() {
-  std::vector<Node> nodes;
-  std::set<std::string> covered;
-  for (const std::string& ifname : KernelInterfaces()) {
-    nodes.push_back(ReadNode(ifname));
-    CollectBelow(nodes.back(), &covered);
-  }
-  std::erase_if(nodes, [&](const Node& node) { return covered.contains(node.name); });
-  return nodes;
-}
-
 Json NodeJson(const Node& node) {
   Json below = Json::array();
   for (const Node& child : node.below)
     below.push_back(NodeJson(child));
-  return {{"name", node.name},
-          {"role", TextOrNull(node.role)},
-          {"up", node.up},
-          {"addresses", node.addresses},
-          {"below", below}};
+  return {{"name", node.name},           {"role", TextOrNull(node.role)}, {"up", node.up},
+          {"state", WordOf(node.state)}, {"addresses", node.addresses},   {"below", below}};
 }
 
 // The lines that lead to a name stand before it: one text for its own line, one for those below.
@@ -182,10 +123,14 @@ struct Branch {
   }
 };
 
+// What is as it should be needs no word.
+std::string Remark(const Node& node) {
+  if (node.state == State::kUp) return node.role.empty() ? "" : " (" + node.role + ")";
+  return " (" + (node.role.empty() ? "" : node.role + ", ") + WordOf(node.state) + ")";
+}
+
 void PrintNode(const Node& node, const Branch& branch) {
-  PrintLine({{branch.own},
-             {node.name, node.up ? Tone::kGood : Tone::kBad},
-             {node.role.empty() ? "" : " (" + node.role + ")"}});
+  PrintLine({{branch.own}, {node.name, node.up ? Tone::kGood : Tone::kBad}, {Remark(node)}});
   for (std::size_t i = 0; i < node.addresses.size(); ++i) {
     const bool last = node.below.empty() && i + 1 == node.addresses.size();
     PrintLine({{branch.To(last).own}, {node.addresses[i], Tone::kHeading}});
@@ -194,8 +139,12 @@ void PrintNode(const Node& node, const Branch& branch) {
     PrintNode(child, branch.To(&child == &node.below.back()));
 }
 
-void ShowTree(const Context& context) {
+void ShowTree(const Context& context, bool dot) {
   const std::vector<Node> nodes = ReadTree();
+  if (dot) {
+    std::cout << DotOf(nodes);
+    return;
+  }
   if (!context.json) {
     for (const Node& node : nodes)
       PrintNode(node, {});
@@ -210,8 +159,13 @@ void ShowTree(const Context& context) {
 void AddTree(const Group& app, Context& context) {
   const Verb verb = AddVerb(app, context, "tree",
                             "Draws bridges over ports, bonds over slaves, VLANs over parents",
-                            "  zarnnetctl tree");
-  verb.Run([&context] { ShowTree(context); });
+                            "  zarnnetctl tree\n  zarnnetctl tree --dot | dot -Tsvg >tree.svg");
+  auto dot = std::make_shared<bool>(false);
+  verb.AddFlag("--dot", *dot, "As a source of Graphviz");
+  verb.Run([&context, dot] {
+    if (*dot && context.json) throw WrongUsage("--dot and --json are two forms: give one");
+    ShowTree(context, *dot);
+  });
 }
 
 }  // namespace
