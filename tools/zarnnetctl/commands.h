@@ -31,5 +31,6 @@ void AddChangeCommands(const Group& app, Context& context);
 void AddHistoryCommands(const Group& app, Context& context);
 void AddDiffCommand(const Group& app, Context& context);
 void AddEditCommand(const Group& app, Context& context);
+void AddReportCommand(const Group& app, Context& context);
 
 }  // namespace tool

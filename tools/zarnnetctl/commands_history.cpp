@@ -6,6 +6,7 @@
 #include <zarnnetchange/change.h>
 
 #include "commands.h"
+#include "made_changes.h"
 #include "output.h"
 #include "wish.h"
 
@@ -41,30 +42,10 @@ void Undo(const Asked& asked, Context* context) {
 
 // ---- history
 
-std::string Who(const Json& change) {
-  const Json& who = change["who"];
-  return who.value("sudo", who.value("login", ""));
-}
-
-std::string What(const Json& change) {
-  if (change.contains("undoes")) return "undo of " + WrittenOut(change["undoes"]);
-  const Json& steps = change["steps"];
-  if (steps.empty()) return change["reason"];
-  const std::string more =
-      steps.size() > 1 ? " and " + std::to_string(steps.size() - 1) + " more" : "";
-  return steps.front().get<std::string>() + more;
-}
-
 void PrintAll(const Json& changes) {
   std::vector<Row> rows{Headings({"NUMBER", "STATE", "BEGAN", "WHO", "WHAT"})};
-  for (const Json& change : changes) {
-    const bool readable = change.contains("who");
-    rows.push_back({{WrittenOut(change["number"])},
-                    {change["state"]},
-                    {change.value("began", "")},
-                    {readable ? Who(change) : ""},
-                    {readable ? What(change) : change.value("reason", "")}});
-  }
+  for (const Json& change : changes)
+    rows.push_back(RowOf(change));
   PrintList(rows, "changes");
 }
 

@@ -5,7 +5,6 @@
 #include <array>
 #include <chrono>
 #include <cstring>
-#include <ctime>
 #include <filesystem>
 #include <iostream>
 #include <map>
@@ -82,15 +81,6 @@ class PluginEvents {
 };
 
 // ---- monitor
-
-std::string Now() {
-  const std::time_t now = std::time(nullptr);
-  std::tm local{};
-  std::array<char, 32> text{};
-  ::localtime_r(&now, &local);
-  std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S%z", &local);
-  return text.data();
-}
 
 std::string ValueText(const Json& value) {
   if (value.is_string()) return value.get<std::string>();

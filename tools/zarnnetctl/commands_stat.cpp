@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // zarnnetctl stat: the traffic counters of interfaces.
-#include <algorithm>
-#include <array>
 #include <chrono>
 #include <cmath>
-#include <cstdio>
 #include <iostream>
 #include <memory>
 #include <thread>
@@ -12,21 +9,10 @@
 
 #include "commands.h"
 #include "query.h"
+#include "traffic.h"
 
 namespace tool {
 namespace {
-
-struct FreeList {
-  void operator()(PKOPANETSTATLIST list) const { KOPANetStatFree(list); }
-};
-
-std::vector<KOPANETSTAT> ReadStatistics(const std::string& what) {
-  constexpr int kMost = 32;
-  ForgetErrors();
-  const std::unique_ptr<KOPANETSTATLIST, FreeList> list(KOPANetStatInit(kMost));
-  if (!list || KOPANetStatGetAll(list.get()) < 0) Fail(what);
-  return {list->rgItem, list->rgItem + list->nItem};
-}
 
 Json ToJson(const KOPANETSTAT& stat) {
   return {{"name", stat.name},
@@ -49,27 +35,14 @@ Row ToRow(const KOPANETSTAT& stat) {
   return row;
 }
 
-const char kWhat[] = "cannot read the statistics";
-
-// The counters of the interfaces named, or of all.
-std::vector<KOPANETSTAT> ReadSelected(const std::vector<std::string>& ifnames) {
-  std::vector<KOPANETSTAT> stats = ReadStatistics(kWhat);
-  const auto isUnwanted = [&](const KOPANETSTAT& stat) {
-    return !ifnames.empty() &&
-           std::find(ifnames.begin(), ifnames.end(), stat.name) == ifnames.end();
-  };
-  std::erase_if(stats, isUnwanted);
-  return stats;
-}
-
 void RequireInterfaces(const std::vector<std::string>& ifnames) {
   for (const std::string& ifname : ifnames)
-    RequireInterface(kWhat, ifname);
+    RequireInterface(kReadingTraffic, ifname);
 }
 
 void Show(const Context& context, const std::vector<std::string>& ifnames) {
   RequireInterfaces(ifnames);
-  const std::vector<KOPANETSTAT> stats = ReadSelected(ifnames);
+  const std::vector<KOPANETSTAT> stats = ReadTraffic(ifnames);
   if (context.json) {
     Json list = Json::array();
     for (const KOPANETSTAT& stat : stats)
@@ -90,56 +63,6 @@ struct Watch {
   double interval = 1;
   int count = 0;  // 0: without end
 };
-
-struct Snapshot {
-  std::chrono::steady_clock::time_point time;
-  std::vector<KOPANETSTAT> stats;
-};
-
-Snapshot Take(const std::vector<std::string>& ifnames) {
-  return {std::chrono::steady_clock::now(), ReadSelected(ifnames)};
-}
-
-// In bytes and packets a second.
-struct Rate {
-  std::string name;
-  double rxBytes, rxPackets, txBytes, txPackets;
-};
-
-// A counter that went back began anew, with its interface.
-double PerSecond(std::uint64_t before, std::uint64_t now, double seconds) {
-  return now < before || seconds <= 0 ? 0 : static_cast<double>(now - before) / seconds;
-}
-
-// Of the interfaces that are in both snapshots.
-std::vector<Rate> RatesBetween(const Snapshot& before, const Snapshot& now) {
-  const double seconds = std::chrono::duration<double>(now.time - before.time).count();
-  std::vector<Rate> rates;
-  for (const KOPANETSTAT& stat : now.stats) {
-    const std::string name = stat.name;
-    const auto old = std::find_if(before.stats.begin(), before.stats.end(),
-                                  [&](const KOPANETSTAT& other) { return name == other.name; });
-    if (old == before.stats.end()) continue;
-    rates.push_back({name, PerSecond(old->rxBytes, stat.rxBytes, seconds),
-                     PerSecond(old->rxPackets, stat.rxPackets, seconds),
-                     PerSecond(old->txBytes, stat.txBytes, seconds),
-                     PerSecond(old->txPackets, stat.txPackets, seconds)});
-  }
-  return rates;
-}
-
-// "1.5 M": three digits are enough to watch.
-std::string Short(double number) {
-  constexpr std::array<const char*, 5> kUnits{"", " k", " M", " G", " T"};
-  constexpr double kStep = 1000;
-  std::size_t unit = 0;
-  for (; std::round(number) >= kStep && unit + 1 < kUnits.size(); ++unit)
-    number /= kStep;
-  std::array<char, 32> text{};
-  std::snprintf(text.data(), text.size(), "%.*f%s", unit > 0 && number < 100 ? 1 : 0, number,
-                kUnits.at(unit));
-  return text.data();
-}
 
 void PrintRates(const std::vector<Rate>& rates) {
   std::vector<Row> rows{Headings({"NAME", "RX B/S", "PACKETS/S", "TX B/S", "PACKETS/S"})};

@@ -94,6 +94,7 @@ const std::vector<Part>& Parts() {
       {AddChangeCommands, {"apply", "plan"}},
       {AddDiffCommand, {"diff"}},
       {AddEditCommand, {"edit"}},
+      {AddReportCommand, {"report"}},
       {AddHistoryCommands, {"confirm", "history", "undo", "recover"}},
   };
   return parts;

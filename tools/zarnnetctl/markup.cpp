@@ -2,6 +2,7 @@
 #include "markup.h"
 
 #include <nlohmann/json.hpp>
+#include <sstream>
 #include <string_view>
 
 namespace tool {
@@ -69,6 +70,14 @@ std::string Escaped(const std::string& text) {
         escaped += byte;
     }
   }
+  return escaped;
+}
+
+std::string EscapedLines(const std::string& text) {
+  std::istringstream lines(text);
+  std::string escaped;
+  for (std::string line; std::getline(lines, line);)
+    escaped += Escaped(line) + "\n";
   return escaped;
 }
 

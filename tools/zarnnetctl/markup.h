@@ -13,4 +13,7 @@ std::string Readable(const std::string& text);
 // The same for the text or an attribute of HTML and SVG, with its signs written as XML's.
 std::string Escaped(const std::string& text);
 
+// The same for a text of several lines, which stay lines.
+std::string EscapedLines(const std::string& text);
+
 }  // namespace tool

@@ -3,7 +3,9 @@
 #include "output.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
+#include <ctime>
 #include <iostream>
 #include <langinfo.h>
 #include <nlohmann/json.hpp>
@@ -176,6 +178,15 @@ ExitStatus ReportUsage(const Context& context, const std::string& problem,
     std::cerr << "zarnnetctl: " << problem << "\nTry '" << verb << " --help'.\n";
   }
   return kUsage;
+}
+
+std::string Now() {
+  const std::time_t now = std::time(nullptr);
+  std::tm local{};
+  std::array<char, 32> text{};
+  ::localtime_r(&now, &local);
+  std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S%z", &local);
+  return text.data();
 }
 
 Json TextOrNull(const std::string& text) {

@@ -67,6 +67,9 @@ bool HasUtf8();
 ExitStatus ReportFailure(const Context& context, const Failure& failure);
 ExitStatus ReportUsage(const Context& context, const std::string& problem, const std::string& verb);
 
+// The time of the day for people, with its distance from UTC.
+std::string Now();
+
 // Text as JSON has it: null where there is none.
 Json TextOrNull(const std::string& text);
 

@@ -3,9 +3,10 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <set>
-#include <utility>
+#include <string_view>
 
 #include "interfaces.h"
 #include "query.h"
@@ -36,9 +37,12 @@ std::vector<std::string> AddressesOf(const std::string& ifname) {
 
 // Of what the library counts for nothing while it is down, or has no word for.
 std::string KindOf(const std::string& ifname) {
-  for (const auto& [file, kind] : {std::pair("bridge", "bridge"), std::pair("bonding", "bond"),
-                                   std::pair("tun_flags", "tunnel")}) {
-    if (std::filesystem::exists("/sys/class/net/" + ifname + "/" + file)) return kind;
+  const std::string folder = "/sys/class/net/" + ifname + "/";
+  if (std::filesystem::exists(folder + "tun_flags")) return "tunnel";
+  constexpr std::string_view kKey = "DEVTYPE=";
+  std::ifstream event(folder + "uevent");
+  for (std::string line; std::getline(event, line);) {
+    if (line.starts_with(kKey)) return line.substr(kKey.size());
   }
   return {};
 }
