@@ -48,13 +48,12 @@ std::string ClassOf(State state) {
   return word;
 }
 
+// The longest addresses take two lines.
 std::vector<std::string> LinesOf(const Node& node) {
-  std::vector<std::string> words = node.addresses;
-  words.insert(words.begin(), RoleAndState(node));
-  std::vector<std::string> lines;
-  for (const std::string& word : words) {
-    for (std::size_t begin = 0; begin < word.size(); begin += kLongest)
-      lines.push_back(word.substr(begin, kLongest));
+  std::vector<std::string> lines{RoleAndState(node)};
+  for (const std::string& address : node.addresses) {
+    for (std::size_t begin = 0; begin < address.size(); begin += kLongest)
+      lines.push_back(address.substr(begin, kLongest));
   }
   return lines;
 }
@@ -111,13 +110,14 @@ std::string Edge(const Box& below, const Box& above) {
 }
 
 std::string SvgOf(const Drawing& drawing) {
-  std::string shapes;
+  std::string edges;
+  std::string boxes;  // above the edges that pass behind them
   std::string names;
   for (const std::string& name : drawing.order) {
     const Box& box = drawing.boxes.at(name);
     for (const Node& child : box.node->below)
-      shapes += Edge(drawing.boxes.at(child.name), box);
-    shapes += Drawn(box);
+      edges += Edge(drawing.boxes.at(child.name), box);
+    boxes += Drawn(box);
     names += (names.empty() ? "" : "; ") + name + ", " + RoleAndState(*box.node);
   }
   const int bottom = *std::max_element(drawing.bottoms.begin(), drawing.bottoms.end());
@@ -126,7 +126,7 @@ std::string SvgOf(const Drawing& drawing) {
   const int height = bottom - kRowGap + kMargin;
   return "<svg role=\"img\"" + Attribute("width", width) + Attribute("height", height) +
          " viewBox=\"0 0 " + std::to_string(width) + " " + std::to_string(height) + "\"><title>" +
-         Escaped(names) + "</title>\n" + shapes + "</svg>\n";
+         Escaped(names) + "</title>\n" + edges + boxes + "</svg>\n";
 }
 
 // Trees that have an interface in common are one picture.
