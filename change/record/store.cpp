@@ -86,6 +86,11 @@ void RemoveLeftOvers() {
   }
 }
 
+std::vector<long> AllBut(std::vector<long> numbers, long last) {
+  numbers.resize(numbers.size() - std::min(numbers.size(), static_cast<std::size_t>(last)));
+  return numbers;
+}
+
 // Younger than the days for which contents are kept.
 bool IsYoung(long number, long days) {
   constexpr long kDay = 24L * 60 * 60;
@@ -155,14 +160,16 @@ std::optional<Files> ReadAfter(const Record& record) {
   return bytes ? FilesOf(*bytes) : std::nullopt;
 }
 
-void RemoveOldContents(long changes, long days) {
+void RemoveOld(long changes, long days, long records) {
   RemoveLeftOvers();
-  auto numbers = NumbersOf(kBefore);
-  numbers.resize(numbers.size() - std::min(numbers.size(), static_cast<std::size_t>(changes)));
-  for (const long number : numbers) {
+  for (const long number : AllBut(NumbersOf(kBefore), changes)) {
     if (IsYoung(number, days)) continue;
     ::unlink(PathOf(number, kBefore).c_str());
     ::unlink(PathOf(number, kAfter).c_str());
+  }
+  for (const long number : AllBut(Numbers(), records)) {
+    if (::access(PathOf(number, kBefore).c_str(), F_OK) != 0)
+      ::unlink(PathOf(number, kRecord).c_str());
   }
 }
 

@@ -32,7 +32,7 @@ bool WriteAfter(Record* record, const Files& after, std::string* problem);
 std::optional<Files> ReadAfter(const Record& record);
 
 // Of changes that are neither among the last so many nor so young the contents go and the digests
-// stay.
-void RemoveOldContents(long changes, long days);
+// stay; of those without contents so many records stay.
+void RemoveOld(long changes, long days, long records);
 
 }  // namespace change::store

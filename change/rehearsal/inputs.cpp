@@ -56,10 +56,12 @@ std::string Stale(const Json& planned, const Json& now, const char* what) {
 }  // namespace
 
 Json PlannedOptions(const Options& options) {
-  Json restart = Json::array();
+  Json json = Json::object();
+  if (options.insist) json["insist"] = true;
+  if (options.keep) json["keep"] = true;
   for (const Path& path : options.restart)
-    restart.push_back(path.to_string());
-  return {{"insist", options.insist}, {"keep", options.keep}, {"restart", restart}};
+    json["restart"].push_back(path.to_string());
+  return json;
 }
 
 Json InputsNow() {

@@ -10,22 +10,13 @@
 #include "record/secrets.h"
 #include "record/store.h"
 #include "record/watch.h"
+#include "rehearsal/inputs.h"
 #include "steps/confirm_time.h"
 #include "steps/settings.h"
 #include "steps/signals.h"
 
 namespace change {
 namespace {
-
-Json OptionsOf(const Options& options) {
-  Json json = Json::object();
-  if (options.insist) json["insist"] = true;
-  if (options.keep) json["keep"] = true;
-  if (options.confirm) json["confirm"] = *options.confirm;
-  for (const Path& path : options.restart)
-    json["restart"].push_back(path.to_string());
-  return json;
-}
 
 Record RecordFor(const Change& change, const Report& report) {
   Record record;
@@ -35,7 +26,8 @@ Record RecordFor(const Change& change, const Report& report) {
   record.who = CallerAsJson();
   record.from = CallersConnection();
   record.wish = WishWithoutSecrets(change.wish);
-  record.options = OptionsOf(change.options);
+  record.options = PlannedOptions(change.options);
+  if (change.options.confirm) record.options["confirm"] = *change.options.confirm;
   for (const StepReport& step : report.steps)
     record.steps.push_back(step.step.what);
   return record;
@@ -82,7 +74,7 @@ void Conclude(const Report& report, const Change& change, Record* record) {
 
 void Prune() {
   const KeepSettings keep = ReadKeepSettings();
-  store::RemoveOldContents(keep.changes, keep.days);
+  store::RemoveOld(keep.changes, keep.days, keep.records);
 }
 
 }  // namespace

@@ -25,7 +25,8 @@ long NumberAt(const char* key, long least, long most, long without) {
 
 KeepSettings ReadKeepSettings() {
   constexpr long kMost = 100000;
-  return {NumberAt("keep_changes", 1, kMost, 50), NumberAt("keep_days", 0, kMost, 30)};
+  return {NumberAt("keep_changes", 1, kMost, 50), NumberAt("keep_days", 0, kMost, 30),
+          NumberAt("keep_records", 1, kMost, 1000)};
 }
 
 long ConfirmSeconds() {

@@ -7,6 +7,7 @@ namespace change {
 struct KeepSettings {
   long changes;  // of at least so many
   long days;     // and of all that are not older
+  long records;  // without contents: of at least so many changes
 };
 KeepSettings ReadKeepSettings();
 
