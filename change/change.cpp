@@ -241,7 +241,10 @@ int ZARNNetChangeCheck(const char* szWish, const char* szOptions, char** ppszRep
 }
 
 int ZARNNetChangePlan(const char* szWish, const char* szOptions, char** ppszPlan) {
-  return RunFor(szWish, szOptions, ppszPlan, false, Plan);
+  if (szWish != nullptr) return RunFor(szWish, szOptions, ppszPlan, false, Plan);
+  return RunFor("{}", szOptions, ppszPlan, false, [](const Json& /*none*/, const Options& options) {
+    return Plan(nullptr, options);
+  });
 }
 
 int ZARNNetChangeApply(const char* szWish, const char* szOptions, PFNZARNNETCHANGE pfnProgress,

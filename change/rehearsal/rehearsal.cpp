@@ -20,6 +20,7 @@
 #include "record/programs.h"
 #include "record/secrets.h"
 #include "record/spawn_attributes.h"
+#include "record/store.h"
 #include "rehearsal/inputs.h"
 
 namespace change {
@@ -121,11 +122,12 @@ Json Rehearsed(const Json& request) {
 Json Plan(const Json& wish, const Options& options) {
   Json request = PlannedOptions(options);
   request["probe"] = options.probe;
-  Json plan{{"plan", 1},
-            {"wish", WishWithoutSecrets(wish)},
-            {"options", PlannedOptions(options)},
-            {"inputs", InputsNow()}};
+  request["number"] = options.number;
+  Json plan{{"plan", 1}, {"options", PlannedOptions(options)}, {"inputs", InputsNow()}};
+  if (!wish.is_null()) plan["wish"] = WishWithoutSecrets(wish);
   plan.update(Rehearsed({{"wish", wish}, {"options", request}}));
+  if (plan["result"] == ZARNNETCHANGE_REFUSED || !Member(plan, "steps").empty())
+    plan["record"] = store::kFolder;
   // Whatever changed while it was rehearsed would make another plan.
   if (plan["inputs"] != InputsNow())
     plan.update(Failed("the machine's network changed while the change was rehearsed: try again"));

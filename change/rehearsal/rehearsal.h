@@ -6,7 +6,7 @@
 
 namespace change {
 
-// The plan as it is told, with its "result".
+// The plan as it is told, with its "result"; of an undo where there is no wish (null).
 Json Plan(const Json& wish, const Options& options);
 
 }  // namespace change

@@ -22,8 +22,12 @@
 namespace change {
 namespace {
 
+constexpr char kNothing[] = "there is no change to undo";
+
 // What is undone: the change, and all later ones.
 struct Past {
+  long number = 0;
+  bool waits = false;           // it is taken back before its time, whatever was changed since
   std::vector<Record> records;  // from that one on
   Change before;                // the services, as they were
   Generation target;
@@ -50,6 +54,7 @@ long LastKept() {
 }
 
 std::optional<Report> ReadPast(long number, Past* past) {
+  past->number = number;
   std::string problem;
   for (const long later : store::Numbers()) {
     if (later < number) continue;
@@ -167,7 +172,7 @@ void Judge(const Past& past, const Generation& now, Findings* findings) {
                       "insist to lose it");
   }
   const std::string lost = OwnPathLostBy(now.kernel, past.target.kernel);
-  if (!lost.empty()) findings->Add("own_path", Path(), Severity::kInsistable, lost);
+  if (!lost.empty()) findings->Add("own_path", Path() / "interfaces", Severity::kInsistable, lost);
 }
 
 bool IsRefused(const Findings& findings, const Options& options) {
@@ -211,44 +216,100 @@ Change TodayOf(const Past& past, const Generation& now, const Options& options) 
   return today;
 }
 
+// A report without a step is the end.
+Report Prepare(const Options& options, Past* past, Generation* now) {
+  const auto generation = KeepGeneration();
+  if (!generation)
+    return End({}, ZARNNETCHANGE_FAILED, "the kernel cannot be asked about its interfaces");
+  *now = *generation;
+  Report report;
+  report.undoes = past->number;
+  Findings findings;
+  if (!past->waits) {
+    TakeWhatIsLeased(*now, &past->target);
+    Judge(*past, *now, &findings);
+  }
+  report.findings = findings.List();
+  if (IsRefused(findings, options))
+    return End(std::move(report), ZARNNETCHANGE_REFUSED, findings.List().front().sentence);
+  if (DifferencesFrom(past->target).empty()) {
+    return End(std::move(report), ZARNNETCHANGE_DONE,
+               "the machine is as before change " + std::to_string(past->number) + " already");
+  }
+  report.steps.push_back(StepTo(past->target, past->number));
+  return report;
+}
+
+// Goes back; forth again where the machine does not become as it was.
+Acts ActsOf(const Past& past, const Generation& now, const Change& today) {
+  const auto putBack = [&](Report failed) {
+    NotePutBack(PutAllBack(today, past.services, now), &failed);
+    return failed;
+  };
+  const auto make = [&, putBack](Report made) {
+    made = GoBack(past, today.options, std::move(made));
+    const bool fails = made.result != ZARNNETCHANGE_DONE && !today.options.keep;
+    if (!fails) return made;
+    made.problems.clear();
+    return putBack(std::move(made));
+  };
+  return {make, putBack};
+}
+
 Report UndoLocked(long number, const Options& options, const Progress& progress) {
   Past past;
   if (auto none = ReadPast(number, &past)) return *none;
   if (auto none = ReadContents(&past)) return *none;
   const NetworkLock network(options.wait);
   if (!network.IsHeld()) return End({}, ZARNNETCHANGE_BUSY, NetworkLock::HolderSentence());
-  const auto now = KeepGeneration();
-  if (!now) return End({}, ZARNNETCHANGE_FAILED, "the kernel cannot be asked about its interfaces");
-  TakeWhatIsLeased(*now, &past.target);
-  Report report;
-  report.undoes = number;
-  Findings findings;
-  Judge(past, *now, &findings);
-  report.findings = findings.List();
-  if (IsRefused(findings, options))
-    return End(std::move(report), ZARNNETCHANGE_REFUSED, findings.List().front().sentence);
-  if (DifferencesFrom(past.target).empty()) {
-    return End(std::move(report), ZARNNETCHANGE_DONE,
-               "the machine is as before change " + std::to_string(number) + " already");
-  }
-  report.steps.push_back(StepTo(past.target, number));
-  const Change today = TodayOf(past, *now, options);
-  const auto putBack = [&](Report failed) {
-    NotePutBack(PutAllBack(today, past.services, *now), &failed);
-    return failed;
-  };
+  Generation now;
+  Report report = Prepare(options, &past, &now);
+  if (report.steps.empty()) return report;
+  const Change today = TodayOf(past, now, options);
+  const Acts acts = ActsOf(past, now, today);
   const auto make = [&](Report made) {
     progress(1, 1, made.steps.front().step.what, 0);
-    made = GoBack(past, options, std::move(made));
-    const bool fails = made.result != ZARNNETCHANGE_DONE && !options.keep;
-    if (!fails) return made;
-    made.problems.clear();
-    return putBack(std::move(made));
+    return acts.make(std::move(made));
   };
-  return MakeRecorded({today, *now, past.services, number}, std::move(report), {make, putBack});
+  return MakeRecorded({today, now, past.services, number}, std::move(report), {make, acts.putBack});
+}
+
+// What is undone, found without settling anything.
+std::optional<Report> FindPast(const Options& options, Past* past) {
+  const auto numbers = store::Numbers();
+  std::string problem;
+  const auto last = numbers.empty() ? std::nullopt : store::Read(numbers.back(), &problem);
+  long number = options.number;
+  if (last && !last->IsSettled()) {
+    number = number != 0 ? number : last->number;
+    past->waits = true;
+    if (last->state == RecordState::kOpen || number != last->number) {
+      return End(
+          {}, ZARNNETCHANGE_BUSY,
+          "change " + std::to_string(last->number) +
+              (last->state == RecordState::kOpen ? " is under way" : " waits to be confirmed"));
+    }
+  }
+  if (number == 0) number = LastKept();
+  if (number == 0) return End({}, ZARNNETCHANGE_NOT_FOUND, kNothing);
+  if (auto none = ReadPast(number, past)) return none;
+  return ReadContents(past);
 }
 
 }  // namespace
+
+Report RehearseUndo(const Options& options, const EnterCopy& enter) {
+  if (auto refused = NotRoot()) return *refused;
+  Past past;
+  if (auto none = FindPast(options, &past)) return *none;
+  Generation now;
+  Report report = Prepare(options, &past, &now);
+  if (report.steps.empty()) return report;
+  const Change today = TodayOf(past, now, options);
+  std::string problem;
+  if (!enter(now, &problem)) return End(std::move(report), ZARNNETCHANGE_FAILED, problem);
+  return ActsOf(past, now, today).make(std::move(report));
+}
 
 Report Undo(const Options& options, const Progress& progress) {
   if (auto refused = NotRoot()) return *refused;
@@ -259,7 +320,7 @@ Report Undo(const Options& options, const Progress& progress) {
     return TakeBack(*leftover.waiting, options);
   if (leftover.IsInTheWay(options)) return InTheWay(leftover, {});
   const long number = options.number != 0 ? options.number : LastKept();
-  if (number == 0) return End({}, ZARNNETCHANGE_NOT_FOUND, "there is no change to undo");
+  if (number == 0) return End({}, ZARNNETCHANGE_NOT_FOUND, kNothing);
   return UndoLocked(number, options, progress);
 }
 

@@ -76,7 +76,8 @@ int ZARNNetChangeCheck(const char* szWish, const char* szOptions, char** ppszRep
  * interface; programs that work on these run in it, those that reach out of it are noted and answered. Needs Linux 5.12
  * with overlayfs and veth; another user than root needs user namespaces, and plans with what he may read.
  * The rehearsal is a program of its own, zarnnet-rehearsal, which is found from the library.
- * @param szWish     the wish
+ * @param szWish     the wish; null plans ZARNNetChangeUndo() of the change "number" of the options, the last without it, which
+ *                   root alone may
  * @param szOptions  as for ZARNNetChangeApply(); the network is asked for addresses only when "probe" is true
  * @param ppszPlan   receives the report of ZARNNetChangeApply(), as the change would end ("state" of a step as rehearsed),
  *                   and:
@@ -89,6 +90,7 @@ int ZARNNetChangeCheck(const char* szWish, const char* szOptions, char** ppszRep
  *                   "kernel": each "setting", "before", "after" (null: none);
  *                   "services": each "name", "action" ("started", "stopped", "restarted", "reloaded") and, where it is
  *                   known, "downAtLeastSeconds";
+ *                   "record": the folder in which the change would be recorded;
  *                   "notRehearsed": each "what" and "reason";
  *                   "seconds": how long the rehearsal took
  * @return what ZARNNetChangeApply() would answer in the copy; ZARNNETCHANGE_FAILED as well where no copy can be made

@@ -38,6 +38,17 @@ Document StateSchema() {
   return Document::parse(text.Text(), nullptr, false);
 }
 
+std::vector<std::pair<std::string, std::string>> LastChanges() {
+  constexpr std::size_t kMost = 20;
+  Report text;
+  ZARNNetChangeHistory(nullptr, text.Out());
+  const Json changes = text.AsJson().value("changes", Json::array());
+  std::vector<std::pair<std::string, std::string>> last;
+  for (auto change = changes.rbegin(); change != changes.rend() && last.size() < kMost; ++change)
+    last.emplace_back(WrittenOut((*change)["number"]), change->value("state", ""));
+  return last;
+}
+
 Document ReadWish(const std::string& path) {
   Mistake mistake;
   if (auto wish = ReadDocument(ReadText(path), &mistake)) return *wish;

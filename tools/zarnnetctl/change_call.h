@@ -3,6 +3,8 @@
 #pragma once
 
 #include <string>
+#include <utility>
+#include <vector>
 #include <zarnnetchange/change.h>
 
 #include "document.h"
@@ -24,6 +26,10 @@ std::string TextOfWish(const Document& wish);
 // The state; throws where it cannot be read.
 Json ReadMachine(const Json& options);
 Document StateSchema();
+
+// The numbers of the last changes and what came of them, the newest first; none where this user may
+// not see them.
+std::vector<std::pair<std::string, std::string>> LastChanges();
 
 // The wish in a file; throws WrongUsage for what is none.
 Document ReadWish(const std::string& path);

@@ -36,6 +36,9 @@ void Apply(const Asked& asked, Context* context) {
     return ApplyWish(*context, TextOfWish(ReadWish(asked.file)), options);
   }
   const Json plan = ObjectIn(ReadText(asked.plan), asked.plan);
+  if (plan.contains("undoes"))
+    throw WrongUsage("--plan",
+                     "it is one of an undo: zarnnetctl undo " + WrittenOut(plan["undoes"]));
   options.update(plan.value("options", Json::object()));
   options["plan"] = plan;
   ApplyWish(*context, asked.file.empty() ? WishOf(plan) : TextOfWish(ReadWish(asked.file)),

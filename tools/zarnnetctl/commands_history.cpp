@@ -6,8 +6,10 @@
 #include <zarnnetchange/change.h>
 
 #include "commands.h"
+#include "grammar.h"
 #include "made_changes.h"
 #include "output.h"
+#include "plan.h"
 #include "wish.h"
 
 namespace tool {
@@ -29,12 +31,14 @@ struct Asked {
 
 Word AddNumber(const Verb& verb, Asked& asked, const std::string& description) {
   constexpr int kMost = 2000000000;
-  return verb.AddOption("N", asked.number, description).Within(1, kMost);
+  const auto any = [](const std::string& /*value*/) { return std::string(); };
+  return verb.AddOption("N", asked.number, description).Within(1, kMost).Checked(any, kChangeShape);
 }
 
 void Undo(const Asked& asked, Context* context) {
   Json options = OptionsOf(*context);
   options.update(asked.Options());
+  if (context->change.plan) return ShowPlan(*context, nullptr, options.dump());
   Report report;
   ZARNNetChangeUndo(options.dump().c_str(), nullptr, nullptr, report.Out());
   TellReport(*context, report);
@@ -109,9 +113,8 @@ void AddHistoryCommands(const Group& app, Context& context) {
                                "  zarnnetctl history\n  zarnnetctl history 17");
   AddNumber(history, *asked, "The number of the change to show");
   history.Run([asked, &context] { History(*asked, &context); });
-  const Verb undo =
-      AddChange(app, context, "undo", "Goes back to before a change",
-                "  zarnnetctl undo\n  zarnnetctl undo 17 --confirm 60", Planning::kNone);
+  const Verb undo = AddChange(app, context, "undo", "Goes back to before a change",
+                              "  zarnnetctl undo 17 --plan\n  zarnnetctl undo 17 --confirm 60");
   AddNumber(undo, *asked, "The number of the change; the last one without it");
   undo.Run([asked, &context] { Undo(*asked, &context); });
   const Verb recover =

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cctype>
 
+#include "change_call.h"
 #include "query.h"
 
 namespace tool {
@@ -196,6 +197,10 @@ std::vector<Entry> ValuesOf(const CLI::Option& option) {
   std::vector<Entry> values;
   const std::string shape = option.get_type_name();
   if (shape == kFileShape) return {{":files", ""}};
+  if (shape.starts_with(kChangeShape)) {
+    for (const auto& [number, state] : LastChanges())
+      values.push_back({number, state});
+  }
   std::vector<std::string> names;
   if (shape == kInterfaceShape) names = KernelInterfaces();
   if (shape.starts_with("{")) names = CLI::detail::split(shape.substr(1, shape.size() - 2), ',');

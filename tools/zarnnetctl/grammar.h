@@ -12,10 +12,11 @@ class App;
 
 namespace tool {
 
-// What stands where a value's shape is told: "{a,b}" for one of these words, and the two below for
-// what the machine has. Completion reads it back.
+// What stands where a value's shape is told: "{a,b}" for one of these words, and the three below
+// for what the machine has. Completion reads it back.
 inline constexpr char kInterfaceShape[] = "IFNAME";
 inline constexpr char kFileShape[] = "FILE";
+inline constexpr char kChangeShape[] = "CHANGE";
 
 // The options that every change has; the help tells them apart, the synopsis names them once.
 inline constexpr char kChangeGroup[] = "Options of every change";

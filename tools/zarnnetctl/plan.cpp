@@ -103,14 +103,18 @@ void PrintPlan(const Json& plan) {
   PrintSection(plan, "events", "Plugin events", PrintEvent);
   PrintSection(plan, "kernel", "Kernel", PrintSetting);
   PrintSection(plan, "services", "Services", PrintService);
+  if (const std::string record = TextIn(plan, "record"); !record.empty()) {
+    PrintLine({{"Record", Tone::kHeading}});
+    PrintLine({{"  the change is recorded in " + record}});
+  }
   PrintSection(plan, "notRehearsed", "Not rehearsed", PrintNotRehearsed);
 }
 
 }  // namespace
 
-void ShowPlan(Context& context, const std::string& wish, const std::string& options) {
+void ShowPlan(Context& context, const char* wish, const std::string& options) {
   Report plan;
-  context.status = ZARNNetChangePlan(wish.c_str(), options.c_str(), plan.Out());
+  context.status = ZARNNetChangePlan(wish, options.c_str(), plan.Out());
   if (context.json) {
     std::cout << plan.Text() << '\n';
   } else {

@@ -8,8 +8,8 @@
 
 namespace tool {
 
-// Shows the plan of a wish under these options of the library of changes, both JSON, and sets the
-// exit status to what the change would end with.
-void ShowPlan(Context& context, const std::string& wish, const std::string& options);
+// Shows the plan of a wish, or of an undo, which has none, under these options of the library of
+// changes, both JSON, and sets the exit status to what the change would end with.
+void ShowPlan(Context& context, const char* wish, const std::string& options);
 
 }  // namespace tool

@@ -125,7 +125,7 @@ void TellReport(Context& context, const Report& report) {
 
 void ApplyWish(Context& context, const std::string& wish, const Json& options) {
   const std::string asked = options.dump(-1, ' ', false, Json::error_handler_t::replace);
-  if (context.change.plan) return ShowPlan(context, wish, asked);
+  if (context.change.plan) return ShowPlan(context, wish.c_str(), asked);
   Report report;
   {
     Progress progress(!context.quiet);

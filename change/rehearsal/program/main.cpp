@@ -13,6 +13,7 @@
 #include "program/journal.h"
 #include "program/private_copy.h"
 #include "steps/engine.h"
+#include "steps/undo.h"
 
 namespace {
 
@@ -40,6 +41,7 @@ change::Options OptionsOf(const Json& json) {
   change::Options options;
   options.insist = change::IsTrue(change::Member(json, "insist"));
   options.keep = change::IsTrue(change::Member(json, "keep"));
+  options.number = change::NumberOf(change::Member(json, "number"));
   options.probe = change::IsTrue(change::Member(json, "probe"));
   for (const std::string& path : change::TextsOf(change::Member(json, "restart")))
     options.restart.emplace_back(path);
@@ -103,12 +105,13 @@ void RehearseAndAnswer() {
   if (!request.is_object()) ::_exit(2);
   const change::Options options = OptionsOf(change::Member(request, "options"));
   std::optional<Copy> copy;
-  const change::Report report =
-      change::Rehearse(change::Member(request, "wish"), options,
-                       [&](const change::Generation& generation, std::string* problem) {
-                         copy = MakeCopy(generation, options, problem);
-                         return copy.has_value();
-                       });
+  const change::EnterCopy enter = [&](const change::Generation& generation, std::string* problem) {
+    copy = MakeCopy(generation, options, problem);
+    return copy.has_value();
+  };
+  const Json& wish = change::Member(request, "wish");
+  const change::Report report = wish.is_null() ? change::RehearseUndo(options, enter)
+                                               : change::Rehearse(wish, options, enter);
   Json plan = PlanOf(report, copy);
   const std::chrono::duration<double> past = std::chrono::steady_clock::now() - begin;
   plan["seconds"] = past.count();
