@@ -42,7 +42,7 @@ class Child {
   ~Child() {
     if (line_ >= 0) ::close(line_);
     if (pid_ <= 0) return;
-    if (!ended_) ::kill(pid_, SIGKILL);
+    ::kill(pid_, answered_ ? SIGTERM : SIGKILL);
     while (::waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
     }
   }
@@ -61,7 +61,7 @@ class Child {
     return ::shutdown(line_, SHUT_WR) == 0;
   }
 
-  // All that it says, until it ends.
+  // All that it says. It stays until it is killed, and its copy with it.
   std::string Answer() {
     std::string answer;
     std::array<char, 16384> block{};
@@ -72,8 +72,8 @@ class Child {
       if (count != 1) break;
       const ssize_t length = ::recv(line_, block.data(), block.size(), 0);
       if (length < 0 && errno == EINTR) continue;
-      ended_ = length <= 0;
-      if (ended_) break;
+      answered_ = length <= 0;
+      if (answered_) break;
       answer.append(block.data(), static_cast<std::size_t>(length));
     }
     return answer;
@@ -97,14 +97,16 @@ class Child {
 
   int line_ = -1;
   pid_t pid_ = -1;
-  bool ended_ = false;
+  bool answered_ = false;
 };
 
 Json Failed(const std::string& reason) {
   return {{"result", ZARNNETCHANGE_FAILED}, {"reason", reason}};
 }
 
-Json Rehearsed(const Json& request) {
+// The machine is read again while the copy is there: the kernel takes a copy's network away one
+// interface after the other, and tells nothing of any network meanwhile.
+Json Rehearsed(const Json& request, Json* inputsAfter) {
   const std::string path = OwnProgram(kProgram);
   if (path.empty())
     return Failed(std::string("the program ") + kProgram + " is not beside the library");
@@ -114,6 +116,7 @@ Json Rehearsed(const Json& request) {
   Json answer = Json::parse(child.Answer(), nullptr, false);
   if (!sent || !answer.is_object() || !answer.contains("result"))
     return Failed("the rehearsal has not come to its end");
+  *inputsAfter = InputsNow();
   return answer;
 }
 
@@ -125,11 +128,12 @@ Json Plan(const Json& wish, const Options& options) {
   request["number"] = options.number;
   Json plan{{"plan", 1}, {"options", PlannedOptions(options)}, {"inputs", InputsNow()}};
   if (!wish.is_null()) plan["wish"] = WishWithoutSecrets(wish);
-  plan.update(Rehearsed({{"wish", wish}, {"options", request}}));
+  Json inputsAfter = plan["inputs"];
+  plan.update(Rehearsed({{"wish", wish}, {"options", request}}, &inputsAfter));
   if (plan["result"] == ZARNNETCHANGE_REFUSED || !Member(plan, "steps").empty())
     plan["record"] = store::kFolder;
   // Whatever changed while it was rehearsed would make another plan.
-  if (plan["inputs"] != InputsNow())
+  if (plan["inputs"] != inputsAfter)
     plan.update(Failed("the machine's network changed while the change was rehearsed: try again"));
   return plan;
 }

@@ -215,7 +215,12 @@ void DropPrivileges() {
     ::prctl(PR_CAPBSET_DROP, capability);
 }
 
+pid_t copysFirst = 0;
+
+// Asked to end, it ends the copy and waits for it: nobody else would.
 [[noreturn]] void EndWith(pid_t child) {
+  copysFirst = child;
+  std::signal(SIGTERM, [](int /*signal*/) { ::kill(copysFirst, SIGKILL); });
   int status = 0;
   while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }
