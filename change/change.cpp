@@ -43,14 +43,26 @@ int Refuse(const std::string& reason, char** ppszText) {
   return Answer(report.result, ToJson(report), ppszText);
 }
 
-// No exception leaves: what is thrown here is memory that was not to be had.
+// Of a folder that cannot be read, and the like.
+int Fail(const std::exception& thrown, char** ppszText) noexcept try {
+  Report report;
+  report.result = ZARNNETCHANGE_FAILED;
+  report.reason = thrown.what();
+  return Answer(report.result, ToJson(report), ppszText);
+} catch (...) {
+  return ZARNNETCHANGE_FAILED;
+}
+
+// No exception leaves. Without memory there is no text, either.
 template <class Body>
 int Boundary(char** ppszText, const Body& body) noexcept {
   if (ppszText != nullptr) *ppszText = nullptr;
   try {
     return body();
-  } catch (...) {
+  } catch (const std::bad_alloc&) {
     return ZARNNETCHANGE_FAILED;
+  } catch (const std::exception& thrown) {
+    return Fail(thrown, ppszText);
   }
 }
 

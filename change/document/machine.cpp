@@ -5,14 +5,28 @@
 #include <arpa/inet.h>
 #include <array>
 #include <filesystem>
+#include <unistd.h>
+#include <utility>
 
 #include <zarnnetsdk/addr.h>
 
+#include "record/folder.h"
+
 namespace change {
+namespace {
+
+thread_local std::string unread;
+
+}  // namespace
+
+std::string TakeUnread() {
+  return std::exchange(unread, {});
+}
 
 std::string KeyOf(const std::string& path, const char* key) {
   std::array<char, 4096> value{};
   const int length = KOPACFileGetKeyValue(path.c_str(), key, value.data(), value.size(), 0);
+  if (length < 0 && IsFile(path) && ::geteuid() == 0) unread = path;
   return length > 0 ? value.data() : "";
 }
 
@@ -23,11 +37,10 @@ bool IsFile(const std::string& path) {
 
 std::vector<std::string> NamesIn(const std::string& folder, const std::string& prefix) {
   std::vector<std::string> names;
-  std::error_code none;
-  for (const auto& entry : std::filesystem::directory_iterator(folder, none)) {
-    const std::string name = entry.path().filename();
+  const bool whole = EachNameIn(folder, [&](const std::string& name) {
     if (name.starts_with(prefix)) names.push_back(name.substr(prefix.size()));
-  }
+  });
+  if (!whole) unread = folder;
   std::sort(names.begin(), names.end());
   return names;
 }

@@ -19,6 +19,10 @@ namespace change {
 // The value of a key, empty when there is none.
 std::string KeyOf(const std::string& path, const char* key);
 
+// What was there and could not be read since this was asked the last time: what it holds was taken
+// for none. Empty when there was nothing such.
+std::string TakeUnread();
+
 bool IsFile(const std::string& path);
 // The names in a folder that begin so, sorted, what they begin with taken off.
 std::vector<std::string> NamesIn(const std::string& folder, const std::string& prefix);

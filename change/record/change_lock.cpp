@@ -37,7 +37,8 @@ void Sign(const std::string& program) {
 
 }  // namespace
 
-ChangeLock::ChangeLock(const std::string& program, long seconds) {
+// What is thrown on the way lets go of the lock: the other constructor has ended.
+ChangeLock::ChangeLock(const std::string& program, long seconds) : ChangeLock() {
   constexpr auto kPause = std::chrono::milliseconds(20);
   // A watcher only looks: who waits for nothing else is not told of it.
   constexpr std::chrono::milliseconds kLook{500};

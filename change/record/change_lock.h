@@ -21,6 +21,8 @@ class ChangeLock {
   [[nodiscard]] static Json Holder();
 
  private:
+  ChangeLock() = default;
+
   int fd_ = -1;
   bool held_ = false;
 };

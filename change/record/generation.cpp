@@ -3,11 +3,13 @@
 #include "record/generation.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <unistd.h>
 
 #include "frame/model/paths.h"
+#include "record/folder.h"
 #include "record/owned_files.h"
 #include "record/programs.h"
 
@@ -16,17 +18,22 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-std::map<std::string, WholeFile> ReadFiles() {
+constexpr char kUnasked[] = "the kernel cannot be asked about its interfaces";
+
+std::map<std::string, WholeFile> ReadFiles(std::string* problem) {
   std::map<std::string, WholeFile> files;
-  for (const std::string& path : OwnedFiles()) {
-    if (auto file = ReadWhole(path)) files.emplace(path, std::move(*file));
+  for (const std::string& path : OwnedFiles(problem)) {
+    if (auto file = ReadWhole(path, problem)) files.emplace(path, std::move(*file));
   }
   return files;
 }
 
 // The arguments of a process, its program's name first.
-Texts ArgumentsOf(const std::filesystem::path& process) {
-  std::ifstream file(process / "cmdline");
+Texts ArgumentsOf(const std::string& path, bool* unread) {
+  errno = 0;
+  std::ifstream file(path);
+  // One that has ended meanwhile has none.
+  if (!file.is_open() && errno != ENOENT && errno != EACCES) *unread = true;
   Texts arguments;
   for (std::string argument; std::getline(file, argument, '\0');)
     arguments.push_back(argument);
@@ -65,29 +72,47 @@ void PutBackClients(const Generation& generation) {
   }
 }
 
-}  // namespace
-
-std::set<std::string> InterfacesWithDhcpClient() {
+std::set<std::string> ReadClients(std::string* problem) {
   std::set<std::string> ifnames;
-  std::error_code none;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc", none)) {
-    const std::string name = entry.path().filename();
-    if (name.find_first_not_of("0123456789") != std::string::npos) continue;
-    const Texts arguments = ArgumentsOf(entry.path());
+  bool unread = false;
+  const bool whole = EachNameIn("/proc", [&](const std::string& name) {
+    if (name.find_first_not_of("0123456789") != std::string::npos) return;
+    const Texts arguments = ArgumentsOf("/proc/" + name + "/cmdline", &unread);
     if (IsDhcpClient(arguments)) ifnames.insert(arguments.back());
-  }
+  });
+  if (!whole || unread) *problem = "/proc cannot be read";
   return ifnames;
 }
 
-std::optional<Generation> KeepGeneration() {
+std::optional<Generation> ReadGeneration(std::string* problem) {
   auto kernel = ReadKernel();
-  if (!kernel) return std::nullopt;
-  return Generation{ReadFiles(), std::move(*kernel), InterfacesWithDhcpClient()};
+  if (!kernel) {
+    *problem = kUnasked;
+    return std::nullopt;
+  }
+  Generation generation{ReadFiles(problem), std::move(*kernel), ReadClients(problem)};
+  return problem->empty() ? std::optional(std::move(generation)) : std::nullopt;
+}
+
+}  // namespace
+
+std::set<std::string> InterfacesWithDhcpClient() {
+  std::string unread;
+  return ReadClients(&unread);
+}
+
+std::optional<Generation> KeepGeneration(std::string* problem) {
+  std::string why;
+  auto generation = ReadGeneration(&why);
+  if (!generation && problem != nullptr) *problem = why;
+  return generation;
 }
 
 std::vector<std::string> FileDifferencesFrom(const Generation& before) {
   Texts differences;
-  const auto now = ReadFiles();
+  std::string problem;
+  const auto now = ReadFiles(&problem);
+  if (!problem.empty()) differences.push_back(problem);
   for (const auto& [path, file] : before.files) {
     const auto found = now.find(path);
     if (found == now.end()) {
@@ -117,10 +142,11 @@ std::vector<std::string> DifferencesFrom(const Generation& generation) {
 
 void PutBackFile(const Generation& generation, const std::string& path) {
   const auto kept = generation.files.find(path);
-  const auto now = ReadWhole(path);
+  std::string unreadable;
+  const auto now = ReadWhole(path, &unreadable);
   // What cannot be put back is found when all is compared.
   if (kept == generation.files.end()) {
-    if (now) static_cast<void>(::unlink(path.c_str()));
+    if (now || !unreadable.empty()) static_cast<void>(::unlink(path.c_str()));
   } else if (!now || !(*now == kept->second)) {
     static_cast<void>(WriteWhole(path, kept->second));
   }

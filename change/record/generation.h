@@ -19,8 +19,8 @@ struct Generation {
   std::set<std::string> dhcpClients;  // the interfaces that have one
 };
 
-// Empty when the kernel cannot be asked.
-std::optional<Generation> KeepGeneration();
+// Empty when the machine cannot be read wholly; the problem says what of it.
+std::optional<Generation> KeepGeneration(std::string* problem = nullptr);
 
 // What differs from the machine as it is now, a sentence each.
 std::vector<std::string> DifferencesFrom(const Generation& generation);

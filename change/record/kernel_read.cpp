@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <arpa/inet.h>
 #include <array>
+#include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <fstream>
@@ -158,18 +159,22 @@ void TakeRoute(const nlmsghdr* header, const std::map<std::string, KernelLink>& 
   routes->push_back(std::move(route));
 }
 
-void ReadSwitches(Kernel* kernel) {
-  for (const auto& [name, link] : kernel->links) {
-    for (const std::string& path : {frame::paths::Ipv6Switch(name), frame::paths::AcceptRa(name)}) {
-      std::string value;
-      if (std::ifstream file(path); std::getline(file, value)) kernel->ipv6Switch[path] = value;
-    }
-  }
+// False when the switch is there and cannot be read.
+bool ReadSwitch(const std::string& path, Kernel* kernel) {
+  errno = 0;
+  std::ifstream file(path);
+  if (!file.is_open()) return errno == ENOENT || errno == ENOTDIR;
+  return static_cast<bool>(std::getline(file, kernel->ipv6Switch[path]));
 }
 
-}  // namespace
+bool ReadSwitches(Kernel* kernel) {
+  return std::all_of(kernel->links.begin(), kernel->links.end(), [&](const auto& link) {
+    return ReadSwitch(frame::paths::Ipv6Switch(link.first), kernel) &&
+           ReadSwitch(frame::paths::AcceptRa(link.first), kernel);
+  });
+}
 
-std::optional<Kernel> ReadKernel() {
+std::optional<Kernel> ReadOnce() {
   Kernel kernel;
   Netlink netlink;
   std::array<char, HOST_NAME_MAX + 1> name{};
@@ -182,9 +187,19 @@ std::optional<Kernel> ReadKernel() {
   }) && netlink.Dump(RTM_GETROUTE, AF_UNSPEC, [&](const nlmsghdr* header) {
     TakeRoute(header, kernel.links, &kernel.routes);
   });
-  if (!read) return std::nullopt;
   NameRelations(&kernel.links);
-  ReadSwitches(&kernel);
+  if (!read || !ReadSwitches(&kernel)) return std::nullopt;
+  return kernel;
+}
+
+}  // namespace
+
+// What changes while it is told is told anew.
+std::optional<Kernel> ReadKernel() {
+  constexpr int kTries = 3;
+  std::optional<Kernel> kernel;
+  for (int i = 0; i < kTries && !kernel; ++i)
+    kernel = ReadOnce();
   return kernel;
 }
 

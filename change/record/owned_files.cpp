@@ -10,6 +10,7 @@
 
 #include "frame/model/dhcp_files.h"
 #include "frame/model/paths.h"
+#include "record/folder.h"
 
 namespace change {
 namespace {
@@ -51,17 +52,22 @@ bool IsOwn(const Prefixed& names, const std::string& path) {
           status.st_uid == ::geteuid() && status.st_nlink == 1);
 }
 
+// False when some may be missing.
+bool AddOwned(const Prefixed& names, std::vector<std::string>* owned) {
+  return EachNameIn(names.folder, [&](const std::string& name) {
+    const std::string path = std::filesystem::path(names.folder) / name;
+    if (name.starts_with(names.prefix) && !name.ends_with(".pid") && IsOwn(names, path))
+      owned->push_back(path);
+  });
+}
+
 }  // namespace
 
-std::vector<std::string> OwnedFiles() {
+std::vector<std::string> OwnedFiles(std::string* problem) {
   std::vector<std::string> owned(std::begin(kFiles), std::end(kFiles));
   for (const Prefixed& names : kNames) {
-    std::error_code none;
-    for (const auto& entry : std::filesystem::directory_iterator(names.folder, none)) {
-      const std::string name = entry.path().filename();
-      if (name.starts_with(names.prefix) && !name.ends_with(".pid") && IsOwn(names, entry.path()))
-        owned.push_back(entry.path());
-    }
+    if (!AddOwned(names, &owned) && problem != nullptr)
+      *problem = std::string(names.folder) + " cannot be read";
   }
   std::sort(owned.begin(), owned.end());
   return owned;

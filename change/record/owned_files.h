@@ -10,7 +10,7 @@ namespace change {
 // The tunnel's service: whether it is meant to run.
 inline constexpr char kTunnelService[] = "/etc/zarnservice/zarntunnel.conf";
 
-// Those that may be there now, sorted.
-std::vector<std::string> OwnedFiles();
+// Those that may be there now, sorted. The problem is set when some may be missing.
+std::vector<std::string> OwnedFiles(std::string* problem = nullptr);
 
 }  // namespace change

@@ -6,10 +6,12 @@
 #include <charconv>
 #include <cstring>
 #include <filesystem>
+#include <stdexcept>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "record/digest.h"
+#include "record/folder.h"
 #include "record/whole_file.h"
 
 namespace change::store {
@@ -56,11 +58,12 @@ bool MakeFolder(std::string* problem) {
 
 std::vector<long> NumbersOf(const char* kind) {
   std::vector<long> numbers;
-  std::error_code none;
-  for (const auto& entry : std::filesystem::directory_iterator(kFolder, none)) {
-    if (entry.path().extension() != kind) continue;
-    if (const auto number = NumberIn(entry.path().stem().string())) numbers.push_back(*number);
-  }
+  const bool whole = EachNameIn(kFolder, [&](const std::filesystem::path& name) {
+    const auto number = name.extension() == kind ? NumberIn(name.stem().string()) : std::nullopt;
+    if (number) numbers.push_back(*number);
+  });
+  // Taken for none, a change that waits would be passed over.
+  if (!whole) throw std::runtime_error(std::string(kFolder) + " cannot be read");
   std::sort(numbers.begin(), numbers.end());
   return numbers;
 }
@@ -80,10 +83,9 @@ std::optional<std::string> ReadChecked(const std::string& path, const std::strin
 
 // What was on its way to its place when its writer was killed: its number comes never again.
 void RemoveLeftOvers() {
-  std::error_code none;
-  for (const auto& entry : std::filesystem::directory_iterator(kFolder, none)) {
-    if (entry.path().filename().string().starts_with('.')) ::unlink(entry.path().c_str());
-  }
+  static_cast<void>(EachNameIn(kFolder, [](const std::string& name) {
+    if (name.starts_with('.')) ::unlink((std::filesystem::path(kFolder) / name).c_str());
+  }));
 }
 
 std::vector<long> AllBut(std::vector<long> numbers, long last) {

@@ -9,10 +9,12 @@
 #include <filesystem>
 #include <sys/stat.h>
 #include <sys/xattr.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
 #include "frame/model/paths.h"
+#include "record/folder.h"
 
 namespace change {
 namespace {
@@ -34,12 +36,11 @@ std::string TemporaryOf(const std::string& path) {
 void RemoveLeftOvers(const std::string& temporary) {
   const std::filesystem::path like(temporary);
   const std::string prefix = like.filename();
-  std::error_code none;
-  for (const auto& entry : std::filesystem::directory_iterator(like.parent_path(), none)) {
-    const std::string name = entry.path().filename();
+  // What stays for now goes before the next writing.
+  static_cast<void>(EachNameIn(like.parent_path(), [&](const std::string& name) {
     if (name.starts_with(prefix) && name.size() == prefix.size() + sizeof kUnique - 1)
-      ::unlink(entry.path().c_str());
-  }
+      ::unlink((like.parent_path() / name).c_str());
+  }));
 }
 
 class Descriptor {
@@ -101,6 +102,18 @@ std::map<std::string, std::string> AttributesOf(int fd) {
   return attributes;
 }
 
+// What another user may not read is not there for him.
+bool IsNone(int reason) {
+  return reason == ENOENT || reason == ENOTDIR || reason == ELOOP || reason == EACCES ||
+         reason == ENXIO;
+}
+
+void NoteUnreadable(const std::string& path, std::string* problem) {
+  const int reason = errno;
+  if (problem != nullptr && !IsNone(reason))
+    *problem = path + " cannot be read: " + std::generic_category().message(reason);
+}
+
 bool ReadAll(int fd, std::string* bytes) {
   std::array<char, 16384> block{};
   for (;;) {
@@ -137,19 +150,23 @@ void SyncFolderOf(const std::string& path) {
 
 }  // namespace
 
-std::optional<WholeFile> ReadWhole(const std::string& path) {
+std::optional<WholeFile> ReadWhole(const std::string& path, std::string* problem) {
   const Descriptor file(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   struct stat status {};
-  if (!file.IsOpen() || ::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode))
+  if (!file.IsOpen() || ::fstat(file.Get(), &status) != 0) {
+    NoteUnreadable(path, problem);
     return std::nullopt;
+  }
+  if (!S_ISREG(status.st_mode)) return std::nullopt;
   WholeFile whole;
   constexpr mode_t kPermissions = 07777;
   whole.mode = status.st_mode & kPermissions;
   whole.owner = status.st_uid;
   whole.group = status.st_gid;
   whole.attributes = AttributesOf(file.Get());
-  if (!ReadAll(file.Get(), &whole.bytes)) return std::nullopt;
-  return whole;
+  if (ReadAll(file.Get(), &whole.bytes)) return whole;
+  NoteUnreadable(path, problem);
+  return std::nullopt;
 }
 
 bool WriteWhole(const std::string& path, const WholeFile& file) {

@@ -19,8 +19,10 @@ struct WholeFile {
   bool operator==(const WholeFile&) const = default;
 };
 
-// Empty when there is none, or what is there is no regular file. Links are not followed.
-std::optional<WholeFile> ReadWhole(const std::string& path);
+// Empty when there is none, or what is there is no regular file. Links are not followed. The
+// problem is set when it may be there and could not be read: to take that for none would be to
+// remove it.
+std::optional<WholeFile> ReadWhole(const std::string& path, std::string* problem = nullptr);
 
 // Replaces the file by this one: beside it, synced, renamed over it. False when that fails; errno
 // says why. What a killed writer of the file has left goes first.

@@ -9,6 +9,7 @@
 #include <zarncore/zarncore.h>
 #include <zarnnetsdk/error.h>
 
+#include "document/machine.h"
 #include "document/section.h"
 #include "record/change_lock.h"
 #include "record/generation.h"
@@ -45,15 +46,20 @@ std::vector<std::string> SectionsToRead(const Change& change) {
   return names;
 }
 
-bool ReadMachine(Change* change) {
+// False when not all of it could be read: what is taken for none would be changed as such.
+bool ReadMachine(Change* change, std::string* problem) {
+  *problem = "the kernel cannot be asked about its interfaces";
   auto kernel = ReadKernel();
   if (!kernel) return false;
+  TakeUnread();
   change->kernel = std::move(*kernel);
   const View view{change->kernel, true, InterfacesWithDhcpClient()};
   const auto sections = SectionsToRead(*change);
   change->before = ReadConfigured(view, sections);
   change->live = ReadLive(view, change->before, sections);
-  return true;
+  const std::string unread = TakeUnread();
+  *problem = unread + " cannot be read";
+  return unread.empty();
 }
 
 void Settle(Change* change, Findings* findings) {
@@ -112,9 +118,9 @@ bool Judge(Change* change, Report* report) {
   for (const Fault& fault : FaultsOf(change->wish, DocumentShape()))
     findings.Add("document", fault.path, Severity::kUsage, fault.sentence);
   if (findings.List().empty()) {
-    if (!ReadMachine(change)) {
-      *report =
-          End(*report, ZARNNETCHANGE_FAILED, "the kernel cannot be asked about its interfaces");
+    std::string problem;
+    if (!ReadMachine(change, &problem)) {
+      *report = End(*report, ZARNNETCHANGE_FAILED, problem);
       return false;
     }
     Settle(change, &findings);
@@ -203,9 +209,9 @@ bool IsAwaited(const Difference& difference, const std::vector<Remark>& awaited)
 }
 
 // Reads the machine again. What is left of the differences is not as wished.
-bool CompareAgain(Change* change, Report* report) {
+bool CompareAgain(Change* change, Report* report, std::string* problem) {
   Change now = *change;
-  if (!ReadMachine(&now)) return false;
+  if (!ReadMachine(&now, problem)) return false;
   for (const Section& section : Sections()) {
     if (change->wish.contains(section.name)) section.await(*change, now.live, &report->awaited);
   }
@@ -218,12 +224,12 @@ bool CompareAgain(Change* change, Report* report) {
 }
 
 // A difference that an address's detection of duplicates or a link's start makes settles by itself.
-bool CompareUntilSettled(Change* change, Report* report) {
+bool CompareUntilSettled(Change* change, Report* report, std::string* problem) {
   constexpr int kLooks = 5;
   constexpr useconds_t kPause = 100000;
   for (int look = 1;; ++look) {
     report->awaited.clear();
-    if (!CompareAgain(change, report)) return false;
+    if (!CompareAgain(change, report, problem)) return false;
     const bool mayCome = std::any_of(
         report->differences.begin(), report->differences.end(), [](const Difference& difference) {
           return difference.kernel && *difference.kernel != difference.wanted;
@@ -265,8 +271,9 @@ Report ActAndCompare(Change* change, const Generation& generation, Report report
     return report;
   }
   const Repairs repairs = Repair(*change, generation);
-  if (!CompareUntilSettled(change, &report)) {
-    report = End(report, ZARNNETCHANGE_FAILED, "the kernel cannot be asked about its interfaces");
+  std::string problem;
+  if (!CompareUntilSettled(change, &report, &problem)) {
+    report = End(report, ZARNNETCHANGE_FAILED, problem);
     PutBackAndTell(*change, generation, &report);
     return report;
   }
@@ -294,9 +301,9 @@ Report ApplyLocked(Change* change, Report report, const Progress& progress) {
   if (report.steps.empty()) return End(report, ZARNNETCHANGE_DONE, DoneReason(report));
   const NetworkLock network(change->options.wait);
   if (!network.IsHeld()) return End(report, ZARNNETCHANGE_BUSY, NetworkLock::HolderSentence());
-  const auto generation = KeepGeneration();
-  if (!generation)
-    return End(report, ZARNNETCHANGE_FAILED, "the kernel cannot be asked about its interfaces");
+  std::string problem;
+  const auto generation = KeepGeneration(&problem);
+  if (!generation) return End(report, ZARNNETCHANGE_FAILED, problem);
   const auto make = [&](Report made) {
     return ActAndCompare(change, *generation, std::move(made), progress);
   };
@@ -342,8 +349,8 @@ Report Compare(const Json& wish, const Options& options) {
   for (const Fault& fault : FaultsOf(wish, DocumentShape()))
     findings.Add("document", fault.path, Severity::kUsage, fault.sentence);
   if (findings.List().empty()) {
-    if (!ReadMachine(&change))
-      return End(report, ZARNNETCHANGE_FAILED, "the kernel cannot be asked about its interfaces");
+    std::string problem;
+    if (!ReadMachine(&change, &problem)) return End(report, ZARNNETCHANGE_FAILED, problem);
     Settle(&change, &findings);
     Compare(&change);
   }
@@ -369,8 +376,8 @@ Report Rehearse(const Json& wish, const Options& options, const EnterCopy& enter
   if (!Judge(&change, &report)) return report;
   NotePlanned(change, &report);
   if (report.steps.empty()) return End(report, ZARNNETCHANGE_DONE, DoneReason(report));
-  const auto generation = KeepGeneration();
-  std::string problem = "the kernel cannot be asked about its interfaces";
+  std::string problem;
+  const auto generation = KeepGeneration(&problem);
   if (!generation || !enter(*generation, &problem))
     return End(report, ZARNNETCHANGE_FAILED, problem);
   return ActAndCompare(&change, *generation, std::move(report),

@@ -2,6 +2,7 @@
 #include "steps/journal.h"
 
 #include <chrono>
+#include <exception>
 
 #include "document/section.h"
 #include "record/caller.h"
@@ -72,9 +73,21 @@ void Conclude(const Report& report, const Change& change, Record* record) {
   if (waits) record->deadline = DeadlineIn(SecondsToConfirm(change));
 }
 
-void Prune() {
+// What is thrown on the way ends the change, and not the process in the middle of it.
+Report Made(const Acts& acts, const Report& report) {
+  try {
+    return acts.make(report);
+  } catch (const std::exception& broken) {
+    return acts.putBack(End(report, ZARNNETCHANGE_FAILED,
+                            std::string("the change was broken off: ") + broken.what()));
+  }
+}
+
+void Prune() try {
   const KeepSettings keep = ReadKeepSettings();
   store::RemoveOld(keep.changes, keep.days, keep.records);
+} catch (const std::exception&) {
+  return;  // what stays goes with the next change: this one is made
 }
 
 }  // namespace
@@ -137,7 +150,7 @@ Report MakeRecorded(const Undertaking& undertaking, Report report, const Acts& a
                  "nobody would watch the time to confirm: " + problem + "; nothing was touched");
     report.restored = true;
   } else {
-    report = acts.make(std::move(report));
+    report = Made(acts, report);
   }
   NoteAfter(&*record, &undertaking.generation);
   record->seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();

@@ -42,6 +42,16 @@ bool IsLearned(const std::string& path) {
          path == paths::kResolv;
 }
 
+// The name servers in use are learned, or a change's own: those that are as it left them.
+bool IsOfToday(const Past& past, const std::string& path, const WholeFile& today) {
+  if (!IsLearned(path) || path != frame::paths::kResolv) return IsLearned(path);
+  const auto last = std::find_if(past.records.rbegin(), past.records.rend(), [](const auto& each) {
+    return each.state != RecordState::kRefused;
+  });
+  const auto left = last->files.find(path);
+  return left == last->files.end() || left->second.after != DigestOf(today);
+}
+
 // The last that stands; 0 for none.
 long LastKept() {
   const auto numbers = store::Numbers();
@@ -95,11 +105,14 @@ std::optional<Report> ReadContents(Past* past) {
 }
 
 // What is leased stays as it is today where it is leased in both.
-void TakeWhatIsLeased(const Generation& now, Generation* target) {
-  for (auto file = target->files.begin(); file != target->files.end();)
-    file = IsLearned(file->first) ? target->files.erase(file) : std::next(file);
+void TakeWhatIsLeased(const Generation& now, Past* past) {
+  Generation* const target = &past->target;
+  for (auto file = target->files.begin(); file != target->files.end();) {
+    const bool learned = IsLearned(file->first) && file->first != frame::paths::kResolv;
+    file = learned ? target->files.erase(file) : std::next(file);
+  }
   for (const auto& [path, file] : now.files) {
-    if (IsLearned(path)) target->files.emplace(path, file);
+    if (IsOfToday(*past, path, file)) target->files.insert_or_assign(path, file);
   }
   for (const std::string& ifname : target->dhcpClients) {
     const auto link = target->kernel.links.find(ifname);
@@ -218,15 +231,15 @@ Change TodayOf(const Past& past, const Generation& now, const Options& options) 
 
 // A report without a step is the end.
 Report Prepare(const Options& options, Past* past, Generation* now) {
-  const auto generation = KeepGeneration();
-  if (!generation)
-    return End({}, ZARNNETCHANGE_FAILED, "the kernel cannot be asked about its interfaces");
+  std::string problem;
+  const auto generation = KeepGeneration(&problem);
+  if (!generation) return End({}, ZARNNETCHANGE_FAILED, problem);
   *now = *generation;
   Report report;
   report.undoes = past->number;
   Findings findings;
   if (!past->waits) {
-    TakeWhatIsLeased(*now, &past->target);
+    TakeWhatIsLeased(*now, past);
     Judge(*past, *now, &findings);
   }
   report.findings = findings.List();

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <sys/stat.h>
@@ -185,6 +186,39 @@ std::string NameByTheRecords(std::string name) {
   return name;
 }
 
+// As a terminal sends it: to the programs that the change runs, too. What began for the plugins
+// ends for them.
+void SignalAtTenMomentsOf(const char* wish) {
+  SetUpOddlyOwnedEth0();
+  const auto before = change::KeepGeneration();
+  const Since begin = std::chrono::steady_clock::now();
+  const bool makes = Apply(wish)["result"] == ZARNNETCHANGE_DONE;
+  const int milliseconds = static_cast<int>(SecondsFrom(begin) * 1000);
+  if (makes) Undo(R"({"insist":true})");
+  for (int moment = 0; moment < 10; ++moment) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+      ::setpgid(0, 0);
+      ZARNNetChangeApply(wish, "{}", nullptr, nullptr, nullptr);
+      ::_exit(0);
+    }
+    ::setpgid(child, child);
+    Wait(milliseconds * moment / 10);
+    ::kill(-child, moment % 2 == 0 ? SIGINT : SIGTERM);
+    ::waitpid(child, nullptr, 0);
+    const bool made = ZARNNetChangeCompare(wish, nullptr, nullptr) == ZARNNETCHANGE_DONE;
+    if (made) Undo(R"({"insist":true})");
+    EXPECT_EQ(Joined(change::DifferencesFrom(*before)), "") << "at " << moment << made;
+  }
+  std::map<std::string, int> open;
+  for (const std::string& line : Events()) {
+    const bool begins = Contains(line, " pre");
+    open[line.substr(0, line.find(begins ? " pre" : " post"))] += begins ? 1 : -1;
+  }
+  for (const auto& [event, count] : open)
+    EXPECT_EQ(count, 0) << event;
+}
+
 }  // namespace
 
 TEST(Record, AConfirmedChangeStays) {
@@ -261,6 +295,15 @@ TEST(Record, WithoutItsWatcherTheNextCallPutsBack) {
   Recover();
   EXPECT_TRUE(GoesBack(2, 6));
   AS_BEFORE(*before);
+}
+
+TEST(Record, ASignalAtAnyMomentLeavesABridgeOrNone) {
+  SignalAtTenMomentsOf(kBridge);
+}
+
+TEST(Record, ASignalAtAnyMomentLeavesAVlanOrNone) {
+  SignalAtTenMomentsOf(R"({"vlans":{"eth0.7":{}}})");
+  EXPECT_FALSE(Events().empty());
 }
 
 TEST(Record, AKilledChangeIsPutBack) {
