@@ -55,23 +55,24 @@ Cell LinkCell(int link) {
   return link == kCarrier ? Cell{"yes", Tone::kGood} : Cell{"no", Tone::kBad};
 }
 
-// A list that is printed either way: what the kernel has, or one of the library's lists.
-struct Listed {
-  Json record;
-  Row row;
-};
+Row RowOf(const KOPANetIfInfo& info) {
+  return {{info.name},
+          LinkCell(info.link),
+          {Join(FlagNames(info.flags), ",")},
+          {MacText(info.mac)},
+          {AddressText({info.ip, info.mask})}};
+}
 
-Listed ListedOf(const KOPANetIfInfo& info) {
-  return {RecordJson(info),
-          {{info.name},
-           LinkCell(info.link),
-           {Join(FlagNames(info.flags), ",")},
-           {MacText(info.mac)},
-           {AddressText({info.ip, info.mask})}}};
+Row RowOf(const Interface& interface) {
+  return {{interface.name},
+          LinkCell(interface.HasCarrier() ? kCarrier : 0),
+          {Join(FlagNames(static_cast<std::int16_t>(interface.flags)), ",")},
+          {interface.mac},
+          {Join(interface.addresses, " ")}};
 }
 
 // The library's record, and all addresses.
-Listed ListedOf(const Interface& interface) {
+Json RecordJson(const Interface& interface) {
   KOPANetIfInfo info{};
   interface.name.copy(info.name, sizeof info.name - 1);
   info.link = interface.HasCarrier() ? kCarrier : 0;
@@ -83,45 +84,39 @@ Listed ListedOf(const Interface& interface) {
   record["mask"] = TextOrNull(first.empty() ? "" : MaskText(first));
   record["up"] = interface.IsUp();
   record["addresses"] = interface.addresses;
-  return {record,
-          {{interface.name},
-           LinkCell(info.link),
-           {Join(FlagNames(info.flags), ",")},
-           {interface.mac},
-           {Join(interface.addresses, " ")}}};
+  return record;
 }
 
 // Up or down.
-std::vector<Listed> ListOfKernel(bool ethernet) {
-  std::vector<Listed> list;
-  for (const Interface& interface : ReadInterfaces()) {
+std::vector<Interface> ListOfKernel(bool ethernet) {
+  std::vector<Interface> list = ReadInterfaces();
+  std::erase_if(list, [&](const Interface& interface) {
     const bool port =
         interface.name.starts_with("eth") && interface.name.find('.') == std::string::npos;
     const bool wanted = !interface.IsLoopback() && !interface.IsPointToPoint();
-    if (ethernet ? port : wanted) list.push_back(ListedOf(interface));
-  }
+    return !(ethernet ? port : wanted);
+  });
   return list;
 }
 
-std::vector<Listed> ListOfLibrary(unsigned selector) {
-  std::vector<Listed> list;
-  for (const KOPANetIfInfo& info : ListInterfaces(selector))
-    list.push_back(ListedOf(info));
-  return list;
+// What the kernel has, or one of the library's lists, printed either way.
+template <class Entry>
+void Print(const Context& context, const std::vector<Entry>& list) {
+  if (context.json) {
+    Json records = Json::array();
+    for (const Entry& entry : list)
+      records.push_back(RecordJson(entry));
+    return PrintJson("interfaces", records);
+  }
+  std::vector<Row> rows{Headings({"NAME", "LINK", "FLAGS", "MAC", "ADDRESS"})};
+  for (const Entry& entry : list)
+    rows.push_back(RowOf(entry));
+  PrintList(rows, "interfaces");
 }
 
 void List(const Context& context, const std::string& kind) {
-  const auto selector = ParseSelector(kind);
-  const std::vector<Listed> list =
-      selector ? ListOfLibrary(*selector) : ListOfKernel(kind == "eth");
-  Json records = Json::array();
-  std::vector<Row> rows{Headings({"NAME", "LINK", "FLAGS", "MAC", "ADDRESS"})};
-  for (const Listed& listed : list) {
-    records.push_back(listed.record);
-    rows.push_back(listed.row);
-  }
-  if (context.json) return PrintJson("interfaces", records);
-  PrintList(rows, "interfaces");
+  if (const auto selector = ParseSelector(kind)) return Print(context, ListInterfaces(*selector));
+  Print(context, ListOfKernel(kind == "eth"));
 }
 
 // ---- if show
