@@ -73,6 +73,8 @@ Json WishOf(const Wanted& wanted) {
 void FlushIpv4(const std::string& what, const std::string& ifname) {
   ForgetErrors();
   if (ZARNNetFlushIP("-4", ifname.c_str()) < 0) Fail(what);
+  const std::string left = LiveAddress(ifname).ip;
+  if (!left.empty()) throw Failure(what, std::nullopt, left + " is still there", kOtherwise);
 }
 
 bool Holds(const std::vector<ZARNNETV6ADDR>& addresses, const ZARNNETV6ADDR& wanted) {

@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "commands.h"
+#include "kernel_routes.h"
 #include "network_lock.h"
 #include "query.h"
 #include "typed_address.h"
@@ -149,6 +150,14 @@ void RequireEffect(const std::string& what, Command command, const std::string& 
                 kOtherwise);
 }
 
+void RequireRoute(const std::string& what, Command command, const Wanted& wanted) {
+  const bool there = HasIpv6Default(wanted.ifname, wanted.gateway);
+  if (there == (command == kAdd)) return;
+  const std::string route = "the default route via " + wanted.gateway;
+  throw Failure(what, std::nullopt, route + (there ? " is still there" : " is not there"),
+                kOtherwise);
+}
+
 void Change(const Context& context, Command command, const Wanted& wanted) {
   const std::string what =
       (command == kAdd ? "cannot add to " : "cannot delete from ") + wanted.ifname;
@@ -168,6 +177,7 @@ void Change(const Context& context, Command command, const Wanted& wanted) {
     }
   }
   if (!typed.address.empty()) RequireEffect(what, command, wanted.ifname, typed.address);
+  if (!wanted.gateway.empty()) RequireRoute(what, command, wanted);
   if (context.json) PrintJson("ipv6", StateJson(what, wanted.ifname));
 }
 

@@ -55,7 +55,7 @@ std::string YesNo(const Json& value) {
 
 void Get(const Context& context) {
   const std::string what = "cannot read the PPPoE account";
-  RequireRoot(what);
+  RequireRoot(what);  // the password is read with it
   const Json account = AccountJson(what);
   if (context.json) return PrintJson("pppoe", account);
   PrintTable({{{"interface"}, {CellText(account["interface"])}},
@@ -125,27 +125,21 @@ void Status(const Context& context) {
 
 // ---- pppoe-relay
 
-PPPOE_RELAY_CONF ReadRelay(const std::string& what, const std::string& ifname) {
-  PPPOE_RELAY_CONF conf{};
-  ForgetErrors();
-  if (ZARNNetGetPPPoERelayConfig(ifname.c_str(), &conf) < 0) Fail(what);
-  return conf;
-}
-
-Json RelayJson(const std::string& what, const std::string& ifname) {
-  const PPPOE_RELAY_CONF conf = ReadRelay(what, ifname);
+// The library's own reader makes the file where there is none; a look changes nothing.
+Json RelayJson(const std::string& ifname) {
+  const Json relays = PartOf(ReadState({"pppoe_relay"}), "/pppoe_relay");
+  const Json relay = relays.is_object() ? relays.value(ifname, Json()) : Json();
   const std::string process = std::string(kRelay).append(" -C ").append(ifname);
   return {{"name", ifname},
-          {"enabled", conf.enable == 1},
-          {"server", TextOrNull(conf.server)},
+          {"enabled", relay.is_object() && relay.value("enabled", false)},
+          {"server", relay.is_object() && relay.contains("server") ? relay["server"] : Json()},
           {"running", KOPACIsProcAlive(process.c_str()) == 1}};
 }
 
 void RelayGet(const Context& context, const std::string& ifname) {
   const std::string what = "cannot read the PPPoE relay of '" + ifname + "'";
-  RequireRoot(what);  // reading makes the file where there is none
   RequireInterface(what, ifname);
-  const Json relay = RelayJson(what, ifname);
+  const Json relay = RelayJson(ifname);
   if (context.json) return PrintJson("pppoe_relay", relay);
   PrintTable({{{"enabled"}, {YesNo(relay["enabled"])}},
               {{"server"}, {CellText(relay["server"])}},

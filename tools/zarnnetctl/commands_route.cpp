@@ -4,6 +4,7 @@
 #include <array>
 
 #include "commands.h"
+#include "kernel_routes.h"
 #include "query.h"
 #include "wish.h"
 
@@ -77,8 +78,16 @@ void AddGateway(const Group& app, Context& context) {
 constexpr unsigned kInstall = 0;
 constexpr unsigned kRemove = 1;
 
-// The library edits the routes of usable interfaces alone, and answers 0 for the others: what the
-// kernel has afterwards is for the caller to see.
+// The library edits the routes of usable interfaces alone, and answers 0 for the others, too.
+void RequireEffect(const std::string& what, const std::string& ifname, unsigned op) {
+  const bool there = HasSubnetRoute(ifname);
+  if (there == (op == kInstall)) return;
+  throw Failure(what, std::nullopt,
+                there ? "the route is still there"
+                      : "there is none: " + ifname + " needs a fixed address, and carrier",
+                kOtherwise);
+}
+
 void EditRoute(const Context& context, const std::string& ifname, unsigned op) {
   const std::string what = std::string("cannot ") + (op == kInstall ? "add" : "delete") +
                            " the subnet route of " + ifname;
@@ -86,6 +95,7 @@ void EditRoute(const Context& context, const std::string& ifname, unsigned op) {
   RequireInterface(what, ifname);
   ForgetErrors();
   if (NetRoutetableHandler(op, ifname.c_str()) < 0) Fail(what);
+  RequireEffect(what, ifname, op);
   if (context.json) PrintJson("route", {{"name", ifname}});
 }
 
