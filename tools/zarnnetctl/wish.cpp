@@ -10,6 +10,7 @@
 #include "plan.h"
 #include "progress.h"
 #include "query.h"
+#include "typed_words.h"
 
 namespace tool {
 namespace {
@@ -32,9 +33,16 @@ std::string DifferenceText(const Json& difference) {
   return text;
 }
 
+// How sentences that speak of the document are put: as they are, or for who typed a verb.
+using Wording = std::string (*)(std::string);
+
+std::string AsItIs(std::string sentence) {
+  return sentence;
+}
+
 // What stands in the reason is not said again.
-void PrintFurther(const std::string& reason, const std::string& text) {
-  if (reason.find(text) == std::string::npos) std::cerr << "  " << text << '\n';
+void PrintFurther(const std::string& reason, const std::string& text, Wording put) {
+  if (reason.find(text) == std::string::npos) std::cerr << "  " << put(text) << '\n';
 }
 
 bool CanBeInsistedOn(const Json& findings) {
@@ -46,15 +54,15 @@ bool CanBeInsistedOn(const Json& findings) {
   return any;
 }
 
-void PrintUnmade(const Json& report, int result) {
+void PrintUnmade(const Json& report, int result, Wording put) {
   const std::string reason = TextIn(report, "reason");
-  std::cerr << "zarnnetctl: " << reason << '\n';
+  std::cerr << "zarnnetctl: " << put(reason) << '\n';
   for (const Json& finding : report.value("findings", Json::array()))
-    PrintFurther(reason, TextIn(finding, "path") + ": " + TextIn(finding, "sentence"));
+    PrintFurther(reason, TextIn(finding, "path") + ": " + TextIn(finding, "sentence"), put);
   for (const Json& difference : report.value("differences", Json::array()))
-    PrintFurther(reason, DifferenceText(difference));
+    PrintFurther(reason, DifferenceText(difference), put);
   for (const Json& problem : report.value("problems", Json::array()))
-    PrintFurther(reason, problem.get<std::string>());
+    PrintFurther(reason, problem.get<std::string>(), put);
   if (result == ZARNNETCHANGE_REFUSED && CanBeInsistedOn(report.value("findings", Json::array())))
     std::cerr << "  --force does it all the same\n";
   if (result == ZARNNETCHANGE_OTHERWISE && report.contains("restored"))
@@ -63,14 +71,14 @@ void PrintUnmade(const Json& report, int result) {
 
 // ---- a change that was made
 
-void PrintMade(const Json& report) {
+void PrintMade(const Json& report, Wording put) {
   const std::string reason = TextIn(report, "reason");
   const auto further = [&](const std::string& text) {
     if (reason.find(text) == std::string::npos) PrintLine({{text}});
   };
   PrintLine({{reason}});
   for (const Json& finding : report.value("findings", Json::array()))
-    further("note: " + TextIn(finding, "path") + ": " + TextIn(finding, "sentence"));
+    further("note: " + put(TextIn(finding, "path") + ": " + TextIn(finding, "sentence")));
   for (const Json& sentence : report.value("repaired", Json::array()))
     further("put right: " + sentence.get<std::string>());
   for (const Json& awaited : report.value("awaited", Json::array()))
@@ -92,10 +100,34 @@ void PrintSteps(const Json& steps) {
   }
 }
 
-void Print(const Context& context, const Json& report, int result) {
+void Print(const Context& context, const Json& report, int result, Wording put) {
   if (context.verbose) PrintSteps(report.value("steps", Json::array()));
-  if (result != ZARNNETCHANGE_DONE) return PrintUnmade(report, result);
-  if (!context.quiet) PrintMade(report);
+  if (result != ZARNNETCHANGE_DONE) return PrintUnmade(report, result, put);
+  if (!context.quiet) PrintMade(report, put);
+}
+
+void Tell(Context& context, const Report& report, Wording put) {
+  const Json json = report.AsJson();
+  if (!json.contains("result"))
+    throw Failure("cannot make the change", ZARNNETERR_NO_MEMORY, ReasonOf(ZARNNETERR_NO_MEMORY));
+  context.status = json["result"].get<int>();
+  if (context.json) {
+    std::cout << report.Text() << '\n';
+  } else {
+    Print(context, json, context.status, put);
+  }
+  AskToConfirm(json, &context);
+}
+
+void Apply(Context& context, const std::string& wish, const Json& options, Wording put) {
+  const std::string asked = options.dump(-1, ' ', false, Json::error_handler_t::replace);
+  if (context.change.plan) return ShowPlan(context, wish.c_str(), asked);
+  Report report;
+  {
+    Progress progress(!context.quiet);
+    ZARNNetChangeApply(wish.c_str(), asked.c_str(), &Progress::Tell, &progress, report.Out());
+  }
+  Tell(context, report, put);
 }
 
 }  // namespace
@@ -111,33 +143,17 @@ Json OptionsOf(const Context& context) {
 }
 
 void TellReport(Context& context, const Report& report) {
-  const Json json = report.AsJson();
-  if (!json.contains("result"))
-    throw Failure("cannot make the change", ZARNNETERR_NO_MEMORY, ReasonOf(ZARNNETERR_NO_MEMORY));
-  context.status = json["result"].get<int>();
-  if (context.json) {
-    std::cout << report.Text() << '\n';
-  } else {
-    Print(context, json, context.status);
-  }
-  AskToConfirm(json, &context);
+  Tell(context, report, AsItIs);
 }
 
 void ApplyWish(Context& context, const std::string& wish, const Json& options) {
-  const std::string asked = options.dump(-1, ' ', false, Json::error_handler_t::replace);
-  if (context.change.plan) return ShowPlan(context, wish.c_str(), asked);
-  Report report;
-  {
-    Progress progress(!context.quiet);
-    ZARNNetChangeApply(wish.c_str(), asked.c_str(), &Progress::Tell, &progress, report.Out());
-  }
-  TellReport(context, report);
+  Apply(context, wish, options, AsItIs);
 }
 
 void MakeChange(Context& context, const Json& wish, const std::vector<std::string>& restart) {
   Json options = OptionsOf(context);
   options["restart"] = restart;
-  ApplyWish(context, TextOf(wish), options);
+  Apply(context, TextOf(wish), options, InTypedWords);
 }
 
 Json ReadState(const std::vector<std::string>& sections) {
