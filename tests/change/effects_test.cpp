@@ -66,34 +66,6 @@ TEST(Effects, Services) {
   EXPECT_EQ(State().dump().find("Hidden"), std::string::npos);
 }
 
-// Every section's file once on a disk that takes no writing: the machine is as it was.
-TEST(Effects, AFailedWriteLeavesNothing) {
-  SetUpEth0();
-  struct Row {
-    const char* folder;
-    const char* wish;
-  };
-  const Row rows[] = {
-      {"/etc/sysconfig",
-       R"({"interfaces":{"eth0":{"mtu":1400,"ipv4":{"address":"192.168.50.12"}}}})"},
-      {"/etc/sysconfig", R"({"bonds":{"bond0":{"mode":"802.3ad","slaves":["eth1","eth2"]}}})"},
-      {"/etc/sysconfig", R"({"vlans":{"eth0.7":{}}})"},
-      {"/etc/sysconfig", R"({"bridges":{"br0":{"ports":["eth1"]}}})"},
-      {"/etc/sysconfig",
-       R"({"dns":{"servers":["192.168.50.1"]},"routes":{"gateway":"192.168.50.1"}})"},
-      {"/etc/dhcpd", R"({"dhcp_server":{"interfaces":{"eth0":{"ipv4":{"enabled":true}}}}})"},
-      {"/etc/ppp", R"({"pppoe":{"interface":"eth1","user":"bob"}})"},
-      {"/etc/gogoc", R"({"tunnel":{"server":"b.example","user":"bob","password":"x"}})"},
-  };
-  for (const Row& row : rows) {
-    const std::string folder = row.folder;
-    Shell("mount --bind " + folder + " " + folder + " && mount -o remount,ro,bind " + folder);
-    Say("on a read-only " + folder);
-    Make(row.wish);
-    Shell("umount " + folder);
-  }
-}
-
 TEST(Effects, OneChangeAtATime) {
   Mask("process ([0-9]+)", "N");
   Mask("since ([0-9TZ:-]+)", "THEN");
