@@ -140,7 +140,7 @@ class Faults : public ::testing::TestWithParam<Row> {};
 
 TEST_P(Faults, AChangeIsMadeOrNothingOfIt) {
   const char* const text = std::getenv("ZARNNET_STRIDE");
-  const long stride = text != nullptr ? std::stol(text) : 101;
+  const long stride = text != nullptr ? std::stol(text) : 251;
   Subject subject(GetParam());
   for (int kind = torture::kOpen; kind <= torture::kOwner; ++kind) {
     if (kind == torture::kShort) continue;  // a disk that stays full takes nothing back
