@@ -6,6 +6,8 @@
 
 Most of the time of one source goes into the headers that it includes.
 """
+import glob
+import os
 import re
 import sys
 
@@ -36,10 +38,11 @@ def statements(text):
 
 
 def names(source):
-    """What the source declares at namespace scope, and its macros."""
+    """What a source or header declares at namespace scope and its macros, and which of these are types."""
     with open(source, encoding="utf-8") as file:
         text = NO_TEXT.sub(" ", file.read())
-    found = set(re.findall(r"^\s*#\s*define\s+(\w+)", text, re.M))
+    types = set()
+    others = set(re.findall(r"^\s*#\s*define\s+(\w+)", text, re.M))
     text = re.sub(r"\[\[.*?\]\]", " ", text)
     text = re.sub(r"^\s*#(?:[^\n]*\\\n)*[^\n]*", " ", text, flags=re.M)
     for statement in statements(text):
@@ -49,23 +52,37 @@ def names(source):
         before = re.match(r"[^(=\[]*", statement)[0]
         words = WORD.findall(before)
         if using:
-            found.add(using[2])
+            types.add(using[2])
         elif kind:
-            found.add(kind[1])
+            types.add(kind[1])
         elif test:
-            found.add(f"{test[1]}_{test[2]}")
+            others.add(f"{test[1]}_{test[2]}")
         elif words and words[0] not in ("namespace", "using", "catch"):
-            found.add(words[-1])
-    return found
+            others.add(words[-1])
+    return types | others, types
+
+
+def meets_hidden(source, headers):
+    """True when a header that the source does not include has a type of a name of its, or the other way round."""
+    with open(source, encoding="utf-8") as file:
+        included = {os.path.basename(name) for name in re.findall(r'^#include "([^"]+)"', file.read(), re.M)}
+    own, own_types = names(source)
+    return any(own & types or own_types & declared
+               for header, (declared, types) in headers.items() if os.path.basename(header) not in included)
 
 
 def divide(sources, largest):
     """Lists of at most so many sources, in none of which a name is declared twice."""
-    divided = []
-    for source in sorted(sources):
-        own = names(source)
+    sources = sorted(sources)
+    folders = {os.path.dirname(source) for source in sources}
+    headers = {header: names(header) for folder in folders for header in glob.glob(glob.escape(folder) + "/*.h")}
+    divided = [([source], None) for source in sources if meets_hidden(source, headers)]
+    for source in sources:
+        if any(source in unit for unit, _ in divided):
+            continue
+        own, _ = names(source)
         for unit, taken in divided:
-            if len(unit) < largest and not taken & own:
+            if taken is not None and len(unit) < largest and not taken & own:
                 break
         else:
             unit, taken = [], set()

@@ -15,18 +15,18 @@
 namespace change {
 namespace {
 
-thread_local std::string unread;
+thread_local std::string unreadPath;
 
 }  // namespace
 
 std::string TakeUnread() {
-  return std::exchange(unread, {});
+  return std::exchange(unreadPath, {});
 }
 
 std::string KeyOf(const std::string& path, const char* key) {
   std::array<char, 4096> value{};
   const int length = KOPACFileGetKeyValue(path.c_str(), key, value.data(), value.size(), 0);
-  if (length < 0 && IsFile(path) && ::geteuid() == 0) unread = path;
+  if (length < 0 && IsFile(path) && ::geteuid() == 0) unreadPath = path;
   return length > 0 ? value.data() : "";
 }
 
@@ -40,7 +40,7 @@ std::vector<std::string> NamesIn(const std::string& folder, const std::string& p
   const bool whole = EachNameIn(folder, [&](const std::string& name) {
     if (name.starts_with(prefix)) names.push_back(name.substr(prefix.size()));
   });
-  if (!whole) unread = folder;
+  if (!whole) unreadPath = folder;
   std::sort(names.begin(), names.end());
   return names;
 }
