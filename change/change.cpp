@@ -96,7 +96,7 @@ std::optional<Json> Parse(const char* text, std::string* problem) {
   }
   try {
     return Json::parse(text);
-  } catch (const Json::parse_error& error) {
+  } catch (const Json::exception& error) {  // also a number that no double can be
     const std::string what = error.what();  // behind the library's own "[...] "
     *problem = "this is no JSON: " + what.substr(what.find("] ") + 2);
   }

@@ -39,11 +39,13 @@ class Look : public nlohmann::json_sax<Document> {
     problem_ = "'" + name + "' stands there twice";
     return false;
   }
-  // The reading itself tells of it, with its place.
-  bool parse_error(std::size_t /*position*/, const std::string& /*token*/,
+  // The reading itself tells of it.
+  bool parse_error(std::size_t position, const std::string& /*token*/,
                    const nlohmann::detail::exception& /*error*/) override {
+    stopped_ = position;
     return false;
   }
+  [[nodiscard]] std::size_t StoppedAt() const { return stopped_; }
   [[nodiscard]] const std::string& Problem() const { return problem_; }
 
  private:
@@ -61,6 +63,7 @@ class Look : public nlohmann::json_sax<Document> {
 
   std::vector<std::set<std::string>> open_;
   std::string problem_;
+  std::size_t stopped_ = 0;
 };
 
 std::size_t LineAt(const std::string& text, std::size_t position) {
@@ -77,9 +80,10 @@ std::optional<Document> ReadJson(const std::string& text, Mistake* mistake) {
   }
   try {
     return Document::parse(text);
-  } catch (const Document::parse_error& error) {
-    const std::string what = error.what();  // behind the library's own "[...] "
-    *mistake = {LineAt(text, error.byte), "this is no JSON: " + what.substr(what.find("] ") + 2)};
+  } catch (const Document::exception& error) {  // also a number that no double can be
+    const std::string what = error.what();      // behind the library's own "[...] "
+    *mistake = {LineAt(text, look.StoppedAt()),
+                "this is no JSON: " + what.substr(what.find("] ") + 2)};
     return std::nullopt;
   }
 }
