@@ -174,6 +174,9 @@ bool AddRoute(const KernelRoute& route, const Kernel& now) {
   const KernelLink* const link = now.Link(route.ifname);
   if (link == nullptr) return false;
   std::string message = route.message;
+  // The kernel takes no route that says of itself that its link has no carrier.
+  static_cast<rtmsg*>(::mnl_nlmsg_get_payload(reinterpret_cast<nlmsghdr*>(message.data())))
+      ->rtm_flags &= ~static_cast<unsigned>(RTNH_F_DEAD | RTNH_F_LINKDOWN);
   // A link that was made anew has a new number.
   const auto renumber = [](const nlattr* attribute, void* index) {
     if (::mnl_attr_get_type(attribute) == RTA_OIF)

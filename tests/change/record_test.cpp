@@ -274,6 +274,18 @@ TEST(Record, WhatNobodyConfirmsGoesBack) {
   EXPECT_TRUE(Contains(kept["files"].dump(), "+IPADDR=192.168.50.12"));
 }
 
+TEST(Record, WhatGoesBackNeedsNoCable) {
+  SetUpOddlyOwnedEth0();
+  Shell("ip route replace default via 192.168.50.1 dev eth0; ip -n lan link set lan0 down");
+  Wait(300);
+  const auto before = change::KeepGeneration();
+  Apply(kAddress, R"({"confirm":1,"insist":true})");
+  EXPECT_TRUE(GoesBack(1, 1));
+  EXPECT_EQ(StateOf(1), "reverted") << History(1).dump(1);
+  AS_BEFORE(*before);
+  EXPECT_TRUE(Contains(Shell("ip route"), "default via 192.168.50.1 dev eth0"));
+}
+
 TEST(Record, WithoutItsWatcherTheNextCallPutsBack) {
   SetUpOddlyOwnedEth0();
   const auto before = change::KeepGeneration();
