@@ -37,16 +37,11 @@ Json GatewayJson(const Target& target) {
           {"saved", false}};
 }
 
-std::string TextOf(const Json& object, const std::string& field) {
-  return object.contains(field) && object[field].is_string() ? object[field].get<std::string>()
-                                                             : "";
-}
-
 void GetGateway(const Context& context, const Target& target) {
   const Json state = GatewayJson(target);
   if (context.json) return PrintJson("gateway", state);
-  std::vector<Row> rows{{{"gateway"}, {TextOf(state, "gateway")}}};
-  if (!target.saved) rows.push_back({{"interface"}, {TextOf(state, "interface")}});
+  std::vector<Row> rows{{{"gateway"}, {TextIn(state, "gateway")}}};
+  if (!target.saved) rows.push_back({{"interface"}, {TextIn(state, "interface")}});
   PrintTable(rows);
 }
 
