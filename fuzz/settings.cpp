@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Settings with a record of their own, read as their files are found, and written, read and
 // compared: the accounts and passwords of PPPoE and the tunnel, the DHCP server.
+#include <algorithm>
+
 #include <zarnnetsdk/zarnnetsdk.h>
 
 #include "dhcpd/options.h"
@@ -13,9 +15,14 @@ namespace {
 
 namespace paths = frame::paths;
 
-// No log line has the password; a short one stands in any text.
+// No log line has the password. A short one stands in any text, and the engine takes its words from
+// what it sees compared, log lines among them: only one with a byte that no line of ours has can
+// be told from them.
 bool IsLogged(const std::string& password) {
-  return password.size() > 5 && logged.find(password) != std::string::npos;
+  const bool isOwn = std::any_of(password.begin(), password.end(), [](char c) {
+    return (static_cast<unsigned char>(c) & 0x80U) != 0;
+  });
+  return isOwn && password.size() > 5 && logged.find(password) != std::string::npos;
 }
 
 template <std::size_t N>
