@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+# What gcc 12 makes of program-6.0.c with the headers of release 6.0.
 	.file	"program-6.0.c"
 	.text
 	.section	.rodata.str1.1,"aMS",@progbits,1
