@@ -89,7 +89,7 @@ std::string RangeLine(std::string_view tag, std::string_view start, std::string_
   std::string line = std::string(dhcp_files::kRange).append("=set:").append(tag);
   for (const std::string_view field : {start, end, mask})
     line.append(",").append(field);
-  return line.append("," + std::to_string(lease) + "\n");
+  return line.append(",").append(std::to_string(lease)).append("\n");
 }
 
 std::string OptionLine(std::string_view tag, std::string_view option, std::string_view value) {

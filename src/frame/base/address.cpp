@@ -121,7 +121,7 @@ std::string DottedText(Ipv4 address) {
   char text[INET_ADDRSTRLEN];
   char* end = text;
   for (int shift = 24; shift >= 0; shift -= 8) {
-    end = std::to_chars(end, std::end(text), address.value >> shift & kLastPart).ptr;
+    end = std::to_chars(end, end + 3, address.value >> shift & kLastPart).ptr;  // three digits
     *end++ = '.';
   }
   return {text, end - 1};
