@@ -39,15 +39,16 @@ std::string ModeIn(const std::string& options) {
   return {};
 }
 
-Json Configured(const View&) {
+Json Configured(const View& view) {
   Json bonds = Json::object();
-  for (const std::string& name : NamesIn(frame::paths::kIfcfgFolder, "ifcfg-")) {
+  for (const std::string& name : NamesIn(frame::paths::kIfcfgFolder, "ifcfg-", view.unread)) {
     if (name.ends_with(frame::model::kSavedSuffix)) continue;
     const std::string path = frame::paths::Ifcfg(name);
-    const std::string mode = ModeIn(KeyOf(path, keys::kBondingOpts));
+    const std::string mode = ModeIn(KeyOf(path, keys::kBondingOpts, view.unread));
     if (!mode.empty()) bonds[name]["mode"] = mode;
-    const std::string bond = KeyOf(path, keys::kMaster);
-    if (!bond.empty() && KeyOf(path, keys::kSlave) == "yes") bonds[bond]["slaves"].push_back(name);
+    const std::string bond = KeyOf(path, keys::kMaster, view.unread);
+    if (!bond.empty() && KeyOf(path, keys::kSlave, view.unread) == "yes")
+      bonds[bond]["slaves"].push_back(name);
   }
   return bonds.empty() ? Json() : bonds;
 }

@@ -30,17 +30,17 @@ Shape ShapeOf() {
            {"ports", List("Its ports", Text("A port", Format::kIfname, 15)).Both().Unordered()}}));
 }
 
-Json Configured(const View&) {
+Json Configured(const View& view) {
   Json bridges = Json::object();
-  for (const std::string& name : NamesIn(frame::paths::kIfcfgFolder, "ifcfg-")) {
+  for (const std::string& name : NamesIn(frame::paths::kIfcfgFolder, "ifcfg-", view.unread)) {
     if (name.ends_with(frame::model::kSavedSuffix)) continue;
     const std::string path = Ifcfg(name);
-    if (KeyOf(path, keys::kType) == "bridge") {
-      const bool local = KeyOf(path, keys::kLocalLan) == "yes";
+    if (KeyOf(path, keys::kType, view.unread) == "bridge") {
+      const bool local = KeyOf(path, keys::kLocalLan, view.unread) == "yes";
       bridges[name]["role"] = local ? kLocalLan : "bridge";
-      Put(&bridges[name], "primary", KeyOf(path, keys::kPrimary));
+      Put(&bridges[name], "primary", KeyOf(path, keys::kPrimary, view.unread));
     }
-    const std::string bridge = KeyOf(path, keys::kBridge);
+    const std::string bridge = KeyOf(path, keys::kBridge, view.unread);
     if (!bridge.empty()) bridges[bridge]["ports"].push_back(name);
   }
   return bridges.empty() ? Json() : bridges;

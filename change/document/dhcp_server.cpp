@@ -72,10 +72,10 @@ Json NumberedSubnets(const std::string& ifname, Family family) {
   }
 }
 
-Json TaggedSubnets(const std::string& ifname) {
+Json TaggedSubnets(const std::string& ifname, std::string* unread) {
   constexpr std::string_view kEnd = ".conf";
   Json subnets = Json::object();
-  for (const std::string& name : NamesIn(files::kFolder, "dhcpd-" + ifname + "-")) {
+  for (const std::string& name : NamesIn(files::kFolder, "dhcpd-" + ifname + "-", unread)) {
     if (!name.ends_with(kEnd) || name.starts_with("subnet")) continue;
     const std::string tag = name.substr(0, name.size() - kEnd.size());
     DHCP_SUBNET_CONF record{};
@@ -86,14 +86,14 @@ Json TaggedSubnets(const std::string& ifname) {
   return subnets.empty() ? Json() : subnets;
 }
 
-Json InterfacesOf(Family family, Json interfaces) {
+Json InterfacesOf(Family family, Json interfaces, std::string* unread) {
   Names served;
   if (DHCPInterfaceListGet(served.Out(), TypeOf(family)) < 0) return interfaces;
   for (const std::string& ifname : served.Texts()) {
     if (ifname == "pxe") continue;  // network boot's switch
     Json json{{"enabled", DHCPInterfaceIsEnabled(ifname.c_str(), TypeOf(family)) == 1}};
     Put(&json, "subnets", NumberedSubnets(ifname, family));
-    if (family == Family::kV4) Put(&json, "tagged", TaggedSubnets(ifname));
+    if (family == Family::kV4) Put(&json, "tagged", TaggedSubnets(ifname, unread));
     interfaces[ifname][WordOf(family)] = json;
   }
   return interfaces;
@@ -130,9 +130,10 @@ Json Boot() {
   return boot;
 }
 
-Json Configured(const View&) {
+Json Configured(const View& view) {
   Json server{{"enabled", DHCPIsEnabled() == 1}};
-  const Json interfaces = InterfacesOf(Family::kV6, InterfacesOf(Family::kV4, Json::object()));
+  const Json interfaces = InterfacesOf(
+      Family::kV6, InterfacesOf(Family::kV4, Json::object(), view.unread), view.unread);
   if (!interfaces.empty()) server["interfaces"] = interfaces;
   Put(&server, "vendors", Vendors());
   Put(&server, "network_boot", Boot());

@@ -29,8 +29,8 @@ std::vector<std::string> ServersOf(int (*reader)(PKOPACSZLIST*)) {
   return reader(servers.Out()) == 0 ? servers.Texts() : std::vector<std::string>();
 }
 
-Json Configured(const View&) {
-  const bool fixed = KeyOf(frame::paths::kInfo, kMode) == "static";
+Json Configured(const View& view) {
+  const bool fixed = KeyOf(frame::paths::kInfo, kMode, view.unread) == "static";
   Json dns{{"mode", fixed ? "static" : "auto"}};
   if (!IsFile(frame::paths::kResolvStatic)) return dns;  // its reader would log that
   const auto servers = ServersOf(ZARNNetStaticDNSListGet);

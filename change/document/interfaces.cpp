@@ -92,30 +92,30 @@ Shape ShapeOf() {
 
 // ---- read from files
 
-bool IsMember(const std::string& path) {
-  return !KeyOf(path, keys::kBridge).empty() || !KeyOf(path, keys::kMaster).empty();
+bool IsMember(const std::string& path, std::string* unread) {
+  return !KeyOf(path, keys::kBridge, unread).empty() || !KeyOf(path, keys::kMaster, unread).empty();
 }
 
-Json ConfiguredIpv4(const std::string& path) {
-  const std::string method = KeyOf(path, keys::kBootProto);
+Json ConfiguredIpv4(const std::string& path, std::string* unread) {
+  const std::string method = KeyOf(path, keys::kBootProto, unread);
   if (method == frame::model::kDhcp) return {{"method", "dhcp"}};
   if (method != frame::model::kStatic) return {{"method", "none"}};
   Json ipv4{{"method", "static"}};
-  Put(&ipv4, "address", KeyOf(path, keys::kIpAddr));
-  if (const long prefix = PrefixOf(KeyOf(path, keys::kNetmask))) ipv4["prefix"] = prefix;
+  Put(&ipv4, "address", KeyOf(path, keys::kIpAddr, unread));
+  if (const long prefix = PrefixOf(KeyOf(path, keys::kNetmask, unread))) ipv4["prefix"] = prefix;
   return ipv4;
 }
 
-Json ConfiguredIpv6(const std::string& path) {
-  const std::string method = KeyOf(path, keys::kIpv6Type);
+Json ConfiguredIpv6(const std::string& path, std::string* unread) {
+  const std::string method = KeyOf(path, keys::kIpv6Type, unread);
   if (std::find(kIpv6Methods.begin(), kIpv6Methods.end(), method) == kIpv6Methods.end())
     return nullptr;
   Json ipv6{{"method", method}};
   if (method != "static") return ipv6;
-  Put(&ipv6, "address", KeyOf(path, keys::kIpv6Address));
-  const std::string prefix = KeyOf(path, keys::kIpv6Prefix);
+  Put(&ipv6, "address", KeyOf(path, keys::kIpv6Address, unread));
+  const std::string prefix = KeyOf(path, keys::kIpv6Prefix, unread);
   if (Fits(prefix, Format::kNumber)) ipv6["prefix"] = std::stol(prefix);
-  Put(&ipv6, "gateway", KeyOf(path, keys::kIpv6Gateway));
+  Put(&ipv6, "gateway", KeyOf(path, keys::kIpv6Gateway, unread));
   return ipv6;
 }
 
@@ -128,16 +128,16 @@ Json ConfiguredBlocks(const std::string& ifname) {
   return words.empty() ? Json() : words;
 }
 
-Json ConfiguredInterface(const std::string& ifname) {
+Json ConfiguredInterface(const std::string& ifname, std::string* unread) {
   Json interface = Json::object();
   char mtu[8] = "";
   if (ZARNConfGetMTUValue(ifname.c_str(), mtu, sizeof mtu) == 0 && Fits(mtu, Format::kNumber))
     interface["mtu"] = std::stol(mtu);
   const std::string path = Ifcfg(ifname);
   if (!IsFile(path)) return interface;
-  interface["on_boot"] = KeyOf(path, keys::kOnBoot) == "yes";
-  if (!IsMember(path)) interface["ipv4"] = ConfiguredIpv4(path);
-  Put(&interface, "ipv6", ConfiguredIpv6(path));
+  interface["on_boot"] = KeyOf(path, keys::kOnBoot, unread) == "yes";
+  if (!IsMember(path, unread)) interface["ipv4"] = ConfiguredIpv4(path, unread);
+  Put(&interface, "ipv6", ConfiguredIpv6(path, unread));
   Put(&interface, "block", ConfiguredBlocks(ifname));
   return interface;
 }
@@ -147,13 +147,13 @@ Json Configured(const View& view) {
   for (const auto& [name, link] : view.kernel.links) {
     if (!link.IsLoopback() && name != kTunnel) names.insert(name);
   }
-  for (const std::string& name : NamesIn(frame::paths::kIfcfgFolder, "ifcfg-")) {
+  for (const std::string& name : NamesIn(frame::paths::kIfcfgFolder, "ifcfg-", view.unread)) {
     const bool copy = name.ends_with(frame::model::kSavedSuffix) || !Fits(name, Format::kIfname);
     if (!copy && name != kTunnel && name != "lo") names.insert(name);
   }
   Json interfaces = Json::object();
   for (const std::string& name : names)
-    interfaces[name] = ConfiguredInterface(name);
+    interfaces[name] = ConfiguredInterface(name, view.unread);
   return interfaces;
 }
 

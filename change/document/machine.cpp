@@ -6,27 +6,18 @@
 #include <array>
 #include <filesystem>
 #include <unistd.h>
-#include <utility>
 
 #include <zarnnetsdk/addr.h>
 
 #include "record/folder.h"
 
 namespace change {
-namespace {
 
-thread_local std::string unreadPath;
-
-}  // namespace
-
-std::string TakeUnread() {
-  return std::exchange(unreadPath, {});
-}
-
-std::string KeyOf(const std::string& path, const char* key) {
+std::string KeyOf(const std::string& path, const char* key, std::string* unread) {
   std::array<char, 4096> value{};
   const int length = KOPACFileGetKeyValue(path.c_str(), key, value.data(), value.size(), 0);
-  if (length < 0 && IsFile(path) && ::geteuid() == 0) unreadPath = path;
+  const bool failed = length < 0 && IsFile(path) && ::geteuid() == 0;
+  if (failed && unread != nullptr) *unread = path;
   return length > 0 ? value.data() : "";
 }
 
@@ -35,12 +26,13 @@ bool IsFile(const std::string& path) {
   return std::filesystem::is_regular_file(path, none);
 }
 
-std::vector<std::string> NamesIn(const std::string& folder, const std::string& prefix) {
+std::vector<std::string> NamesIn(const std::string& folder, const std::string& prefix,
+                                 std::string* unread) {
   std::vector<std::string> names;
   const bool whole = EachNameIn(folder, [&](const std::string& name) {
     if (name.starts_with(prefix)) names.push_back(name.substr(prefix.size()));
   });
-  if (!whole) unreadPath = folder;
+  if (!whole && unread != nullptr) *unread = folder;
   std::sort(names.begin(), names.end());
   return names;
 }

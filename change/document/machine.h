@@ -16,16 +16,14 @@
 
 namespace change {
 
-// The value of a key, empty when there is none.
-std::string KeyOf(const std::string& path, const char* key);
-
-// What was there and could not be read since this was asked the last time: what it holds was taken
-// for none. Empty when there was nothing such.
-std::string TakeUnread();
+// The value of a key, empty when there is none. A file that is there and cannot be read becomes
+// the unread one.
+std::string KeyOf(const std::string& path, const char* key, std::string* unread = nullptr);
 
 bool IsFile(const std::string& path);
 // The names in a folder that begin so, sorted, what they begin with taken off.
-std::vector<std::string> NamesIn(const std::string& folder, const std::string& prefix);
+std::vector<std::string> NamesIn(const std::string& folder, const std::string& prefix,
+                                 std::string* unread);
 
 using Keys = std::vector<std::pair<const char*, std::string>>;
 // Sets keys and drops others in one write; false when that fails.

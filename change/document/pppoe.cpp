@@ -27,11 +27,12 @@ Shape ShapeOf() {
 }
 
 Json Configured(const View& view) {
-  if (KeyOf(frame::paths::kPppoeConf, "ETH").empty()) return nullptr;  // its reader would log that
+  if (KeyOf(frame::paths::kPppoeConf, "ETH", view.unread).empty())
+    return nullptr;  // its reader would log that
   Wiped<PPPOE_CONF> account;
   PPPOE_CONF& conf = account.record;
   if (PPPoEConfigGet(&conf) != 0 || *conf.user == '\0') return nullptr;
-  Json pppoe{{"enabled", KeyOf(frame::paths::kInfo, kEnable) == "yes"},
+  Json pppoe{{"enabled", KeyOf(frame::paths::kInfo, kEnable, view.unread) == "yes"},
              {"default_route", conf.defaultroute == 1}};
   Put(&pppoe, "interface", conf.eth);
   Put(&pppoe, "user", conf.user);

@@ -18,9 +18,9 @@ Shape ShapeOf() {
                      {"server", Text("The interface on the server's side", Format::kIfname, 15)}}));
 }
 
-Json Configured(const View&) {
+Json Configured(const View& view) {
   Json relays = Json::object();
-  for (const std::string& ifname : NamesIn(frame::paths::kPppoeRelayFolder, "")) {
+  for (const std::string& ifname : NamesIn(frame::paths::kPppoeRelayFolder, "", view.unread)) {
     PPPOE_RELAY_CONF conf{};
     if (ZARNNetGetPPPoERelayConfig(ifname.c_str(), &conf) != 0) continue;
     relays[ifname]["enabled"] = conf.enable == 1;

@@ -18,6 +18,8 @@ struct View {
   const Kernel& kernel;
   bool secrets = false;
   std::set<std::string> dhcpClients;  // read for the live view alone
+  // Becomes what was there and could not be read: what it holds was taken for none.
+  std::string* unread = nullptr;
 };
 
 struct Section {

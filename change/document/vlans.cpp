@@ -20,12 +20,12 @@ Shape ShapeOf() {
                           {"id", Number("Its number", 1, 4094).Both()}}));
 }
 
-Json Configured(const View&) {
+Json Configured(const View& view) {
   Json vlans = Json::object();
-  for (const std::string& name : NamesIn(frame::paths::kIfcfgFolder, "ifcfg-")) {
+  for (const std::string& name : NamesIn(frame::paths::kIfcfgFolder, "ifcfg-", view.unread)) {
     const std::string path = frame::paths::Ifcfg(name);
-    const std::string parent = KeyOf(path, keys::kVlanParent);
-    const std::string id = KeyOf(path, keys::kVlanId);
+    const std::string parent = KeyOf(path, keys::kVlanParent, view.unread);
+    const std::string id = KeyOf(path, keys::kVlanId, view.unread);
     if (parent.empty() || !Fits(id, Format::kNumber)) continue;
     vlans[name] = {{"parent", parent}, {"id", std::stol(id)}};
   }

@@ -9,7 +9,6 @@
 #include <zarncore/zarncore.h>
 #include <zarnnetsdk/error.h>
 
-#include "document/machine.h"
 #include "document/section.h"
 #include "record/change_lock.h"
 #include "record/generation.h"
@@ -51,13 +50,12 @@ bool ReadMachine(Change* change, std::string* problem) {
   *problem = "the kernel cannot be asked about its interfaces";
   auto kernel = ReadKernel();
   if (!kernel) return false;
-  TakeUnread();
   change->kernel = std::move(*kernel);
-  const View view{change->kernel, true, InterfacesWithDhcpClient()};
+  std::string unread;
+  const View view{change->kernel, true, InterfacesWithDhcpClient(), &unread};
   const auto sections = SectionsToRead(*change);
   change->before = ReadConfigured(view, sections);
   change->live = ReadLive(view, change->before, sections);
-  const std::string unread = TakeUnread();
   *problem = unread + " cannot be read";
   return unread.empty();
 }
