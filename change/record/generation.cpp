@@ -168,6 +168,8 @@ void PutBack(const Generation& generation) {
   const Texts made = NamesOnlyIn(*changed, generation.kernel);
   if (!made.empty()) RunStartScript("stop", made);
   PutBackFiles(generation);
+  // Programs take their time, and a client waits for its lease: nobody's address waits for them.
+  PutBack(generation.kernel);
   const Texts gone = NamesOnlyIn(generation.kernel, *changed);
   if (!gone.empty()) RunStartScript("start", gone);
   PutBackClients(generation);

@@ -26,7 +26,7 @@ std::optional<Generation> KeepGeneration(std::string* problem = nullptr);
 std::vector<std::string> DifferencesFrom(const Generation& generation);
 
 // Puts files and kernel back. The order: what is new goes while its file is still there, the files,
-// then what is gone comes, then the kernel's settings.
+// the kernel's settings of what is there, then what is gone comes, and its settings.
 void PutBack(const Generation& generation);
 
 // Of the files alone: for a machine of which nothing is configured yet.

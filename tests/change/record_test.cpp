@@ -286,6 +286,22 @@ TEST(Record, WhatGoesBackNeedsNoCable) {
   EXPECT_TRUE(Contains(Shell("ip route"), "default via 192.168.50.1 dev eth0"));
 }
 
+TEST(Record, NoAddressWaitsForALease) {
+  SetUpOddlyOwnedEth0();
+  Apply(R"({"interfaces":{"eth1":{"ipv4":{"method":"dhcp"}}}})");
+  Shell("ip -n lan link set lan1 down");
+  const auto before = change::KeepGeneration();
+  Apply(R"({"interfaces":{"eth0":{"ipv4":{"address":"192.168.50.12"}},"eth1":{"ipv4":null}}})",
+        R"({"confirm":1,"insist":true})");
+  const Since begin = std::chrono::steady_clock::now();
+  while (!Contains(Shell("ip address show eth0"), "192.168.50.10/") && SecondsFrom(begin) < 10)
+    Wait(20);
+  Wait(1000);
+  EXPECT_EQ(StateOf(2), "waiting");
+  EXPECT_TRUE(GoesBack(2, 20));
+  EXPECT_EQ(StateOf(2), "reverted") << History(2).dump(1);
+}
+
 TEST(Record, WithoutItsWatcherTheNextCallPutsBack) {
   SetUpOddlyOwnedEth0();
   const auto before = change::KeepGeneration();
