@@ -18,8 +18,10 @@
 #include <zarnnetchange/change.h>
 
 #include "record/generation.h"
+#include "steps/confirm_time.h"
 #include "support/appliance.h"
 #include "support/children.h"
+#include "support/clock.h"
 #include "wish.h"
 
 using namespace test;
@@ -232,6 +234,9 @@ TEST(Record, AConfirmedChangeStays) {
   EXPECT_EQ(second["result"], ZARNNETCHANGE_BUSY);
   EXPECT_EQ(second["holder"]["number"], 1);
   EXPECT_EQ(Confirm(R"({"number":2})")["result"], ZARNNETCHANGE_NOT_FOUND);
+  ASSERT_EQ(::seteuid(65534), 0);
+  EXPECT_EQ(Confirm()["result"], ZARNNETCHANGE_NOT_ALLOWED);
+  ASSERT_EQ(::seteuid(0), 0);
   EXPECT_GT(Confirm(R"({"extend":60})")["confirm"]["seconds"], 50);
   Wait(8500);
   EXPECT_EQ(StateOf(1), "waiting");
@@ -272,6 +277,69 @@ TEST(Record, WhatNobodyConfirmsGoesBack) {
   const json kept = History(1)["change"];
   EXPECT_EQ(kept["wish"]["interfaces"]["eth0"]["mtu"], 1400);
   EXPECT_TRUE(Contains(kept["files"].dump(), "+IPADDR=192.168.50.12"));
+}
+
+TEST(Record, TheTimeOfDayNeitherHastensNorDelays) {
+  SetUpOddlyOwnedEth0();
+  const auto before = change::KeepGeneration();
+  Apply(kName, R"({"confirm":6})");
+  for (const long ahead : {86400L, -86400L}) {
+    SetWallClock(ahead);
+    EXPECT_NEAR(Recover()["confirm"]["seconds"], 4, 2);
+    EXPECT_EQ(StateOf(1), "waiting");
+  }
+  ::kill(Watchers().at(0), SIGKILL);  // whose clock is the right one
+  Wait(6500);
+  Recover();
+  EXPECT_EQ(StateOf(1), "reverted");
+  AS_BEFORE(*before);
+}
+
+TEST(Record, TheTimeToConfirmIsWhatTheMachineNeeds) {
+  ASSERT_EQ(Shell("ip link add br0 type bridge stp_state 1; ip link add br1 type bridge"), "");
+  const auto seconds = [](const char* wish) {
+    change::Change change;
+    change.wish = change.wanted = json::parse(wish);
+    change.differences.push_back({change::Path("/interfaces/eth0/ipv4"), {}, {}, {}});
+    return change::SecondsToConfirm(change);
+  };
+  for (const long set : {60, 20}) {
+    if (set != 60) WriteFile("/etc/zarnnet.conf", "confirm_seconds=20\n");
+    EXPECT_EQ(seconds(kName), set);
+    EXPECT_EQ(seconds(R"({"bridges":{"br0":{}}})"), set + 30);
+    EXPECT_EQ(seconds(R"({"bridges":{"br1":{}}})"), set);
+    EXPECT_EQ(seconds(R"({"interfaces":{"eth0":{"ipv4":{"method":"dhcp"}}}})"), set + 8);
+    EXPECT_EQ(seconds(R"({"bonds":{"bond0":{"mode":"802.3ad"}}})"), set + 90);
+  }
+}
+
+// After the last step the disk takes no record of it: it is gone back, and nothing waits for it.
+TEST(Record, WhatFailsIsGoneBackAndNeverPending) {
+  SetUpOddlyOwnedEth0();
+  Shell("mkdir /var/lib/zarnnet; mount -t tmpfs tmpfs /var/lib/zarnnet -o mode=700");
+  const auto before = change::KeepGeneration();
+  const auto readOnly = [](const char* text, void*) {
+    const json step = json::parse(text);
+    if (step["step"] == step["steps"]) Shell("mount -o remount,ro /var/lib/zarnnet");
+  };
+  const json report = Apply(kAddress, R"({"confirm":60})", readOnly);
+  EXPECT_EQ(report["result"], ZARNNETCHANGE_FAILED) << report.dump(1);
+  EXPECT_TRUE(Contains(report["reason"].get<std::string>(), "Read-only"));
+  AS_BEFORE(*before);
+  Shell("mount -o remount,rw /var/lib/zarnnet");
+  EXPECT_EQ(Apply(kName)["number"], 2);
+  EXPECT_EQ(StateOf(1), "failed");
+}
+
+TEST(Record, WhatDoesNotGoBackIsSaid) {
+  SetUpOddlyOwnedEth0();
+  Apply(kAddress, R"({"confirm":60})");
+  const std::string folder = "/etc/sysconfig/network-scripts";
+  Shell("mount --bind " + folder + " " + folder + " && mount -o remount,ro,bind " + folder);
+  EXPECT_EQ(Undo()["result"], ZARNNETCHANGE_NOT_PUT_BACK);
+  const json record = History(1)["change"];
+  EXPECT_EQ(record["state"], "not put back");
+  EXPECT_EQ(record["problems"][0], folder + "/ifcfg-eth0 has other content");
 }
 
 TEST(Record, WhatGoesBackNeedsNoCable) {

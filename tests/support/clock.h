@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Time that passes faster for the code under test.
+// Time that passes faster, or is another, for the code under test.
 #pragma once
 
 namespace test {
@@ -7,5 +7,8 @@ namespace test {
 // From now on a second of the monotonic clock, and a second that poll() waits, last only a part of
 // a real one.
 void RunClockFaster(int factor);
+
+// Somebody sets the time of day: from now on it is so many seconds off.
+void SetWallClock(long ahead);
 
 }  // namespace test
