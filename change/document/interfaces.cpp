@@ -223,6 +223,10 @@ void Complain(const Path& path, const char* sentence, Findings* findings) {
 
 bool SettleMask(const Path& path, Json* wish, Findings* findings) {
   if (!wish->contains("netmask")) return true;
+  if (!Member(*wish, "prefix").is_null()) {
+    Complain(path / "netmask", "give a prefix or a netmask, not both", findings);
+    return false;
+  }
   const std::string mask = TextOf((*wish)["netmask"]);
   const long prefix = PrefixOf(mask);
   wish->erase("netmask");

@@ -12,6 +12,7 @@ namespace {
 // Where the transcript does not look.
 constexpr char kOut[] = "/var/log/ctl.out";
 constexpr char kErr[] = "/var/log/ctl.err";
+constexpr char kDocument[] = "/var/log/ctl.json";
 
 void SayEach(const std::string& stream, const std::string& text) {
   std::istringstream lines(text);
@@ -29,17 +30,24 @@ class Settled : public ::testing::Environment {
 
 const auto* const settled = ::testing::AddGlobalTestEnvironment(new Settled);
 
-void TypeOne(const std::string& line) {
+// The exit status.
+long TypeOne(const std::string& line) {
   if (line.starts_with("$ ")) {
     transcript::Begin(ZARNNET_GOLDEN_FOLDER);
     Say(line);
     SayEach("", Shell(line.substr(2)));
-    return;
+    return 0;
   }
-  const std::string command = "{ zarnnetctl " + line + "; } >" + kOut + " 2>" + kErr + "; echo $?";
-  Tell(line, [&] { return std::stol(Shell(command)); });
+  std::string words = line;
+  if (line.starts_with('{')) {
+    WriteFile(kDocument, line);
+    words = std::string("apply ") + kDocument;
+  }
+  const std::string command = "{ zarnnetctl " + words + "; } >" + kOut + " 2>" + kErr + "; echo $?";
+  const long status = Tell(line, [&] { return std::stol(Shell(command)); });
   SayEach("1: ", ReadFile(kOut));
   SayEach("2: ", ReadFile(kErr));
+  return status;
 }
 
 }  // namespace
@@ -60,11 +68,16 @@ void TypeSession() {
   std::istringstream session(ReadFile(std::string(ZARNNET_GOLDEN_FOLDER "/") +
                                       test->test_suite_name() + "." + test->name() + ".txt"));
   bool any = false;
+  long before = 0;
   for (std::string line; std::getline(session, line);) {
     const bool isOfOthers = line.starts_with("# $ ");
     if (!isOfOthers && (line.starts_with(' ') || line.starts_with('#'))) continue;
     any = true;
-    TypeOne(isOfOthers ? line.substr(2) : line.substr(0, line.rfind(" = ")));
+    const long status = TypeOne(isOfOthers ? line.substr(2) : line.substr(0, line.rfind(" = ")));
+    if (line.starts_with('{')) {
+      EXPECT_EQ(before, status) << line;
+    }
+    before = status;
   }
   EXPECT_TRUE(any) << "a session without a typed line";
 }
