@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // Changes that are confirmed or go back, whoever is killed meanwhile; and those that are undone.
-#include <arpa/inet.h>
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
@@ -22,6 +21,7 @@
 #include "support/appliance.h"
 #include "support/children.h"
 #include "support/clock.h"
+#include "support/session.h"
 #include "wish.h"
 
 using namespace test;
@@ -138,40 +138,6 @@ void KilledAtStep(int step, const std::string& wish, const std::string& options)
   ::waitpid(child, &status, 0);
   ASSERT_TRUE(WIFSIGNALED(status)) << "there was no step " << step;
 }
-
-// A host of the LAN is connected with this process.
-class NeighboursSession {
- public:
-  NeighboursSession() {
-    sockaddr_in own{};
-    own.sin_family = AF_INET;
-    own.sin_port = htons(2222);
-    const int listener = ::socket(AF_INET, SOCK_STREAM, 0);
-    const int bound = ::bind(listener, reinterpret_cast<sockaddr*>(&own), sizeof own);
-    EXPECT_EQ(bound + ::listen(listener, 1), 0);
-    client_ = Start([] {
-      return ::execlp("ip", "ip", "netns", "exec", "lan", "bash", "-c",
-                      "exec 3<>/dev/tcp/192.168.50.10/2222; read -r _ <&3", nullptr);
-    });
-    socklen_t length = sizeof peer_;
-    socket_ = ::accept(listener, reinterpret_cast<sockaddr*>(&peer_), &length);
-    ::close(listener);
-  }
-  ~NeighboursSession() {
-    ::close(socket_);
-    KillAndReap(client_);
-  }
-  NeighboursSession(const NeighboursSession&) = delete;
-  NeighboursSession& operator=(const NeighboursSession&) = delete;
-  [[nodiscard]] std::string Variable() const {
-    return "192.168.50.1 " + std::to_string(ntohs(peer_.sin_port)) + " 192.168.50.10 2222";
-  }
-
- private:
-  pid_t client_ = 0;
-  int socket_ = -1;
-  sockaddr_in peer_{};
-};
 
 // The host's name when all records are followed from the first to the last.
 std::string NameByTheRecords(std::string name) {
@@ -518,8 +484,7 @@ TEST(Record, SecretsAreNotShown) {
 
 TEST(Record, TheOwnPathIsKept) {
   SetUpOddlyOwnedEth0();
-  const NeighboursSession session;
-  ::setenv("SSH_CONNECTION", session.Variable().c_str(), 1);
+  const NeighboursSession session("192.168.50.10");
   struct Row {
     const char* wish;
     bool cuts;
@@ -542,6 +507,12 @@ TEST(Record, TheOwnPathIsKept) {
       EXPECT_EQ(found, row.cuts && !Contains(options, "confirm")) << row.wish << report.dump(1);
     }
   }
+  // A refused wish is kept, so that the mistake can be found.
+  const json refused = Apply(kAddress, R"({"probe":false})");
+  ASSERT_EQ(refused["result"], ZARNNETCHANGE_REFUSED);
+  const json kept = History(refused["number"])["change"];
+  EXPECT_EQ(kept["state"], "refused");
+  EXPECT_EQ(kept["wish"], json::parse(kAddress));
   ::setenv("SSH_CONNECTION", "192.168.50.1 1 192.168.50.10 2222", 1);  // of a session that is over
   EXPECT_FALSE(
       Contains(Taken([](char** text) { return ZARNNetChangeCheck(kAddress, "{}", text); }).dump(),
