@@ -10,6 +10,7 @@
 #include "frame/model/ifcfg.h"
 #include "frame/model/ovs.h"
 #include "frame/model/paths.h"
+#include "record/programs.h"
 
 namespace change {
 namespace {
@@ -117,6 +118,33 @@ bool RemoveBond(const std::string& name) {
   return ZARNNetLinkAggrSet(&record) == 0;
 }
 
+// Slaves of before that are none any more. The setter leaves them down, and gives the first the
+// bond's address as if there were no bond any more.
+struct Leaving {
+  std::vector<std::string> free;  // they are part of nothing else
+  std::string heir;
+};
+
+Leaving LeavingOf(const Change& change, const std::string& name) {
+  const auto before = TextsOf(At(change.before, "bonds" / name / "slaves"));
+  const auto slaves = TextsOf(At(change.wanted, "bonds" / name / "slaves"));
+  Leaving leaving;
+  for (const std::string& slave : before) {
+    if (std::find(slaves.begin(), slaves.end(), slave) != slaves.end()) continue;
+    if (!change.BecomesMember(slave)) leaving.free.push_back(slave);
+    if (slave == before.front()) leaving.heir = slave;
+  }
+  return leaving;
+}
+
+bool LetGo(const Leaving& leaving) {
+  const bool disinherited =
+      leaving.heir.empty() ||
+      EditKeys(frame::paths::Ifcfg(leaving.heir), {{keys::kBootProto, frame::model::kNoAddress}},
+               {keys::kIpAddr, keys::kNetmask});
+  return disinherited && (leaving.free.empty() || RunStartScript("start", leaving.free));
+}
+
 void PlanBond(const Change& change, const std::string& name, Steps* steps) {
   const Path path = "bonds" / name;
   if (!change.Concerns(path)) return;
@@ -129,9 +157,11 @@ void PlanBond(const Change& change, const std::string& name, Steps* steps) {
   }
   const std::string mode = TextOf(bond["mode"]);
   const auto slaves = TextsOf(bond["slaves"]);
+  const Leaving leaving = LeavingOf(change, name);
   steps->push_back({Phase::kMakeBond, path,
                     "make " + name + " of " + Joined(slaves) + " (" + mode + ")",
-                    "ZARNNetLinkAggrSet", touches, [=] { return SetBond(name, mode, slaves); }});
+                    "ZARNNetLinkAggrSet", touches,
+                    [=] { return SetBond(name, mode, slaves) && LetGo(leaving); }});
 }
 
 void Plan(const Change& change, Steps* steps) {

@@ -63,10 +63,11 @@ void SettleBridge(const Path& path, Change* change, Findings* findings) {
   const Texts ports = TextsOf(Member(wanted, "ports"));
   if (ports.empty()) return complain("ports", "a bridge needs a port: name it");
   if (!wanted.contains("role")) wanted["role"] = "bridge";
-  if (!wanted.contains("primary")) wanted["primary"] = ports.front();
-  const std::string primary = TextOf(wanted["primary"]);
-  if (std::find(ports.begin(), ports.end(), primary) == ports.end())
+  const std::string primary = TextOf(Member(wanted, "primary"));
+  if (std::find(ports.begin(), ports.end(), primary) != ports.end()) return;
+  if (!At(change->wish, path / "primary").is_null())
     complain("primary", "the primary port is one of the bridge's ports");
+  wanted["primary"] = ports.front();  // the one of before is no port any more
 }
 
 void Settle(Change* change, Findings* findings) {
@@ -101,18 +102,37 @@ struct Bridge {
   std::uint32_t type = ZARNBRIDGE_BRIDGE;
   std::string primary;
   Texts ports;
-  Texts leaving;   // ports of before that are none any more
+  Texts leaving;   // ports of before that stand by themselves afterwards
+  Texts taken;     // ports of before that something else has afterwards, or that are gone then
   Json addresses;  // of the bridge; of a port that leaves, by its name
 };
 
+// The setters know a fixed address and a lease: who has neither is noted behind them.
+bool NoteNoAddress(const std::string& ifname, const Json& ipv4) {
+  return TextOf(Member(ipv4, "method")) != frame::model::kNoAddress ||
+         EditKeys(Ifcfg(ifname), {{keys::kBootProto, frame::model::kNoAddress}}, {});
+}
+
 bool Release(const std::string& port, const Json& ipv4) {
   const ZARNNETIFSETTINGS settings = SettingsOf(port, ipv4);
-  return ZARNNetDisableBridgeSlave(&settings) == 0;
+  return ZARNNetDisableBridgeSlave(&settings) == 0 && NoteNoAddress(port, ipv4);
+}
+
+// Before anything else is made of them: only who has a port gives it away.
+bool FreeTaken(const Bridge& bridge) {
+  static_cast<void>(RunStartScript("stop", bridge.taken));  // one may be down already
+  return std::all_of(bridge.taken.begin(), bridge.taken.end(), [&](const std::string& port) {
+    return Release(port, Member(bridge.addresses, port));
+  });
 }
 
 bool MakeBridge(const Bridge& bridge) {
-  const ZARNNETIFSETTINGS settings = SettingsOf(bridge.name, bridge.addresses[bridge.name]);
-  if (!Write(bridge.name, bridge.type, bridge.primary, &settings)) return false;
+  const Json& own = Member(bridge.addresses, bridge.name);
+  const ZARNNETIFSETTINGS settings = SettingsOf(bridge.name, own);
+  if (!Write(bridge.name, bridge.type, bridge.primary, &settings) ||
+      !NoteNoAddress(bridge.name, own)) {
+    return false;
+  }
   for (const std::string& port : bridge.ports) {
     if (!Write(port, ZARNBRIDGE_PORT, bridge.name, nullptr)) return false;
   }
@@ -126,18 +146,20 @@ bool MakeBridge(const Bridge& bridge) {
   return RunStartScript("start", all);
 }
 
-// The primary port gets the bridge's address back.
+// The primary port gets the bridge's address back. What else has a port then starts it.
 bool RemoveBridge(const Bridge& bridge) {
-  Texts all = bridge.leaving;
+  Texts ports = bridge.leaving;
+  ports.insert(ports.end(), bridge.taken.begin(), bridge.taken.end());
+  Texts all = ports;
   all.push_back(bridge.name);
   static_cast<void>(RunStartScript("stop", all));
-  for (const std::string& port : bridge.leaving) {
+  for (const std::string& port : ports) {
     const bool heir = port == bridge.primary;
     if (!Release(port, Member(bridge.addresses, heir ? bridge.name : port))) return false;
   }
   ::unlink((Ifcfg(bridge.name) + frame::model::kSavedSuffix).c_str());
   if (::unlink(Ifcfg(bridge.name).c_str()) != 0) return false;
-  return RunStartScript("start", bridge.leaving);
+  return bridge.leaving.empty() || RunStartScript("start", bridge.leaving);
 }
 
 // What the wish says, or of a new bridge what its primary port has.
@@ -146,8 +168,10 @@ Json AddressesOf(const Change& change, const Bridge& bridge) {
   const auto ipv4Of = [&](const std::string& ifname) {
     return At(change.wanted, "interfaces" / ifname / "ipv4");
   };
-  for (const std::string& port : bridge.leaving)
-    addresses[port] = ipv4Of(port);
+  for (const Texts* const ports : {&bridge.leaving, &bridge.taken}) {
+    for (const std::string& port : *ports)
+      addresses[port] = ipv4Of(port);
+  }
   const Json own = ipv4Of(bridge.name);
   addresses[bridge.name] = own.is_null() ? ipv4Of(bridge.primary) : own;
   return addresses;
@@ -162,8 +186,9 @@ Bridge BridgeOf(const Change& change, const std::string& name) {
   if (TextOf(Member(wanted, "role")) == kLocalLan) bridge.type = ZARNBRIDGE_LOCAL_LAN;
   bridge.primary = TextOf(Member(wanted.is_object() ? wanted : before, "primary"));
   for (const std::string& port : TextsOf(Member(before, "ports"))) {
-    if (std::find(bridge.ports.begin(), bridge.ports.end(), port) == bridge.ports.end())
-      bridge.leaving.push_back(port);
+    if (std::find(bridge.ports.begin(), bridge.ports.end(), port) != bridge.ports.end()) continue;
+    const bool taken = change.BecomesMember(port) || change.Goes(port);
+    (taken ? bridge.taken : bridge.leaving).push_back(port);
   }
   bridge.addresses = AddressesOf(change, bridge);
   return bridge;
@@ -175,6 +200,11 @@ void PlanBridge(const Change& change, const std::string& name, Steps* steps) {
   const Bridge bridge = BridgeOf(change, name);
   const std::vector<std::string> touches{Ifcfg(name), frame::paths::kNetworkScript};
   if (At(change.wanted, path).is_object()) {
+    if (!bridge.taken.empty()) {
+      steps->push_back({Phase::kFreeUses, path, "take " + Joined(bridge.taken) + " out of " + name,
+                        "ZARNNetDisableBridgeSlave and the start script", touches,
+                        [bridge] { return FreeTaken(bridge); }});
+    }
     steps->push_back({Phase::kMakeBridge, path, "make " + name + " of " + Joined(bridge.ports),
                       "ZARNNetSetBridgeConfig and the start script", touches,
                       [bridge] { return MakeBridge(bridge); }});

@@ -263,18 +263,6 @@ void SettleMethod(const Path& path, Json* wish, Json* wanted, Findings* findings
     wanted->erase(field);
 }
 
-// Is it part of a bond or a bridge when all is done?
-bool BecomesMember(const Change& change, const std::string& ifname) {
-  const std::pair<const char*, const char*> kinds[] = {{"bonds", "slaves"}, {"bridges", "ports"}};
-  for (const auto& [section, field] : kinds) {
-    for (const Json& thing : Member(change.wanted, section)) {
-      const auto members = TextsOf(Member(thing, field));
-      if (std::find(members.begin(), members.end(), ifname) != members.end()) return true;
-    }
-  }
-  return false;
-}
-
 void SettleFamily(const Path& path, const char* none, Change* change, Findings* findings) {
   if (!change->wish.contains(path)) return;
   Json& wish = change->wish[path];
@@ -297,7 +285,7 @@ void SettleInterface(const std::string& ifname, Change* change, Findings* findin
                     findings);
   }
   // Who joins has no IPv4 of its own, and nothing says so in its file.
-  if (BecomesMember(*change, ifname) && At(change->wish, path / "ipv4").is_null())
+  if (change->BecomesMember(ifname) && At(change->wish, path / "ipv4").is_null())
     change->wish[path].erase("ipv4");
   SettleFamily(path / "ipv4", "none", change, findings);
   SettleFamily(path / "ipv6", "off", change, findings);
@@ -353,13 +341,24 @@ bool IsMadeWithAddress(const Change& change, const std::string& ifname) {
   return false;
 }
 
+// A bond that is made anew has what its first slave's file says. That is its own while the first
+// slave is the same, but for no address at all, which the setter takes for a lease.
+bool IsMadeWithAnothers(const Change& change, const std::string& ifname) {
+  const Path path = "bonds" / ifname;
+  const auto before = TextsOf(At(change.before, path / "slaves"));
+  const auto slaves = TextsOf(At(change.wanted, path / "slaves"));
+  if (before.empty() || slaves.empty() || !change.Concerns(path)) return false;
+  const Json& method = At(change.wanted, "interfaces" / ifname / "ipv4" / "method");
+  return slaves.front() != before.front() || TextOf(method) == frame::model::kNoAddress;
+}
+
 void PlanIpv4(const Change& change, const std::string& ifname, Steps* steps) {
   const Path path = "interfaces" / ifname / "ipv4";
   const Json& ipv4 = At(change.wanted, path);
   const std::string method = TextOf(Member(ipv4, "method"));
   // What is made without a fixed address asks for a lease.
   const bool made = IsMadeWithAddress(change, ifname) && method != "none";
-  if (!change.Concerns(path) || made) return;
+  if (made || (!change.Concerns(path) && !IsMadeWithAnothers(change, ifname))) return;
   const std::string file = Ifcfg(ifname);
   if (method == "static") {
     const std::string address = TextOf(ipv4["address"]);
@@ -532,7 +531,7 @@ void Plan(const Change& change, Steps* steps) {
     names.insert(name);
   const Json& known = Member(change.before, "interfaces");
   for (const auto& [name, interface] : known.items()) {
-    if (IsKeptFromStarting(change, name)) names.insert(name);
+    if (IsKeptFromStarting(change, name) || IsMadeWithAnothers(change, name)) names.insert(name);
   }
   for (const Path& path : change.options.restart) {
     const std::string name = path.empty() ? "" : path.back();

@@ -50,6 +50,20 @@ void Refuse(const char* rule, const Path& path, const std::string& sentence, Fin
   findings->Add(rule, path, Severity::kRefused, sentence);
 }
 
+// Does the interface serve a network when all is done?
+bool Serves(const Change& change, const std::string& ifname, std::uint32_t network,
+            std::uint32_t mask) {
+  const Json& ipv4 = At(change.wanted, kInterfaces / ifname / "ipv4");
+  if (!IsTrue(Member(ipv4, "enabled"))) return false;
+  for (const char* kind : {"subnets", "tagged"}) {
+    for (const Json& subnet : Member(ipv4, kind)) {
+      const bool on = !subnet.contains("enabled") || IsTrue(subnet["enabled"]);
+      if (on && (RangeOf(subnet).start & mask) == network) return true;
+    }
+  }
+  return false;
+}
+
 void CheckRange(const Served& served, const Subnet& port, Findings* findings) {
   const Range range = RangeOf(served.subnet);
   const std::string subnet =
@@ -117,6 +131,8 @@ void RangeIsTheServersAlone(const Change& change, Findings* findings) {
     if (DHCPIsRangeConflict(served.ifname.c_str(), start.c_str(), end.c_str(), mask.c_str(),
                             other.data(), other.size()) != 1)
       continue;
+    const std::uint32_t bits = NumberOfIpv4(mask);
+    if (!Serves(change, other.data(), NumberOfIpv4(start) & bits, bits)) continue;
     findings->Add("dhcp_range_conflict", served.path, Severity::kInsistable,
                   std::string(other.data()) +
                       " serves the same network: use another subnet, or "

@@ -23,7 +23,10 @@ std::string Ipv4Text(std::uint32_t number) {
 }
 
 std::optional<Subnet> SubnetOf(const Change& change, const std::string& ifname) {
-  const Path path = "interfaces" / ifname / "ipv4";
+  const Path interface = "interfaces" / ifname;
+  if (At(change.before, interface).is_object() && At(change.wanted, interface).is_null())
+    return std::nullopt;  // it goes with all that it has
+  const Path path = interface / "ipv4";
   const bool live = !change.wish.contains(path) && At(change.live, path).contains("address");
   const Json& ipv4 = At(live ? change.live : change.wanted, path);
   if (!live && TextOf(Member(ipv4, "method")) != "static") return std::nullopt;

@@ -76,6 +76,10 @@ struct Change {
   // Has the change to do something about it: a difference there, or a restart that is asked for?
   [[nodiscard]] bool Concerns(const Path& path) const;
   [[nodiscard]] bool Restarts(const Path& path) const;
+  // Is it part of a bond or a bridge when all is done?
+  [[nodiscard]] bool BecomesMember(const std::string& ifname) const;
+  // Is it a bond, VLAN or bridge that there is and shall not be?
+  [[nodiscard]] bool Goes(const std::string& ifname) const;
   // The entries of a map that the wish names, wanted or not.
   [[nodiscard]] std::vector<std::string> NamedIn(const Path& map) const;
 };

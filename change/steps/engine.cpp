@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <unistd.h>
+#include <utility>
 
 #include <zarncore/zarncore.h>
 #include <zarnnetsdk/error.h>
@@ -324,6 +325,25 @@ Change Begin(const Json& wish, const Options& options) {
 
 bool Change::Restarts(const Path& path) const {
   return std::find(options.restart.begin(), options.restart.end(), path) != options.restart.end();
+}
+
+bool Change::BecomesMember(const std::string& ifname) const {
+  const std::pair<const char*, const char*> kinds[] = {{"bonds", "slaves"}, {"bridges", "ports"}};
+  for (const auto& [section, field] : kinds) {
+    for (const Json& thing : Member(wanted, section)) {
+      const auto members = TextsOf(Member(thing, field));
+      if (std::find(members.begin(), members.end(), ifname) != members.end()) return true;
+    }
+  }
+  return false;
+}
+
+bool Change::Goes(const std::string& ifname) const {
+  for (const char* section : {"bonds", "vlans", "bridges"}) {
+    const Path path = section / ifname;
+    if (At(before, path).is_object() && !At(wanted, path).is_object()) return true;
+  }
+  return false;
 }
 
 bool Change::Concerns(const Path& path) const {

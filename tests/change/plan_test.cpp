@@ -248,7 +248,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Group{"Names", wishes::kNames}, Group{"Address", wishes::kAddress},
                     Group{"Lease", wishes::kLease}, Group{"Ipv6", wishes::kIpv6},
                     Group{"Bonds", wishes::kBonds}, Group{"Bridge", wishes::kBridge},
-                    Group{"Links", wishes::kLinks}, Group{"DhcpServer", wishes::kDhcpServer},
+                    Group{"Moves", wishes::kMoves}, Group{"Links", wishes::kLinks},
+                    Group{"DhcpServer", wishes::kDhcpServer},
                     Group{"DhcpSettings", wishes::kDhcpSettings},
                     Group{"Services", wishes::kServices}),
     [](const auto& group) { return std::string(group.param.name); });

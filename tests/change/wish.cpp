@@ -97,10 +97,4 @@ void MakeCipherKey() {
   KOPACCryptBufCrypt(text, sizeof text, text, sizeof text);
 }
 
-json State(const std::string& options) {
-  Text state;
-  EXPECT_EQ(ZARNNetChangeRead(options.c_str(), &state.text), ZARNNETCHANGE_DONE);
-  return json::parse(state.text != nullptr ? state.text : "{}");
-}
-
 }  // namespace test

@@ -43,6 +43,21 @@ inline const std::vector<Wish> kBridge{
     {R"({"bridges":{"br0":{"ports":["eth0"]}}})"},
     {R"({"bridges":{"br0":null}})", "{}", nullptr, true}};
 
+// An address goes from a port to the bridge over it with what the DHCP server has for the port, two
+// bridges exchange ports, one's port becomes the other's, and all is taken apart.
+inline const std::vector<Wish> kMoves{
+    {R"({"dhcp_server":{"enabled":true,"interfaces":{"eth0":{"ipv4":{"subnets":{"0":{"prefix":24,)"
+     R"("start":"192.168.50.100","end":"192.168.50.150","options":{"mtu":1400}}}}}}}})"},
+    {R"({"dhcp_server":{"interfaces":{"eth0":{"ipv4":{"enabled":false}},"br0":{"ipv4":{"subnets":)"
+     R"({"0":{"prefix":24,"start":"192.168.50.100","end":"192.168.50.150"}}}}}},)"
+     R"("interfaces":{"eth0":{"ipv4":null},"br0":{"ipv4":{"address":"192.168.50.10","prefix":24}}},)"
+     R"("bridges":{"br0":{"ports":["eth0","eth1"]},"a0":{"ports":["eth2","eth3"]}}})"},
+    {R"({"bridges":{"br0":{"ports":["eth0","eth2"]},"a0":{"ports":["eth1","eth3"]}}})"},
+    {R"({"bridges":{"br0":{"ports":["eth0"]},"a0":{"ports":["eth2","eth3"]}}})"},
+    {R"({"bridges":{"br0":null,"a0":{"ports":["eth0","eth2","eth3"]}},"interfaces":{"br0":null,)"
+     R"("a0":{"ipv4":{"address":"192.168.50.10","prefix":24}}},"dhcp_server":{"interfaces":)"
+     R"({"br0":{"ipv4":{"enabled":false}}}}})"}};
+
 inline const std::vector<Wish> kAddress{
     {R"({"interfaces":{"eth0":{"ipv4":{"address":"192.168.50.11"}}}})"},
     {R"({"interfaces":{"eth0":{"mtu":1400,"block":["ha"],"on_boot":false}}})"},
