@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "document/shape.h"
+#include "words/nearest.h"
 
 namespace change {
 namespace {
@@ -51,7 +52,7 @@ void CheckObject(const Json& value, const Shape& shape, const Path& path, Faults
     if (field != shape.fields.end()) {
       Check(inner, field->shape, path / name, faults);
     } else {
-      const std::string near = DidYouMean(name, known);
+      const std::string near = words::DidYouMean(name, known);
       faults->push_back({path / name, "there is no field '" + name + "' here" +
                                           (near.empty() ? "; there are " + Listed(known) : near)});
     }
@@ -94,7 +95,7 @@ void CheckWord(const Json& value, const Shape& shape, const Path& path, Faults* 
   const auto& words = shape.words;
   const std::string word = TextOf(value);
   if (value.is_string() && std::find(words.begin(), words.end(), word) != words.end()) return;
-  const std::string near = DidYouMean(word, words);
+  const std::string near = words::DidYouMean(word, words);
   faults->push_back(
       {path, (value.is_string() ? "'" + word + "' is none of " : "one of these belongs here: ") +
                  Listed(words) + near});

@@ -54,20 +54,6 @@ bool IsDigits(const std::string& text) {
          text.find_first_not_of("0123456789") == std::string::npos;
 }
 
-std::size_t Distance(const std::string& a, const std::string& b) {
-  std::vector<std::size_t> row(b.size() + 1);
-  for (std::size_t j = 0; j <= b.size(); ++j)
-    row[j] = j;
-  for (std::size_t i = 1; i <= a.size(); ++i) {
-    std::size_t corner = std::exchange(row[0], i);
-    for (std::size_t j = 1; j <= b.size(); ++j) {
-      const std::size_t replaced = corner + (a[i - 1] == b[j - 1] ? 0 : 1);
-      corner = std::exchange(row[j], std::min({row[j] + 1, row[j - 1] + 1, replaced}));
-    }
-  }
-  return row.back();
-}
-
 }  // namespace
 
 Shape Shape::Both() const {
@@ -178,17 +164,6 @@ bool Fits(const std::string& text, Format format) {
       return IsDigits(text);
   }
   return false;
-}
-
-std::string DidYouMean(const std::string& word, const std::vector<std::string>& words) {
-  constexpr std::size_t kFurthest = 3;
-  const auto nearest = std::min_element(
-      words.begin(), words.end(),
-      [&](const auto& a, const auto& b) { return Distance(word, a) < Distance(word, b); });
-  if (nearest == words.end()) return {};
-  const std::size_t distance = Distance(word, *nearest);
-  if (distance > kFurthest || distance >= std::max(word.size(), nearest->size())) return {};
-  return ", did you mean '" + *nearest + "'?";
 }
 
 }  // namespace change

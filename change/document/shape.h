@@ -80,8 +80,4 @@ bool Fits(const std::string& text, Format format);
 // As JSON Schema, without the heading of a whole schema.
 Json SchemaOf(const Shape& shape);
 
-// The word that a reader most likely meant, in words: ", did you mean 'x'?"; empty when none is
-// near.
-std::string DidYouMean(const std::string& word, const std::vector<std::string>& words);
-
 }  // namespace change

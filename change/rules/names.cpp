@@ -7,6 +7,7 @@
 #include "document/shape.h"
 #include "frame/model/paths.h"
 #include "rules/rule.h"
+#include "words/nearest.h"
 
 namespace change {
 namespace {
@@ -26,7 +27,7 @@ void Require(const Change& change, const Path& path, const std::string& ifname,
   std::vector<std::string> names;
   for (const auto& [name, link] : change.kernel.links)
     names.push_back(name);
-  const std::string near = DidYouMean(ifname, names);
+  const std::string near = words::DidYouMean(ifname, names);
   findings->Add(
       "no_such_interface", path, Severity::kNotFound,
       "there is no interface " + ifname + (near.empty() ? "; there are " + Joined(names) : near));

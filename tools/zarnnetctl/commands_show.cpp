@@ -53,8 +53,8 @@ std::string SpeedOf(const Interface& interface) {
 }
 
 Cell StateCell(const Interface& interface) {
-  if (interface.HasCarrier()) return {"up", Tone::kGood};
-  return {interface.IsUp() ? "no link" : "down", Tone::kBad};
+  const State state = StateOf(interface.IsUp(), interface.HasCarrier());
+  return {WordOf(state), state == State::kUp ? Tone::kGood : Tone::kBad};
 }
 
 std::string MethodOf(const std::string& ifname) {

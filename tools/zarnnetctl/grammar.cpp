@@ -7,6 +7,7 @@
 #include <cctype>
 
 #include "change_call.h"
+#include "nearest.h"
 #include "query.h"
 
 namespace tool {
@@ -227,25 +228,6 @@ std::vector<Entry> CandidatesAt(const Place& place, bool option) {
 
 // ---- words that were meant otherwise
 
-// How many letters were left out, added, changed or swapped with their neighbour.
-std::size_t Distance(const std::string& a, const std::string& b) {
-  std::vector<std::vector<std::size_t>> table(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
-  for (std::size_t i = 0; i <= a.size(); ++i) {
-    for (std::size_t j = 0; j <= b.size(); ++j) {
-      if (i == 0 || j == 0) {
-        table[i][j] = i + j;
-        continue;
-      }
-      const std::size_t change = a[i - 1] == b[j - 1] ? 0 : 1;
-      table[i][j] =
-          std::min({table[i - 1][j] + 1, table[i][j - 1] + 1, table[i - 1][j - 1] + change});
-      if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
-        table[i][j] = std::min(table[i][j], table[i - 2][j - 2] + 1);
-    }
-  }
-  return table[a.size()][b.size()];
-}
-
 std::vector<std::string> OptionNames(const CLI::App& app) {
   std::vector<std::string> names;
   for (const CLI::Option* option : OptionsOf(app))
@@ -292,24 +274,6 @@ std::string Completions(const CLI::App& app, const std::vector<std::string>& wor
   return lines;
 }
 
-std::string Nearest(const std::string& word, const std::vector<std::string>& words) {
-  const std::size_t most = word.size() < 3 ? 0 : word.size() < 6 ? 1 : 2;
-  std::string nearest;
-  std::size_t least = most + 1;
-  for (const std::string& candidate : words) {
-    const std::size_t distance = Distance(word, candidate);
-    if (distance >= least) continue;
-    nearest = candidate;
-    least = distance;
-  }
-  return nearest;
-}
-
-std::string DidYouMean(const std::string& word, const std::vector<std::string>& words) {
-  const std::string nearest = Nearest(word, words);
-  return nearest.empty() ? "" : "; did you mean '" + nearest + "'?";
-}
-
 const CLI::App* ChosenOf(const CLI::App& app) {
   const auto chosen = app.get_subcommands();
   return chosen.empty() ? &app : ChosenOf(*chosen.front());
@@ -320,9 +284,9 @@ std::string ProblemWith(const CLI::App& chosen, const std::vector<std::string>& 
   if (extras.empty()) return names.empty() ? "" : "give one of these verbs: " + Join(names, ", ");
   const std::string& word = extras.front();
   if (word.size() > 1 && word[0] == '-')
-    return "there is no option '" + word + "'" + DidYouMean(word, OptionNames(chosen));
+    return "there is no option '" + word + "'" + words::DidYouMean(word, OptionNames(chosen));
   if (names.empty()) return "'" + word + "' is one word too many";
-  const std::string near = DidYouMean(word, names);
+  const std::string near = words::DidYouMean(word, names);
   return "there is no verb '" + word + "'" +
          (near.empty() ? "; give one of " + Join(names, ", ") : near);
 }

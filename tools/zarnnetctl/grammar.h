@@ -31,12 +31,6 @@ std::string Synopsis(const CLI::App& app);
 // ":files" where the shell is to offer files.
 std::string Completions(const CLI::App& app, const std::vector<std::string>& words);
 
-// The word of the list that was most likely meant; empty where none is near.
-std::string Nearest(const std::string& word, const std::vector<std::string>& words);
-
-// "; did you mean 'get'?", or nothing.
-std::string DidYouMean(const std::string& word, const std::vector<std::string>& words);
-
 // "zarnnetctl bond set".
 std::string PathOf(const CLI::App& app);
 

@@ -69,6 +69,25 @@ void Add(const ifaddrs& entry, std::map<std::string, Interface>* all) {
 
 }  // namespace
 
+State StateOf(bool up, bool carrier) {
+  if (!up) return State::kDown;
+  return carrier ? State::kUp : State::kNoLink;
+}
+
+std::string WordOf(State state) {
+  switch (state) {
+    case State::kUp:
+      return "up";
+    case State::kNoLink:
+      return "no link";
+    case State::kDown:
+      return "down";
+    case State::kMissing:
+      break;
+  }
+  return "missing";
+}
+
 bool Interface::IsUp() const {
   return (flags & IFF_UP) != 0;
 }

@@ -7,6 +7,11 @@
 
 namespace tool {
 
+// What the kernel has of an interface, in the words that stand beside each colour.
+enum class State { kUp, kNoLink, kDown, kMissing };
+State StateOf(bool up, bool carrier);
+std::string WordOf(State state);
+
 struct Interface {
   std::string name;
   unsigned flags = 0;                  // IFF_...

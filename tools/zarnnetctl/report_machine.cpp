@@ -4,6 +4,7 @@
 #include <cstring>
 #include <nlohmann/json.hpp>
 
+#include "interfaces.h"
 #include "picture.h"
 #include "query.h"
 #include "report.h"
@@ -31,9 +32,9 @@ Row FilesAndKernel(const Json& state, const std::string& name, const std::string
 
 // ---- interfaces
 
-std::string StateOf(const Json& interface) {
-  if (Words(interface, "/link/carrier") == "yes") return "up";
-  return Words(interface, "/up") == "yes" ? "no link" : "down";
+State StateOf(const Json& interface) {
+  return tool::StateOf(Words(interface, "/up") == "yes",
+                       Words(interface, "/link/carrier") == "yes");
 }
 
 std::string Ipv4Of(const Json& configured) {
@@ -45,14 +46,14 @@ std::string Ipv4Of(const Json& configured) {
 
 std::string SpeedOf(const Json& interface) {
   const std::string speed = Words(interface, "/link/speed");
-  return StateOf(interface) != "up" || speed.empty() ? "" : speed + "\xC2\xA0Mb/s";
+  return StateOf(interface) != State::kUp || speed.empty() ? "" : speed + "\xC2\xA0Mb/s";
 }
 
 Row InterfaceRow(const std::string& name, const Json& live, const Json& configured) {
-  const std::string state = StateOf(live);
+  const State state = StateOf(live);
   return {{name},
           {Words(live, "/link/kind")},
-          {state, state == "up" ? Tone::kGood : Tone::kBad},
+          {WordOf(state), state == State::kUp ? Tone::kGood : Tone::kBad},
           {SpeedOf(live)},
           {Words(live, "/mtu")},
           {Words(live, "/link/master")},
@@ -64,11 +65,11 @@ Row InterfaceRow(const std::string& name, const Json& live, const Json& configur
 
 std::string CountedStates(const Json& interfaces) {
   std::string text;
-  for (const char* state : {"up", "no link", "down"}) {
+  for (const State state : {State::kUp, State::kNoLink, State::kDown}) {
     const auto count = std::count_if(interfaces.begin(), interfaces.end(),
                                      [&](const Json& one) { return StateOf(one) == state; });
     if (count == 0) continue;
-    text += (text.empty() ? "" : ", ") + std::to_string(count) + " " + state;
+    text += (text.empty() ? "" : ", ") + std::to_string(count) + " " + WordOf(state);
   }
   return text;
 }

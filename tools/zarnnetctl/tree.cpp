@@ -8,7 +8,6 @@
 #include <set>
 #include <string_view>
 
-#include "interfaces.h"
 #include "query.h"
 #include "roles.h"
 
@@ -19,10 +18,8 @@ using States = std::map<std::string, State>;
 
 States ReadStates() {
   States states;
-  for (const Interface& interface : ReadInterfaces()) {
-    const State without = interface.IsUp() ? State::kNoLink : State::kDown;
-    states[interface.name] = interface.HasCarrier() ? State::kUp : without;
-  }
+  for (const Interface& interface : ReadInterfaces())
+    states[interface.name] = StateOf(interface.IsUp(), interface.HasCarrier());
   return states;
 }
 
@@ -103,20 +100,6 @@ std::vector<const Node*> EachOnce(const std::vector<Node>& tree) {
   for (const Node& node : tree)
     CollectOnce(node, &names, &nodes);
   return nodes;
-}
-
-std::string WordOf(State state) {
-  switch (state) {
-    case State::kUp:
-      return "up";
-    case State::kNoLink:
-      return "no link";
-    case State::kDown:
-      return "down";
-    case State::kMissing:
-      break;
-  }
-  return "missing";
 }
 
 }  // namespace tool

@@ -6,10 +6,9 @@
 #include <string>
 #include <vector>
 
-namespace tool {
+#include "interfaces.h"
 
-// What the kernel has of an interface, in the words that stand beside each colour.
-enum class State { kUp, kNoLink, kDown, kMissing };
+namespace tool {
 
 struct Node {
   std::string name;
@@ -25,7 +24,5 @@ std::vector<Node> ReadTree();
 
 // Each interface once, though several stand on it.
 std::vector<const Node*> EachOnce(const std::vector<Node>& tree);
-
-std::string WordOf(State state);
 
 }  // namespace tool

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "grammar.h"
+#include "nearest.h"
 
 namespace tool {
 
@@ -19,7 +20,7 @@ Word Word::Required() const {
 Word Word::OneOf(const std::vector<std::string>& values) const {
   const Check isOne = [values](const std::string& value) -> std::string {
     if (std::find(values.begin(), values.end(), value) != values.end()) return {};
-    const std::string near = DidYouMean(value, values);
+    const std::string near = words::DidYouMean(value, values);
     return "'" + value + "' is none of " + CLI::detail::join(values, ", ") + near;
   };
   return Checked(isOne, "{" + CLI::detail::join(values, ",") + "}");
