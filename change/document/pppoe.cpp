@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The PPPoE account and its client.
 #include <array>
+#include <string_view>
+#include <unistd.h>
 
 #include <zarnnetsdk/pppoe.h>
 
@@ -26,12 +28,36 @@ Shape ShapeOf() {
                  {"address", Text("Address of the link", Format::kIpv4, 15).ReadOnly()}});
 }
 
+// One word of a shell: 'bob', in which a quote is written '"'"'.
+std::string Unquoted(std::string word) {
+  constexpr std::string_view kQuote = "'\"'\"'";
+  if (word.size() < 2 || word.front() != '\'' || word.back() != '\'') return word;
+  word = word.substr(1, word.size() - 2);
+  for (std::size_t at = 0; (at = word.find(kQuote, at)) != std::string::npos; ++at)
+    word.replace(at, kQuote.size(), "'");
+  return word;
+}
+
+// Another user than root may not read the file of the passwords, without which the library reads no
+// account.
+bool ReadAccount(PPPOE_CONF* conf, std::string* unread) {
+  if (::geteuid() == 0) return PPPoEConfigGet(conf) == 0;
+  const auto key = [unread](const char* name) {
+    return KeyOf(frame::paths::kPppoeConf, name, unread);
+  };
+  Fill(key("ETH"), conf->eth);
+  Fill(Unquoted(key("USER")), conf->user);
+  Fill(key("MTU"), conf->mtu);
+  conf->defaultroute = key("DEFAULTROUTE") == "yes" ? 1 : 0;
+  return true;
+}
+
 Json Configured(const View& view) {
   if (KeyOf(frame::paths::kPppoeConf, "ETH", view.unread).empty())
     return nullptr;  // its reader would log that
   Wiped<PPPOE_CONF> account;
   PPPOE_CONF& conf = account.record;
-  if (PPPoEConfigGet(&conf) != 0 || *conf.user == '\0') return nullptr;
+  if (!ReadAccount(&conf, view.unread) || *conf.user == '\0') return nullptr;
   Json pppoe{{"enabled", KeyOf(frame::paths::kInfo, kEnable, view.unread) == "yes"},
              {"default_route", conf.defaultroute == 1}};
   Put(&pppoe, "interface", conf.eth);

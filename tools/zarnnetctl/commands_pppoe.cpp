@@ -5,6 +5,7 @@
 #include <cstring>
 #include <optional>
 #include <strings.h>
+#include <unistd.h>
 
 #include <zarncore/zarncore.h>
 
@@ -16,6 +17,7 @@
 namespace tool {
 namespace {
 
+constexpr char kAccount[] = "/etc/ppp/pppoe.conf";
 constexpr char kInfo[] = "/etc/zarninfo.conf";
 constexpr char kConnection[] = "pppoe-connect";
 constexpr char kRelay[] = "/usr/sbin/pppoe-relay";
@@ -53,14 +55,31 @@ std::string YesNo(const Json& value) {
   return value.get<bool>() ? "yes" : "no";
 }
 
+// The password is read with the account, and its file is root's: another user is shown the rest.
+Json AccountWithoutSecret(const std::string& what) {
+  if (::access(kAccount, F_OK) == 0 && ::access(kAccount, R_OK) != 0) RequireRoot(what);
+  const Json account = PartOf(ReadState({"pppoe"}), "/pppoe");
+  if (account.is_null()) throw Failure(what, std::nullopt, "no account is stored");
+  const Json mtu = account.value("mtu", Json());
+  return {{"interface", account.value("interface", Json())},
+          {"user", account.value("user", Json())},
+          {"has_password", nullptr},
+          {"mtu", mtu.is_null() ? mtu : Json(WrittenOut(mtu))},
+          {"default_route", account.value("default_route", false)}};
+}
+
+std::string PasswordCell(const Json& stored) {
+  if (stored.is_null()) return "only root may see whether one is stored";
+  return stored.get<bool>() ? "stored" : "none";
+}
+
 void Get(const Context& context) {
   const std::string what = "cannot read the PPPoE account";
-  RequireRoot(what);  // the password is read with it
-  const Json account = AccountJson(what);
+  const Json account = ::geteuid() == 0 ? AccountJson(what) : AccountWithoutSecret(what);
   if (context.json) return PrintJson("pppoe", account);
   PrintTable({{{"interface"}, {CellText(account["interface"])}},
               {{"user"}, {CellText(account["user"])}},
-              {{"password"}, {account["has_password"].get<bool>() ? "stored" : "none"}},
+              {{"password"}, {PasswordCell(account["has_password"])}},
               {{"mtu"}, {CellText(account["mtu"])}},
               {{"default route"}, {YesNo(account["default_route"])}}});
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // zarnnetctl show: the machine on one screen, or the state document.
 #include <array>
-#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <unistd.h>
@@ -35,11 +34,6 @@ std::string SysText(const std::string& ifname, const char* file) {
   std::string text;
   std::getline(stream, text);
   return text;
-}
-
-std::string MasterOf(const std::string& ifname) {
-  std::error_code none;
-  return std::filesystem::read_symlink("/sys/class/net/" + ifname + "/master", none).filename();
 }
 
 // Drivers of virtual interfaces know no speed, or say -1.

@@ -7,6 +7,7 @@
 #include <array>
 #include <bit>
 #include <cstring>
+#include <filesystem>
 #include <ifaddrs.h>
 #include <map>
 #include <memory>
@@ -109,6 +110,11 @@ std::string Interface::Ipv4() const {
       addresses.begin(), addresses.end(),
       [](const std::string& address) { return address.find(':') == std::string::npos; });
   return found == addresses.end() ? "" : *found;
+}
+
+std::string MasterOf(const std::string& ifname) {
+  std::error_code none;
+  return std::filesystem::read_symlink("/sys/class/net/" + ifname + "/master", none).filename();
 }
 
 std::vector<Interface> ReadInterfaces() {

@@ -25,6 +25,9 @@ struct Interface {
   [[nodiscard]] std::string Ipv4() const;  // the first, with its prefix
 };
 
+// The bond or bridge of the kernel that an interface is in, empty without one.
+std::string MasterOf(const std::string& ifname);
+
 // In natural order, eth2 before eth10. Throws when the kernel does not answer.
 std::vector<Interface> ReadInterfaces();
 
