@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "texts.h"
+
 namespace change {
 namespace {
 
@@ -74,7 +76,26 @@ Json Shown(const Json& value, const Shape* shape) {
   return shape != nullptr && shape->secret && !value.is_null() ? Json("(secret)") : value;
 }
 
+void AddValues(const Json& value, const Path& path, const Shape& shape,
+               std::vector<std::string>* values) {
+  if (!value.is_object()) {
+    values->push_back(Json(path.back()).dump() + ": " + Shown(value, ShapeAt(shape, path)).dump());
+    return;
+  }
+  for (const auto& [name, inner] : value.items())
+    AddValues(inner, path / name, shape, values);
+}
+
 }  // namespace
+
+std::string ValuesAt(const Path& path, const std::vector<Difference>& differences,
+                     const Shape& shape) {
+  std::vector<std::string> values;
+  for (const Difference& difference : differences) {
+    if (Meet(path, difference.path)) AddValues(difference.wanted, difference.path, shape, &values);
+  }
+  return Joined(values, ", ");
+}
 
 std::vector<Difference> DifferencesOf(const Json& wish, const Json& wanted, const Json& configured,
                                       const Json& live, const Shape& shape) {

@@ -15,4 +15,8 @@ std::vector<Difference> DifferencesOf(const Json& wish, const Json& wanted, cons
 // As the report names them; secrets are not shown.
 Json ToJson(const std::vector<Difference>& differences, const Shape& shape);
 
+// The values that a step at the path sets, as they are wished: "\"start\": \"10.0.0.1\", ...".
+std::string ValuesAt(const Path& path, const std::vector<Difference>& differences,
+                     const Shape& shape);
+
 }  // namespace change

@@ -135,11 +135,27 @@ bool Judge(Change* change, Report* report) {
 }
 
 void NotePlanned(const Change& change, Report* report) {
-  for (Step& step : StepsOf(change))
-    report->steps.emplace_back().step = std::move(step);
+  for (Step& step : StepsOf(change)) {
+    StepReport& row = report->steps.emplace_back();
+    row.values = ValuesAt(step.path, change.differences, DocumentShape());
+    row.step = std::move(step);
+  }
 }
 
 // ---- acting
+
+const Progress kUntold = [](std::size_t, std::size_t, const std::string&, double) {};
+
+// A value that a setter does not take is named: which of several it is, the setter does not tell.
+std::string ReasonOf(const StepReport& step) {
+  const char* const words = ZARNNetErrorText(step.code);
+  if (step.code == 0 || words == nullptr)
+    return step.values.empty() ? "a program failed"
+                               : "a program failed, or one of these is not taken: " + step.values;
+  if (step.code != ZARNNETERR_BAD_PARAMETER) return words;
+  return step.step.setter +
+         (step.values.empty() ? " does not take what is set up" : " does not take " + step.values);
+}
 
 // False when the step failed, with the setter's code in words.
 bool Take(StepReport* report) {
@@ -150,8 +166,7 @@ bool Take(StepReport* report) {
   }
   report->state = StepReport::State::kFailed;
   report->code = KOPACErrGet();
-  const char* const words = ZARNNetErrorText(report->code);
-  report->reason = report->code != 0 && words != nullptr ? words : "a program failed";
+  report->reason = ReasonOf(*report);
   if (report->code != 0)
     report->place = std::string(KOPACErrorGetFile()) + ":" + std::to_string(KOPACErrorGetLine());
   return false;
@@ -179,6 +194,8 @@ std::string AdviceOn(const StepReport& step) {
     case ZARNNETERR_READ:
     case ZARNNETERR_UNEXPECTED_CONTENT:
       return " (" + touches.front() + "): see what the file holds";
+    case ZARNNETERR_BAD_PARAMETER:
+      return ": give it another value";
     case ZARNNETERR_LOCK:
       return ": try again when the other has ended";
     default:

@@ -17,6 +17,7 @@ struct StepReport {
   unsigned code = 0;   // of a failure
   std::string reason;  // in words
   std::string place;   // the library's source and line
+  std::string values;  // that it sets
 };
 
 struct Report {

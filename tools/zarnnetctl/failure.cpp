@@ -35,6 +35,11 @@ ExitStatus Failure::Status() const {
   }
 }
 
+bool IsBare(const Failure& failure) {
+  return failure.CodeOf() == ZARNNETERR_BAD_PARAMETER &&
+         failure.Reason() == ReasonOf(ZARNNETERR_BAD_PARAMETER);
+}
+
 std::string ReasonOf(Code code) {
   const char* const text = ZARNNetErrorText(code);
   return text != nullptr ? text : "unknown code";

@@ -38,6 +38,11 @@ class Failure : public std::exception {
   // As "0x0D00"; empty where no code was recorded.
   [[nodiscard]] std::string CodeText() const;
   [[nodiscard]] ExitStatus Status() const;
+  // The same for another reason.
+  [[nodiscard]] Failure Because(std::string reason) const {
+    return {what_, code_, std::move(reason), status_};
+  }
+  [[nodiscard]] std::optional<Code> CodeOf() const { return code_; }
 
  private:
   std::string what_;
@@ -45,6 +50,9 @@ class Failure : public std::exception {
   std::string reason_;
   std::optional<ExitStatus> status_;
 };
+
+// Whether it is a value that the library does not take, and nothing says which.
+bool IsBare(const Failure& failure);
 
 // The words for a code of the library.
 std::string ReasonOf(Code code);

@@ -291,4 +291,17 @@ std::string ProblemWith(const CLI::App& chosen, const std::vector<std::string>& 
          (near.empty() ? "; give one of " + Join(names, ", ") : near);
 }
 
+std::string GivenTo(const CLI::App& verb) {
+  std::vector<std::string> given;
+  for (const Options& options : {OperandsOf(verb), OptionsOf(verb, false)}) {
+    for (const CLI::Option* option : options) {
+      if (option->count() == 0 || !TakesValue(*option)) continue;
+      const std::string name =
+          option->get_positional() ? option->get_single_name() : NameOf(*option);
+      given.push_back(name + " '" + Join(option->results(), " ") + "'");
+    }
+  }
+  return Join(given, ", ");
+}
+
 }  // namespace tool

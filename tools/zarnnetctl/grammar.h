@@ -40,4 +40,7 @@ const CLI::App* ChosenOf(const CLI::App& app);
 // What is wrong with the words that nothing took; empty when all were taken.
 std::string ProblemWith(const CLI::App& chosen, const std::vector<std::string>& extras);
 
+// The operands and options of a verb as they were given: "IFNAME 'eth9', ADDRESS 'x'".
+std::string GivenTo(const CLI::App& verb);
+
 }  // namespace tool

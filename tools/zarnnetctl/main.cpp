@@ -43,7 +43,8 @@ int RunVerb(const CommandLine& line, const Context& context, const Words& words)
   } catch (const WrongUsage& error) {
     return ReportUsage(context, error.what(), line.ChosenVerb());
   } catch (const Failure& failure) {
-    return ReportFailure(context, failure);
+    if (!IsBare(failure)) return ReportFailure(context, failure);
+    return ReportFailure(context, failure.Because(line.WhatWasGiven()));
   } catch (const std::bad_alloc&) {
     return ReportFailure(
         context, Failure("cannot go on", ZARNNETERR_NO_MEMORY, ReasonOf(ZARNNETERR_NO_MEMORY)));

@@ -185,6 +185,12 @@ std::string CommandLine::ChosenVerb() const {
   return PathOf(*ChosenOf(*app_));
 }
 
+std::string CommandLine::WhatWasGiven() const {
+  const std::string given = GivenTo(*ChosenOf(*app_));
+  if (given.empty()) return "the library does not take what the machine's files hold";
+  return "the library does not take " + given;
+}
+
 std::string CommandLine::CompletionsOf(const std::vector<std::string>& words) const {
   return Completions(*app_, words);
 }

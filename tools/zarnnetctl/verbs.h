@@ -131,6 +131,9 @@ class CommandLine {
   // The words of the verb up to where the command line was understood.
   [[nodiscard]] std::string ChosenVerb() const;
 
+  // A sentence about the words that the library did not take.
+  [[nodiscard]] std::string WhatWasGiven() const;
+
  private:
   std::unique_ptr<CLI::App> app_;
 };
