@@ -166,6 +166,15 @@ void SettleSubnets(const Path& path, bool numbered, Change* change, Findings* fi
   }
 }
 
+void RequireModes(const Path& path, const Change& change, Findings* findings) {
+  for (const std::string& name : change.NamedIn(path)) {
+    const Json& wanted = At(change.wanted, path / name);
+    if (wanted.is_object() && !wanted.contains("mode"))
+      findings->Add("dhcp_server", path / name / "mode", Severity::kUsage,
+                    "name what clients are told: off, ra-only, ra-stateless or stateful");
+  }
+}
+
 void SettleInterface(const Path& path, Change* change, Findings* findings) {
   for (const Family family : {Family::kV4, Family::kV6}) {
     const Path below = path / WordOf(family);
@@ -178,6 +187,7 @@ void SettleInterface(const Path& path, Change* change, Findings* findings) {
     if (!At(change->wanted, below).contains("enabled"))
       change->wish[below / "enabled"] = change->wanted[below / "enabled"] = true;
     SettleSubnets(below / "subnets", true, change, findings);
+    if (family == Family::kV6) RequireModes(below / "subnets", *change, findings);
     SettleSubnets(below / "tagged", false, change, findings);
   }
 }

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <functional>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/socket.h>
@@ -104,9 +105,11 @@ Json Failed(const std::string& reason) {
   return {{"result", ZARNNETCHANGE_FAILED}, {"reason", reason}};
 }
 
-// The machine is read again while the copy is there: the kernel takes a copy's network away one
-// interface after the other, and tells nothing of any network meanwhile.
-Json Rehearsed(const Json& request, Json* inputsAfter) {
+// Done while the copy is there: the kernel takes a copy's network away one interface after the
+// other, and tells nothing of any network meanwhile.
+using WhileThere = std::function<void()>;
+
+Json Rehearsed(const Json& request, const WhileThere& look) {
   const std::string path = OwnProgram(kProgram);
   if (path.empty())
     return Failed(std::string("the program ") + kProgram + " is not beside the library");
@@ -116,7 +119,7 @@ Json Rehearsed(const Json& request, Json* inputsAfter) {
   Json answer = Json::parse(child.Answer(), nullptr, false);
   if (!sent || !answer.is_object() || !answer.contains("result"))
     return Failed("the rehearsal has not come to its end");
-  *inputsAfter = InputsNow();
+  look();
   return answer;
 }
 
@@ -129,13 +132,23 @@ Json Plan(const Json& wish, const Options& options) {
   Json plan{{"plan", 1}, {"options", PlannedOptions(options)}, {"inputs", InputsNow()}};
   if (!wish.is_null()) plan["wish"] = WishWithoutSecrets(wish);
   Json inputsAfter = plan["inputs"];
-  plan.update(Rehearsed({{"wish", wish}, {"options", request}}, &inputsAfter));
+  plan.update(
+      Rehearsed({{"wish", wish}, {"options", request}}, [&] { inputsAfter = InputsNow(); }));
+  plan.erase("refusal");
   if (plan["result"] == ZARNNETCHANGE_REFUSED || !Member(plan, "steps").empty())
     plan["record"] = store::kFolder;
   // Whatever changed while it was rehearsed would make another plan.
   if (plan["inputs"] != inputsAfter)
     plan.update(Failed("the machine's network changed while the change was rehearsed: try again"));
   return plan;
+}
+
+ServersAnswer AskDhcpServer(const Change& change) {
+  Json options = PlannedOptions(change.options);
+  options["below"] = "/dhcp_server";
+  const Json answer = Rehearsed({{"wish", change.wish}, {"options", options}}, [] {});
+  if (answer["result"] == ZARNNETCHANGE_FAILED) return {{}, TextOf(answer["reason"])};
+  return {TextOf(Member(answer, "refusal")), {}};
 }
 
 }  // namespace change

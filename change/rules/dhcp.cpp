@@ -2,14 +2,18 @@
 // Rules about the DHCP server.
 #include <algorithm>
 #include <array>
+#include <unistd.h>
 
 #include <zarnnetsdk/dhcpd.h>
 
+#include "frame/model/paths.h"
+#include "rehearsal/rehearsal.h"
 #include "rules/rule.h"
 
 namespace change {
 namespace {
 
+const Path kSection("/dhcp_server");
 const Path kInterfaces("/dhcp_server/interfaces");
 
 // A subnet of IPv4 that the change stores.
@@ -163,11 +167,34 @@ void ServerTakesTheValues(const Change& change, Findings* findings) {
   }
 }
 
+Finding DhcpServerRefuses(const std::string& words) {
+  return {"dhcp_server_settings", kSection, Severity::kRefused,
+          "the DHCP server would not start with these settings: " + words +
+              ": give that setting another value, or remove it"};
+}
+
+// A plan has asked it already; another user than root is told that he may not change it.
+void ServerTakesTheSettings(const Change& change, Findings* findings) {
+  const bool starts = change.Concerns(kSection) || change.Restarts(kSection);
+  if (!starts || !IsTrue(At(change.wanted, kSection / "enabled"))) return;
+  if (change.options.rehearsing || !change.options.plan.is_null() || ::geteuid() != 0) return;
+  const ServersAnswer answer = ::access(frame::paths::kDhcpServer, X_OK) == 0
+                                   ? AskDhcpServer(change)
+                                   : ServersAnswer{{}, "its program is not on this machine"};
+  if (!answer.refusal.empty()) {
+    findings->Add(DhcpServerRefuses(answer.refusal));
+  } else if (!answer.whyNotAsked.empty()) {
+    findings->Add(
+        "dhcp_server_not_asked", kSection, Severity::kWarning,
+        "the DHCP server was not asked whether it takes the settings: " + answer.whyNotAsked);
+  }
+}
+
 void OnlyWhatIsOnRestarts(const Change& change, Findings* findings) {
   const struct {
     Path section;
     Path enabled;
-  } services[] = {{Path("/dhcp_server"), Path("/dhcp_server/enabled")},
+  } services[] = {{kSection, kSection / "enabled"},
                   {Path("/pppoe"), Path("/pppoe/enabled")},
                   {Path("/tunnel"), Path("/tunnel/enabled")}};
   for (const auto& [section, enabled] : services) {

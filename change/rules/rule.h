@@ -37,10 +37,14 @@ void MtuIsCarried(const Change& change, Findings* findings);
 void RangeFitsItsSubnet(const Change& change, Findings* findings);
 void RangeIsTheServersAlone(const Change& change, Findings* findings);
 void ServerTakesTheValues(const Change& change, Findings* findings);
+void ServerTakesTheSettings(const Change& change, Findings* findings);
 void OnlyWhatIsOnRestarts(const Change& change, Findings* findings);
 
 // ---- own_path.cpp
 void OwnPathStays(const Change& change, Findings* findings);
+
+// What the server's own check said, as a rehearsal finds it, too.
+Finding DhcpServerRefuses(const std::string& words);
 
 // ---- what several rules ask
 

@@ -22,6 +22,8 @@ struct Options {
   long number = 0;              // of a change; 0 for the last
   long extend = 0;              // seconds
   long watch = 0;               // the number of the change to wait for
+  bool rehearsing = false;      // in the copy, where the steps themselves ask the programs
+  Path below;                   // only its steps are rehearsed
   bool starting = false;        // the machine, of which no interface is configured yet
   std::string view = "configured";
   std::string program = "a program";
@@ -58,6 +60,7 @@ class Findings {
   void Add(const char* rule, const Path& path, Severity severity, std::string sentence) {
     list_.push_back({rule, path, severity, std::move(sentence)});
   }
+  void Add(Finding finding) { list_.push_back(std::move(finding)); }
   [[nodiscard]] const std::vector<Finding>& List() const { return list_; }
 
  private:

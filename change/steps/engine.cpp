@@ -410,13 +410,24 @@ Report Rehearse(const Json& wish, const Options& options, const EnterCopy& enter
   Report report;
   if (!Judge(&change, &report)) return report;
   NotePlanned(change, &report);
+  std::erase_if(report.steps,
+                [&](const StepReport& row) { return !Leads(options.below, row.step.path); });
   if (report.steps.empty()) return End(report, ZARNNETCHANGE_DONE, DoneReason(report));
+  if (!options.below.empty()) return RehearseSteps(std::move(report), enter);
   std::string problem;
   const auto generation = KeepGeneration(&problem);
   if (!generation || !enter(*generation, &problem))
     return End(report, ZARNNETCHANGE_FAILED, problem);
-  return ActAndCompare(&change, *generation, std::move(report),
-                       [](std::size_t, std::size_t, const std::string&, double) {});
+  return ActAndCompare(&change, *generation, std::move(report), kUntold);
+}
+
+Report RehearseSteps(Report report, const EnterCopy& enter) {
+  std::string problem;
+  const auto generation = KeepGeneration(&problem);
+  if (!generation || !enter(*generation, &problem))
+    return End(report, ZARNNETCHANGE_FAILED, problem);
+  if (!TakeAll(&report, kUntold)) return End(report, ZARNNETCHANGE_FAILED, FailureOf(report));
+  return End(report, ZARNNETCHANGE_DONE, "done");
 }
 
 Report Apply(const Json& wish, const Options& options, const Progress& progress) {

@@ -22,6 +22,9 @@ using EnterCopy = std::function<bool(const Generation&, std::string*)>;
 // The same as Apply(), in the copy: without locks, and for whoever may read.
 Report Rehearse(const Json& wish, const Options& options, const EnterCopy& enter);
 
+// Takes the report's steps in the copy, and compares nothing.
+Report RehearseSteps(Report report, const EnterCopy& enter);
+
 Report Apply(const Json& wish, const Options& options, const Progress& progress);
 
 }  // namespace change

@@ -150,8 +150,26 @@ TEST(Rules, DhcpServer) {
   ask("eth1", inside + R"(,"options":{"ntp-server":[]})");
   ask("eth1", inside + R"(,"options":{"ntp-sever":["10.1.0.1"]})");
   Ask(R"({"dhcp_server":{"interfaces":{"eth1":{"ipv4":{"subnets":{"3":{}}}}}}})");
+  Ask(R"({"dhcp_server":{"interfaces":{"eth1":{"ipv6":{"subnets":{"0":{}}}}}}})");
   Ask(R"({"dhcp_server":{"interfaces":{"eth1":{"ipv4":{"subnets":{"0":null}}}}}})");
   Ask("{}", R"({"restart":["/dhcp_server"]})");
   Ask("{}", R"({"restart":["/interfaces/eth9"]})");
   Ask("{}", R"({"restart":["/interfaces/eth1"]})");
+}
+
+// The server is asked in a copy of the machine, with the settings as they would be.
+TEST(Rules, TheDhcpServersOwnCheckIsAsked) {
+  SetUpPorts();
+  WriteFile("/etc/dhcpd/dhcpd.info", "enable=\"yes\"\n");
+  const auto wish = [](const std::string& domain) {
+    return R"({"dhcp_server":{"interfaces":{"eth1":{"ipv4":{"subnets":{"0":{"prefix":16,)"
+           R"("start":"10.1.1.1","end":"10.1.1.99","domain":")" +
+           domain + R"("}}}}}}})";
+  };
+  const std::string refused = wish(std::string(64, 'a') + ".lan");
+  Ask(wish("nas.lan"));
+  Make(refused);
+  Ask(wish("\\\""));
+  Shell("mount --bind /dev/null /usr/sbin/dnsmasq");
+  Ask(refused);
 }

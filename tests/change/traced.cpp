@@ -13,8 +13,8 @@
 namespace test {
 namespace {
 
-const std::set<std::string> kRun{"ip",     "ifconfig", "route", "mkdir",     "sed",
-                                 "ipcalc", "cp",       "mv",    "rc.network"};
+const std::set<std::string> kRun{"ip",     "ifconfig", "route", "mkdir",      "sed",
+                                 "ipcalc", "cp",       "mv",    "rc.network", "dnsmasq"};
 const std::set<std::string> kAnswered{
     "zarnfirewall", "tctool",      "start",        "stop",     "initctl",     "restart",
     "reload",       "status",      "arping",       "dhclient", "pppoe-start", "pppoe-stop",
@@ -88,14 +88,11 @@ class Tracer {
     if (words.empty() || origin.hidden) return;
     const std::string name = std::filesystem::path(words.front()).filename();
     origin.hidden = kAnswered.contains(name);
-    // The start script hands the DHCP server's verbs on: a plan answers those.
-    const bool server = name == "rc.network" && words.size() > 1 && words[1].starts_with("nat-");
     if (!origin.hidden && !kRun.contains(name)) return;
     Call call{origin.within, name};
     for (std::size_t i = 1; i < words.size(); ++i)
       call.words += " " + words[i];
     calls_.push_back(std::move(call));
-    if (server) origin.hidden = true;
     if (origin.within.empty()) origin.within = name;
   }
 

@@ -16,6 +16,10 @@ Json FileChanges(const change::Generation& before);
 // Each setting: "setting", "before", "after"; null where there was or will be none.
 Json KernelChanges(const change::Kernel& before, const change::Kernel& after);
 
+// What the DHCP server's own check said against the settings that it was to be started with, with
+// the setting; empty when it took them, or was not asked.
+std::string ServersRefusal();
+
 // "programs", "events", "services" and "notRehearsed", out of the journal.
 void AddCalls(Json* plan);
 

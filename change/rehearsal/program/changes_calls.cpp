@@ -58,8 +58,6 @@ Service ServiceOf(const Call& call) {
   words.erase(words.begin());
   if (program.starts_with("pppoe-st")) return {program.substr(6), "pppoe"};
   if (program == "rc.tun" && !words.empty()) return {words.front(), "tunnel"};
-  if (program == "rc.network" && !words.empty() && words.front().starts_with("nat-"))
-    return {"restart", "dhcp-server"};
   if (program == "initctl" && !words.empty()) {
     program = words.front();
     words.erase(words.begin());
@@ -81,9 +79,8 @@ class Services {
                                                              {"restart", "restarted"},
                                                              {"reload", "reloaded"}};
     const auto action = kActions.find(service.verb);
-    if (action == kActions.end() || call.words.front().find("rc.network") != std::string::npos) {
-      if (action == kActions.end() || service.name != "dhcp-server") return;
-    }
+    if (action == kActions.end() || call.words.front().find("rc.network") != std::string::npos)
+      return;
     Json& entry = services_[service.name];
     const auto stopped = stoppedAt_.find(service.name);
     if (service.verb == "start" && stopped != stoppedAt_.end()) {

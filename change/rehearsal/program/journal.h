@@ -31,6 +31,8 @@ using Fields = std::vector<std::string>;
 inline constexpr char kProgramRecord[] = "program";  // seconds, within, how, arguments
 inline constexpr char kEventRecord[] = "event";      // name, stage, NAME=value...
 inline constexpr char kRemarkRecord[] = "remark";    // what, reason
+inline constexpr char kRefusalRecord[] =
+    "refusal";  // what the DHCP server's check said, and the settings
 
 inline std::string Seconds() {
   timespec now{};

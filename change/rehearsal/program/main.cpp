@@ -13,7 +13,9 @@
 #include "program/changes.h"
 #include "program/journal.h"
 #include "program/private_copy.h"
+#include "rules/rule.h"
 #include "steps/engine.h"
+#include "steps/journal.h"
 #include "steps/undo.h"
 
 namespace {
@@ -44,6 +46,8 @@ change::Options OptionsOf(const Json& json) {
   options.keep = change::IsTrue(change::Member(json, "keep"));
   options.number = change::NumberOf(change::Member(json, "number"));
   options.probe = change::IsTrue(change::Member(json, "probe"));
+  options.rehearsing = true;
+  options.below = change::Path(change::TextOf(change::Member(json, "below")));
   for (const std::string& path : change::TextsOf(change::Member(json, "restart")))
     options.restart.emplace_back(path);
   return options;
@@ -84,10 +88,10 @@ std::optional<Copy> MakeCopy(const change::Generation& generation, const change:
 
 Json PlanOf(const change::Report& report, const std::optional<Copy>& copy) {
   Json plan = change::ToJson(report);
-  for (const char* list : {"files", "kernel"})
+  for (const char* list : {"files", "kernel", "programs", "events", "services", "notRehearsed"})
     plan[list] = Json::array();
-  rehearsal::AddCalls(&plan);
   if (!copy) return plan;
+  rehearsal::AddCalls(&plan);
   plan["files"] = rehearsal::FileChanges(copy->generation);
   if (const auto now = change::ReadKernel())
     plan["kernel"] = rehearsal::KernelChanges(copy->kernel, *now);
@@ -97,6 +101,14 @@ Json PlanOf(const change::Report& report, const std::optional<Copy>& copy) {
 }  // namespace
 
 namespace {
+
+change::Report RefusedByServer(const std::string& words) {
+  change::Report report;
+  report.findings.push_back(change::DhcpServerRefuses(words));
+  const change::Finding& finding = report.findings.front();
+  return change::End(report, ZARNNETCHANGE_REFUSED,
+                     finding.path.to_string() + ": " + finding.sentence);
+}
 
 // Runs the rehearsal and answers.
 void RehearseAndAnswer() {
@@ -111,9 +123,15 @@ void RehearseAndAnswer() {
     return copy.has_value();
   };
   const Json& wish = change::Member(request, "wish");
-  const change::Report report = wish.is_null() ? change::RehearseUndo(options, enter)
-                                               : change::Rehearse(wish, options, enter);
+  change::Report report = wish.is_null() ? change::RehearseUndo(options, enter)
+                                         : change::Rehearse(wish, options, enter);
+  const std::string refusal = wish.is_null() ? std::string() : rehearsal::ServersRefusal();
+  if (!refusal.empty()) {  // the change itself would end before its first step
+    report = RefusedByServer(refusal);
+    copy.reset();
+  }
   Json plan = PlanOf(report, copy);
+  change::Put(&plan, "refusal", refusal);
   const std::chrono::duration<double> past = std::chrono::steady_clock::now() - begin;
   plan["seconds"] = past.count();
   Answer(plan);

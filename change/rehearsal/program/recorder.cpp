@@ -2,15 +2,19 @@
 // Stands over each program in the private copy of a machine: notes the call, then runs the real
 // one, or answers in its place when that one would reach out of the copy. Under the name of a
 // process that the machine has, it stands in for it until it is ended.
+#include <algorithm>
+#include <array>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <dirent.h>
 #include <functional>
 #include <iostream>
+#include <iterator>
 #include <signal.h>
 #include <string_view>
 #include <sys/auxv.h>
+#include <sys/wait.h>
 
 #include "program/stand_in.h"
 
@@ -86,6 +90,12 @@ bool HasName(const Fields& arguments, std::string_view name) {
 // ---- answers
 
 constexpr char kDhclient[] = "/usr/sbin/dhclient";
+constexpr char kServer[] = "dnsmasq";
+constexpr char kServerJob[] = "dhcp-server";
+
+int EndNamed(const std::string& name) {
+  return EndAll([&](const Fields& arguments) { return HasName(arguments, name); });
+}
 
 bool IsDhcpClient(const std::string& job) {
   return job == "dhcp-client" || job == "dhcp-client6";
@@ -127,6 +137,7 @@ int AnswerJob(const Fields& words) {
     if (!runs) return 1;
     if (stops && IsDhcpClient(job))
       EndAll([&](const Fields& arguments) { return IsClientOf(arguments, v6, instance); });
+    if (stops && job == kServerJob) EndNamed(kServer);
     if (verb == "stop") ::unlink(mark.c_str());
     if (verb != "restart") return 0;
   }
@@ -134,19 +145,8 @@ int AnswerJob(const Fields& words) {
   const std::ofstream made{mark};
   if (job == "dhcp-client") rehearsal::StandIn("dhclient", {kDhclient, instance});
   if (v6) rehearsal::StandIn("dhclient", {kDhclient, "-6", instance});
+  if (job == kServerJob) rehearsal::StandIn(kServer, {kServer});
   return 0;
-}
-
-bool ServesDhcp() {
-  std::ifstream file("/etc/dhcpd/dhcpd.info");
-  for (std::string line; std::getline(file, line);) {
-    if (line == "enable=\"yes\"" || line == "enable=yes") return true;
-  }
-  return false;
-}
-
-int EndNamed(const std::string& name) {
-  return EndAll([&](const Fields& arguments) { return HasName(arguments, name); });
 }
 
 int Answer(const std::string& name, const Fields& arguments) {
@@ -159,10 +159,7 @@ int Answer(const std::string& name, const Fields& arguments) {
     words.insert(words.end(), rest.begin(), rest.end());
     return AnswerJob(words);
   }
-  if (name == "rc.network") {  // the DHCP server's verbs
-    EndNamed("dnsmasq");
-    if (ServesDhcp()) rehearsal::StandIn("dnsmasq", {"/usr/sbin/dnsmasq"});
-  }
+  if (name == kServer) rehearsal::StandIn(name, arguments);
   if (name == "pppoe-start")
     rehearsal::StandIn("pppoe-connect", {"/bin/sh", "/usr/sbin/pppoe-connect"});
   if (name == "pppoe-stop") return EndNamed("pppoe-connect") > 0 ? 0 : 1;
@@ -188,9 +185,59 @@ bool LoadsBondDriver(const std::string& name, const Fields& arguments) {
   return false;
 }
 
+bool ChecksSettings(const std::string& name, const Fields& arguments) {
+  return name == kServer &&
+         std::find(arguments.begin(), arguments.end(), "--test") != arguments.end();
+}
+
 bool RunsInside(const std::string& name, const Program& program, const Fields& arguments) {
-  const std::string verb = arguments.size() > 1 ? arguments[1] : "";
-  return program.inside && (name != "rc.network" || !verb.starts_with("nat-"));
+  return program.inside && (name != kServer || ChecksSettings(name, arguments));
+}
+
+// ---- the server's check
+
+std::string ReadAll(int fd) {
+  constexpr std::size_t kMost = 4096;
+  std::string text;
+  std::array<char, 512> block{};
+  for (ssize_t length = 0; (length = ::read(fd, block.data(), block.size())) > 0;) {
+    if (text.size() < kMost) text.append(block.data(), static_cast<std::size_t>(length));
+  }
+  return text;
+}
+
+// The settings are others again when what failed has been put back.
+std::string SettingsIn(const Fields& arguments) {
+  constexpr std::string_view kOption = "--conf-file=";
+  for (const std::string& argument : arguments) {
+    if (!argument.starts_with(kOption)) continue;
+    std::ifstream file(argument.substr(kOption.size()));
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+  return {};
+}
+
+// Runs it, and notes what it says to settings that it refuses.
+int RunCheck(const std::string& real, const Fields& arguments, char** argv) {
+  std::array<int, 2> ends{};
+  if (::pipe(ends.data()) != 0) return 127;
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::dup2(ends[1], STDOUT_FILENO);
+    ::dup2(ends[1], STDERR_FILENO);
+    ::close(ends[0]);
+    ::close(ends[1]);
+    ::execv(real.c_str(), argv);
+    ::_exit(127);
+  }
+  ::close(ends[1]);
+  const std::string words = ReadAll(ends[0]);
+  int status = -1;
+  ::waitpid(child, &status, 0);
+  const bool taken = WIFEXITED(status) && WEXITSTATUS(status) == 0;
+  if (!taken) rehearsal::Note({rehearsal::kRefusalRecord, words, SettingsIn(arguments)});
+  std::cerr << words;
+  return taken ? 0 : 1;
 }
 
 [[noreturn]] void StayUntilEnded() {
@@ -231,6 +278,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   if (within == nullptr && known) ::setenv(rehearsal::kWithin, name.c_str(), 1);
+  if (ChecksSettings(name, arguments)) return RunCheck(program.real, arguments, argv);
   ::execv(program.real.c_str(), argv);
   std::cerr << path << ": " << std::strerror(errno) << '\n';
   return 127;

@@ -25,10 +25,10 @@ namespace fs = std::filesystem;
 namespace paths = frame::paths;
 
 // These do all they do to files, network and host name of the copy. The start script is among them:
-// what it calls is behind recorders as well.
-constexpr const char* kInside[] = {paths::kIp,    paths::kIfconfig, paths::kRoute,
-                                   paths::kMkdir, paths::kSed,      paths::kIpcalc,
-                                   paths::kCp,    paths::kMv,       paths::kNetworkScript};
+// what it calls is behind recorders as well. Of the DHCP server only its check of settings runs.
+constexpr const char* kInside[] = {
+    paths::kIp,     paths::kIfconfig, paths::kRoute, paths::kMkdir,         paths::kSed,
+    paths::kIpcalc, paths::kCp,       paths::kMv,    paths::kNetworkScript, paths::kDhcpServer};
 // These reach out of it: they talk to services, partners and plugins.
 constexpr const char* kAnswered[] = {
     paths::kFirewall,    paths::kTrafficControl, paths::kStart,      paths::kStop,

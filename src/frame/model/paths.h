@@ -108,6 +108,7 @@ inline constexpr char kArping[] = "/sbin/arping";
 inline constexpr char kMkdir[] = "/bin/mkdir";
 inline constexpr char kSed[] = "/bin/sed";
 inline constexpr char kNetworkScript[] = "/etc/rc.network";
+inline constexpr char kDhcpServer[] = "/usr/sbin/dnsmasq";
 inline constexpr char kIpcalc[] = "/bin/ipcalc";
 inline constexpr char kDhclient[] = "/usr/sbin/dhclient";
 inline constexpr char kPppoeStart[] = "/usr/sbin/pppoe-start";
