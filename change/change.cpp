@@ -11,6 +11,7 @@
 #include "document/section.h"
 #include "record/generation.h"
 #include "rehearsal/rehearsal.h"
+#include "steps/calls.h"
 #include "steps/engine.h"
 #include "steps/history.h"
 #include "steps/pending.h"
@@ -147,7 +148,10 @@ std::optional<Options> OptionsOf(const char* text, std::string* problem, bool pr
   }
   // A plan is its own document, which is judged when it is used.
   const Json plan = Member(*json, "plan");
-  if (json->is_object()) json->erase("plan");
+  const Json calls = Member(*json, "calls");
+  for (const char* name : {"plan", "calls"}) {
+    if (json->is_object()) json->erase(name);
+  }
   const auto faults = FaultsOf(*json, OptionsShape());
   if (!faults.empty() || !json->is_object()) {
     *problem =
@@ -160,6 +164,9 @@ std::optional<Options> OptionsOf(const char* text, std::string* problem, bool pr
   options.keep = json->value("keep", false);
   options.probe = json->value("probe", probes);
   options.plan = plan;
+  options.calls = calls;
+  if (!calls.is_null()) StepsOfCalls(calls, problem);
+  if (!problem->empty()) return std::nullopt;
   options.secrets = json->value("secrets", false);
   if (json->contains("confirm")) options.confirm = json->at("confirm").get<long>();
   options.extend = json->value("extend", options.extend);

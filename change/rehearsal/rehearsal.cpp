@@ -131,12 +131,13 @@ Json Plan(const Json& wish, const Options& options) {
   request["number"] = options.number;
   Json plan{{"plan", 1}, {"options", PlannedOptions(options)}, {"inputs", InputsNow()}};
   if (!wish.is_null()) plan["wish"] = WishWithoutSecrets(wish);
+  if (!options.calls.is_null()) plan["calls"] = options.calls;
   Json inputsAfter = plan["inputs"];
-  plan.update(
-      Rehearsed({{"wish", wish}, {"options", request}}, [&] { inputsAfter = InputsNow(); }));
+  plan.update(Rehearsed({{"wish", wish}, {"options", request}, {"calls", options.calls}},
+                        [&] { inputsAfter = InputsNow(); }));
   plan.erase("refusal");
-  if (plan["result"] == ZARNNETCHANGE_REFUSED || !Member(plan, "steps").empty())
-    plan["record"] = store::kFolder;
+  const bool tried = plan["result"] == ZARNNETCHANGE_REFUSED || !Member(plan, "steps").empty();
+  if (tried && options.calls.is_null()) plan["record"] = store::kFolder;
   // Whatever changed while it was rehearsed would make another plan.
   if (plan["inputs"] != inputsAfter)
     plan.update(Failed("the machine's network changed while the change was rehearsed: try again"));

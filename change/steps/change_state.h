@@ -29,7 +29,8 @@ struct Options {
   std::string program = "a program";
   std::vector<std::string> sections;
   std::vector<Path> restart;
-  Json plan;  // that shall hold still; null for none
+  Json plan;   // that shall hold still; null for none
+  Json calls;  // that are planned in place of a wish; null for none
 };
 
 // A field that is not as wished. A side that cannot show the field has none.

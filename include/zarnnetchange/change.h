@@ -78,7 +78,11 @@ int ZARNNetChangeCheck(const char* szWish, const char* szOptions, char** ppszRep
  * The rehearsal is a program of its own, zarnnet-rehearsal, which is found from the library.
  * @param szWish     the wish; null plans ZARNNetChangeUndo() of the change "number" of the options, the last without it, which
  *                   root alone may
- * @param szOptions  as for ZARNNetChangeApply(); the network is asked for addresses only when "probe" is true
+ * @param szOptions  as for ZARNNetChangeApply(); the network is asked for addresses only when "probe" is true. Without a
+ *                   wish also "calls": plans these calls of libzarnnetsdk, which no document can wish, each a list of
+ *                   texts, the function and its arguments: [["ZARNNetFlushIP", "-4", "eth0"]]; ZARNNetDNSUpdate,
+ *                   ZARNNetFlushIP, ZARNNetIPv6IPAction, ZARNNetIpv6Init, ZARNNetRenameEth,
+ *                   ZARNNetClearPPPoERelayConfigAll, NetRoutetableHandler and NetRoutetableCheck
  * @param ppszPlan   receives the report of ZARNNetChangeApply(), as the change would end ("state" of a step as rehearsed),
  *                   and:
  *                   "wish", "options", "inputs": what the plan was made of; the inputs as hashes. No secret is in it;

@@ -4,6 +4,7 @@
 
 #include "commands.h"
 #include "list.h"
+#include "plan.h"
 #include "query.h"
 #include "wish.h"
 
@@ -52,9 +53,10 @@ void SetMode(Context& context, const std::string& mode) {
   MakeChange(context, {{"dns", {{"mode", mode}}}});
 }
 
-void Update(const Context& context) {
+void Update(Context& context) {
   const std::string what = "cannot rebuild the resolver's file";
-  RequireRoot(what);
+  RequireRootToAct(context, what);
+  if (context.change.plan) return ShowPlan(context, {{"ZARNNetDNSUpdate"}});
   ForgetErrors();
   if (ZARNNetDNSUpdate() < 0) Fail(what);
   if (context.json) PrintJson("dns", StateJson(what));
@@ -79,10 +81,8 @@ void AddDnsCommands(const Group& app, Context& context) {
   auto chosen = std::make_shared<std::string>();
   mode.AddOption("MODE", *chosen, kModes).Required().OneOf({"static", "auto"});
   mode.Run([&context, chosen] { SetMode(context, *chosen); });
-  const Verb update =
-      AddVerb(group, context, "update", "Rebuilds the resolver's file from the servers in use",
-              "  zarnnetctl dns update");
-  update.Run([&context] { Update(context); });
+  AddAct(group, context, "update", "Rebuilds the resolver's file from the servers in use",
+         "  zarnnetctl dns update", Update);
 }
 
 }  // namespace tool

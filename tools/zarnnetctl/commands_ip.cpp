@@ -5,6 +5,7 @@
 
 #include "commands.h"
 #include "network_lock.h"
+#include "plan.h"
 #include "query.h"
 #include "typed_address.h"
 #include "wish.h"
@@ -109,11 +110,20 @@ struct Families {
   bool ipv6 = false;
 };
 
-void Flush(const Context& context, const std::string& ifname, const Families& families) {
+void PlanFlush(Context& context, const std::string& ifname, const Families& families) {
+  std::vector<std::vector<std::string>> calls;
+  if (families.ipv4) calls.push_back({"ZARNNetFlushIP", "-4", ifname});
+  if (families.ipv6 && !ReadIpv6(ifname).empty()) calls.push_back({"ZARNNetFlushIP", "-6", ifname});
+  ShowPlan(context, calls);
+}
+
+void Flush(Context& context, const std::string& ifname, const Families& families) {
   const std::string what = "cannot flush the addresses of " + ifname;
-  RequireRoot(what);
+  RequireRootToAct(context, what);
   RequireInterface(what, ifname);
   const bool both = families.ipv4 == families.ipv6;
+  if (context.change.plan)
+    return PlanFlush(context, ifname, {both || families.ipv4, both || families.ipv6});
   {
     const NetworkLock lock(what);
     if (both || families.ipv4) FlushIpv4(what, ifname);
@@ -148,8 +158,8 @@ void AddSet(const Group& group, Context& context) {
 
 void AddFlush(const Group& group, Context& context) {
   const Verb verb =
-      AddVerb(group, context, "flush", "Removes the addresses from the running system; files stay",
-              "  zarnnetctl ip flush eth0\n  zarnnetctl ip flush eth0 -6");
+      AddAct(group, context, "flush", "Removes the addresses from the running system; files stay",
+             "  zarnnetctl ip flush eth0\n  zarnnetctl ip flush eth0 -6");
   const auto ifname = AddIfname(verb);
   auto families = std::make_shared<Families>();
   verb.AddFlag("-4", families->ipv4, "IPv4 alone (default: both)");

@@ -10,6 +10,7 @@
 #include "commands.h"
 #include "kernel_routes.h"
 #include "network_lock.h"
+#include "plan.h"
 #include "query.h"
 #include "typed_address.h"
 #include "wish.h"
@@ -158,15 +159,19 @@ void RequireRoute(const std::string& what, Command command, const Wanted& wanted
                 kOtherwise);
 }
 
-void Change(const Context& context, Command command, const Wanted& wanted) {
+void Change(Context& context, Command command, const Wanted& wanted) {
   const std::string what =
       (command == kAdd ? "cannot add to " : "cannot delete from ") + wanted.ifname;
   if (wanted.address.empty() == wanted.gateway.empty())
     throw WrongUsage("ADDRESS", "give ADDRESS/PREFIX or --gateway, one of them");
   const Typed typed = wanted.address.empty() ? Typed{} : TakeApart(what, wanted.address);
   if (!wanted.gateway.empty()) RequireAddress(what, wanted.gateway);
-  RequireRoot(what);
+  RequireRootToAct(context, what);
   RequireInterface(what, wanted.ifname);
+  if (context.change.plan) {
+    return ShowPlan(context, {{"ZARNNetIPv6IPAction", std::to_string(command), wanted.ifname,
+                               typed.address, std::to_string(typed.prefix), wanted.gateway}});
+  }
   {
     const NetworkLock lock(what);
     ForgetErrors();
@@ -183,9 +188,10 @@ void Change(const Context& context, Command command, const Wanted& wanted) {
 
 // ---- ipv6 init
 
-void Init(const Context& context) {
+void Init(Context& context) {
   const std::string what = "cannot set up router advertisements";
-  RequireRoot(what);
+  RequireRootToAct(context, what);
+  if (context.change.plan) return ShowPlan(context, {{"ZARNNetIpv6Init"}});
   ForgetErrors();
   if (ZARNNetIpv6Init() < 0) Fail(what);
   if (context.json) PrintJson("ipv6", Json::object());
@@ -218,12 +224,12 @@ void AddSet(const Group& group, Context& context) {
 void AddChange(const Group& group, Context& context, Command command) {
   const std::string name = command == kAdd ? "add" : "del";
   const Verb verb =
-      AddVerb(group, context, name,
-              command == kAdd
-                  ? "Adds an address or the default route to the running system; no file changes"
-                  : "Deletes an address or the default route from the running system",
-              "  zarnnetctl ipv6 " + name + " eth0 fd00::20/64\n  zarnnetctl ipv6 " + name +
-                  " eth0 --gateway fd00::1");
+      AddAct(group, context, name,
+             command == kAdd
+                 ? "Adds an address or the default route to the running system; no file changes"
+                 : "Deletes an address or the default route from the running system",
+             "  zarnnetctl ipv6 " + name + " eth0 fd00::20/64\n  zarnnetctl ipv6 " + name +
+                 " eth0 --gateway fd00::1");
   auto wanted = std::make_shared<Wanted>();
   verb.AddOption("IFNAME", wanted->ifname, "Name of the interface").Required().Interface();
   verb.AddOption("ADDRESS", wanted->address, "ADDRESS/PREFIX");
@@ -232,10 +238,8 @@ void AddChange(const Group& group, Context& context, Command command) {
 }
 
 void AddInit(const Group& group, Context& context) {
-  const Verb verb = AddVerb(group, context, "init",
-                            "Sets router advertisements of every interface as its file asks",
-                            "  zarnnetctl ipv6 init");
-  verb.Run([&context] { Init(context); });
+  AddAct(group, context, "init", "Sets router advertisements of every interface as its file asks",
+         "  zarnnetctl ipv6 init", Init);
 }
 
 }  // namespace

@@ -226,12 +226,13 @@ void AddCard(const Group& app, Context& context) {
 
 // ---- rename
 
-void Rename(const Context& context, const std::string& ifname, const std::string& newName) {
+void Rename(Context& context, const std::string& ifname, const std::string& newName) {
   const std::string what = "cannot rename " + ifname;
   if (newName.empty() || newName.size() > 15 || newName.find_first_of("/%:. ") != newName.npos)
     throw WrongUsage("NEWNAME", "give 1 to 15 characters, none of / % : . and no blank");
-  RequireRoot(what);
+  RequireRootToAct(context, what);
   RequireInterface(what, ifname);
+  if (context.change.plan) return ShowPlan(context, {{"ZARNNetRenameEth", ifname, newName}});
   ForgetErrors();
   if (ZARNNetRenameEth(ifname.c_str(), newName.c_str()) < 0) Fail(what);
   if (!KernelHas(newName))
@@ -241,8 +242,8 @@ void Rename(const Context& context, const std::string& ifname, const std::string
 
 void AddRename(const Group& app, Context& context) {
   const Verb verb =
-      AddVerb(app, context, "rename", "Gives a port another name, now and for the next boot",
-              "  zarnnetctl rename eth3 lan3");
+      AddAct(app, context, "rename", "Gives a port another name, now and for the next boot",
+             "  zarnnetctl rename eth3 lan3");
   const auto ifname = AddIfname(verb);
   auto newName = std::make_shared<std::string>();
   verb.AddOption("NEWNAME", *newName, "At most 15 characters, none of / % : .").Required();

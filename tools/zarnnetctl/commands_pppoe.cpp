@@ -10,6 +10,7 @@
 #include <zarncore/zarncore.h>
 
 #include "commands.h"
+#include "plan.h"
 #include "query.h"
 #include "secret.h"
 #include "wish.h"
@@ -182,9 +183,10 @@ void RelaySet(Context& context, const WantedRelay& wanted) {
   MakeChange(context, wish);
 }
 
-void RelayClear(const Context& context) {
+void RelayClear(Context& context) {
   const std::string what = "cannot clear the PPPoE relays";
-  RequireRoot(what);
+  RequireRootToAct(context, what);
+  if (context.change.plan) return ShowPlan(context, {{"ZARNNetClearPPPoERelayConfigAll"}});
   ForgetErrors();
   if (ZARNNetClearPPPoERelayConfigAll() < 0) Fail(what);
   if (context.json) PrintJson("pppoe_relays", Json::array());
@@ -248,9 +250,8 @@ void AddRelay(const Group& app, Context& context) {
             "  zarnnetctl pppoe-relay apply")
       .Run([&context] { MakeChange(context, {}, {"/pppoe_relay"}); });
 
-  AddVerb(group, context, "clear", "Deletes the settings of all relays; those that run stay",
-          "  zarnnetctl pppoe-relay clear")
-      .Run([&context] { RelayClear(context); });
+  AddAct(group, context, "clear", "Deletes the settings of all relays; those that run stay",
+         "  zarnnetctl pppoe-relay clear", RelayClear);
 }
 
 }  // namespace

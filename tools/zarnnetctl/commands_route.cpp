@@ -5,6 +5,7 @@
 
 #include "commands.h"
 #include "kernel_routes.h"
+#include "plan.h"
 #include "query.h"
 #include "wish.h"
 
@@ -83,20 +84,23 @@ void RequireEffect(const std::string& what, const std::string& ifname, unsigned 
                 kOtherwise);
 }
 
-void EditRoute(const Context& context, const std::string& ifname, unsigned op) {
+void EditRoute(Context& context, const std::string& ifname, unsigned op) {
   const std::string what = std::string("cannot ") + (op == kInstall ? "add" : "delete") +
                            " the subnet route of " + ifname;
-  RequireRoot(what);
+  RequireRootToAct(context, what);
   RequireInterface(what, ifname);
+  if (context.change.plan)
+    return ShowPlan(context, {{"NetRoutetableHandler", std::to_string(op), ifname}});
   ForgetErrors();
   if (NetRoutetableHandler(op, ifname.c_str()) < 0) Fail(what);
   RequireEffect(what, ifname, op);
   if (context.json) PrintJson("route", {{"name", ifname}});
 }
 
-void CheckRoutes(const Context& context) {
+void CheckRoutes(Context& context) {
   const std::string what = "cannot check the subnet routes";
-  RequireRoot(what);
+  RequireRootToAct(context, what);
+  if (context.change.plan) return ShowPlan(context, {{"NetRoutetableCheck"}});
   ForgetErrors();
   if (NetRoutetableCheck() < 0) Fail(what);
   if (context.json) PrintJson("route", Json::object());
@@ -104,17 +108,16 @@ void CheckRoutes(const Context& context) {
 
 void AddRoute(const Group& app, Context& context) {
   const Group group = AddGroup(app, "route", "Puts the routes to the appliance's subnets right");
-  const Verb check = AddVerb(group, context, "check",
-                             "Removes the subnet routes of interfaces that are up without carrier",
-                             "  zarnnetctl route check");
-  check.Run([&context] { CheckRoutes(context); });
+  AddAct(group, context, "check",
+         "Removes the subnet routes of interfaces that are up without carrier",
+         "  zarnnetctl route check", CheckRoutes);
   const Verb add =
-      AddVerb(group, context, "add", "Routes the subnet of a fixed address through its interface",
-              "  zarnnetctl route add eth0");
+      AddAct(group, context, "add", "Routes the subnet of a fixed address through its interface",
+             "  zarnnetctl route add eth0");
   const auto added = AddIfname(add);
   add.Run([&context, added] { EditRoute(context, *added, kInstall); });
-  const Verb del = AddVerb(group, context, "del", "Removes the route to an interface's subnet",
-                           "  zarnnetctl route del eth0");
+  const Verb del = AddAct(group, context, "del", "Removes the route to an interface's subnet",
+                          "  zarnnetctl route del eth0");
   const auto deleted = AddIfname(del);
   del.Run([&context, deleted] { EditRoute(context, *deleted, kRemove); });
 }

@@ -122,4 +122,9 @@ void ShowPlan(Context& context, const char* wish, const std::string& options) {
   }
 }
 
+void ShowPlan(Context& context, const std::vector<std::vector<std::string>>& calls) {
+  ShowPlan(context, nullptr,
+           Json{{"calls", calls}}.dump(-1, ' ', false, Json::error_handler_t::replace));
+}
+
 }  // namespace tool

@@ -42,6 +42,10 @@ void RequireRoot(const std::string& what) {
   if (::geteuid() != 0) throw Failure(what, std::nullopt, "only root may do this", kNotAllowed);
 }
 
+void RequireRootToAct(const Context& context, const std::string& what) {
+  if (!context.change.plan) RequireRoot(what);
+}
+
 // The kernel finds an interface by an alias ("eth0:1") and by an alternative name too; under such a
 // name it would get a second file.
 bool KernelHas(const std::string& ifname) {

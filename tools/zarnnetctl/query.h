@@ -29,6 +29,8 @@ struct Configuration {
 // ---- which interfaces there are
 
 void RequireRoot(const std::string& what);
+// The same for what acts; a plan of it is anybody's.
+void RequireRootToAct(const Context& context, const std::string& what);
 bool KernelHas(const std::string& ifname);
 bool HasFile(const std::string& ifname);
 // Throws unless the text is the IPv4 address of a host.

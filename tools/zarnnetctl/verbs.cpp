@@ -98,6 +98,20 @@ Verb AddVerb(const Group& group, Context& context, const std::string& name,
   return Verb(verb);
 }
 
+constexpr char kPlanWords[] = "Show exactly what would happen, and change nothing";
+
+Verb AddAct(const Group& group, Context& context, const std::string& name,
+            const std::string& description, const std::string& examples) {
+  const Verb verb = AddVerb(group, context, name, description, examples);
+  verb.AddFlag("--plan", context.change.plan, kPlanWords);
+  return verb;
+}
+
+void AddAct(const Group& group, Context& context, const std::string& name,
+            const std::string& description, const std::string& examples, void (*run)(Context&)) {
+  AddAct(group, context, name, description, examples).Run([&context, run] { run(context); });
+}
+
 Verb AddChange(const Group& group, Context& context, const std::string& name,
                const std::string& description, const std::string& examples, Planning planning) {
   constexpr int kMostSeconds = 3600;
@@ -113,8 +127,7 @@ Verb AddChange(const Group& group, Context& context, const std::string& name,
   verb->add_option("--confirm", change.confirm,
                    "Seconds in which to confirm it, 0 for those of the settings; else it goes back")
       ->check(CLI::Range(0, kMostConfirm));
-  if (planning == Planning::kFlag)
-    verb->add_flag("--plan", change.plan, "Show exactly what would happen, and change nothing");
+  if (planning == Planning::kFlag) verb->add_flag("--plan", change.plan, kPlanWords);
   verb->add_flag("-q,--quiet", context.quiet, "Say nothing of what went well");
   verb->add_flag("-v,--verbose", context.verbose, "Show the steps, with their files and programs");
   verb->option_defaults()->group("Options");

@@ -93,6 +93,12 @@ Verb AddChange(const Group& group, Context& context, const std::string& name,
                const std::string& description, const std::string& examples,
                Planning planning = Planning::kFlag);
 
+// A verb that acts at once, and is no change that can be undone. It can be planned.
+Verb AddAct(const Group& group, Context& context, const std::string& name,
+            const std::string& description, const std::string& examples);
+void AddAct(const Group& group, Context& context, const std::string& name,
+            const std::string& description, const std::string& examples, void (*run)(Context&));
+
 // Adds an operand that must be given; its value is there when the verb runs.
 std::shared_ptr<std::string> AddOperand(const Verb& verb, const std::string& name,
                                         const std::string& description);

@@ -14,6 +14,7 @@
 #include "program/journal.h"
 #include "program/private_copy.h"
 #include "rules/rule.h"
+#include "steps/calls.h"
 #include "steps/engine.h"
 #include "steps/journal.h"
 #include "steps/undo.h"
@@ -98,6 +99,13 @@ Json PlanOf(const change::Report& report, const std::optional<Copy>& copy) {
   return plan;
 }
 
+// A call may succeed and leave everything as it is.
+void NoteNothing(Json* plan) {
+  const bool done = (*plan)["result"] == ZARNNETCHANGE_DONE;
+  if (done && (*plan)["files"].empty() && (*plan)["kernel"].empty())
+    (*plan)["reason"] = "nothing would be different";
+}
+
 }  // namespace
 
 namespace {
@@ -123,8 +131,10 @@ void RehearseAndAnswer() {
     return copy.has_value();
   };
   const Json& wish = change::Member(request, "wish");
-  change::Report report = wish.is_null() ? change::RehearseUndo(options, enter)
-                                         : change::Rehearse(wish, options, enter);
+  const Json& calls = change::Member(request, "calls");
+  change::Report report = !calls.is_null() ? change::RehearseCalls(calls, enter)
+                          : wish.is_null() ? change::RehearseUndo(options, enter)
+                                           : change::Rehearse(wish, options, enter);
   const std::string refusal = wish.is_null() ? std::string() : rehearsal::ServersRefusal();
   if (!refusal.empty()) {  // the change itself would end before its first step
     report = RefusedByServer(refusal);
@@ -132,6 +142,7 @@ void RehearseAndAnswer() {
   }
   Json plan = PlanOf(report, copy);
   change::Put(&plan, "refusal", refusal);
+  if (!calls.is_null()) NoteNothing(&plan);
   const std::chrono::duration<double> past = std::chrono::steady_clock::now() - begin;
   plan["seconds"] = past.count();
   Answer(plan);
