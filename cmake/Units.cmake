@@ -29,6 +29,10 @@ function(zarnnet_units folder)
     set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
   endforeach()
 endfunction()
-zarnnet_units(${PROJECT_SOURCE_DIR})
+if(ZARNNET_UNITS STREQUAL "change") # the fuzz targets: the library itself is compiled source by source there
+  zarnnet_units(${PROJECT_SOURCE_DIR}/change)
+else()
+  zarnnet_units(${PROJECT_SOURCE_DIR})
+endif()
 # A class over one of an anonymous namespace is suspicious in a header, for which g++ takes the unit's sources.
 target_compile_options(zarnnet_build_flags INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
