@@ -25,7 +25,8 @@ class Interruptions {
     constexpr int kRoom = 4 << 20;
     ::setsockopt(::mnl_socket_get_fd(socket_), SOL_SOCKET, SO_RCVBUFFORCE, &kRoom, sizeof kRoom);
     EXPECT_EQ(0, ::mnl_socket_bind(socket_, RTMGRP_LINK, MNL_SOCKET_AUTOPID));
-    for (const auto& [ifname, link] : State(R"({"view":"live"})")["interfaces"].items())
+    const auto state = State(R"({"view":"live"})");
+    for (const auto& [ifname, link] : state["interfaces"].items())
       up_[ifname] = link["up"];
   }
   ~Interruptions() { ::mnl_socket_close(socket_); }
