@@ -164,8 +164,7 @@ std::vector<std::string> DifferencesOf(const Kernel& before, const Kernel& now) 
 bool AddAddress(const KernelAddress& address, const KernelLink& link) {
   Netlink netlink;
   std::string message = address.message;
-  auto* const base =
-      static_cast<ifaddrmsg*>(::mnl_nlmsg_get_payload(reinterpret_cast<nlmsghdr*>(message.data())));
+  auto* const base = static_cast<ifaddrmsg*>(::mnl_nlmsg_get_payload(HeaderOf(&message)));
   base->ifa_index = static_cast<unsigned>(link.index);
   return netlink.Tell(message, RTM_NEWADDR, NLM_F_CREATE | NLM_F_REPLACE);
 }
@@ -175,8 +174,8 @@ bool AddRoute(const KernelRoute& route, const Kernel& now) {
   if (link == nullptr) return false;
   std::string message = route.message;
   // The kernel takes no route that says of itself that its link has no carrier.
-  static_cast<rtmsg*>(::mnl_nlmsg_get_payload(reinterpret_cast<nlmsghdr*>(message.data())))
-      ->rtm_flags &= ~static_cast<unsigned>(RTNH_F_DEAD | RTNH_F_LINKDOWN);
+  static_cast<rtmsg*>(::mnl_nlmsg_get_payload(HeaderOf(&message)))->rtm_flags &=
+      ~static_cast<unsigned>(RTNH_F_DEAD | RTNH_F_LINKDOWN);
   // A link that was made anew has a new number.
   const auto renumber = [](const nlattr* attribute, void* index) {
     if (::mnl_attr_get_type(attribute) == RTA_OIF)
@@ -184,8 +183,7 @@ bool AddRoute(const KernelRoute& route, const Kernel& now) {
     return MNL_CB_OK;
   };
   int index = link->index;
-  ::mnl_attr_parse(reinterpret_cast<const nlmsghdr*>(message.data()), sizeof(rtmsg), renumber,
-                   &index);
+  ::mnl_attr_parse(HeaderOf(&message), sizeof(rtmsg), renumber, &index);
   Netlink netlink;
   return netlink.Tell(message, RTM_NEWROUTE, NLM_F_CREATE);
 }

@@ -13,6 +13,11 @@ namespace change {
 // Room for any message that is sent.
 inline constexpr std::size_t kMessageSize = 8192;
 
+// Of a message that is kept as a text, whose bytes are aligned for its numbers.
+inline nlmsghdr* HeaderOf(std::string* message) {
+  return static_cast<nlmsghdr*>(static_cast<void*>(message->data()));
+}
+
 class Netlink {
  public:
   Netlink() : socket_(::mnl_socket_open2(NETLINK_ROUTE, SOCK_CLOEXEC)) {
@@ -36,7 +41,7 @@ class Netlink {
 
   // Sends a message and waits for the kernel's answer. False for a refusal.
   bool Tell(std::string message, int type, int flags) {
-    auto* const header = reinterpret_cast<nlmsghdr*>(message.data());
+    nlmsghdr* const header = HeaderOf(&message);
     header->nlmsg_type = static_cast<std::uint16_t>(type);
     header->nlmsg_flags = static_cast<std::uint16_t>(NLM_F_REQUEST | NLM_F_ACK | flags);
     return Exchange(header, [](const nlmsghdr*) {});
