@@ -84,7 +84,7 @@ class Generator {
     const std::string parent = onBond ? "bond0" : TakePort();
     const std::string name = parent + "." + std::to_string(2 + Below(4000));
     machine_["vlans"][name] = Json::object();
-    machine_["interfaces"].erase(parent);
+    if (machine_.contains("interfaces")) machine_["interfaces"].erase(parent);
     served_.clear();
     AddInterface(name);
   }
