@@ -50,7 +50,8 @@ class PluginEvents {
     ssize_t size = 0;
     while ((size = ::read(descriptor_, buffer.data(), buffer.size())) > 0) {
       for (const char* at = buffer.data(); at < buffer.data() + size;) {
-        const auto& event = *reinterpret_cast<const inotify_event*>(at);
+        const void* const place = at;  // the kernel aligns what follows a name
+        const auto& event = *static_cast<const inotify_event*>(place);
         // The folder itself, and none of its plugins.
         if ((event.mask & IN_ISDIR) != 0 && event.len == 0) AddEvent(event.wd, &events);
         at += sizeof event + event.len;

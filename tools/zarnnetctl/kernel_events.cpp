@@ -110,7 +110,7 @@ Json EventOf(const nlmsghdr& message) {
 
 void TakeFrom(const char* buffer, std::size_t size, std::vector<Json>* events) {
   int left = static_cast<int>(size);
-  const auto* message = reinterpret_cast<const nlmsghdr*>(buffer);
+  const auto* message = static_cast<const nlmsghdr*>(static_cast<const void*>(buffer));
   for (; ::mnl_nlmsg_ok(message, left); message = ::mnl_nlmsg_next(message, &left)) {
     Json event = EventOf(*message);
     if (!event.is_null()) events->push_back(std::move(event));
