@@ -16,7 +16,7 @@ constexpr std::int64_t kSecond = 1'000'000'000;
 std::atomic<int> speed{1};
 std::atomic<std::int64_t> since{0};  // when the clock got its speed
 std::atomic<std::int64_t> ahead{0};  // how far it was ahead then; it never goes back
-std::atomic<long> wallAhead{0};
+std::atomic<std::int64_t> wallAhead{0};
 
 // The kernel's own two numbers, whatever timespec is.
 int RealTime(clockid_t clock, std::int64_t* time) {
@@ -36,7 +36,7 @@ void test::RunClockFaster(int factor) {
   speed = factor;
 }
 
-void test::SetWallClock(long ahead) {
+void test::SetWallClock(std::int64_t ahead) {
   wallAhead = ahead;
 }
 
