@@ -35,7 +35,7 @@ void WithLoopback(const Call& call, const Descriptor& socket, int family, int po
 
 Descriptor Bound(int family, int type, int port) {
   Descriptor socket(::socket(family, type | SOCK_CLOEXEC, 0));
-  WithLoopback(::bind, socket, family, port);
+  WithLoopback(&::bind, socket, family, port);
   return socket;
 }
 
@@ -63,7 +63,7 @@ TEST(Ports, AreThoseThatNoServerCouldTake) {
   const Descriptor name = Bound(AF_INET, SOCK_DGRAM, 53);
   const Descriptor v6Name = Bound(AF_INET6, SOCK_DGRAM, 5353);
   Descriptor client = Bound(AF_INET, SOCK_STREAM, 50000);
-  WithLoopback(::connect, client, AF_INET, 8080);
+  WithLoopback(&::connect, client, AF_INET, 8080);
   const Descriptor server(::accept4(web.Get(), nullptr, nullptr, SOCK_CLOEXEC));
   EXPECT_EQ((std::vector<int>{443, 8080, 50000}), Used("TCP")) << ReadFile("/proc/net/tcp6");
   EXPECT_EQ((std::vector<int>{53, 5353}), Used("udp"));
