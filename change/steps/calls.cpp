@@ -2,6 +2,7 @@
 #include "steps/calls.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 #include <zarnnetsdk/zarnnetsdk.h>
 
@@ -32,7 +33,8 @@ const Call kCalls[] = {
      [](const Texts&) { return ZARNNetDNSUpdate(); }},
     {"ZARNNetFlushIP", 2,
      [](const Texts& texts) {
-       return "flush the IPv" + texts[0].substr(texts[0].size() - 1) + " addresses of " + texts[1];
+       return "flush the IPv" + std::string(texts[0] == "-6" ? "6" : "4") + " addresses of " +
+              texts[1];
      },
      [](const Texts& texts) { return ZARNNetFlushIP(texts[0].c_str(), texts[1].c_str()); }},
     {"ZARNNetIPv6IPAction", 5,

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <optional>
 #include <unistd.h>
 #include <utility>
 
@@ -143,6 +144,13 @@ void NotePlanned(const Change& change, Report* report) {
 }
 
 // ---- acting
+
+// The machine as the copy begins; none when there is no copy.
+std::optional<Generation> KeptBeforeEntering(const EnterCopy& enter, std::string* problem) {
+  auto generation = KeepGeneration(problem);
+  if (generation && !enter(*generation, problem)) generation.reset();
+  return generation;
+}
 
 const Progress kUntold = [](std::size_t, std::size_t, const std::string&, double) {};
 
@@ -415,17 +423,15 @@ Report Rehearse(const Json& wish, const Options& options, const EnterCopy& enter
   if (report.steps.empty()) return End(report, ZARNNETCHANGE_DONE, DoneReason(report));
   if (!options.below.empty()) return RehearseSteps(std::move(report), enter);
   std::string problem;
-  const auto generation = KeepGeneration(&problem);
-  if (!generation || !enter(*generation, &problem))
-    return End(report, ZARNNETCHANGE_FAILED, problem);
+  const auto generation = KeptBeforeEntering(enter, &problem);
+  if (!generation) return End(report, ZARNNETCHANGE_FAILED, problem);
   return ActAndCompare(&change, *generation, std::move(report), kUntold);
 }
 
 Report RehearseSteps(Report report, const EnterCopy& enter) {
   std::string problem;
-  const auto generation = KeepGeneration(&problem);
-  if (!generation || !enter(*generation, &problem))
-    return End(report, ZARNNETCHANGE_FAILED, problem);
+  const auto generation = KeptBeforeEntering(enter, &problem);
+  if (!generation) return End(report, ZARNNETCHANGE_FAILED, problem);
   if (!TakeAll(&report, kUntold)) return End(report, ZARNNETCHANGE_FAILED, FailureOf(report));
   return End(report, ZARNNETCHANGE_DONE, "done");
 }
