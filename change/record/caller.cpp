@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "frame/model/paths.h"
+#include "record/process.h"
 
 namespace change {
 namespace {
@@ -77,24 +78,6 @@ std::vector<Socket> EstablishedSockets() {
   return sockets;
 }
 
-// This process and its ancestors.
-std::vector<std::string> Line() {
-  constexpr std::size_t kDeepest = 64;
-  std::vector<std::string> pids{std::to_string(::getpid())};
-  while (pids.size() < kDeepest) {
-    std::ifstream file("/proc/" + pids.back() + "/stat");
-    std::string text;
-    std::getline(file, text);
-    const std::size_t name = text.rfind(')');  // a program's name may hold anything
-    std::istringstream rest(name == std::string::npos ? "" : text.substr(name + 1));
-    std::string state;
-    std::string parent;
-    if (!(rest >> state >> parent) || parent == "0") break;
-    pids.push_back(parent);
-  }
-  return pids;
-}
-
 std::string VariableOf(const std::string& pid, const std::string& name) {
   if (pid == std::to_string(::getpid())) {
     const char* const value = std::getenv(name.c_str());
@@ -134,7 +117,7 @@ bool IsInputOrOutput(const std::string& pid, const Socket& socket) {
 std::optional<Session> CallersSession() {
   const auto sockets = EstablishedSockets();
   if (sockets.empty()) return std::nullopt;
-  for (const std::string& pid : Line()) {
+  for (const std::string& pid : OwnLine()) {
     const std::string connection = VariableOf(pid, "SSH_CONNECTION");
     const std::string client = VariableOf(pid, "SSH_CLIENT");
     const auto found = std::find_if(sockets.begin(), sockets.end(), [&](const Socket& socket) {
@@ -146,7 +129,7 @@ std::optional<Session> CallersSession() {
 }
 
 std::string CallersConnection() {
-  for (const std::string& pid : Line()) {
+  for (const std::string& pid : OwnLine()) {
     for (const char* name : {"SSH_CONNECTION", "SSH_CLIENT"}) {
       std::string connection = VariableOf(pid, name);
       if (!connection.empty()) return connection;

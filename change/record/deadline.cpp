@@ -12,14 +12,14 @@ namespace {
 constexpr char kBootId[] = "/proc/sys/kernel/random/boot_id";
 constexpr long long kSecond = 1000;
 
-long long Now() {
+}  // namespace
+
+long long MillisecondsOfThisRun() {
   constexpr long kMillisecond = 1000000;
   timespec time{};
   ::clock_gettime(CLOCK_BOOTTIME, &time);
   return time.tv_sec * kSecond + time.tv_nsec / kMillisecond;
 }
-
-}  // namespace
 
 std::string RunOfTheMachine() {
   std::ifstream file(kBootId);
@@ -33,11 +33,12 @@ bool Deadline::IsOfThisRun() const {
 }
 
 long long Deadline::Left() const {
-  return IsOfThisRun() ? std::max(until - Now(), 0LL) : 0;
+  return IsOfThisRun() ? std::max(until - MillisecondsOfThisRun(), 0LL) : 0;
 }
 
 Deadline DeadlineIn(long seconds) {
-  return {RunOfTheMachine(), Now() + seconds * kSecond, seconds, WallTime(seconds)};
+  return {RunOfTheMachine(), MillisecondsOfThisRun() + seconds * kSecond, seconds,
+          WallTime(seconds)};
 }
 
 Deadline Extended(const Deadline& deadline, long seconds) {

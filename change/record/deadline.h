@@ -25,6 +25,9 @@ std::string RunOfTheMachine();
 Deadline DeadlineIn(long seconds);
 Deadline Extended(const Deadline& deadline, long seconds);
 
+// Milliseconds since this run of the machine began, also asleep.
+long long MillisecondsOfThisRun();
+
 // Now, or so many seconds later, as "2026-11-22T05:45:06Z".
 std::string WallTime(long long secondsFromNow = 0);
 

@@ -37,6 +37,15 @@ Json ToJson(const std::map<std::string, FileDigests>& files) {
   return json;
 }
 
+Json ToJson(const Runner& runner) {
+  return {{"group", runner.group}, {"since", runner.since}};
+}
+
+Runner RunnerOf(const Json& json) {
+  if (!json.is_object()) return {};
+  return {json.at("group").get<long>(), json.at("since").get<long long>()};
+}
+
 Record Read(const Json& json) {
   Record record;
   json.at("number").get_to(record.number);
@@ -51,6 +60,7 @@ Record Read(const Json& json) {
   if (json.contains("deadline")) record.deadline = DeadlineOf(json.at("deadline"));
   record.began = TextOf(Member(json, "began"));
   record.boot = TextOf(Member(json, "boot"));
+  record.runner = RunnerOf(Member(json, "runner"));
   record.program = TextOf(Member(json, "program"));
   record.who = Member(json, "who");
   record.from = TextOf(Member(json, "from"));
@@ -71,17 +81,29 @@ const char* WordOf(RecordState state) {
 }
 
 std::string BytesOf(const Record& record) {
-  Json json{{"version", kVersion},           {"number", record.number},
-            {"state", WordOf(record.state)}, {"began", record.began},
-            {"boot", record.boot},           {"seconds", record.seconds},
-            {"program", record.program},     {"who", record.who},
-            {"from", record.from},           {"wish", record.wish},
-            {"options", record.options},     {"undoes", record.undoes},
-            {"steps", record.steps},         {"services", record.services},
-            {"files", ToJson(record.files)}, {"before", record.before},
-            {"after", record.after},         {"result", record.result},
-            {"reason", record.reason},       {"problems", record.problems},
-            {"settled", record.settled},     {"settled_by", record.settledBy}};
+  Json json{{"version", kVersion},
+            {"number", record.number},
+            {"state", WordOf(record.state)},
+            {"began", record.began},
+            {"boot", record.boot},
+            {"seconds", record.seconds},
+            {"program", record.program},
+            {"who", record.who},
+            {"from", record.from},
+            {"wish", record.wish},
+            {"options", record.options},
+            {"undoes", record.undoes},
+            {"steps", record.steps},
+            {"services", record.services},
+            {"files", ToJson(record.files)},
+            {"before", record.before},
+            {"after", record.after},
+            {"result", record.result},
+            {"reason", record.reason},
+            {"problems", record.problems},
+            {"settled", record.settled},
+            {"settled_by", record.settledBy},
+            {"runner", ToJson(record.runner)}};
   if (record.deadline) json["deadline"] = ToJson(*record.deadline);
   return json.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
 }

@@ -9,6 +9,7 @@
 
 #include "json.h"
 #include "record/deadline.h"
+#include "record/process.h"
 
 namespace change {
 
@@ -33,6 +34,7 @@ struct Record {
   RecordState state = RecordState::kOpen;
   std::string began;
   std::string boot;  // the run of the machine in which it began
+  Runner runner;     // who makes it or puts it back, until that is done
   double seconds = 0;
   std::string program;
   Json who;          // "uid", "login", "sudo"

@@ -23,6 +23,7 @@ Record RecordFor(const Change& change, const Report& report) {
   Record record;
   record.began = WallTime();
   record.boot = RunOfTheMachine();
+  record.runner = ThisRunner();
   record.program = change.options.program;
   record.who = CallerAsJson();
   record.from = CallersConnection();
@@ -63,6 +64,7 @@ std::optional<Record> Begin(const Undertaking& undertaking, const Report& report
 void Conclude(const Report& report, const Change& change, Record* record) {
   const bool stands = !report.restored;
   const bool waits = stands && change.options.confirm.has_value();
+  record->runner = {};
   record->result = report.result;
   record->reason = report.reason;
   record->problems = report.problems;

@@ -49,7 +49,18 @@ std::vector<std::string> PutContentsBack(const Record& record, const Stored& bef
   return FileDifferencesFrom(before.generation);
 }
 
-// A process that dies in here leaves the record as it was: the next one does the same again.
+// What a process that died had started goes on, and would undo what is put back; so would what this
+// one starts, if it died in here: then the next does the same again.
+std::vector<std::string> AwaitPrograms(Record* record) {
+  const bool ofThisRun = record->boot == RunOfTheMachine();
+  std::vector<std::string> left;
+  if (ofThisRun) left = AwaitProgramsOf(record->runner);
+  record->runner = ThisRunner();
+  std::string problem;
+  if (ofThisRun) static_cast<void>(store::Write(*record, &problem));
+  return left;
+}
+
 Report PutBackRecord(Record record, const Options& options, RecordState state,
                      const std::string& why) {
   Report report = End({}, ZARNNETCHANGE_DONE, Named(record) + " " + why);
@@ -62,6 +73,8 @@ Report PutBackRecord(Record record, const Options& options, RecordState state,
                    "configuration");
   }
   const SignalsHeldOff signals;
+  const auto running = AwaitPrograms(&record);
+  if (!running.empty()) report.reason += "; " + Joined(running) + " of it still runs";
   std::string problem;
   const auto before = store::ReadBefore(record, &problem);
   NotePutBack(before ? PutContentsBack(record, *before, options.starting)
@@ -74,6 +87,7 @@ Report PutBackRecord(Record record, const Options& options, RecordState state,
   record.problems = report.problems;
   record.settled = WallTime();
   record.settledBy = CallerAsJson();
+  record.runner = {};
   NoteAfter(&record, nullptr);
   // Where this cannot be written it is put back once more, which changes nothing.
   static_cast<void>(store::Write(record, &problem));

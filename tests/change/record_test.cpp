@@ -393,6 +393,25 @@ TEST(Record, AKilledChangeIsPutBack) {
   }
 }
 
+TEST(Record, WhatAKilledChangeHadStartedIsAwaited) {
+  SetUpOddlyOwnedEth0();
+  Shell("sed -i '2i sleep 1' /etc/rc.network; ip link set eth1 up");
+  const auto before = change::KeepGeneration();
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::setpgid(0, 0);
+    ZARNNetChangeApply(kBridge, "{}", nullptr, nullptr, nullptr);
+    ::_exit(0);
+  }
+  for (int i = 0; i < 100 && !Contains(Shell("ps -eo args"), "rc.network"); ++i)
+    Wait(20);
+  ::kill(child, SIGKILL);
+  ::waitpid(child, nullptr, 0);
+  EXPECT_EQ(Recover()["result"], ZARNNETCHANGE_DONE);
+  Wait(1500);
+  AS_BEFORE(*before);
+}
+
 TEST(Record, AStartOfTheMachinePutsBack) {
   SetUpOddlyOwnedEth0();
   WriteFile("/root/boot", "one\n");
