@@ -1,5 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // The name servers.
+#include <fstream>
+#include <sstream>
+#include <unistd.h>
+
 #include <zarnnetsdk/dns_route.h>
 
 #include "document/machine.h"
@@ -29,6 +33,20 @@ std::vector<std::string> ServersOf(int (*reader)(PKOPACSZLIST*)) {
   return reader(servers.Out()) == 0 ? servers.Texts() : std::vector<std::string>();
 }
 
+// The library's reader takes a lock that is root's; another user may read the file.
+std::vector<std::string> ServersInUse() {
+  if (::geteuid() == 0) return ServersOf(ZARNNetDNSListGet);
+  std::vector<std::string> servers;
+  std::ifstream file(frame::paths::kResolv);
+  for (std::string line; std::getline(file, line);) {
+    std::istringstream words(line);
+    std::string word;
+    std::string server;
+    if (words >> word >> server && word == "nameserver") servers.push_back(server);
+  }
+  return servers;
+}
+
 Json Configured(const View& view) {
   const bool fixed = KeyOf(frame::paths::kInfo, kMode, view.unread) == "static";
   Json dns{{"mode", fixed ? "static" : "auto"}};
@@ -40,7 +58,7 @@ Json Configured(const View& view) {
 
 Json Live(const View&, const Json&) {
   Json dns = Json::object();
-  const auto servers = ServersOf(ZARNNetDNSListGet);
+  const auto servers = ServersInUse();
   if (!servers.empty()) dns["servers"] = servers;
   return dns;
 }

@@ -15,6 +15,7 @@ namespace change {
 namespace {
 
 constexpr long long kMilliseconds = 1000;
+constexpr long kFirst = 1;
 using Group = std::map<long, Process>;
 
 long long TickLength() {
@@ -34,13 +35,14 @@ Group ProcessesOf(const Runner& runner) {
   return group;
 }
 
-// One whose nearest ancestor of before the change is none of the group lost who started it: the
-// script that called, and what else that script starts, have theirs.
+// One whose nearest ancestor of before the change is the machine's first process, or none of the
+// group, lost who started it: the script that called, and what else that script starts, have
+// theirs.
 bool IsLeftBehind(Process process, const Runner& runner, const Group& group) {
   const long long since = runner.since - TickLength();  // a start is told in ticks
   while (process.started >= since) {
     const auto parent = group.find(process.parent);
-    if (parent == group.end()) return true;
+    if (process.parent == kFirst || parent == group.end()) return true;
     process = parent->second;
   }
   return false;
@@ -99,7 +101,7 @@ Runner ThisRunner() {
 std::vector<std::string> AwaitProgramsOf(const Runner& runner) {
   constexpr long long kLongest = 60 * kMilliseconds;
   constexpr useconds_t kPause = 20000;
-  if (runner.group == 0) return {};
+  if (runner.since == 0) return {};
   const long long end = MillisecondsOfThisRun() + kLongest;
   std::vector<std::string> programs = ProgramsOf(runner);
   for (; !programs.empty() && MillisecondsOfThisRun() < end; programs = ProgramsOf(runner))

@@ -25,8 +25,8 @@ std::vector<std::string> OwnLine();
 
 // Who runs programs for a change: the programs are of its group and began later.
 struct Runner {
-  long group = 0;       // none: 0
-  long long since = 0;  // milliseconds of this run of the machine
+  long group = 0;       // 0 for one that began outside of this container
+  long long since = 0;  // milliseconds of this run of the machine; 0 for nobody
 };
 
 // This process, from now on.

@@ -393,13 +393,16 @@ TEST(Record, AKilledChangeIsPutBack) {
   }
 }
 
-TEST(Record, WhatAKilledChangeHadStartedIsAwaited) {
+// By a job of a terminal, and by a script that goes on.
+class KilledChange : public ::testing::TestWithParam<bool> {};
+INSTANTIATE_TEST_SUITE_P(Record, KilledChange, ::testing::Bool());
+TEST_P(KilledChange, WhatItHadStartedIsAwaited) {
   SetUpOddlyOwnedEth0();
   Shell("sed -i '2i sleep 1' /etc/rc.network; ip link set eth1 up");
   const auto before = change::KeepGeneration();
   const pid_t child = ::fork();
   if (child == 0) {
-    ::setpgid(0, 0);
+    if (GetParam()) ::setpgid(0, 0);
     ZARNNetChangeApply(kBridge, "{}", nullptr, nullptr, nullptr);
     ::_exit(0);
   }

@@ -4,6 +4,7 @@
 
 #include "commands.h"
 #include "list.h"
+#include "name_servers.h"
 #include "plan.h"
 #include "query.h"
 #include "wish.h"
@@ -21,17 +22,17 @@ std::string Mode() {
   return length > 0 && std::string(mode.data()) == "static" ? "static" : "auto";
 }
 
-std::vector<std::string> Read(const std::string& what, int (*reader)(PKOPACSZLIST*)) {
+std::vector<std::string> ReadFixed(const std::string& what) {
   NameList servers;
   ForgetErrors();
-  if (reader(servers.Out()) < 0) Fail(what);
+  if (ZARNNetStaticDNSListGet(servers.Out()) < 0) Fail(what);
   return servers.Items();
 }
 
 Json StateJson(const std::string& what) {
-  return {{"mode", Mode()},
-          {"servers", Read(what, ZARNNetDNSListGet)},
-          {"fixed", Read(what, ZARNNetStaticDNSListGet)}};
+  const auto servers = NameServersInUse();
+  if (!servers) Fail(what);
+  return {{"mode", Mode()}, {"servers", *servers}, {"fixed", ReadFixed(what)}};
 }
 
 void Get(const Context& context) {

@@ -178,8 +178,7 @@ std::string PrimaryName(const std::string& what) {
   ZARNNETIFADDR config{};
   ForgetErrors();
   if (ZARNNetGetCard1(&config) == 0) return config.szName;
-  const bool locked = KOPACErrGet() == ZARNNETERR_LOCK && ::geteuid() != 0;
-  const std::string seen = locked ? PrimaryAsSeen() : "";
+  const std::string seen = IsRootsLock() ? PrimaryAsSeen() : "";
   if (seen.empty()) Fail(what);
   return seen;
 }

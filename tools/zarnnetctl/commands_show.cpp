@@ -12,6 +12,7 @@
 #include "commands.h"
 #include "interfaces.h"
 #include "list.h"
+#include "name_servers.h"
 #include "query.h"
 #include "waiting.h"
 
@@ -96,11 +97,6 @@ std::string Gateway() {
   return std::string(gateway.data()) + " over " + ifname.data();
 }
 
-std::string NameServers() {
-  NameList servers;
-  return ZARNNetDNSListGet(servers.Out()) < 0 ? "" : Join(servers.Items(), " ");
-}
-
 bool IsYes(const char* file, const char* key) {
   std::array<char, 16> value{};
   return KOPACFileGetKeyValue(file, key, value.data(), value.size(), 0) > 0 &&
@@ -116,10 +112,11 @@ std::string Services() {
 }
 
 void ShowMachine() {
-  PrintTable({{{"host name"}, {HostName()}},
-              {{"gateway"}, {Gateway()}},
-              {{"name servers"}, {NameServers()}},
-              {{"services"}, {Services()}}});
+  PrintTable(
+      {{{"host name"}, {HostName()}},
+       {{"gateway"}, {Gateway()}},
+       {{"name servers"}, {Join(NameServersInUse().value_or(std::vector<std::string>()), " ")}},
+       {{"services"}, {Services()}}});
   std::cout << '\n';
   PrintInterfaces();
 }

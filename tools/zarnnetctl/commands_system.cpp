@@ -58,8 +58,9 @@ void AddMtu(const Group& app, Context& context) {
 Json HostnameJson(const std::string& what) {
   std::array<char, 64> name{};
   ForgetErrors();
-  if (ZARNLnxGetHostname(name.data()) < 0) Fail(what);
-  return {{"hostname", TextOrNull(name.data())}};
+  if (ZARNLnxGetHostname(name.data()) >= 0) return {{"hostname", TextOrNull(name.data())}};
+  if (!IsRootsLock()) Fail(what);
+  return {{"hostname", PartOf(ReadLiveState({"host"}), "/host/name")}};
 }
 
 void GetHostname(const Context& context) {

@@ -28,6 +28,8 @@ struct Configuration {
 
 // ---- which interfaces there are
 
+// The library's last refusal was for a lock that is root's, and this is another user.
+bool IsRootsLock();
 void RequireRoot(const std::string& what);
 // The same for what acts; a plan of it is anybody's.
 void RequireRootToAct(const Context& context, const std::string& what);

@@ -32,7 +32,7 @@ Row FilesAndKernel(const Json& state, const std::string& name, const std::string
 
 // ---- interfaces
 
-State StateOf(const Json& interface) {
+State ShownState(const Json& interface) {
   return tool::StateOf(Words(interface, "/up") == "yes",
                        Words(interface, "/link/carrier") == "yes");
 }
@@ -46,11 +46,11 @@ std::string Ipv4Of(const Json& configured) {
 
 std::string SpeedOf(const Json& interface) {
   const std::string speed = Words(interface, "/link/speed");
-  return StateOf(interface) != State::kUp || speed.empty() ? "" : speed + "\xC2\xA0Mb/s";
+  return ShownState(interface) != State::kUp || speed.empty() ? "" : speed + "\xC2\xA0Mb/s";
 }
 
 Row InterfaceRow(const std::string& name, const Json& live, const Json& configured) {
-  const State state = StateOf(live);
+  const State state = ShownState(live);
   return {{name},
           {Words(live, "/link/kind")},
           {WordOf(state), state == State::kUp ? Tone::kGood : Tone::kBad},
@@ -67,7 +67,7 @@ std::string CountedStates(const Json& interfaces) {
   std::string text;
   for (const State state : {State::kUp, State::kNoLink, State::kDown}) {
     const auto count = std::count_if(interfaces.begin(), interfaces.end(),
-                                     [&](const Json& one) { return StateOf(one) == state; });
+                                     [&](const Json& one) { return ShownState(one) == state; });
     if (count == 0) continue;
     text += (text.empty() ? "" : ", ") + std::to_string(count) + " " + WordOf(state);
   }

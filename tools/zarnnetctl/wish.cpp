@@ -160,6 +160,10 @@ Json ReadState(const std::vector<std::string>& sections) {
   return ReadMachine({{"sections", sections}});
 }
 
+Json ReadLiveState(const std::vector<std::string>& sections) {
+  return ReadMachine({{"sections", sections}, {"view", "live"}});
+}
+
 Json PartOf(const Json& state, const std::string& path) {
   const Json::json_pointer pointer(path);
   return state.contains(pointer) ? state[pointer] : Json();

@@ -27,6 +27,8 @@ Json OptionsOf(const Context& context);
 
 // Sections of the state document, as it is configured; without them all.
 Json ReadState(const std::vector<std::string>& sections);
+// The same of what the kernel has and what runs.
+Json ReadLiveState(const std::vector<std::string>& sections);
 
 // A part of it, null where there is none.
 Json PartOf(const Json& state, const std::string& path);
