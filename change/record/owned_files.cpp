@@ -3,8 +3,11 @@
 #include "record/owned_files.h"
 
 #include <algorithm>
+#include <fcntl.h>
 #include <filesystem>
+#include <set>
 #include <string_view>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -61,7 +64,56 @@ bool AddOwned(const Prefixed& names, std::vector<std::string>* owned) {
   });
 }
 
+// What new content is called until it takes its place: as the library and this one make names.
+bool IsLeftOver(const std::string& path) {
+  constexpr std::string_view kSigns = "XXXXXX";
+  constexpr std::string_view kKept = ".kept-";
+  if (path.size() <= kSigns.size()) return false;
+  std::string_view begin(path.data(), path.size() - kSigns.size());
+  const std::string name = std::filesystem::path(begin).filename();
+  if (begin.ends_with(kKept)) return name.starts_with('.');
+  for (const std::string_view known :
+       {paths::kVlanTemplate, paths::kVlanParentTemplate, paths::kVlanRemovedTemplate}) {
+    if (begin == known.substr(0, known.size() - kSigns.size())) return true;
+  }
+  // The library marks a temporary file of any other name; a moment long it is empty.
+  struct stat status {};
+  if (!begin.ends_with('.') || ::lstat(path.c_str(), &status) != 0) return false;
+  return (status.st_mode & S_ISVTX) != 0 ||
+         (status.st_size == 0 && (status.st_mode & ACCESSPERMS) == (S_IRUSR | S_IWUSR));
+}
+
+void RemoveUnlessInUse(const std::string& path) {
+  struct stat status {};
+  const int fd = ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) return;
+  if (::fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == ::geteuid() &&
+      ::flock(fd, LOCK_EX | LOCK_NB) == 0)
+    ::unlink(path.c_str());
+  ::close(fd);
+}
+
+std::set<std::string> OwnFolders() {
+  std::set<std::string> folders;
+  for (const char* file : kFiles)
+    folders.insert(std::filesystem::path(file).parent_path());
+  for (const Prefixed& names : kNames) {
+    if (std::string_view(names.folder) != kShared)
+      folders.insert(std::filesystem::path(std::string(names.folder) + "/").parent_path());
+  }
+  return folders;
+}
+
 }  // namespace
+
+void RemoveAbandonedFiles() {
+  for (const std::string& folder : OwnFolders()) {
+    static_cast<void>(EachNameIn(folder, [&](const std::string& name) {
+      const std::string path = folder + "/" + name;
+      if (IsLeftOver(path)) RemoveUnlessInUse(path);
+    }));
+  }
+}
 
 std::vector<std::string> OwnedFiles(std::string* problem) {
   std::vector<std::string> owned(std::begin(kFiles), std::end(kFiles));

@@ -7,6 +7,7 @@
 
 #include "record/caller.h"
 #include "record/change_lock.h"
+#include "record/owned_files.h"
 #include "record/store.h"
 #include "record/watch.h"
 #include "steps/journal.h"
@@ -80,6 +81,7 @@ Report PutBackRecord(Record record, const Options& options, RecordState state,
   NotePutBack(before ? PutContentsBack(record, *before, options.starting)
                      : std::vector<std::string>{problem},
               &report);
+  RemoveAbandonedFiles();
   record.state = *report.restored ? state : RecordState::kNotPutBack;
   // What was made is told by what came of the making, what was put back by this.
   record.result = *report.restored ? record.result : report.result;

@@ -410,7 +410,10 @@ TEST_P(KilledChange, WhatItHadStartedIsAwaited) {
     Wait(20);
   ::kill(child, SIGKILL);
   ::waitpid(child, nullptr, 0);
+  const std::string cut = "/etc/sysconfig/network-scripts/VLAN_a8tlxH";
+  WriteFile(cut, "DEVICE=eth0\n");
   EXPECT_EQ(Recover()["result"], ZARNNETCHANGE_DONE);
+  EXPECT_FALSE(std::filesystem::exists(cut));
   Wait(1500);
   AS_BEFORE(*before);
 }
