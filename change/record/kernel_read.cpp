@@ -6,16 +6,15 @@
 #include <cerrno>
 #include <climits>
 #include <cstdio>
-#include <cstring>
 #include <fstream>
 #include <linux/if_link.h>
-#include <linux/if_vlan.h>
 #include <linux/rtnetlink.h>
 #include <net/if.h>
 #include <unistd.h>
 
 #include "frame/model/paths.h"
 #include "record/kernel.h"
+#include "record/link_kind.h"
 #include "record/netlink.h"
 
 namespace change {
@@ -75,30 +74,16 @@ std::string BytesOf(const nlmsghdr* header) {
   return {reinterpret_cast<const char*>(header), header->nlmsg_len};
 }
 
-// The kernel tells a VLAN's flags with a mask of all bits, and takes a mask of those it knows: what
-// is told is made what is taken, those that are set and the one that is set without a word.
-void NameKnownFlags(const nlattr* told, const nlattr* info, std::string* message) {
-  if (told == nullptr || ::mnl_attr_get_payload_len(told) < sizeof(ifla_vlan_flags)) return;
-  ifla_vlan_flags flags{};
-  const auto* const payload = static_cast<const char*>(::mnl_attr_get_payload(told));
-  std::memcpy(&flags, payload, sizeof flags);
-  flags.mask = flags.flags | VLAN_FLAG_REORDER_HDR;
-  const auto at = payload - static_cast<const char*>(::mnl_attr_get_payload(info));
-  std::memcpy(message->data() + at, &flags, sizeof flags);
-}
-
 void ReadKind(const nlattr* info, KernelLink* link) {
-  constexpr std::size_t kVlanAttributes = IFLA_VLAN_FLAGS + 1;
+  constexpr std::size_t kVlanAttributes = IFLA_VLAN_ID + 1;
   const auto nested = NestedIn<IFLA_INFO_SLAVE_DATA + 1>(info);
   link->kind = Text(nested[IFLA_INFO_KIND]);
   if (link->kind == "veth" || link->kind == "dummy") link->kind.clear();
   if (link->kind.empty()) return;
-  link->kindMessage.assign(static_cast<const char*>(::mnl_attr_get_payload(info)),
-                           ::mnl_attr_get_payload_len(info));
+  link->kindMessage = KindToMake(link->kind, nested[IFLA_INFO_DATA]);
   if (link->kind != "vlan") return;
   const auto vlan = NestedIn<kVlanAttributes>(nested[IFLA_INFO_DATA]);
   if (vlan[IFLA_VLAN_ID] != nullptr) link->vlanId = ::mnl_attr_get_u16(vlan[IFLA_VLAN_ID]);
-  NameKnownFlags(vlan[IFLA_VLAN_FLAGS], info, &link->kindMessage);
 }
 
 KernelLink LinkOf(const nlmsghdr* header) {

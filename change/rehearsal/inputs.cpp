@@ -26,7 +26,7 @@ std::string StandInFor(const std::string& path, const WholeFile& file) {
   return DigestOf(rights + (everybodys ? file.bytes : Numbers(path)));
 }
 
-std::string TextOf(const KernelLink& link) {
+std::string SpelledOut(const KernelLink& link) {
   std::string text = link.name + (link.IsUp() ? " up " : " down ") + std::to_string(link.mtu) +
                      " " + link.mac + " " + link.kind + " " + link.master + " " + link.parent;
   for (const KernelAddress& address : link.addresses) {
@@ -73,7 +73,7 @@ Json InputsNow() {
   const Kernel& now = generation->kernel;
   Json kernel{{"host name", DigestOf(now.hostname)}, {"routes", DigestOf(RoutesOf(now))}};
   for (const auto& [name, link] : now.links)
-    kernel["interface " + name] = DigestOf(TextOf(link));
+    kernel["interface " + name] = DigestOf(SpelledOut(link));
   return {{"files", files}, {"kernel", kernel}};
 }
 

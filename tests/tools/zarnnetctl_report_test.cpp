@@ -69,6 +69,7 @@ TEST(Reports, TellInItsPlaceWhatCannotBeRead) {
   Type(R"sh(
 $ setpriv --reuid 65534 --regid 65534 --clear-groups zarnnetctl report --seconds 1 - >/root/page.html; echo $?
 $ python3 /root/read.py | grep Changes
+$ for verb in dns hostname; do setpriv --reuid 65534 --regid 65534 --clear-groups zarnnetctl $verb get; done
 $ zarnnetctl -q hostname set nas; for file in `find /var/lib/zarnnet -type f`; do echo '{' >$file; done
 $ zarnnetctl report --seconds 1 /root/page.html
 $ python3 /root/read.py | grep Changes; python3 /root/read.py unreadable
