@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Measures the library beside hand-written code and the machine's other ways to the same answers,
 // in one run, and holds it to limits.
-//   zarnnet_bench FOLDER [TOPIC...]
-// FOLDER is where key files are written: on a disk, so that syncs cost what they cost. Exit status
-// 1 when a limit is passed, 2 for wrong usage.
+//   zarnnet_bench FOLDER COMMANDLINE [TOPIC...]
+// COMMANDLINE is the zarnnetctl that is measured, FOLDER where key files are written: on a disk, so
+// that syncs cost what they cost. Exit status 1 when a limit is passed, 2 for wrong usage.
 //
 // What is compared takes turns in many short rounds, and the shortest round of each counts: a busy
 // machine slows some rounds of every side, and decides nothing.
@@ -91,10 +91,10 @@ std::string TimeText(double seconds) {
 }
 
 // False when the limit is passed. A limit of 0 is none.
-bool PrintRow(const char* name, double seconds, double ratio, double limit) {
+bool PrintRow(const char* name, double seconds, const char* own, double ratio, double limit) {
   const bool ok = limit == 0 || ratio <= limit;
   std::printf("  %-26s %12s", name, TimeText(seconds).c_str());
-  if (ratio != 0) std::printf("   library takes %5.2f of it", ratio);
+  if (ratio != 0) std::printf("   %s takes %5.2f of it", own, ratio);
   if (limit != 0) std::printf(", at most %.2f: %s", limit, ok ? "ok" : "OVER");
   std::puts("");
   std::fflush(stdout);
@@ -143,7 +143,7 @@ bool Compare(const Comparison& comparison) {
   for (const Way& way : comparison.ways) {
     const double time = shortest.Of(way.name);
     const double ratio = &way == &comparison.ways.front() ? 0 : own / time;
-    ok = PrintRow(way.name, time, ratio, way.limit) && ok;
+    ok = PrintRow(way.name, time, comparison.ways.front().name, ratio, way.limit) && ok;
   }
   return ok;
 }
@@ -455,11 +455,33 @@ bool Addresses() {
                   100});
 }
 
+// ---- the command line
+
+std::string commandLine;
+
+bool Read(const char* verb, const char* object) {
+  return Read(commandLine.c_str(), verb, object);
+}
+
+bool CommandLine() {
+  return CompareAll({{"list the interfaces on a terminal",
+                      {{"if list", [] { return Read("if", "list"); }},
+                       {"ip -br addr", [] { return Read("/sbin/ip", "-br", "addr"); }, 1.50}},
+                      kOneRun,
+                      300},
+                     {"the machine on one screen",
+                      {{"show", [] { return Read("show", nullptr); }},
+                       {"ip -j addr", [] { return Read("/sbin/ip", "-j", "addr"); }, 3.00}},
+                      kOneRun,
+                      300}});
+}
+
 constexpr struct {
   const char* name;
   bool (*judge)();
-} kTopics[] = {{"inventory", Inventory}, {"keys", Keys},   {"edits", Edits},
-               {"programs", Programs},   {"locks", Locks}, {"addresses", Addresses}};
+} kTopics[] = {{"inventory", Inventory},    {"keys", Keys},   {"edits", Edits},
+               {"programs", Programs},      {"locks", Locks}, {"addresses", Addresses},
+               {"commandline", CommandLine}};
 
 bool IsTopic(const std::string& name) {
   return std::any_of(std::begin(kTopics), std::end(kTopics),
@@ -469,13 +491,16 @@ bool IsTopic(const std::string& name) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const std::vector<std::string> wanted(argv + std::min(argc, 2), argv + argc);
-  if (argc < 2 || !std::all_of(wanted.begin(), wanted.end(), IsTopic)) {
-    std::fputs("usage: zarnnet_bench FOLDER [inventory|keys|edits|programs|locks|addresses...]\n",
-               stderr);
+  const std::vector<std::string> wanted(argv + std::min(argc, 3), argv + argc);
+  if (argc < 3 || !std::all_of(wanted.begin(), wanted.end(), IsTopic)) {
+    std::fputs(
+        "usage: zarnnet_bench FOLDER COMMANDLINE "
+        "[inventory|keys|edits|programs|locks|addresses|commandline...]\n",
+        stderr);
     return 2;
   }
   folder = argv[1];
+  commandLine = argv[2];
   char takeTurns[] = "--benchmark_enable_random_interleaving=true";
   char* options[] = {argv[0], takeTurns};
   int count = 2;

@@ -30,6 +30,17 @@ if(NOT ZARNNET_SANITIZE)
   endif()
 endif()
 
+# Most of a short program's time is the loading of libraries, the C++ runtime's above all. What is linked so starts without it.
+add_library(zarnnet_own_runtime INTERFACE)
+set(ZARNNET_STANDALONE OFF)
+if(ZARNNET_STANDALONE_TOOL AND BUILD_SHARED_LIBS AND NOT ZARNNET_SANITIZE AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+  check_linker_flag(CXX -static-libstdc++ ZARNNET_HAS_static_libstdcxx)
+  set(ZARNNET_STANDALONE ${ZARNNET_HAS_static_libstdcxx})
+endif()
+if(ZARNNET_STANDALONE)
+  target_link_options(zarnnet_own_runtime INTERFACE -static-libstdc++ -static-libgcc)
+endif()
+
 # No folder's name in what is built, be it by __FILE__, in debug information or as a path of libraries.
 check_cxx_compiler_flag(-ffile-prefix-map=/a=/b ZARNNET_HAS_file_prefix_map)
 if(ZARNNET_HAS_file_prefix_map)
