@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <libmnl/libmnl.h>
+#include <linux/rtnetlink.h>
 #include <string>
 #include <utility>
 #include <vector>
