@@ -14,6 +14,7 @@
 #include "steps/network_lock.h"
 #include "steps/put_back.h"
 #include "steps/signals.h"
+#include "texts.h"
 
 namespace change {
 namespace {
