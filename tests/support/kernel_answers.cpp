@@ -17,17 +17,18 @@
 namespace test {
 namespace {
 
-int AnswerVlan(vlan_ioctl_args* request) {
+// False for a VLAN that the test has not put there.
+bool AnswerVlan(vlan_ioctl_args* request) {
   const std::string name = request->device1;
   const auto vlan = Kernel().vlanParents.find(name);
   const bool waits = name == Kernel().vlanNeedsFile && !FileExists(IfcfgPath(name));
-  if (vlan == Kernel().vlanParents.end() || waits) return -1;
+  if (vlan == Kernel().vlanParents.end() || waits) return false;
   if (request->cmd == GET_VLAN_VID_CMD) {
     request->u.VID = std::atoi(name.c_str() + name.find('.') + 1);
   } else {
     std::snprintf(request->u.device2, sizeof request->u.device2, "%s", vlan->second.c_str());
   }
-  return 0;
+  return true;
 }
 
 int AnswerDriver(const PoorDriver& driver, void* request) {
@@ -65,7 +66,7 @@ extern "C" int ioctl(int fd, unsigned long command, ...) noexcept {
   va_start(args, command);
   void* const argument = va_arg(args, void*);
   va_end(args);
-  if (command == SIOCGIFVLAN) return test::AnswerVlan(static_cast<vlan_ioctl_args*>(argument));
+  if (command == SIOCGIFVLAN && test::AnswerVlan(static_cast<vlan_ioctl_args*>(argument))) return 0;
   auto* const request = static_cast<ifreq*>(argument);
   if (command == SIOCETHTOOL && test::Kernel().driver) {
     return test::AnswerDriver(*test::Kernel().driver, request->ifr_data);

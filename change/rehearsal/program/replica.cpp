@@ -40,7 +40,9 @@ class NewLink {
         static_cast<ifinfomsg*>(::mnl_nlmsg_put_extra_header(header_, sizeof(ifinfomsg)));
     base->ifi_index = link.index;
     ::mnl_attr_put_strz(header_, IFLA_IFNAME, link.name.c_str());
-    ::mnl_attr_put_u32(header_, IFLA_MTU, static_cast<std::uint32_t>(link.mtu));
+    // A bridge that is made with an MTU takes its ports'; one that is given it afterwards keeps it.
+    if (link.kind != "bridge")
+      ::mnl_attr_put_u32(header_, IFLA_MTU, static_cast<std::uint32_t>(link.mtu));
     if (Mac mac{}; ReadMac(link.mac, &mac))
       ::mnl_attr_put(header_, IFLA_ADDRESS, mac.size(), mac.data());
     if (link.kind == "vlan")
