@@ -64,21 +64,35 @@ bool AddOwned(const Prefixed& names, std::vector<std::string>* owned) {
   });
 }
 
-// What new content is called until it takes its place: as the library and this one make names.
+bool IsOwnName(const std::string& path) {
+  const std::filesystem::path whole(path);
+  const std::string name = whole.filename();
+  return std::find(std::begin(kFiles), std::end(kFiles), path) != std::end(kFiles) ||
+         std::any_of(std::begin(kNames), std::end(kNames), [&](const Prefixed& names) {
+           return std::filesystem::path(names.folder) / name == whole &&
+                  name.starts_with(names.prefix);
+         });
+}
+
+// What new content is called until it takes its place: as the library and this one make names. A
+// word behind a dot is another file's name.
 bool IsLeftOver(const std::string& path) {
   constexpr std::string_view kSigns = "XXXXXX";
   constexpr std::string_view kKept = ".kept-";
   if (path.size() <= kSigns.size()) return false;
-  std::string_view begin(path.data(), path.size() - kSigns.size());
-  const std::string name = std::filesystem::path(begin).filename();
-  if (begin.ends_with(kKept)) return name.starts_with('.');
+  const std::string begin = path.substr(0, path.size() - kSigns.size());
+  if (begin.ends_with(kKept)) return std::filesystem::path(begin).filename().native()[0] == '.';
   for (const std::string_view known :
        {paths::kVlanTemplate, paths::kVlanParentTemplate, paths::kVlanRemovedTemplate}) {
     if (begin == known.substr(0, known.size() - kSigns.size())) return true;
   }
   // The library marks a temporary file of any other name; a moment long it is empty.
   struct stat status {};
-  if (!begin.ends_with('.') || ::lstat(path.c_str(), &status) != 0) return false;
+  const bool word =
+      path.find_first_not_of("abcdefghijklmnopqrstuvwxyz", begin.size()) == std::string::npos;
+  if (!begin.ends_with('.') || word || !IsOwnName(begin.substr(0, begin.size() - 1)) ||
+      ::lstat(path.c_str(), &status) != 0)
+    return false;
   return (status.st_mode & S_ISVTX) != 0 ||
          (status.st_size == 0 && (status.st_mode & ACCESSPERMS) == (S_IRUSR | S_IWUSR));
 }

@@ -412,8 +412,11 @@ TEST_P(KilledChange, WhatItHadStartedIsAwaited) {
   ::waitpid(child, nullptr, 0);
   const std::string cut = "/etc/sysconfig/network-scripts/VLAN_a8tlxH";
   WriteFile(cut, "DEVICE=eth0\n");
+  Shell("umask 077; for name in hosts.Ab3dEf hosts.backup mine.Ab3dEf; do : >/etc/$name; done");
   EXPECT_EQ(Recover()["result"], ZARNNETCHANGE_DONE);
-  EXPECT_FALSE(std::filesystem::exists(cut));
+  EXPECT_FALSE(std::filesystem::exists(cut) || std::filesystem::exists("/etc/hosts.Ab3dEf"));
+  EXPECT_TRUE(std::filesystem::exists("/etc/hosts.backup"));  // somebody else's
+  EXPECT_TRUE(std::filesystem::exists("/etc/mine.Ab3dEf"));
   Wait(1500);
   AS_BEFORE(*before);
 }
