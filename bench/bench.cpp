@@ -211,8 +211,8 @@ bool GrowsWithTheirNumber() {
   const double first = (half - shortest.Of("no record")) / 16;
   const double second = (most - half) / 15;
   std::puts("each further record of the inventory");
-  PrintRow("of the first 16", first, 0, 0);
-  return PrintRow("of the other 15", second, second / first, 1.50);
+  PrintRow("of the first 16", first, "", 0, 0);
+  return PrintRow("of the other 15", second, "library", second / first, 1.50);
 }
 
 bool Inventory() {
@@ -418,8 +418,8 @@ bool Waking() {
     flock = std::min(flock, WakeUp([] { OwnFlock().Take(); }, [] { OwnFlock().Release(); }));
   }
   std::puts("from a release to the waiter's having the lock, median");
-  PrintRow("library", library, 0, 0);
-  return PrintRow("flock", flock, library / flock, 1.50);
+  PrintRow("library", library, "", 0, 0);
+  return PrintRow("flock", flock, "library", library / flock, 1.50);
 }
 
 bool Locks() {
