@@ -52,7 +52,7 @@ struct KernelLink {
   bool carrier = false;
   std::string mac;
   std::string kind;         // "bridge", "bond", "vlan"; empty for a port
-  std::string kindMessage;  // the kernel's own, with the settings of the kind
+  std::string kindMessage;  // what makes another one, with the settings of the kind
   std::string master;       // of a slave or a bridge's port
   std::string parent;       // of a VLAN
   int vlanId = 0;

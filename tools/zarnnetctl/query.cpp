@@ -46,12 +46,12 @@ void RequireRootToAct(const Context& context, const std::string& what) {
   if (!context.change.plan) RequireRoot(what);
 }
 
-// The kernel finds an interface by an alias ("eth0:1") and by an alternative name too; under such a
-// name it would get a second file.
 bool IsRootsLock() {
   return KOPACErrGet() == ZARNNETERR_LOCK && ::geteuid() != 0;
 }
 
+// The kernel finds an interface by an alias ("eth0:1") and by an alternative name too; under such a
+// name it would get a second file.
 bool KernelHas(const std::string& ifname) {
   std::array<char, IF_NAMESIZE> name{};
   const unsigned index = ::if_nametoindex(ifname.c_str());

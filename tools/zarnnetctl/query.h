@@ -26,7 +26,7 @@ struct Configuration {
   Address address;
 };
 
-// ---- which interfaces there are
+// ---- who asks, and which interfaces there are
 
 // The library's last refusal was for a lock that is root's, and this is another user.
 bool IsRootsLock();
