@@ -11,6 +11,7 @@
 #include "frame/model/ovs.h"
 #include "frame/model/paths.h"
 #include "record/programs.h"
+#include "steps/rename_event.h"
 
 namespace change {
 namespace {
@@ -42,8 +43,7 @@ std::string ModeIn(const std::string& options) {
 
 Json Configured(const View& view) {
   Json bonds = Json::object();
-  for (const std::string& name : NamesIn(frame::paths::kIfcfgFolder, "ifcfg-", view.unread)) {
-    if (name.ends_with(frame::model::kSavedSuffix)) continue;
+  for (const std::string& name : ConfiguredInterfaces(view.unread)) {
     const std::string path = frame::paths::Ifcfg(name);
     const std::string mode = ModeIn(KeyOf(path, keys::kBondingOpts, view.unread));
     if (!mode.empty()) bonds[name]["mode"] = mode;
@@ -111,6 +111,16 @@ bool SetBond(const std::string& name, const std::string& mode,
   return ZARNNetLinkAggrSet(&record) == 0;
 }
 
+// The setter would hand the bridge that the bond is part of to a slave.
+bool SetBondOutsideItsBridge(const std::string& name, const std::string& mode,
+                             const std::vector<std::string>& slaves) {
+  const std::string path = frame::paths::Ifcfg(name);
+  const std::string bridge = KeyOf(path, keys::kBridge);
+  if (bridge.empty()) return SetBond(name, mode, slaves);
+  return EditKeys(path, {}, {keys::kBridge}) && SetBond(name, mode, slaves) &&
+         EditKeys(path, {{keys::kBridge, bridge}}, {}) && RunStartScript("start", {name});
+}
+
 bool RemoveBond(const std::string& name) {
   ZARNLINKAGGROPT record{};
   Fill(name, record.szName);
@@ -118,11 +128,26 @@ bool RemoveBond(const std::string& name) {
   return ZARNNetLinkAggrSet(&record) == 0;
 }
 
+// The setter would start the ports that something else is made of: they went down twice.
+bool TakeApart(const std::string& name, const std::vector<std::string>& free) {
+  ZARNLINKAGGROPT record{};
+  if (ZARNNetLinkAggrGet(name.c_str(), &record) != 0) return false;
+  const std::vector<std::string> slaves(record.rgszSlave, record.rgszSlave + record.cSlave);
+  return WhileRenaming({name}, slaves, [&] {
+    std::vector<std::string> all = slaves;
+    all.push_back(name);
+    static_cast<void>(RunStartScript("stop", all));
+    const bool done = ZARNNetLinkAggrConfDel(&record) == 0;
+    return (free.empty() || RunStartScript("start", free)) && done;
+  });
+}
+
 // Slaves of before that are none any more. The setter leaves them down, and gives the first the
 // bond's address as if there were no bond any more.
 struct Leaving {
   std::vector<std::string> free;  // they are part of nothing else
   std::string heir;
+  bool taken = false;  // one of them is part of something else
 };
 
 Leaving LeavingOf(const Change& change, const std::string& name) {
@@ -130,8 +155,12 @@ Leaving LeavingOf(const Change& change, const std::string& name) {
   const auto slaves = TextsOf(At(change.wanted, "bonds" / name / "slaves"));
   Leaving leaving;
   for (const std::string& slave : before) {
-    if (std::find(slaves.begin(), slaves.end(), slave) != slaves.end()) continue;
-    if (!change.BecomesMember(slave)) leaving.free.push_back(slave);
+    if (Has(slaves, slave)) continue;
+    if (change.IsMadeOf(slave)) {
+      leaving.taken = true;
+    } else {
+      leaving.free.push_back(slave);
+    }
     if (slave == before.front()) leaving.heir = slave;
   }
   return leaving;
@@ -150,18 +179,21 @@ void PlanBond(const Change& change, const std::string& name, Steps* steps) {
   if (!change.Concerns(path)) return;
   const std::vector<std::string> touches{frame::paths::Ifcfg(name), frame::paths::kNetworkScript};
   const Json& bond = At(change.wanted, path);
+  const Leaving leaving = LeavingOf(change, name);
   if (!bond.is_object()) {
-    steps->push_back({Phase::kRemoveBond, path, "remove the bond " + name, "ZARNNetLinkAggrSet",
-                      touches, [name] { return RemoveBond(name); }});
+    steps->push_back(
+        {Phase::kRemoveBond, path, "remove the bond " + name,
+         leaving.taken ? "ZARNNetLinkAggrConfDel and the start script" : "ZARNNetLinkAggrSet",
+         touches,
+         [=] { return leaving.taken ? TakeApart(name, leaving.free) : RemoveBond(name); }});
     return;
   }
   const std::string mode = TextOf(bond["mode"]);
   const auto slaves = TextsOf(bond["slaves"]);
-  const Leaving leaving = LeavingOf(change, name);
   steps->push_back({Phase::kMakeBond, path,
                     "make " + name + " of " + Joined(slaves) + " (" + mode + ")",
                     "ZARNNetLinkAggrSet", touches,
-                    [=] { return SetBond(name, mode, slaves) && LetGo(leaving); }});
+                    [=] { return SetBondOutsideItsBridge(name, mode, slaves) && LetGo(leaving); }});
 }
 
 void Plan(const Change& change, Steps* steps) {

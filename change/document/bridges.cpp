@@ -32,8 +32,7 @@ Shape ShapeOf() {
 
 Json Configured(const View& view) {
   Json bridges = Json::object();
-  for (const std::string& name : NamesIn(frame::paths::kIfcfgFolder, "ifcfg-", view.unread)) {
-    if (name.ends_with(frame::model::kSavedSuffix)) continue;
+  for (const std::string& name : ConfiguredInterfaces(view.unread)) {
     const std::string path = Ifcfg(name);
     if (KeyOf(path, keys::kType, view.unread) == "bridge") {
       const bool local = KeyOf(path, keys::kLocalLan, view.unread) == "yes";
@@ -64,7 +63,7 @@ void SettleBridge(const Path& path, Change* change, Findings* findings) {
   if (ports.empty()) return complain("ports", "a bridge needs a port: name it");
   if (!wanted.contains("role")) wanted["role"] = "bridge";
   const std::string primary = TextOf(Member(wanted, "primary"));
-  if (std::find(ports.begin(), ports.end(), primary) != ports.end()) return;
+  if (Has(ports, primary)) return;
   if (!At(change->wish, path / "primary").is_null())
     complain("primary", "the primary port is one of the bridge's ports");
   wanted["primary"] = ports.front();  // the one of before is no port any more
@@ -102,9 +101,11 @@ struct Bridge {
   std::uint32_t type = ZARNBRIDGE_BRIDGE;
   std::string primary;
   Texts ports;
-  Texts leaving;   // ports of before that stand by themselves afterwards
-  Texts taken;     // ports of before that something else has afterwards, or that are gone then
-  Json addresses;  // of the bridge; of a port that leaves, by its name
+  Texts leaving;    // ports of before that stand by themselves afterwards
+  Texts taken;      // ports of before that something else has afterwards, or that are gone then
+  Texts going;      // of these: whose own setter has to find them
+  Texts restarted;  // ports that a VLAN was on, which started them when it went
+  Json addresses;   // of the bridge; of a port that leaves, by its name
 };
 
 // The setters know a fixed address and a lease: who has neither is noted behind them.
@@ -118,9 +119,15 @@ bool Release(const std::string& port, const Json& ipv4) {
   return ZARNNetDisableBridgeSlave(&settings) == 0 && NoteNoAddress(port, ipv4);
 }
 
+// What is not there, or down already, cannot stop.
+void StopAllBut(const Texts& others, Texts ifnames) {
+  std::erase_if(ifnames, [&](const std::string& ifname) { return Has(others, ifname); });
+  if (!ifnames.empty()) static_cast<void>(RunStartScript("stop", ifnames));
+}
+
 // Before anything else is made of them: only who has a port gives it away.
 bool FreeTaken(const Bridge& bridge) {
-  static_cast<void>(RunStartScript("stop", bridge.taken));  // one may be down already
+  StopAllBut(bridge.going, bridge.taken);
   return std::all_of(bridge.taken.begin(), bridge.taken.end(), [&](const std::string& port) {
     return Release(port, Member(bridge.addresses, port));
   });
@@ -142,7 +149,7 @@ bool MakeBridge(const Bridge& bridge) {
   Texts all = bridge.ports;
   all.insert(all.end(), bridge.leaving.begin(), bridge.leaving.end());
   all.push_back(bridge.name);
-  static_cast<void>(RunStartScript("stop", all));  // what is not there cannot stop
+  StopAllBut(bridge.restarted, all);
   return RunStartScript("start", all);
 }
 
@@ -152,12 +159,12 @@ bool RemoveBridge(const Bridge& bridge) {
   ports.insert(ports.end(), bridge.taken.begin(), bridge.taken.end());
   Texts all = ports;
   all.push_back(bridge.name);
-  static_cast<void>(RunStartScript("stop", all));
+  StopAllBut(bridge.going, all);
   for (const std::string& port : ports) {
     const bool heir = port == bridge.primary;
     if (!Release(port, Member(bridge.addresses, heir ? bridge.name : port))) return false;
   }
-  ::unlink((Ifcfg(bridge.name) + frame::model::kSavedSuffix).c_str());
+  ::unlink(SavedIfcfg(bridge.name).c_str());
   if (::unlink(Ifcfg(bridge.name).c_str()) != 0) return false;
   return bridge.leaving.empty() || RunStartScript("start", bridge.leaving);
 }
@@ -186,9 +193,13 @@ Bridge BridgeOf(const Change& change, const std::string& name) {
   if (TextOf(Member(wanted, "role")) == kLocalLan) bridge.type = ZARNBRIDGE_LOCAL_LAN;
   bridge.primary = TextOf(Member(wanted.is_object() ? wanted : before, "primary"));
   for (const std::string& port : TextsOf(Member(before, "ports"))) {
-    if (std::find(bridge.ports.begin(), bridge.ports.end(), port) != bridge.ports.end()) continue;
-    const bool taken = change.BecomesMember(port) || change.Goes(port);
-    (taken ? bridge.taken : bridge.leaving).push_back(port);
+    if (Has(bridge.ports, port)) continue;
+    const bool goes = change.Goes(port);
+    if (goes) bridge.going.push_back(port);
+    (goes || change.IsMadeOf(port) ? bridge.taken : bridge.leaving).push_back(port);
+  }
+  for (const auto& [vlan, inner] : Member(change.before, "vlans").items()) {
+    if (change.Goes(vlan)) bridge.restarted.push_back(TextOf(Member(inner, "parent")));
   }
   bridge.addresses = AddressesOf(change, bridge);
   return bridge;

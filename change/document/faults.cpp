@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "document/shape.h"
+#include "texts.h"
 #include "words/nearest.h"
 
 namespace change {
@@ -94,7 +95,7 @@ void CheckText(const Json& value, const Shape& shape, const Path& path, Faults* 
 void CheckWord(const Json& value, const Shape& shape, const Path& path, Faults* faults) {
   const auto& words = shape.words;
   const std::string word = TextOf(value);
-  if (value.is_string() && std::find(words.begin(), words.end(), word) != words.end()) return;
+  if (value.is_string() && Has(words, word)) return;
   const std::string near = words::DidYouMean(word, words);
   faults->push_back(
       {path, (value.is_string() ? "'" + word + "' is none of " : "one of these belongs here: ") +

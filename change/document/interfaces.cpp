@@ -147,9 +147,8 @@ Json Configured(const View& view) {
   for (const auto& [name, link] : view.kernel.links) {
     if (!link.IsLoopback() && name != kTunnel) names.insert(name);
   }
-  for (const std::string& name : NamesIn(frame::paths::kIfcfgFolder, "ifcfg-", view.unread)) {
-    const bool copy = name.ends_with(frame::model::kSavedSuffix) || !Fits(name, Format::kIfname);
-    if (!copy && name != kTunnel && name != "lo") names.insert(name);
+  for (const std::string& name : ConfiguredInterfaces(view.unread)) {
+    if (Fits(name, Format::kIfname) && name != kTunnel && name != "lo") names.insert(name);
   }
   Json interfaces = Json::object();
   for (const std::string& name : names)
@@ -452,7 +451,7 @@ void PlanLink(const Change& change, const std::string& ifname, Steps* steps) {
 unsigned FlagsOf(const std::vector<std::string>& words) {
   unsigned flags = 0;
   for (const Block& block : kBlocks) {
-    if (std::find(words.begin(), words.end(), block.word) != words.end()) flags |= block.flag;
+    if (Has(words, block.word)) flags |= block.flag;
   }
   return flags;
 }
@@ -468,8 +467,7 @@ bool IsRebuilt(const Change& change, const std::string& ifname) {
         for (const std::string& port : TextsOf(Member(thing, "ports")))
           parts.push_back(port);
         parts.push_back(name);
-        const bool part = std::find(parts.begin(), parts.end(), ifname) != parts.end();
-        if (part && change.Concerns(section / name)) return true;
+        if (Has(parts, ifname) && change.Concerns(section / name)) return true;
       }
     }
   }

@@ -9,6 +9,8 @@
 
 #include <zarnnetsdk/addr.h>
 
+#include "frame/model/ifcfg.h"
+#include "frame/model/paths.h"
 #include "record/folder.h"
 
 namespace change {
@@ -35,6 +37,17 @@ std::vector<std::string> NamesIn(const std::string& folder, const std::string& p
   if (!whole && unread != nullptr) *unread = folder;
   std::sort(names.begin(), names.end());
   return names;
+}
+
+std::vector<std::string> ConfiguredInterfaces(std::string* unread) {
+  auto names = NamesIn(frame::paths::kIfcfgFolder, "ifcfg-", unread);
+  std::erase_if(names,
+                [](const std::string& name) { return name.ends_with(frame::model::kSavedSuffix); });
+  return names;
+}
+
+std::string SavedIfcfg(const std::string& ifname) {
+  return frame::paths::Ifcfg(ifname) + frame::model::kSavedSuffix;
 }
 
 bool EditKeys(const std::string& path, const Keys& set, const std::vector<const char*>& drop) {

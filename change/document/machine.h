@@ -25,6 +25,10 @@ bool IsFile(const std::string& path);
 std::vector<std::string> NamesIn(const std::string& folder, const std::string& prefix,
                                  std::string* unread);
 
+// The interfaces that have a file. What a change of a bond or a bridge has kept beside is none.
+std::vector<std::string> ConfiguredInterfaces(std::string* unread);
+std::string SavedIfcfg(const std::string& ifname);
+
 using Keys = std::vector<std::pair<const char*, std::string>>;
 // Sets keys and drops others in one write; false when that fails.
 bool EditKeys(const std::string& path, const Keys& set, const std::vector<const char*>& drop);

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // The table of sections, and the document that they make.
-#include <algorithm>
-
 #include "document/section.h"
+#include "texts.h"
 
 namespace change {
 namespace {
 
 bool IsAsked(const std::vector<std::string>& sections, const char* name) {
-  return sections.empty() || std::find(sections.begin(), sections.end(), name) != sections.end();
+  return sections.empty() || Has(sections, name);
 }
 
 }  // namespace

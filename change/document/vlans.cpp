@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // VLANs: one over an interface, which it takes the addresses of.
+#include <unistd.h>
+#include <utility>
+
 #include <zarnnetsdk/virtual.h>
 
 #include "document/machine.h"
@@ -22,7 +25,7 @@ Shape ShapeOf() {
 
 Json Configured(const View& view) {
   Json vlans = Json::object();
-  for (const std::string& name : NamesIn(frame::paths::kIfcfgFolder, "ifcfg-", view.unread)) {
+  for (const std::string& name : ConfiguredInterfaces(view.unread)) {
     const std::string path = frame::paths::Ifcfg(name);
     const std::string parent = KeyOf(path, keys::kVlanParent, view.unread);
     const std::string id = KeyOf(path, keys::kVlanId, view.unread);
@@ -74,26 +77,43 @@ ZARNNETIFSETTINGS SettingsOf(const Json& ipv4) {
   return settings;
 }
 
+// The setter starts the parent. One that is a slave already does not come up before its bond does.
+void PlanRemoval(const Change& change, const std::string& name, Step step, Steps* steps) {
+  const std::string parent = TextOf(At(change.before, step.path / "parent"));
+  const auto masters = change.MastersOf(parent);
+  const bool joins = !masters.empty() && masters.front().parent_pointer() == Path("/bonds");
+  const std::string bond = joins ? masters.front().back() : "";
+  step.phase = Phase::kRemoveVlan;
+  step.what = "remove the VLAN " + name;
+  step.setter = "KOPANetVlanRemove";
+  step.call = [=] {
+    ::unlink(SavedIfcfg(name).c_str());
+    return (!joins || ZARNNetLinkAggrConfSetSlave(parent.c_str(), 1, bond.c_str()) == 0) &&
+           KOPANetVlanRemove(name.c_str()) == 0;
+  };
+  steps->push_back(std::move(step));
+}
+
 void PlanVlan(const Change& change, const std::string& name, Steps* steps) {
   const Path path = "vlans" / name;
   if (!change.Concerns(path)) return;
   const Json& before = At(change.before, path);
   const Json& vlan = At(change.wanted, path);
-  const std::vector<std::string> touches{frame::paths::Ifcfg(name), frame::dhcp_files::kFolder,
-                                         frame::paths::kNetworkScript};
-  if (!vlan.is_object()) {
-    steps->push_back({Phase::kRemoveVlan, path, "remove the VLAN " + name, "KOPANetVlanRemove",
-                      touches, [name] { return KOPANetVlanRemove(name.c_str()) == 0; }});
-    return;
-  }
+  Step step{Phase::kMakeVlan,
+            path,
+            "make the VLAN " + name,
+            "KOPANetVlanCreate",
+            {frame::paths::Ifcfg(name), frame::dhcp_files::kFolder, frame::paths::kNetworkScript},
+            {}};
+  if (!vlan.is_object()) return PlanRemoval(change, name, std::move(step), steps);
   if (before.is_object() && change.kernel.Link(name) != nullptr) return;  // named by what it is
   const std::string parent = TextOf(Member(vlan, "parent"));
   const long id = NumberOf(Member(vlan, "id"));
   const auto settings = SettingsOf(At(change.wanted, "interfaces" / name / "ipv4"));
-  steps->push_back(
-      {Phase::kMakeVlan, path, "make the VLAN " + name, "KOPANetVlanCreate", touches, [=] {
-         return KOPANetVlanCreate(parent.c_str(), static_cast<unsigned>(id), &settings) == 0;
-       }});
+  step.call = [=] {
+    return KOPANetVlanCreate(parent.c_str(), static_cast<unsigned>(id), &settings) == 0;
+  };
+  steps->push_back(std::move(step));
 }
 
 void Plan(const Change& change, Steps* steps) {

@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // Rules about IPv4 addresses.
-#include <algorithm>
-
 #include <zarnnetsdk/addr.h>
 
 #include "rules/rule.h"
@@ -17,6 +15,26 @@ void ForEachNewAddress(const Change& change, const Look& look) {
     if (!change.Concerns(path)) continue;
     if (const auto subnet = SubnetOf(change, ifname)) look(ifname, path / "address", *subnet);
   }
+}
+
+// Who has the address of an interface in the end: what goes leaves it to what it was made of.
+std::string HolderOf(const Change& change, std::string ifname) {
+  for (int kinds = 3; kinds > 0 && change.Goes(ifname); --kinds) {  // a bridge of a VLAN on a bond
+    const Json& vlan = At(change.before, "vlans" / ifname / "parent");
+    const Json& bridge = At(change.before, "bridges" / ifname / "primary");
+    const auto slaves = TextsOf(At(change.before, "bonds" / ifname / "slaves"));
+    ifname = !vlan.is_null() ? TextOf(vlan) : slaves.empty() ? TextOf(bridge) : slaves.front();
+  }
+  return ifname;
+}
+
+// Does somebody else have this interface's address then, or nobody?
+bool GivesAway(const Change& change, const std::string& other, const std::string& ifname) {
+  const std::string holder = HolderOf(change, other);
+  const bool named = holder != other && change.wish.contains("interfaces" / holder / "ipv4");
+  // The parent of a VLAN hands its address over.
+  return holder == ifname || named || !MasterOf(change, holder).empty() ||
+         Has(change.VlansOver(other), ifname);
 }
 
 }  // namespace
@@ -57,10 +75,7 @@ void OneSubnetAPort(const Change& change, Findings* findings) {
   ForEachNewAddress(change, [&](const std::string& ifname, const Path& path, const Subnet& subnet) {
     for (const std::string& other : AllInterfaces(change)) {
       const auto others = SubnetOf(change, other);
-      if (other == ifname || !others || !MasterOf(change, other).empty()) continue;
-      // The parent of a VLAN hands its address over.
-      const auto vlans = VlansOver(change, other);
-      if (std::find(vlans.begin(), vlans.end(), ifname) != vlans.end()) continue;
+      if (!others || GivesAway(change, other, ifname)) continue;
       if (others->host == subnet.host) {
         findings->Add("own_address", path, Severity::kRefused,
                       other + " has the address " + subnet.address +

@@ -1,33 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 // Rules about what is part of something else.
-#include <algorithm>
-
 #include "rules/rule.h"
 
 namespace change {
 namespace {
-
-bool Has(const std::vector<std::string>& texts, const std::string& text) {
-  return std::find(texts.begin(), texts.end(), text) != texts.end();
-}
 
 struct Kind {
   const char* section;
   const char* members;
 };
 constexpr Kind kKinds[] = {{"bonds", "slaves"}, {"bridges", "ports"}};
-
-// How many bonds and bridges shall have this member?
-int Masters(const Change& change, const std::string& ifname) {
-  int masters = 0;
-  for (const Kind& kind : kKinds) {
-    const Json& entries = Member(change.wanted, kind.section);
-    if (!entries.is_object()) continue;
-    for (const auto& [name, entry] : entries.items())
-      masters += Has(TextsOf(Member(entry, kind.members)), ifname) ? 1 : 0;
-  }
-  return masters;
-}
 
 }  // namespace
 
@@ -42,7 +24,7 @@ void MembersHaveNoAddress(const Change& change, Findings* findings) {
         findings->Add("member_address", path, Severity::kRefused,
                       ifname + " is part of " + master + " and has no address of its own: give " +
                           master.substr(master.rfind(' ') + 1) + " the address");
-      } else if (const auto vlans = VlansOver(change, ifname); !vlans.empty()) {
+      } else if (const auto vlans = change.VlansOver(ifname); !vlans.empty()) {
         findings->Add("parent_address", path, Severity::kInsistable,
                       ifname + " carries the VLAN " + vlans.front() +
                           ", which has its address: give " + vlans.front() + " the address");
@@ -57,8 +39,8 @@ void MembersAreFree(const Change& change, Findings* findings) {
       const Path path = kind.section / name;
       if (!change.Concerns(path)) continue;
       for (const std::string& member : TextsOf(At(change.wanted, path / kind.members))) {
-        const auto vlans = VlansOver(change, member);
-        if (Masters(change, member) > 1) {
+        const auto vlans = change.VlansOver(member);
+        if (change.MastersOf(member).size() > 1) {
           findings->Add("member_in_use", path / kind.members, Severity::kRefused,
                         member +
                             " is part of another bond or bridge: take it out there, also in "
@@ -93,7 +75,7 @@ void ParentsAreFree(const Change& change, Findings* findings) {
     if (!master.empty())
       refuse(parent + " is part of " + master + ": put the VLAN over " +
              master.substr(master.rfind(' ') + 1));
-    const auto vlans = VlansOver(change, parent);
+    const auto vlans = change.VlansOver(parent);
     if (vlans.size() > 1) {
       const std::string other = vlans[0] == name ? vlans[1] : vlans[0];
       refuse(parent + " carries " + other + " already, and one VLAN is all it can: remove " +
@@ -110,7 +92,7 @@ void NobodyStandsOnWhatGoes(const Change& change, Findings* findings) {
     for (const std::string& name : change.NamedIn(Path() / section)) {
       if (!At(change.wanted, section / name).is_null()) continue;
       const std::string master = MasterOf(change, name);
-      const auto vlans = VlansOver(change, name);
+      const auto vlans = change.VlansOver(name);
       const std::string user = vlans.empty() ? master : "the VLAN " + vlans.front();
       if (user.empty()) continue;
       findings->Add("still_used", section / name, Severity::kRefused,

@@ -25,7 +25,7 @@ void CheckDriver(const KernelLink& link, long mtu, const Path& path, Findings* f
 
 void CheckNeighbours(const Change& change, const std::string& ifname, long mtu, const Path& path,
                      Findings* findings) {
-  for (const std::string& vlan : VlansOver(change, ifname)) {
+  for (const std::string& vlan : change.VlansOver(ifname)) {
     const long others = NumberOf(At(change.wanted, "interfaces" / vlan / "mtu"), kUsual);
     if (others <= mtu) continue;
     findings->Add("mtu_of_the_vlan", path, Severity::kInsistable,

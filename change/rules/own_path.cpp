@@ -107,7 +107,7 @@ std::string CarrierLostBy(const Change& change, const OwnPath& path) {
       if (!change.Concerns(whole)) continue;
       return (At(change.wanted, whole).is_null() ? "it removes " : "it makes anew ") + name;
     }
-    const auto vlans = VlansOver(change, name);
+    const auto vlans = change.VlansOver(name);
     const bool tags = std::any_of(vlans.begin(), vlans.end(), [&](const std::string& vlan) {
       return change.Concerns("vlans" / vlan) && change.kernel.Link(vlan) == nullptr;
     });

@@ -2,7 +2,6 @@
 // Questions about the machine as it shall be.
 #include "rules/rule.h"
 
-#include <algorithm>
 #include <arpa/inet.h>
 #include <array>
 #include <set>
@@ -48,31 +47,10 @@ std::vector<std::string> AllInterfaces(const Change& change) {
 }
 
 std::string MasterOf(const Change& change, const std::string& ifname) {
-  const struct {
-    const char* section;
-    const char* members;
-    const char* word;
-  } kinds[] = {{"bonds", "slaves", "the bond "}, {"bridges", "ports", "the bridge "}};
-  for (const auto& kind : kinds) {
-    const Json& masters = Member(change.wanted, kind.section);
-    if (!masters.is_object()) continue;
-    for (const auto& [name, master] : masters.items()) {
-      const auto members = TextsOf(Member(master, kind.members));
-      if (std::find(members.begin(), members.end(), ifname) != members.end())
-        return kind.word + name;
-    }
-  }
-  return {};
-}
-
-std::vector<std::string> VlansOver(const Change& change, const std::string& ifname) {
-  std::vector<std::string> names;
-  const Json& vlans = Member(change.wanted, "vlans");
-  if (!vlans.is_object()) return names;
-  for (const auto& [name, vlan] : vlans.items()) {
-    if (TextOf(Member(vlan, "parent")) == ifname) names.push_back(name);
-  }
-  return names;
+  const std::vector<Path> masters = change.MastersOf(ifname);
+  if (masters.empty()) return {};
+  const bool bond = masters.front().parent_pointer() == Path("/bonds");
+  return (bond ? "the bond " : "the bridge ") + masters.front().back();
 }
 
 }  // namespace change

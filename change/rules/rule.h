@@ -73,7 +73,4 @@ std::vector<std::string> AllInterfaces(const Change& change);
 // change is done.
 std::string MasterOf(const Change& change, const std::string& ifname);
 
-// The VLANs over an interface when the change is done.
-std::vector<std::string> VlansOver(const Change& change, const std::string& ifname);
-
 }  // namespace change

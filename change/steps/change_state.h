@@ -80,8 +80,17 @@ struct Change {
   // Has the change to do something about it: a difference there, or a restart that is asked for?
   [[nodiscard]] bool Concerns(const Path& path) const;
   [[nodiscard]] bool Restarts(const Path& path) const;
-  // Is it part of a bond or a bridge when all is done?
-  [[nodiscard]] bool BecomesMember(const std::string& ifname) const;
+  // The bonds and bridges that it is part of when all is done; one that is no mistake has one.
+  [[nodiscard]] std::vector<Path> MastersOf(const std::string& ifname) const;
+  [[nodiscard]] bool BecomesMember(const std::string& ifname) const {
+    return !MastersOf(ifname).empty();
+  }
+  // The VLANs that are on it when all is done; one that is no mistake has one.
+  [[nodiscard]] std::vector<std::string> VlansOver(const std::string& ifname) const;
+  // Who makes something of it starts it.
+  [[nodiscard]] bool IsMadeOf(const std::string& ifname) const {
+    return BecomesMember(ifname) || !VlansOver(ifname).empty();
+  }
   // Is it a bond, VLAN or bridge that there is and shall not be?
   [[nodiscard]] bool Goes(const std::string& ifname) const;
   // The entries of a map that the wish names, wanted or not.

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <optional>
+#include <tuple>
 #include <unistd.h>
 #include <utility>
 
@@ -22,6 +23,7 @@
 #include "steps/pending.h"
 #include "steps/put_back.h"
 #include "steps/repair.h"
+#include "texts.h"
 
 namespace change {
 namespace {
@@ -37,7 +39,7 @@ std::vector<std::string> SectionsToRead(const Change& change) {
     const Path path = Path() / section.name;
     const bool restarts = std::any_of(change.options.restart.begin(), change.options.restart.end(),
                                       [&](const Path& restart) { return Leads(path, restart); });
-    const bool known = std::find(names.begin(), names.end(), section.name) != names.end();
+    const bool known = Has(names, section.name);
     // Bonds and VLANs take the DHCP server with them.
     const bool taken = std::string(section.name) == "dhcp_server" &&
                        (change.wish.contains("bonds") || change.wish.contains("vlans"));
@@ -103,12 +105,40 @@ std::string ReasonOf(const std::vector<Finding>& findings, int result) {
   return "nothing speaks against it";
 }
 
+// How many are below an interface, one made of the other: a VLAN on a bridge of bonds has three.
+int HeightOf(const Json& document, const std::string& ifname, int most = 8) {
+  std::vector<std::string> parts{TextOf(At(document, "vlans" / ifname / "parent"))};
+  for (const Path& members : {"bonds" / ifname / "slaves", "bridges" / ifname / "ports"}) {
+    for (std::string& member : TextsOf(At(document, members)))
+      parts.push_back(std::move(member));
+  }
+  int height = 0;
+  for (const std::string& part : parts) {
+    if (!part.empty() && most > 0)
+      height = std::max(height, 1 + HeightOf(document, part, most - 1));
+  }
+  return height;
+}
+
+// What is removed goes from above, what is made comes from below. The phases of one kind of thing
+// each are then the order of what does not stand on each other.
+using Turn = std::tuple<Phase, int, Phase>;
+Turn TurnOf(const Change& change, const Step& step) {
+  const std::string& name = step.path.empty() ? "" : step.path.back();
+  if (step.phase >= Phase::kRemoveBridge && step.phase <= Phase::kRemoveBond)
+    return {Phase::kRemoveBridge, -HeightOf(change.before, name), step.phase};
+  if (step.phase >= Phase::kMakeBond && step.phase <= Phase::kMakeBridge)
+    return {Phase::kMakeBond, HeightOf(change.wanted, name), step.phase};
+  return {step.phase, 0, step.phase};
+}
+
 Steps StepsOf(const Change& change) {
   Steps steps;
   for (const Section& section : Sections())
     section.plan(change, &steps);
-  std::stable_sort(steps.begin(), steps.end(),
-                   [](const Step& a, const Step& b) { return a.phase < b.phase; });
+  std::stable_sort(steps.begin(), steps.end(), [&](const Step& a, const Step& b) {
+    return TurnOf(change, a) < TurnOf(change, b);
+  });
   return steps;
 }
 
@@ -352,15 +382,27 @@ bool Change::Restarts(const Path& path) const {
   return std::find(options.restart.begin(), options.restart.end(), path) != options.restart.end();
 }
 
-bool Change::BecomesMember(const std::string& ifname) const {
+std::vector<Path> Change::MastersOf(const std::string& ifname) const {
   const std::pair<const char*, const char*> kinds[] = {{"bonds", "slaves"}, {"bridges", "ports"}};
+  std::vector<Path> masters;
   for (const auto& [section, field] : kinds) {
-    for (const Json& thing : Member(wanted, section)) {
-      const auto members = TextsOf(Member(thing, field));
-      if (std::find(members.begin(), members.end(), ifname) != members.end()) return true;
+    const Json& things = Member(wanted, section);
+    if (!things.is_object()) continue;
+    for (const auto& [name, thing] : things.items()) {
+      if (Has(TextsOf(Member(thing, field)), ifname)) masters.push_back(section / name);
     }
   }
-  return false;
+  return masters;
+}
+
+std::vector<std::string> Change::VlansOver(const std::string& ifname) const {
+  std::vector<std::string> names;
+  const Json& vlans = Member(wanted, "vlans");
+  if (!vlans.is_object()) return names;
+  for (const auto& [name, vlan] : vlans.items()) {
+    if (TextOf(Member(vlan, "parent")) == ifname) names.push_back(name);
+  }
+  return names;
 }
 
 bool Change::Goes(const std::string& ifname) const {

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "document/section.h"
+#include "texts.h"
 
 namespace change {
 namespace {
@@ -24,8 +25,7 @@ std::vector<std::string> TryToPutBack(const Change& change,
   PutBack(generation);
   std::vector<std::string> problems;
   for (const Section& section : Sections()) {
-    const bool follows =
-        std::find(services.begin(), services.end(), section.name) != services.end();
+    const bool follows = Has(services, section.name);
     if (follows && !section.revive(change))
       problems.push_back(std::string(section.name) + " does not run as it did");
   }

@@ -11,11 +11,25 @@
 #include "document/machine.h"
 #include "document/section.h"
 #include "frame/model/paths.h"
+#include "record/programs.h"
 
 namespace change {
 namespace {
 
 using Texts = std::vector<std::string>;
+
+// A VLAN goes with what it is made on: a bond or a bridge that a setter makes anew.
+void RestartVlans(const Change& change, const Kernel& before, const Kernel& now, Repairs* repairs) {
+  for (const auto& [name, link] : before.links) {
+    const bool gone = link.kind == "vlan" && now.Link(name) == nullptr && !change.Goes(name);
+    if (!gone || !IsFile(frame::paths::Ifcfg(name))) continue;
+    if (RunStartScript("start", {name})) {
+      repairs->made.push_back("the VLAN " + name + " was started again");
+    } else {
+      repairs->lost.push_back("the VLAN " + name + " is gone");
+    }
+  }
+}
 
 // The one that the wish replaces or takes; it was the configured one, or the first.
 bool IsNamed(const Change& change, const std::string& ifname, const KernelAddress& address) {
@@ -133,6 +147,9 @@ void RepairServers(const Change& change, const Generation& before, Repairs* repa
 Repairs Repair(const Change& change, const Generation& before) {
   Repairs repairs;
   auto now = ReadKernel();
+  if (!now) return repairs;
+  RestartVlans(change, before.kernel, *now, &repairs);
+  now = ReadKernel();
   if (!now) return repairs;
   for (const auto& [name, link] : before.kernel.links)
     RepairAddresses(change, link, *now, &repairs);

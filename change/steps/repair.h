@@ -15,8 +15,9 @@ struct Repairs {
   std::vector<std::string> lost;  // what could not be put back
 };
 
-// Puts back the routes, the further addresses and the name servers that are gone and that the wish
-// does not name: on the interface that had them, or on the one that has its address now.
+// Puts back the VLANs, the routes, the further addresses and the name servers that are gone and
+// that the wish does not name: on the interface that had them, or on the one that has its address
+// now.
 Repairs Repair(const Change& change, const Generation& before);
 
 }  // namespace change

@@ -15,6 +15,6 @@ TEST(Moves, AreMadeInOneGoAndOnce) {
   Shell("sed -i /^await/d /etc/init/dhcp-client.conf");  // nobody leases an address here
   for (const Wish& wish : wishes::kMoves) {
     const bool removes = &wish == &wishes::kMoves.back();
-    MakeInOneGo(wish, removes ? ZARNNETCHANGE_NOT_FOUND : ZARNNETCHANGE_DONE);
+    EXPECT_LE(MakeInOneGo(wish, removes ? ZARNNETCHANGE_NOT_FOUND : ZARNNETCHANGE_DONE), 1);
   }
 }
