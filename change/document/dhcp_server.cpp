@@ -3,6 +3,7 @@
 // ends with one restart of the server.
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "document/dhcp_subnet.h"
 #include "document/section.h"
@@ -86,11 +87,28 @@ Json TaggedSubnets(const std::string& ifname, std::string* unread) {
   return subnets.empty() ? Json() : subnets;
 }
 
+// The library lists the names without a dot; a VLAN's has one. Files with a "-" are those of
+// subnets.
+std::vector<std::string> SwitchedInterfaces(Family family, std::string* unread) {
+  constexpr std::string_view kEnd = ".info";
+  Names listed;
+  if (DHCPInterfaceListGet(listed.Out(), TypeOf(family)) < 0) return {};
+  auto ifnames = listed.Texts();
+  std::erase(ifnames, "pxe");  // network boot's switch
+  const char* const begin = family == Family::kV4 ? "dhcpd-" : "dhcpd6-";
+  for (std::string name : NamesIn(files::kFolder, begin, unread)) {
+    if (!name.ends_with(kEnd)) continue;
+    name.resize(name.size() - kEnd.size());
+    const auto dot = name.find('.');
+    const bool vlan = dot != std::string::npos && dot != 0 && !name.ends_with('.') &&
+                      name.find('-') == std::string::npos && Fits(name, Format::kIfname);
+    if (vlan) ifnames.push_back(std::move(name));
+  }
+  return ifnames;
+}
+
 Json InterfacesOf(Family family, Json interfaces, std::string* unread) {
-  Names served;
-  if (DHCPInterfaceListGet(served.Out(), TypeOf(family)) < 0) return interfaces;
-  for (const std::string& ifname : served.Texts()) {
-    if (ifname == "pxe") continue;  // network boot's switch
+  for (const std::string& ifname : SwitchedInterfaces(family, unread)) {
     Json json{{"enabled", DHCPInterfaceIsEnabled(ifname.c_str(), TypeOf(family)) == 1}};
     Put(&json, "subnets", NumberedSubnets(ifname, family));
     if (family == Family::kV4) Put(&json, "tagged", TaggedSubnets(ifname, unread));

@@ -17,7 +17,8 @@ TEST(Dhcpd, SwitchesClassesAndNetworkBootAreStored) {
   WriteFile("/etc/dhcpd/dhcpd.info", "enable=\"yes\"\n");
   RecordTool("/etc/rc.network");
   WriteIfcfg("eth1", "");
-  WriteFile("/etc/dhcpd/dhcpd-eth1.info", "enable=\"yes\"\n");
+  for (const char* name : {"eth1", "eth1.7", "eth1.", ".eth1", "eth1-subnet0.7"})  // two interfaces
+    WriteFile("/etc/dhcpd/dhcpd-" + std::string(name) + ".info", "enable=\"yes\"\n");
   WriteFile("/etc/dhcpd/dhcpd-eth1-subnet0.conf",
             "dhcp-range=set:eth10,10.0.0.50,10.0.0.60,255.0.0.0,3600\n");
   TypeSession();

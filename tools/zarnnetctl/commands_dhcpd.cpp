@@ -15,35 +15,22 @@
 namespace tool {
 namespace {
 
-constexpr int kIpv4 = 0;
-constexpr int kIpv6 = 1;
-
 // ---- status, enable, disable, restart
 
-Json SwitchesJson(const std::string& what) {
-  std::map<std::string, Json> switches;
-  for (const int type : {kIpv4, kIpv6}) {
-    NameList ifnames;
-    ForgetErrors();
-    if (DHCPInterfaceListGet(ifnames.Out(), type) < 0) Fail(what);
-    for (const std::string& ifname : ifnames.Items()) {
-      // The switch of network boot has a name like an interface's.
-      if (ifname == "pxe") continue;
-      Json& entry =
-          switches.try_emplace(ifname, Json{{"name", ifname}, {"ipv4", false}, {"ipv6", false}})
-              .first->second;
-      entry[type == kIpv4 ? "ipv4" : "ipv6"] = DHCPInterfaceIsEnabled(ifname.c_str(), type) == 1;
-    }
-  }
+Json SwitchesJson() {
   Json list = Json::array();
-  for (const auto& [name, entry] : switches)
-    list.push_back(entry);
+  const Json interfaces = PartOf(ReadState({"dhcp_server"}), "/dhcp_server/interfaces");
+  for (const auto& [ifname, served] : interfaces.items()) {
+    const auto isOn = [&](const char* family) {
+      return PartOf(served, std::string("/") + family + "/enabled") == true;
+    };
+    list.push_back({{"name", ifname}, {"ipv4", isOn("ipv4")}, {"ipv6", isOn("ipv6")}});
+  }
   return list;
 }
 
 Json StatusJson() {
-  return {{"enabled", DHCPIsEnabled() == 1},
-          {"interfaces", SwitchesJson("cannot read the switches of the DHCP server")}};
+  return {{"enabled", DHCPIsEnabled() == 1}, {"interfaces", SwitchesJson()}};
 }
 
 Cell OnOff(const Json& value) {
