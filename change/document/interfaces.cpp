@@ -351,13 +351,28 @@ bool IsMadeWithAnothers(const Change& change, const std::string& ifname) {
   return slaves.front() != before.front() || TextOf(method) == frame::model::kNoAddress;
 }
 
+// A VLAN that goes leaves its addresses to its parent, a bond to a slave, and no address becomes a
+// lease there. What is wished for these comes behind it, also where it is as before.
+bool IsLeftWithAnothers(const Change& change, const std::string& ifname, const Path& path) {
+  if (!change.wish.contains(path) || change.IsMadeOf(ifname)) return false;
+  for (const auto& [vlan, inner] : Member(change.before, "vlans").items()) {
+    if (TextOf(Member(inner, "parent")) == ifname && change.Goes(vlan)) return true;
+  }
+  for (const auto& [bond, inner] : Member(change.before, "bonds").items()) {
+    if (Has(TextsOf(Member(inner, "slaves")), ifname)) return true;
+  }
+  return false;
+}
+
 void PlanIpv4(const Change& change, const std::string& ifname, Steps* steps) {
   const Path path = "interfaces" / ifname / "ipv4";
   const Json& ipv4 = At(change.wanted, path);
   const std::string method = TextOf(Member(ipv4, "method"));
   // What is made without a fixed address asks for a lease.
   const bool made = IsMadeWithAddress(change, ifname) && method != "none";
-  if (made || (!change.Concerns(path) && !IsMadeWithAnothers(change, ifname))) return;
+  if (made || (!change.Concerns(path) && !IsMadeWithAnothers(change, ifname) &&
+               !IsLeftWithAnothers(change, ifname, path)))
+    return;
   const std::string file = Ifcfg(ifname);
   if (method == "static") {
     const std::string address = TextOf(ipv4["address"]);
@@ -390,7 +405,7 @@ void PlanIpv4(const Change& change, const std::string& ifname, Steps* steps) {
 
 void PlanIpv6(const Change& change, const std::string& ifname, Steps* steps) {
   const Path path = "interfaces" / ifname / "ipv6";
-  if (!change.Concerns(path)) return;
+  if (!change.Concerns(path) && !IsLeftWithAnothers(change, ifname, path)) return;
   const Json ipv6 = At(change.wanted, path);
   const std::string method = TextOf(Member(ipv6, "method"));
   const auto type =

@@ -32,10 +32,11 @@ class Generator {
     free_ = {"eth0", "eth1", "eth2", "eth3"};
     if (Chance(2)) machine_["host"] = {{"name", "nas" + std::to_string(Below(100))}};
     if (Drivers() && Chance(2)) AddBond();
+    if (Drivers() && Chance(3)) AddVlan();
     if (Chance(2)) AddBridge();
     if (Drivers() && Chance(2)) AddVlan();
-    for (const std::string& port : free_)
-      AddInterface(port);
+    for (const std::string& ifname : free_)
+      AddInterface(ifname);
     AddNames();
     AddServices();
     return machine_;
@@ -57,7 +58,8 @@ class Generator {
   Value OneOf(std::vector<Value> values) {
     return values[Below(static_cast<unsigned>(values.size()))];
   }
-  std::string TakePort() {
+  // Something else is made of it.
+  std::string Take() {
     const auto at = free_.begin() + Below(static_cast<unsigned>(free_.size()));
     std::string port = *at;
     free_.erase(at);
@@ -65,28 +67,27 @@ class Generator {
   }
 
   void AddBond() {
-    const std::string first = TakePort();
+    const std::string first = Take();
     const std::string mode = OneOf<std::string>({"active-backup", "802.3ad", "balance-xor"});
-    machine_["bonds"]["bond0"] = {{"mode", mode}, {"slaves", {first, TakePort()}}};
-    AddInterface("bond0");
+    machine_["bonds"]["bond0"] = {{"mode", mode}, {"slaves", {first, Take()}}};
+    free_.emplace_back("bond0");
   }
 
   void AddBridge() {
-    Json ports{TakePort()};
-    if (free_.size() > 1 && Chance(2)) ports.push_back(TakePort());
+    Json ports{Take()};
+    if (free_.size() > 1 && Chance(2)) ports.push_back(Take());
     machine_["bridges"]["br0"] = {{"ports", ports},
                                   {"role", OneOf<std::string>({"bridge", "local_lan"})}};
-    AddInterface("br0");
+    free_.emplace_back("br0");
   }
 
   void AddVlan() {
-    const bool onBond = machine_.contains("bonds");
-    const std::string parent = onBond ? "bond0" : TakePort();
+    const std::string parent = Take();
+    if (machine_.value("vlans", Json::object()).contains(parent))
+      return free_.push_back(parent);  // no second tag
     const std::string name = parent + "." + std::to_string(2 + Below(4000));
     machine_["vlans"][name] = Json::object();
-    if (machine_.contains("interfaces")) machine_["interfaces"].erase(parent);
-    served_.clear();
-    AddInterface(name);
+    free_.push_back(name);
   }
 
   // Subnets do not meet: the third byte is the interface's.
