@@ -21,7 +21,7 @@ Json SwitchesJson() {
   Json list = Json::array();
   const Json interfaces = PartOf(ReadState({"dhcp_server"}), "/dhcp_server/interfaces");
   for (const auto& [ifname, served] : interfaces.items()) {
-    const auto isOn = [&](const char* family) {
+    const auto isOn = [&served = served](const char* family) {
       return PartOf(served, std::string("/") + family + "/enabled") == true;
     };
     list.push_back({{"name", ifname}, {"ipv4", isOn("ipv4")}, {"ipv6", isOn("ipv6")}});
