@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <chrono>
 #include <optional>
-#include <tuple>
 #include <unistd.h>
 #include <utility>
 
@@ -20,6 +19,7 @@
 #include "steps/compare.h"
 #include "steps/journal.h"
 #include "steps/network_lock.h"
+#include "steps/order.h"
 #include "steps/pending.h"
 #include "steps/put_back.h"
 #include "steps/repair.h"
@@ -105,41 +105,11 @@ std::string ReasonOf(const std::vector<Finding>& findings, int result) {
   return "nothing speaks against it";
 }
 
-// How many are below an interface, one made of the other: a VLAN on a bridge of bonds has three.
-int HeightOf(const Json& document, const std::string& ifname, int most = 8) {
-  std::vector<std::string> parts{TextOf(At(document, "vlans" / ifname / "parent"))};
-  for (const Path& members : {"bonds" / ifname / "slaves", "bridges" / ifname / "ports"}) {
-    for (std::string& member : TextsOf(At(document, members)))
-      parts.push_back(std::move(member));
-  }
-  int height = 0;
-  for (const std::string& part : parts) {
-    if (!part.empty() && most > 0)
-      height = std::max(height, 1 + HeightOf(document, part, most - 1));
-  }
-  return height;
-}
-
-// What is removed goes from above, what is made comes from below. The phases of one kind of thing
-// each are then the order of what does not stand on each other.
-using Turn = std::tuple<Phase, int, Phase>;
-Turn TurnOf(const Change& change, const Step& step) {
-  const std::string& name = step.path.empty() ? "" : step.path.back();
-  if (step.phase >= Phase::kRemoveBridge && step.phase <= Phase::kRemoveBond)
-    return {Phase::kRemoveBridge, -HeightOf(change.before, name), step.phase};
-  if (step.phase >= Phase::kMakeBond && step.phase <= Phase::kMakeBridge)
-    return {Phase::kMakeBond, HeightOf(change.wanted, name), step.phase};
-  return {step.phase, 0, step.phase};
-}
-
 Steps StepsOf(const Change& change) {
   Steps steps;
   for (const Section& section : Sections())
     section.plan(change, &steps);
-  std::stable_sort(steps.begin(), steps.end(), [&](const Step& a, const Step& b) {
-    return TurnOf(change, a) < TurnOf(change, b);
-  });
-  return steps;
+  return InTurn(change, std::move(steps));
 }
 
 // The form, what follows from the wish, and the rules. False when the change ends here.
@@ -377,55 +347,6 @@ Change Begin(const Json& wish, const Options& options) {
 }
 
 }  // namespace
-
-bool Change::Restarts(const Path& path) const {
-  return std::find(options.restart.begin(), options.restart.end(), path) != options.restart.end();
-}
-
-std::vector<Path> Change::MastersOf(const std::string& ifname) const {
-  const std::pair<const char*, const char*> kinds[] = {{"bonds", "slaves"}, {"bridges", "ports"}};
-  std::vector<Path> masters;
-  for (const auto& [section, field] : kinds) {
-    const Json& things = Member(wanted, section);
-    if (!things.is_object()) continue;
-    for (const auto& [name, thing] : things.items()) {
-      if (Has(TextsOf(Member(thing, field)), ifname)) masters.push_back(section / name);
-    }
-  }
-  return masters;
-}
-
-std::vector<std::string> Change::VlansOver(const std::string& ifname) const {
-  std::vector<std::string> names;
-  const Json& vlans = Member(wanted, "vlans");
-  if (!vlans.is_object()) return names;
-  for (const auto& [name, vlan] : vlans.items()) {
-    if (TextOf(Member(vlan, "parent")) == ifname) names.push_back(name);
-  }
-  return names;
-}
-
-bool Change::Goes(const std::string& ifname) const {
-  for (const char* section : {"bonds", "vlans", "bridges"}) {
-    const Path path = section / ifname;
-    if (At(before, path).is_object() && !At(wanted, path).is_object()) return true;
-  }
-  return false;
-}
-
-bool Change::Concerns(const Path& path) const {
-  return std::any_of(differences.begin(), differences.end(),
-                     [&](const Difference& difference) { return Meet(path, difference.path); });
-}
-
-std::vector<std::string> Change::NamedIn(const Path& map) const {
-  std::vector<std::string> names;
-  const Json& entries = At(wish, map);
-  if (!entries.is_object()) return names;
-  for (const auto& [name, value] : entries.items())
-    names.push_back(name);
-  return names;
-}
 
 Report Compare(const Json& wish, const Options& options) {
   Change change = Begin(wish, options);
