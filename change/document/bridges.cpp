@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Bridges: the library writes the parts in the interfaces' files, the start script makes them.
 #include <algorithm>
+#include <iterator>
 #include <unistd.h>
 
 #include <zarnnetsdk/virtual.h>
@@ -104,7 +105,7 @@ struct Bridge {
   Texts leaving;    // ports of before that stand by themselves afterwards
   Texts taken;      // ports of before that something else has afterwards, or that are gone then
   Texts going;      // of these: whose own setter has to find them
-  Texts restarted;  // ports that a VLAN was on, which started them when it went
+  Texts restarted;  // what of the bridge lost a VLAN, and was started for that
   Json addresses;   // of the bridge; of a port that leaves, by its name
 };
 
@@ -198,9 +199,10 @@ Bridge BridgeOf(const Change& change, const std::string& name) {
     if (goes) bridge.going.push_back(port);
     (goes || change.IsMadeOf(port) ? bridge.taken : bridge.leaving).push_back(port);
   }
-  for (const auto& [vlan, inner] : Member(change.before, "vlans").items()) {
-    if (change.Goes(vlan)) bridge.restarted.push_back(TextOf(Member(inner, "parent")));
-  }
+  Texts made = bridge.ports;
+  made.push_back(name);
+  std::copy_if(made.begin(), made.end(), std::back_inserter(bridge.restarted),
+               [&](const std::string& ifname) { return change.LosesVlan(ifname); });
   bridge.addresses = AddressesOf(change, bridge);
   return bridge;
 }

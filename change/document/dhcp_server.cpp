@@ -92,7 +92,8 @@ Json TaggedSubnets(const std::string& ifname, std::string* unread) {
 std::vector<std::string> SwitchedInterfaces(Family family, std::string* unread) {
   constexpr std::string_view kEnd = ".info";
   Names listed;
-  if (DHCPInterfaceListGet(listed.Out(), TypeOf(family)) < 0) return {};
+  if (DHCPInterfaceListGet(listed.Out(), TypeOf(family)) < 0 && unread != nullptr)
+    *unread = files::kFolder;
   auto ifnames = listed.Texts();
   std::erase(ifnames, "pxe");  // network boot's switch
   const char* const begin = family == Family::kV4 ? "dhcpd-" : "dhcpd6-";

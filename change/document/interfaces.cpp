@@ -355,9 +355,7 @@ bool IsMadeWithAnothers(const Change& change, const std::string& ifname) {
 // lease there. What is wished for these comes behind it, also where it is as before.
 bool IsLeftWithAnothers(const Change& change, const std::string& ifname, const Path& path) {
   if (!change.wish.contains(path) || change.IsMadeOf(ifname)) return false;
-  for (const auto& [vlan, inner] : Member(change.before, "vlans").items()) {
-    if (TextOf(Member(inner, "parent")) == ifname && change.Goes(vlan)) return true;
-  }
+  if (change.LosesVlan(ifname)) return true;
   for (const auto& [bond, inner] : Member(change.before, "bonds").items()) {
     if (Has(TextsOf(Member(inner, "slaves")), ifname)) return true;
   }

@@ -19,7 +19,7 @@ void ForEachNewAddress(const Change& change, const Look& look) {
 
 // Who has the address of an interface in the end: what goes leaves it to what it was made of.
 std::string HolderOf(const Change& change, std::string ifname) {
-  for (int kinds = 3; kinds > 0 && change.Goes(ifname); --kinds) {  // a bridge of a VLAN on a bond
+  for (int most = 8; most > 0 && change.Goes(ifname); --most) {  // no machine is made deeper
     const Json& vlan = At(change.before, "vlans" / ifname / "parent");
     const Json& bridge = At(change.before, "bridges" / ifname / "primary");
     const auto slaves = TextsOf(At(change.before, "bonds" / ifname / "slaves"));
@@ -32,9 +32,8 @@ std::string HolderOf(const Change& change, std::string ifname) {
 bool GivesAway(const Change& change, const std::string& other, const std::string& ifname) {
   const std::string holder = HolderOf(change, other);
   const bool named = holder != other && change.wish.contains("interfaces" / holder / "ipv4");
-  // The parent of a VLAN hands its address over.
-  return holder == ifname || named || !MasterOf(change, holder).empty() ||
-         Has(change.VlansOver(other), ifname);
+  const bool isParent = Has(change.VlansOver(other), ifname);  // the VLAN has its address
+  return holder == ifname || named || isParent || !MasterOf(change, holder).empty();
 }
 
 }  // namespace

@@ -35,6 +35,15 @@ std::vector<std::string> Change::VlansOver(const std::string& ifname) const {
   return names;
 }
 
+bool Change::LosesVlan(const std::string& ifname) const {
+  const Json& vlans = Member(before, "vlans");
+  if (!vlans.is_object()) return false;
+  const auto all = vlans.items();
+  return std::any_of(all.begin(), all.end(), [&](const auto& vlan) {
+    return TextOf(Member(vlan.value(), "parent")) == ifname && Goes(vlan.key());
+  });
+}
+
 bool Change::Goes(const std::string& ifname) const {
   for (const char* section : {"bonds", "vlans", "bridges"}) {
     const Path path = section / ifname;

@@ -87,6 +87,8 @@ struct Change {
   }
   // The VLANs that are on it when all is done; one that is no mistake has one.
   [[nodiscard]] std::vector<std::string> VlansOver(const std::string& ifname) const;
+  // Does a VLAN on it go? Whoever removes the VLAN starts it, with the VLAN's addresses.
+  [[nodiscard]] bool LosesVlan(const std::string& ifname) const;
   // Who makes something of it starts it.
   [[nodiscard]] bool IsMadeOf(const std::string& ifname) const {
     return BecomesMember(ifname) || !VlansOver(ifname).empty();

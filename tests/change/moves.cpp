@@ -91,7 +91,8 @@ long MakeInOneGo(const Wish& wish, int again) {
     char* report = nullptr;
     const int result =
         ZARNNetChangeApply(wish.wish.c_str(), wish.options.c_str(), nullptr, nullptr, &report);
-    if (result != ZARNNETCHANGE_DONE) std::cerr << report << "\n";  // of a child, without its end
+    if (result != ZARNNETCHANGE_DONE)
+      std::cerr << report << "\n";  // not in a buffer: it is made in a child
     ZARNNetChangeFree(report);
     return result;
   };

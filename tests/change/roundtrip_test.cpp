@@ -61,9 +61,9 @@ class Generator {
   // Something else is made of it.
   std::string Take() {
     const auto at = free_.begin() + Below(static_cast<unsigned>(free_.size()));
-    std::string port = *at;
+    std::string ifname = *at;
     free_.erase(at);
-    return port;
+    return ifname;
   }
 
   void AddBond() {

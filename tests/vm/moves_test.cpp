@@ -38,10 +38,9 @@ void ExpectAt(const std::string& ifname, const std::string& master, const Lines&
   EXPECT_EQ(Members(master), ports);
 }
 
-std::string VlanOnBond(const std::string& bond) {
-  return R"("vlans":{")" + bond + R"(.7":{}},"interfaces":{"eth0":{"ipv4":null},")" + bond +
-         ".7\":" + kAddress + R"(},"bonds":{")" + bond + "\":" + kBond;
-}
+const std::string kVlanOnBond =
+    R"({"vlans":{"bond0.7":{}},"interfaces":{"eth0":{"ipv4":null},"bond0.7":)" + kAddress +
+    R"(},"bonds":{"bond0":)" + kBond + "}}";
 
 }  // namespace
 
@@ -49,7 +48,7 @@ std::string VlanOnBond(const std::string& bond) {
 TEST(Moves, ThroughBondsUnderAVlan) {
   SleepForReal();
   ASSERT_EQ(0, ZARNILnxSetIPNetmask("eth0", "192.168.50.10", "255.255.255.0")) << LogText();
-  MakeInOneGo({"{" + VlanOnBond("bond0") + "}}"});
+  MakeInOneGo({kVlanOnBond});
   ExpectAt("bond0.7", "bond0", {"eth0", "eth1"});
   MakeInOneGo({R"({"bonds":{"bond0":{"slaves":["eth0","eth1","eth2"]}}})"});
   ExpectAt("bond0.7", "bond0", {"eth0", "eth1", "eth2"});
@@ -61,8 +60,7 @@ TEST(Moves, ThroughBondsUnderAVlan) {
 TEST(Moves, FromBondsAndVlansToOthers) {
   SleepForReal();
   char* report = nullptr;
-  ASSERT_EQ(0, ZARNNetChangeApply(("{" + VlanOnBond("bond0") + "}}").c_str(), nullptr, nullptr,
-                                  nullptr, &report))
+  ASSERT_EQ(0, ZARNNetChangeApply(kVlanOnBond.c_str(), nullptr, nullptr, nullptr, &report))
       << report;
   ZARNNetChangeFree(report);
   const auto again = ZARNNETCHANGE_NOT_FOUND;

@@ -36,6 +36,7 @@ void NameAddresses(const Document& after, const std::string& ifname, Document* w
   }
 }
 
+// The patch, and what is to stay as it is where something leaves its own addresses behind.
 template <class Document>
 Document WishBetween(const Document& before, const Document& after) {
   Document wish = PatchBetween(before, after);
